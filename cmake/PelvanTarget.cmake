@@ -1,0 +1,40 @@
+# One folder is one target. A target sees only the folders that it names in USES.
+
+# Warnings and sanitizers, the same for every target.
+function(pelvan_compile_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+                         -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual)
+  if(PELVAN_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(PELVAN_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-omit-frame-pointer
+                           -fno-sanitize-recover=undefined)
+    target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+  endif()
+endfunction()
+
+# pelvan_library(serial SOURCES channel_table.cpp ... USES config platform text)
+function(pelvan_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_library(pelvan_${name} STATIC ${ARG_SOURCES})
+  target_include_directories(pelvan_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  pelvan_compile_options(pelvan_${name})
+  foreach(used ${ARG_USES})
+    target_link_libraries(pelvan_${name} PUBLIC pelvan_${used})
+  endforeach()
+endfunction()
+
+# pelvan_test(serial SOURCES transmit_test.cpp ... USES serial support)
+function(pelvan_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES;DEFINES" ${ARGN})
+  add_executable(${name}_tests ${ARG_SOURCES})
+  target_include_directories(${name}_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(${name}_tests PRIVATE ${ARG_DEFINES})
+  pelvan_compile_options(${name}_tests)
+  foreach(used ${ARG_USES})
+    target_link_libraries(${name}_tests PRIVATE pelvan_${used})
+  endforeach()
+  target_link_libraries(${name}_tests PRIVATE GTest::gtest_main)
+  gtest_discover_tests(${name}_tests DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()

@@ -1,0 +1,211 @@
+#include "platform/controls.h"
+
+#include <algorithm>
+
+#include "platform/run_time_error.h"
+#include "text/strings.h"
+
+namespace pelvan {
+namespace {
+
+constexpr int kInvalidPropertyValue = 380;
+
+void raise(const std::function<void()>& event) {
+    if (event) event();
+}
+
+} // namespace
+
+std::string control_name(const std::string& array, int index) {
+    return array + "(" + std::to_string(index) + ")";
+}
+
+void Control::SetFocus() {
+    if (focus_mover_)
+        focus_mover_();
+    else
+        raise(GotFocus);
+}
+
+void Button::press() {
+    if (Enabled()) raise(Click);
+}
+
+void TextBox::set_Text(const std::string& text) {
+    if (text == text_) return;
+    text_ = text;
+    sel_start_ = sel_length_ = 0;
+    notify();
+    raise(Change);
+}
+
+void TextBox::select(int start, int length) {
+    const int size = static_cast<int>(text_.size());
+    sel_start_ = std::clamp(start, 0, size);
+    sel_length_ = std::clamp(length, 0, size - sel_start_);
+    notify();
+}
+
+void CheckBox::set_Value(int value) {
+    if (value < 0 || value > 2) throw RunTimeError(kInvalidPropertyValue);
+    if (assign(value_, value)) raise(Click);
+}
+
+void OptionGroup::set_Value(int index) {
+    static_cast<void>(checked_index(index, options_.size()));
+    if (assign(value_, index) && Click) Click(index);
+}
+
+const OptionGroup::Option& OptionGroup::option(int index) const {
+    return options_[checked_index(index, options_.size())];
+}
+
+void OptionGroup::set_option_enabled(int index, bool on) {
+    assign(options_[checked_index(index, options_.size())].enabled, on);
+}
+
+const std::string& ListBox::List(int index) const {
+    return items_[checked_index(index, items_.size())];
+}
+
+void ListBox::AddItem(const std::string& text) {
+    items_.push_back(text);
+    lines_changed(ListChange::Added, ListCount() - 1);
+}
+
+void ListBox::AddItem(const std::string& text, int index) {
+    if (index < 0 || index > ListCount()) throw RunTimeError(error_number::kIllegalCall);
+    items_.insert(items_.begin() + index, text);
+    if (list_index_ >= index) ++list_index_;
+    lines_changed(ListChange::Inserted, index);
+}
+
+void ListBox::Clear() {
+    items_.clear();
+    list_index_ = -1;
+    lines_changed(ListChange::Cleared, -1);
+}
+
+void ListBox::set_ListIndex(int index) {
+    if (index < -1 || index >= ListCount()) throw RunTimeError(error_number::kIllegalCall);
+    if (index == list_index_) return;
+    list_index_ = index;
+    lines_changed(ListChange::Selected, index);
+    raise(Click);
+}
+
+ComboBox::ComboBox(std::string name, std::vector<std::string> items, int list_index, bool editable,
+                   std::string tool_tip)
+    : Control(std::move(name), {}, std::move(tool_tip)), items_(std::move(items)),
+      list_index_(list_index), editable_(editable) {
+    if (list_index_ >= 0) text_ = items_[checked_index(list_index_, items_.size())];
+}
+
+void ComboBox::set_items(std::vector<std::string> items) {
+    items_ = std::move(items);
+    const auto found = std::find(items_.begin(), items_.end(), text_);
+    list_index_ = found == items_.end() ? -1 : static_cast<int>(found - items_.begin());
+    if (list_index_ < 0 && !editable_) text_.clear();
+    notify();
+}
+
+void ComboBox::set_ListIndex(int index) {
+    if (index < -1 || index >= static_cast<int>(items_.size()))
+        throw RunTimeError(kInvalidPropertyValue);
+    if (index == list_index_) return;
+    list_index_ = index;
+    text_ = index < 0 ? std::string() : items_[static_cast<std::size_t>(index)];
+    notify();
+    raise(Click);
+}
+
+void ComboBox::set_Text(const std::string& text) {
+    if (text == text_) return;
+    text_ = text;
+    const auto found = std::find(items_.begin(), items_.end(), text);
+    list_index_ = found == items_.end() ? -1 : static_cast<int>(found - items_.begin());
+    notify();
+    raise(Change);
+}
+
+void ScrollBar::set_Value(int value) {
+    if (value < std::min(min_, max_) || value > std::max(min_, max_))
+        throw RunTimeError(kInvalidPropertyValue);
+    if (assign(value_, value)) raise(Change);
+}
+
+void ProgressBar::set_Value(double value) {
+    assign(value_, std::clamp(value, 0.0, max_));
+}
+
+Grid::Grid(std::string name, const std::string& header, int rows)
+    : Control(std::move(name)), rows_(rows), cols_(0) {
+    const auto titles = split(header, '|');
+    cols_ = static_cast<int>(titles.size());
+    cells_.resize(static_cast<std::size_t>(rows_) * titles.size());
+    std::copy(titles.begin(), titles.end(), cells_.begin());
+    row_data_.resize(static_cast<std::size_t>(rows_));
+}
+
+std::size_t Grid::cell(int row, int column) const {
+    return checked_index(row, static_cast<std::size_t>(rows_)) * static_cast<std::size_t>(cols_) +
+           checked_index(column, static_cast<std::size_t>(cols_));
+}
+
+const std::string& Grid::TextMatrix(int row, int column) const {
+    return cells_[cell(row, column)];
+}
+
+void Grid::set_TextMatrix(int row, int column, const std::string& text) {
+    std::string& there = cells_[cell(row, column)];
+    if (there == text) return;
+    there = text;
+    if (cell_watcher_) cell_watcher_(row, column);
+}
+
+std::int32_t Grid::RowData(int row) const {
+    return row_data_[checked_index(row, row_data_.size())];
+}
+
+void Grid::set_RowData(int row, std::int32_t word) {
+    row_data_[checked_index(row, row_data_.size())] = word;
+    if (cell_watcher_) cell_watcher_(row, -1);
+}
+
+void Grid::set_cell(int row, int column) {
+    static_cast<void>(cell(row, column));
+    row_ = row;
+    col_ = column;
+    notify();
+}
+
+void MenuEntry::choose() {
+    if (Enabled()) raise(Click);
+}
+
+void Form::Move(const TwipRect& position) {
+    position_ = position;
+    notify();
+}
+
+void Form::Load() {
+    if (loaded_) return;
+    loaded_ = true;
+    Form_Load();
+}
+
+void Form::Show() {
+    Load();
+    set_Visible(true);
+    Form_Activate();
+}
+
+bool Form::Unload() {
+    if (!loaded_) return true;
+    if (!Form_Unload()) return false;
+    loaded_ = false;
+    set_Visible(false);
+    return true;
+}
+
+} // namespace pelvan

@@ -1,0 +1,373 @@
+// Control models: a window without pixels. A form holds its controls as values of these kinds and
+// its event handlers as functions; a front end mirrors them (desktop/) or drives them (terminal/,
+// tests). Two rules hold for every kind:
+//  * a property that changes raises the control's event, whoever changed it, as the classic toolkit
+//    does; setting a property to the value that it has raises nothing;
+//  * one watcher hears of every change and re-reads what it shows.
+// Handlers may throw RunTimeError; it passes through to whoever raised the outermost event.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace pelvan {
+
+/// Name of an element of a control array: "txt_Port(2)".
+[[nodiscard]] std::string control_name(const std::string& array, int index);
+
+class Control {
+  public:
+    explicit Control(std::string name, std::string caption = {}, std::string tool_tip = {})
+        : name_(std::move(name)), caption_(std::move(caption)), tool_tip_(std::move(tool_tip)) {}
+    Control(const Control&) = delete;
+    Control& operator=(const Control&) = delete;
+    virtual ~Control() = default;
+
+    [[nodiscard]] const std::string& Name() const { return name_; }
+    [[nodiscard]] const std::string& Caption() const { return caption_; }
+    [[nodiscard]] const std::string& ToolTipText() const { return tool_tip_; }
+    [[nodiscard]] bool Enabled() const { return enabled_; }
+    [[nodiscard]] bool Visible() const { return visible_; }
+    void set_Caption(const std::string& text) { assign(caption_, text); }
+    void set_ToolTipText(const std::string& text) { assign(tool_tip_, text); }
+    void set_Enabled(bool on) { assign(enabled_, on); }
+    void set_Visible(bool on) { assign(visible_, on); }
+
+    /// Asks the front end to move the focus here; without one, the GotFocus event comes at once.
+    void SetFocus();
+    std::function<void()> GotFocus;
+
+    void watch(std::function<void()> watcher) { watcher_ = std::move(watcher); }
+    void watch_focus(std::function<void()> mover) { focus_mover_ = std::move(mover); }
+
+  protected:
+    template <class T> bool assign(T& property, const T& value) {
+        if (property == value) return false;
+        property = value;
+        notify();
+        return true;
+    }
+    void notify() {
+        if (watcher_) watcher_();
+    }
+
+  private:
+    std::string name_;
+    std::string caption_;
+    std::string tool_tip_;
+    bool enabled_ = true;
+    bool visible_ = true;
+    std::function<void()> watcher_;
+    std::function<void()> focus_mover_;
+};
+
+class Label : public Control {
+  public:
+    using Control::Control;
+};
+
+/// A frame round other controls.
+class Frame : public Control {
+  public:
+    using Control::Control;
+};
+
+class Button : public Control {
+  public:
+    using Control::Control;
+    std::function<void()> Click;
+    /// What a press does: nothing while disabled.
+    void press();
+};
+
+class TextBox : public Control {
+  public:
+    explicit TextBox(std::string name, std::string text = {}, std::string tool_tip = {})
+        : Control(std::move(name), {}, std::move(tool_tip)), text_(std::move(text)) {}
+
+    [[nodiscard]] const std::string& Text() const { return text_; }
+    void set_Text(const std::string& text);
+    std::function<void()> Change;
+
+    [[nodiscard]] bool Locked() const { return locked_; }
+    void set_Locked(bool locked) { assign(locked_, locked); }
+
+    /// Selection in characters; the start is clipped to the text, the length to what follows it.
+    [[nodiscard]] int SelStart() const { return sel_start_; }
+    [[nodiscard]] int SelLength() const { return sel_length_; }
+    void select(int start, int length);
+    /// Selection start 0, length of the whole text.
+    void select_all() { select(0, static_cast<int>(text_.size())); }
+
+  private:
+    std::string text_;
+    bool locked_ = false;
+    int sel_start_ = 0;
+    int sel_length_ = 0;
+};
+
+class CheckBox : public Control {
+  public:
+    using Control::Control;
+    [[nodiscard]] int Value() const { return value_; } // 0 clear, 1 checked, 2 greyed
+    void set_Value(int value);
+    [[nodiscard]] bool checked() const { return value_ == 1; }
+    std::function<void()> Click;
+
+  private:
+    int value_ = 0;
+};
+
+/// A group of option buttons, a control array of which at most one is set; -1 means none.
+class OptionGroup : public Control {
+  public:
+    struct Option {
+        std::string caption;
+        std::string tool_tip;
+        bool enabled = true;
+    };
+
+    OptionGroup(std::string name, std::vector<Option> options, int value = -1)
+        : Control(std::move(name)), options_(std::move(options)), value_(value) {}
+
+    [[nodiscard]] int Value() const { return value_; }
+    /// Sets one option and raises Click with its index when it was not set; 9 outside the group.
+    void set_Value(int index);
+    std::function<void(int)> Click;
+
+    [[nodiscard]] int count() const { return static_cast<int>(options_.size()); }
+    [[nodiscard]] const Option& option(int index) const;
+    void set_option_enabled(int index, bool on);
+
+  private:
+    std::vector<Option> options_;
+    int value_;
+};
+
+/// What changed in a list, so that a watcher need not read 10,000 lines for one.
+enum class ListChange { Added, Inserted, Cleared, Selected };
+
+class ListBox : public Control {
+  public:
+    using Control::Control;
+    [[nodiscard]] int ListCount() const { return static_cast<int>(items_.size()); }
+    [[nodiscard]] const std::string& List(int index) const;
+    void AddItem(const std::string& text);
+    /// At a position 0..ListCount; 5 outside.
+    void AddItem(const std::string& text, int index);
+    void Clear();
+    /// Selected line, -1 for none; setting it raises Click; 5 outside -1..ListCount-1.
+    [[nodiscard]] int ListIndex() const { return list_index_; }
+    void set_ListIndex(int index);
+    std::function<void()> Click;
+
+    /// Hears of line changes with the index that they concern, instead of `watch`.
+    void watch_lines(std::function<void(ListChange, int)> watcher) {
+        line_watcher_ = std::move(watcher);
+    }
+
+  private:
+    void lines_changed(ListChange change, int index) {
+        if (line_watcher_) line_watcher_(change, index);
+    }
+    std::vector<std::string> items_;
+    int list_index_ = -1;
+    std::function<void(ListChange, int)> line_watcher_;
+};
+
+/// A drop-down list; with `editable` its text may be typed as well.
+class ComboBox : public Control {
+  public:
+    ComboBox(std::string name, std::vector<std::string> items, int list_index, bool editable,
+             std::string tool_tip = {});
+    [[nodiscard]] const std::vector<std::string>& items() const { return items_; }
+    void set_items(std::vector<std::string> items);
+    [[nodiscard]] int ListIndex() const { return list_index_; }
+    /// -1 (none) to the last item, else 380 (invalid property value); raises Click.
+    void set_ListIndex(int index);
+    [[nodiscard]] const std::string& Text() const { return text_; }
+    /// Typed text of an editable box; selects the item of that text if there is one. Raises Change.
+    void set_Text(const std::string& text);
+    [[nodiscard]] bool editable() const { return editable_; }
+    std::function<void()> Click;
+    std::function<void()> Change;
+
+  private:
+    std::vector<std::string> items_;
+    int list_index_;
+    std::string text_;
+    bool editable_;
+};
+
+class ScrollBar : public Control {
+  public:
+    ScrollBar(std::string name, int min, int max, int value = 0, std::string tool_tip = {})
+        : Control(std::move(name), {}, std::move(tool_tip)), min_(min), max_(max), value_(value) {}
+    /// Max may lie below Min: the bar then counts downwards.
+    [[nodiscard]] int Min() const { return min_; }
+    [[nodiscard]] int Max() const { return max_; }
+    void set_Max(int max) { assign(max_, max); }
+    [[nodiscard]] int Value() const { return value_; }
+    /// Raises Change; 380 outside the range.
+    void set_Value(int value);
+    std::function<void()> Change;
+
+  private:
+    int min_;
+    int max_;
+    int value_;
+};
+
+class ProgressBar : public Control {
+  public:
+    using Control::Control;
+    [[nodiscard]] double Min() const { return 0; }
+    [[nodiscard]] double Max() const { return max_; }
+    void set_Max(double max) { assign(max_, max > 0 ? max : 1.0); }
+    [[nodiscard]] double Value() const { return value_; }
+    /// Clipped to 0..Max.
+    void set_Value(double value);
+
+  private:
+    double max_ = 100;
+    double value_ = 0;
+};
+
+/// A grid of texts with a 32-bit data word a row. Row 0 is the header.
+class Grid : public Control {
+  public:
+    /// The header line's titles stand between "|"; `rows` counts the header row too.
+    Grid(std::string name, const std::string& header, int rows);
+    [[nodiscard]] int Rows() const { return rows_; }
+    [[nodiscard]] int Cols() const { return cols_; }
+    [[nodiscard]] const std::string& TextMatrix(int row, int column) const; // 9 outside
+    void set_TextMatrix(int row, int column, const std::string& text);
+    [[nodiscard]] std::int32_t RowData(int row) const;
+    void set_RowData(int row, std::int32_t word);
+    /// Current cell.
+    [[nodiscard]] int Row() const { return row_; }
+    [[nodiscard]] int Col() const { return col_; }
+    void set_cell(int row, int column);
+    /// Mouse pressed in the current cell; `left` tells the button.
+    std::function<void(bool left)> MouseUp;
+    /// Hears which cell changed (column -1: the row's data word), instead of `watch`.
+    void watch_cells(std::function<void(int, int)> watcher) { cell_watcher_ = std::move(watcher); }
+
+  private:
+    [[nodiscard]] std::size_t cell(int row, int column) const;
+    int rows_;
+    int cols_;
+    int row_ = 1;
+    int col_ = 0;
+    std::vector<std::string> cells_;
+    std::vector<std::int32_t> row_data_;
+    std::function<void(int, int)> cell_watcher_;
+};
+
+class Timer : public Control {
+  public:
+    using Control::Control;
+    [[nodiscard]] int Interval() const { return interval_; } // ms
+    void set_Interval(int ms) { assign(interval_, ms); }
+    /// "Running"; a timer with interval 0 never ticks.
+    [[nodiscard]] bool running() const { return running_; }
+    void start() { assign(running_, true); }
+    void stop() { assign(running_, false); }
+    std::function<void()> Tick;
+
+  private:
+    int interval_ = 0;
+    bool running_ = false;
+};
+
+/// An entry of a menu; one with children is a sub-menu, one without caption a separator.
+class MenuEntry : public Control {
+  public:
+    /// `caption` marks its access key with "&"; `shortcut` is written "Ctrl+S".
+    explicit MenuEntry(std::string name, std::string caption = {}, std::string shortcut = {},
+                       std::string tool_tip = {})
+        : Control(std::move(name), std::move(caption), std::move(tool_tip)),
+          shortcut_(std::move(shortcut)) {}
+
+    [[nodiscard]] const std::string& shortcut() const { return shortcut_; }
+    [[nodiscard]] bool Checked() const { return checked_; }
+    void set_Checked(bool on) { assign(checked_, on); }
+    /// Shown with a tick even while it is not set.
+    [[nodiscard]] bool checkable() const { return checkable_; }
+    MenuEntry& make_checkable() {
+        checkable_ = true;
+        return *this;
+    }
+    std::function<void()> Click;
+    /// What choosing the entry does: nothing while disabled.
+    void choose();
+
+    /// Sub-entries, in order; nullptr is a separator. Borrowed: the form owns them.
+    std::vector<MenuEntry*> children;
+
+  private:
+    std::string shortcut_;
+    bool checked_ = false;
+    bool checkable_ = false;
+};
+
+enum class MousePointer { Normal, Hourglass };
+enum class WindowState { Normal, Minimized, Maximized };
+
+/// Place and size in twips (1/1440 inch, 15 to the pixel at 96 dots per inch).
+struct TwipRect {
+    int left = 0;
+    int top = 0;
+    int width = 0;
+    int height = 0;
+    bool operator==(const TwipRect&) const = default;
+};
+
+/// A window. Derived forms hold the controls and override the handlers.
+class Form : public Control {
+  public:
+    explicit Form(std::string name, std::string caption = {})
+        : Control(std::move(name), std::move(caption)) {
+        set_Visible(false);
+    }
+
+    /// The window's menus; borrowed entries, as in `MenuEntry::children`.
+    std::vector<MenuEntry*> menus;
+
+    [[nodiscard]] MousePointer Pointer() const { return pointer_; }
+    void set_Pointer(MousePointer pointer) { assign(pointer_, pointer); }
+    [[nodiscard]] WindowState State() const { return state_; }
+    void set_State(WindowState state) { assign(state_, state); }
+    [[nodiscard]] const TwipRect& Position() const { return position_; }
+    /// Told to the watcher also when unchanged: the window may have been moved by hand.
+    void Move(const TwipRect& position);
+    [[nodiscard]] const std::string& help_page() const { return help_page_; }
+
+    [[nodiscard]] bool loaded() const { return loaded_; }
+    /// Runs Form_Load when the form is not loaded, makes it visible, runs Form_Activate.
+    void Show();
+    /// Loads without showing; nothing when loaded.
+    void Load();
+    /// Runs Form_Unload and, when that allows it, hides the form. False when it stays.
+    bool Unload();
+
+    virtual void Form_Load() {}
+    /// The user came here from another window of the program.
+    virtual void Form_Activate() {}
+    /// False keeps the window open.
+    virtual bool Form_Unload() { return true; }
+
+  protected:
+    void set_help_page(std::string page) { help_page_ = std::move(page); }
+
+  private:
+    MousePointer pointer_ = MousePointer::Normal;
+    WindowState state_ = WindowState::Normal;
+    TwipRect position_;
+    std::string help_page_;
+    bool loaded_ = false;
+};
+
+} // namespace pelvan

@@ -1,0 +1,32 @@
+// What the program asks of the desktop beside dialogs and windows.
+#pragma once
+
+#include <string>
+
+namespace pelvan {
+
+struct ScreenSize {
+    int width = 0; // pixels
+    int height = 0;
+};
+
+class DesktopServices {
+  public:
+    virtual ~DesktopServices() = default;
+
+    /// Lets pending window events (repaints, key strokes) run; returns when none is left.
+    virtual void let_events_run() = 0;
+
+    virtual void set_clipboard_text(const std::string& text) = 0;
+    virtual std::string clipboard_text() = 0;
+
+    /// Usable area of the screen that the program starts on.
+    virtual ScreenSize screen_size() = 0;
+
+    /// Shows a page of the help; an empty page means the contents. The help file is set once at
+    /// start.
+    virtual void set_help_file(const std::string& name) = 0;
+    virtual void show_help(const std::string& page) = 0;
+};
+
+} // namespace pelvan

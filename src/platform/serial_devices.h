@@ -1,0 +1,33 @@
+// What serial devices this machine has, found without opening any: an opening pulses DTR and RTS,
+// which restarts some people's equipment.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace pelvan {
+
+struct SerialDevice {
+    std::string path;        // a by-id link where there is one, else the node
+    std::string node;        // "/dev/ttyUSB0"
+    std::string description; // what the system tells of it, may be empty
+};
+
+/// Devices with hardware behind them, by-id names first.
+[[nodiscard]] std::vector<SerialDevice> list_serial_devices();
+
+enum class DeviceState { Openable, Missing, NoHardware, NoPermission, NotSerial };
+
+/// Whether a path could be opened now, asked of the system without opening it. A device that
+/// another program has open still counts as openable: only an opening would tell.
+[[nodiscard]] DeviceState probe_device(const std::string& path);
+
+/// One sentence for a person: "may be opened", "not there", "no permission: join group dialout" ...
+[[nodiscard]] std::string device_state_text(DeviceState state, const std::string& path);
+
+/// The device that a port number means where nothing else was agreed: "/dev/ttyS0" for 1 and so on,
+/// when there is hardware behind it.
+[[nodiscard]] std::optional<std::string> built_in_device(int number);
+
+} // namespace pelvan

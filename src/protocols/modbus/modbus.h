@@ -1,0 +1,76 @@
+// Modbus RTU: building a request frame from the user's fields and turning a frame into the text
+// that the history windows show and the numbers that the tools work with. A frame is a text in
+// which each character is one byte. Nothing here touches a port.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pelvan {
+
+/// Modbus slice of the session state.
+struct ModbusState {
+    /// CRC of the frame that went through `ModbusCrc` last: the bytes that go out first and second.
+    std::int16_t gCrcLow = 0;
+    std::int16_t gCrcHigh = 0;
+    /// Values of the last decoded frame, from element 1 upward.
+    std::array<float, 259> gReplyValues{};
+};
+
+/// Ends a value array.
+inline constexpr float kValueListEnd = -40000.1F;
+
+/// Marks in `gReplyValues`.
+inline constexpr float kNotFilled = -31000.0F;
+inline constexpr float kNoReplyValue = -32100.0F;
+
+/// Time-out and quiet count of Modbus exchanges of the console, the profiles and data logging.
+inline constexpr float kModbusTimeoutMs = 2000;
+inline constexpr std::int16_t kModbusQuietChars = 30;
+inline constexpr std::int16_t kModbusChannel = 1;
+
+class Modbus {
+  public:
+    explicit Modbus(ModbusState& state) : state_(state) {}
+
+    /// Sets `gCrcLow` and `gCrcHigh` to the CRC-16 (reflected polynomial 0xA001) of all bytes.
+    void ModbusCrc(std::string_view frame);
+
+    /// The request frame with its CRC, or a text beginning with "Bad" that says which field is
+    /// wrong.
+    ///
+    /// `values` is used from element 1 to the first `kValueListEnd` (or its last element). Negative
+    /// values are rewritten in place as value + 65536.
+    [[nodiscard]] std::string ModbusBuildRequest(std::int16_t function, std::int16_t address,
+                                                 float start_register, std::span<float> values);
+
+    /// The whole packet in decimal. `is_request` nonzero: the frame is a request just built, whose
+    /// CRC is taken as right. Fills `gReplyValues`. Any bytes of any number end in a text.
+    [[nodiscard]] std::string ModbusDecodeDecimal(std::int16_t is_request, std::string_view frame);
+    /// The whole packet in hexadecimal; values and marks as the decimal decoder.
+    [[nodiscard]] std::string ModbusDecodeHex(std::int16_t is_request, std::string_view frame);
+    /// The data values alone, in decimal.
+    [[nodiscard]] std::string ModbusDecodeSmartDecimal(std::int16_t is_request,
+                                                       std::string_view frame);
+
+    [[nodiscard]] ModbusState& state() { return state_; }
+
+  private:
+    ModbusState& state_;
+};
+
+/// Whether a builder's text is a refusal (it begins with "Bad") and not a frame.
+[[nodiscard]] bool is_refusal(std::string_view text);
+
+/// "H L": the two words of a 32-bit number given in decimal text, high word first, each signed; an
+/// empty text stays empty. 6 (overflow) for a number outside the signed 32-bit range.
+[[nodiscard]] std::string SplitLongToWords(const std::string& text);
+
+/// The signed 32-bit number of two words.
+[[nodiscard]] std::int32_t join_words(std::int16_t high, std::int16_t low);
+
+} // namespace pelvan

@@ -1,0 +1,78 @@
+// The table of serial channels, one a protocol: built whole from the configuration file, opened on
+// first use. A port is never reconfigured while it is open; a changed setting takes effect by
+// rebuilding the table. Several channels may share one physical port.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "config/ini.h"
+#include "platform/dialogs.h"
+#include "serial/errors.h"
+#include "serial/serial_state.h"
+
+namespace pelvan {
+
+using PortFactory = std::function<std::unique_ptr<SerialPort>()>;
+
+/// The hidden form that holds the serial control array: element 0 exists from its loading on.
+class frm_Comms {
+  public:
+    explicit frm_Comms(PortFactory factory) : factory_(std::move(factory)) {}
+
+    std::vector<std::unique_ptr<SerialPort>> com_Device;
+
+    void load();
+    /// Destroys every port object, which closes every open port.
+    void unload();
+    /// Creates the next element.
+    SerialPort& extend();
+    /// Called for every element created, and (with null) before all are destroyed.
+    std::function<void(SerialPort*)> element_changed;
+
+  private:
+    PortFactory factory_;
+};
+
+class ChannelTable {
+  public:
+    ChannelTable(SerialState& state, const ConfigState& config, frm_Comms& comms, Dialogs& dialogs,
+                 ErrorLog& log)
+        : state_(state), config_(config), comms_(comms), dialogs_(dialogs), log_(log) {}
+
+    /// Closes every port and rebuilds all channels from the configuration file. Touches no device.
+    ///
+    /// A port number outside 1..16 in the file is reported again and again until the file is
+    /// mended; more than four channels raise 9, channels 0 to 3 staying built.
+    void init_comms();
+
+    /// Sets number, settings and modem-line mode of one existing, closed channel.
+    void define_comms_control(std::int16_t channel, std::int16_t port, const std::string& settings,
+                              const std::string& rts_mode);
+
+    /// Makes sure that the channel's port is open and empty; returns the index of the object to
+    /// use, which is another channel's when that one has the same port open with the same settings.
+    ///
+    /// An unknown channel becomes 0, in the caller's variable too. Errors are shown, not raised.
+    std::int16_t open_port(std::int16_t& channel);
+
+    [[nodiscard]] SerialState& state() { return state_; }
+    /// Called at the beginning of every rebuild, while the old ports still stand.
+    std::function<void()> before_rebuild;
+
+  private:
+    [[nodiscard]] bool build_channel(int n);
+    void set_settle_time(int channel, const std::string& settings);
+    void apply_mode(std::int16_t channel, const std::string& rts_mode);
+    [[nodiscard]] std::int16_t settle_twins(std::int16_t channel);
+
+    SerialState& state_;
+    const ConfigState& config_;
+    frm_Comms& comms_;
+    Dialogs& dialogs_;
+    ErrorLog& log_;
+};
+
+} // namespace pelvan

@@ -1,0 +1,91 @@
+// Dialogs that answer from a script and remember what was asked.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/desktop_services.h"
+#include "platform/dialogs.h"
+
+namespace pelvan::testing {
+
+class FakeDialogs : public Dialogs {
+  public:
+    struct Shown {
+        std::string text;
+        std::string title;
+        MessageButtons buttons = MessageButtons::Ok;
+        MessageIcon icon = MessageIcon::None;
+    };
+
+    MessageAnswer message_box(const std::string& text, const std::string& title,
+                              MessageButtons buttons, MessageIcon icon) override {
+        shown.push_back({text, title, buttons, icon});
+        if (on_message) on_message(text);
+        if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
+        return take(answers,
+                    buttons == MessageButtons::YesNo ? MessageAnswer::No : MessageAnswer::Cancel);
+    }
+    std::string input_box(const std::string& prompt, const std::string& title,
+                          const std::string& default_text) override {
+        prompts.push_back({prompt, title});
+        last_default = default_text;
+        return take(inputs, std::string());
+    }
+    std::optional<std::string> open_file(const FileDialogRequest& request) override {
+        requests.push_back(request);
+        return take(files, std::optional<std::string>());
+    }
+    std::optional<std::string> save_file(const FileDialogRequest& request) override {
+        return open_file(request);
+    }
+
+    /// Texts of all messages so far, in order.
+    [[nodiscard]] std::vector<std::string> texts() const {
+        std::vector<std::string> out;
+        for (const auto& message : shown)
+            out.push_back(message.text);
+        return out;
+    }
+
+    std::vector<Shown> shown;
+    std::deque<MessageAnswer> answers; // of the boxes with a choice; No or Cancel when used up
+    std::deque<std::string> inputs;
+    std::deque<std::optional<std::string>> files;
+    std::vector<std::pair<std::string, std::string>> prompts;
+    std::vector<FileDialogRequest> requests;
+    std::string last_default;
+    std::function<void(const std::string&)> on_message;
+
+  private:
+    template <class T> static T take(std::deque<T>& from, T otherwise) {
+        if (from.empty()) return otherwise;
+        T value = from.front();
+        from.pop_front();
+        return value;
+    }
+};
+
+class FakeDesktop : public DesktopServices {
+  public:
+    void let_events_run() override {
+        ++turns;
+        if (on_turn) on_turn();
+    }
+    void set_clipboard_text(const std::string& text) override { clipboard = text; }
+    std::string clipboard_text() override { return clipboard; }
+    ScreenSize screen_size() override { return screen; }
+    void set_help_file(const std::string& name) override { help_file = name; }
+    void show_help(const std::string& page) override { help_pages.push_back(page); }
+
+    int turns = 0;
+    std::function<void()> on_turn;
+    std::string clipboard;
+    ScreenSize screen{1920, 1080};
+    std::string help_file;
+    std::vector<std::string> help_pages;
+};
+
+} // namespace pelvan::testing

@@ -1,0 +1,167 @@
+// A port object that answers from a script on a fake tick, fails where told to, and writes down
+// every call that a line would see.
+#pragma once
+
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/run_time_error.h"
+#include "platform/serial_port.h"
+#include "support/fake_time.h"
+
+namespace pelvan::testing {
+
+/// Bytes that arrive so many milliseconds after the output that they answer.
+struct Arrival {
+    double after_ms = 0;
+    std::string bytes;
+};
+
+class FakeSerialPort : public SerialPort {
+  public:
+    /// What happened on the line and when ("open", "rts 1", "output 4", "discard", "close" ...).
+    struct Event {
+        std::string what;
+        double at_ms = 0;
+    };
+
+    explicit FakeSerialPort(FakeTick& tick) : tick_(tick) {}
+    ~FakeSerialPort() override {
+        if (on_destroy) on_destroy(*this);
+    }
+
+    std::int16_t CommPort() const override { return comm_port_; }
+    void set_CommPort(std::int16_t number) override {
+        fail("CommPort");
+        comm_port_ = number;
+    }
+    const std::string& Settings() const override { return settings_; }
+    void set_Settings(const std::string& settings) override { settings_ = settings; }
+    bool DTREnable() const override { return dtr_; }
+    void set_DTREnable(bool on) override { set_line("DTREnable", dtr_, on); }
+    bool RTSEnable() const override { return rts_; }
+    void set_RTSEnable(bool on) override { set_line("RTSEnable", rts_, on); }
+    std::int16_t Handshaking() const override { return handshaking_; }
+    void set_Handshaking(std::int16_t mode) override {
+        handshaking_ = mode;
+        note("Handshaking " + std::to_string(mode));
+    }
+    bool PortOpen() const override { return open_; }
+    void set_PortOpen(bool open) override {
+        if (open) fail("PortOpen");
+        open_ = open;
+        note(open ? "open" : "close");
+    }
+    long InBufferCount() override {
+        require_open();
+        fail("InBufferCount");
+        return static_cast<long>(arrived().size());
+    }
+    void set_InBufferCount(long) override {
+        require_open();
+        fail("discard");
+        buffer_.clear();
+        if (discards_future) coming_.clear();
+        note("discard");
+    }
+    std::string Input() override {
+        require_open();
+        fail("Input");
+        std::string out = arrived();
+        buffer_.clear();
+        return out;
+    }
+    void set_Output(const std::string& bytes) override {
+        require_open();
+        fail("Output");
+        outputs.push_back(bytes);
+        note("output " + std::to_string(bytes.size()));
+        if (!responder && replies.empty()) return;
+        std::vector<Arrival> reply;
+        if (responder) {
+            reply = responder(bytes);
+        } else {
+            reply = replies.front();
+            replies.pop_front();
+        }
+        for (const Arrival& arrival : reply)
+            arrive(arrival);
+    }
+    std::int16_t RThreshold() const override { return threshold_; }
+    void set_RThreshold(std::int16_t count) override {
+        threshold_ = count;
+        note("RThreshold " + std::to_string(count));
+    }
+    int CommID() const override { return -1; }
+    void EscapeCommFunction(EscapeCode code) override {
+        require_open();
+        fail("EscapeCommFunction");
+        note("escape " + std::to_string(static_cast<int>(code)));
+    }
+    void check_receive() override {
+        if (threshold_ > 0 && static_cast<int>(arrived().size()) >= threshold_ && OnComm) OnComm();
+    }
+
+    /// Lets bytes arrive from now on, without an output before them.
+    void arrive(const Arrival& arrival) {
+        coming_.push_back({tick_.now() + arrival.after_ms, arrival.bytes});
+    }
+    /// Makes the next use of an operation raise the number; several are used up in order.
+    void fail_next(const std::string& operation, int number) {
+        failures_[operation].push_back(number);
+    }
+    /// The events' names, one blank between them.
+    [[nodiscard]] std::string history() const {
+        std::string out;
+        for (const Event& event : events)
+            out += (out.empty() ? "" : ", ") + event.what;
+        return out;
+    }
+
+    std::vector<Event> events;
+    std::vector<std::string> outputs;
+    std::deque<std::vector<Arrival>> replies;                          // one an output
+    std::function<std::vector<Arrival>(const std::string&)> responder; // instead of `replies`
+    std::function<void(FakeSerialPort&)> on_destroy;
+    bool discards_future = true; // a discard also forgets what is still on its way
+
+  private:
+    void note(const std::string& what) { events.push_back({what, tick_.now()}); }
+    void set_line(const std::string& name, bool& line, bool on) {
+        line = on;
+        note(name + (on ? " 1" : " 0"));
+    }
+    void require_open() const {
+        if (!open_) throw RunTimeError(error_number::kPortNotOpen);
+    }
+    void fail(const std::string& operation) {
+        auto& numbers = failures_[operation];
+        if (numbers.empty()) return;
+        const int number = numbers.front();
+        numbers.pop_front();
+        throw RunTimeError(number);
+    }
+    std::string& arrived() {
+        while (!coming_.empty() && coming_.front().after_ms <= tick_.now()) {
+            buffer_ += coming_.front().bytes;
+            coming_.pop_front();
+        }
+        return buffer_;
+    }
+
+    FakeTick& tick_;
+    std::int16_t comm_port_ = 1;
+    std::string settings_ = "9600,N,8,1";
+    bool dtr_ = true;
+    bool rts_ = true;
+    std::int16_t handshaking_ = 0;
+    std::int16_t threshold_ = 0;
+    bool open_ = false;
+    std::string buffer_;
+    std::deque<Arrival> coming_;
+    std::map<std::string, std::deque<int>> failures_;
+};
+
+} // namespace pelvan::testing
