@@ -1,10 +1,17 @@
 // The port object over whatever line stands behind its number. It owns the property rules (what may
 // be set when, which error number says what) and the receive buffer; bytes and modem lines are the
-// line's. Bytes that arrived before a line was lost are delivered before the loss is reported.
+// line's.
+//
+// A line that is lost is given up at once, and the object stays "open but lost" until it is closed
+// and opened anew: bytes that arrived before are still delivered, then reading raises 8020 and
+// writing 57. `CommID` is then -1 and `watch_changed` was called; a watcher that finds the object
+// open with a threshold should run `check_receive` once more, which raises the event of the loss.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "platform/serial_line.h"
 #include "platform/serial_port.h"
@@ -46,7 +53,10 @@ class LinePort : public SerialPort {
     void close();
     void require_open() const;
     void pump();
-    void line_lost();
+    void use_line(const std::function<void(SerialLine&)>& action);
+    void release_line();
+    void raise_receive() const;
+    [[nodiscard]] bool loss_to_report() const;
     void watching_changed() const;
 
     DeviceMap devices_;
@@ -54,6 +64,7 @@ class LinePort : public SerialPort {
     std::unique_ptr<SerialLine> line_; // null while closed, and while open but lost
     bool open_ = false;
     bool loss_reported_ = false;
+    bool input_taken_ = false; // bytes were read since the last discard or output
     std::string received_;
     std::int16_t comm_port_ = 1;
     std::string settings_ = "9600,N,8,1";

@@ -1,0 +1,57 @@
+#include "platform/serial_line.h"
+
+#include <charconv>
+
+#include "text/strings.h"
+
+namespace pelvan {
+namespace {
+
+constexpr int kSlowestBaud = 50;
+constexpr int kFastestBaud = 4'000'000;
+
+/// The whole text as a number within the limits; nothing for signs, blanks or anything else.
+std::optional<int> whole_number(const std::string& text, int lowest, int highest) {
+    int value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || value < lowest || value > highest) return {};
+    return value;
+}
+
+/// 5 data bits go with 1 or 1.5 stop bits, more of them with 1 or 2: no hardware offers the rest.
+std::optional<double> stop_bits_from(const std::string& text, int data_bits) {
+    if (text == "1") return 1;
+    if (text == "1.5" && data_bits == 5) return 1.5;
+    if (text == "2" && data_bits > 5) return 2;
+    return {};
+}
+
+} // namespace
+
+std::optional<LineSettings> parse_line_settings(const std::string& text) {
+    const auto parts = split(text, ',');
+    if (parts.size() != 4) return {};
+    const auto baud = whole_number(parts[0], kSlowestBaud, kFastestBaud);
+    const std::string parity = upper_case(parts[1]);
+    const auto data = whole_number(parts[2], 5, 8);
+    if (!baud || !data || parity.size() != 1 || std::string("NOEMS").find(parity) == parity.npos)
+        return {};
+    const auto stop = stop_bits_from(parts[3], *data);
+    if (!stop) return {};
+
+    LineSettings settings;
+    settings.baud_rate = *baud;
+    settings.parity = parity[0];
+    settings.data_bits = *data;
+    settings.stop_bits = *stop;
+    return settings;
+}
+
+double character_time_us(const LineSettings& settings) {
+    const double parity_bits = settings.parity == 'N' ? 0 : 1;
+    const double bits = 1 + settings.data_bits + parity_bits + settings.stop_bits;
+    return bits * 1e6 / settings.baud_rate;
+}
+
+} // namespace pelvan
