@@ -17,6 +17,9 @@ namespace pelvan {
 /// Name of an element of a control array: "txt_Port(2)".
 [[nodiscard]] std::string control_name(const std::string& array, int index);
 
+/// Keys that forms handle themselves; everything else is the front end's.
+enum class Key { Up, Down, Enter, Escape };
+
 class Control {
   public:
     explicit Control(std::string name, std::string caption = {}, std::string tool_tip = {})
@@ -38,6 +41,8 @@ class Control {
     /// Asks the front end to move the focus here; without one, the GotFocus event comes at once.
     void SetFocus();
     std::function<void()> GotFocus;
+    /// A key pressed while the focus is here; false leaves it to the front end.
+    std::function<bool(Key)> KeyDown;
 
     void watch(std::function<void()> watcher) { watcher_ = std::move(watcher); }
     void watch_focus(std::function<void()> mover) { focus_mover_ = std::move(mover); }
@@ -368,6 +373,18 @@ class Form : public Control {
     TwipRect position_;
     std::string help_page_;
     bool loaded_ = false;
+};
+
+/// Shows the hourglass on a form for as long as it lives.
+class Hourglass {
+  public:
+    explicit Hourglass(Form& form) : form_(form) { form_.set_Pointer(MousePointer::Hourglass); }
+    Hourglass(const Hourglass&) = delete;
+    Hourglass& operator=(const Hourglass&) = delete;
+    ~Hourglass() { form_.set_Pointer(MousePointer::Normal); }
+
+  private:
+    Form& form_;
 };
 
 } // namespace pelvan
