@@ -41,7 +41,7 @@ class ErrorTrap {
     }
 
     /// Logs an error; one that cannot be logged is shown instead, and never thrown on.
-    void record(const RunTimeError& error) noexcept(false);
+    void record(const RunTimeError& error);
 
   private:
     /// An error inside an error's handling is logged and shown, and ends in the next statement.

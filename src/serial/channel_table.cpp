@@ -1,0 +1,240 @@
+#include "serial/channel_table.h"
+
+#include <array>
+
+#include "platform/run_time_error.h"
+#include "serial/trap.h"
+#include "text/numbers.h"
+
+namespace pelvan {
+namespace {
+
+constexpr std::int16_t kLowestPort = 1;
+constexpr std::int16_t kHighestPort = 16;
+constexpr std::size_t kShortestSettings = 9;
+constexpr std::size_t kLongestSettings = 11;
+constexpr char kDefaultSettings[] = "9600,N,8,1";
+constexpr char kNoPortData[] = "NO PORT DATA";
+constexpr double kSettleNumerator = 15000;
+
+struct ModemMode {
+    bool dtr;
+    bool rts;
+    std::int16_t handshaking;
+    bool rts_toggle;
+};
+
+/// Row = value of a channel's " RTS Mode " key. The settings window knows rows 0 to 2 as
+/// "RTS/DTR Clear", "RTS/DTR Set" and "RTS Toggle"; rows 3 to 5 are the same with XON/XOFF.
+constexpr std::array<ModemMode, 6> kModemModes{{
+    {false, false, 0, false},
+    {true, true, 0, false},
+    {true, false, 0, true},
+    {false, false, 1, false},
+    {true, true, 1, false},
+    {true, false, 1, true},
+}};
+
+bool valid_port(std::int16_t port) {
+    return port >= kLowestPort && port <= kHighestPort;
+}
+
+/// Texts of `open_port` for the port object's own errors; 8017 has none and gets the general
+/// message.
+const char* port_error_text(int number) {
+    switch (number) {
+    case 8000:
+        return "OPERATION NOT VALID WHILE THE PORT IS OPEN";
+    case 8001:
+        return "TIMEOUT VALUE MUST BE GREATER THAN ZERO";
+    case 8002:
+        return "INVALID PORT NUMBER";
+    case 8003:
+        return "PROPERTY AVAILABLE ONLY AT RUNTIME";
+    case 8004:
+        return "PROPERTY IS READONLY AT RUNTIME";
+    case 8005:
+        return "PORT ALREADY OPEN";
+    case 8006:
+        return "THE DEVICE IDENTIFIER IS INVALID OR UNSUPPORTED";
+    case 8007:
+        return "THE DEVICE'S BAUD RATE IS UNSUPPORTED";
+    case 8008:
+        return "THE SPECIFIED BYTE SIZE IS INVALID";
+    case 8009:
+        return "THE DEFAULT PARAMETERS ARE IN ERROR";
+    case 8010:
+        return "THE HARDWARE IS NOT AVAILABLE(LOCKED BY ANOTHER DEVICE)";
+    case 8011:
+        return "THE FUNCTION CANNOT ALLOCATE THE QUEUES";
+    case 8012:
+        return "THE DEVICE IS NOT OPEN";
+    case 8013:
+        return "THE DEVICE IS ALREADY OPEN";
+    case 8014:
+        return "COULD NOT ENABLE COMM NOTIFICATION";
+    case 8015:
+        return "COULD NOT SET COMM STATE";
+    case 8016:
+        return "COULD NOT SET COMM EVENT MASK";
+    case 8018:
+        return "OPERATION VALID ONLY WHEN THE PORT IS OPEN";
+    case 8019:
+        return "DEVICE BUSY";
+    case 8020:
+        return "ERROR READING COMM DEVICE";
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+void frm_Comms::load() {
+    if (com_Device.empty()) extend();
+}
+
+void frm_Comms::unload() {
+    if (element_changed && !com_Device.empty()) element_changed(nullptr);
+    com_Device.clear();
+}
+
+SerialPort& frm_Comms::extend() {
+    com_Device.push_back(factory_());
+    if (element_changed) element_changed(com_Device.back().get());
+    return *com_Device.back();
+}
+
+void ChannelTable::init_comms() {
+    if (before_rebuild) before_rebuild();
+    state_.gCommDevice.clear();
+    comms_.unload();
+    comms_.load();
+    int n = 0;
+    while (build_channel(n))
+        ++n;
+    if (n > 0) return;
+    state_.gCommDevice.push_back(comms_.com_Device.front().get());
+    define_comms_control(0, 2, kDefaultSettings, "1");
+    set_settle_time(0, kDefaultSettings);
+}
+
+bool ChannelTable::build_channel(int n) {
+    std::int16_t port = 0;
+    for (;;) {
+        port = ini_read_int(ini_key::kCommsSection, ini_key::comm_port(n), 0, config_.gIniFile);
+        if (port == 0) return false;
+        if (valid_port(port)) break;
+        // Required: the same key is read again, so the message comes back after every
+        // acknowledgement until somebody mends the file.
+        dialogs_.message_box("Port number is not valid in 'sub init_comms*'");
+    }
+    // A fifth channel is refused before it exists: the table stays at channels 0 to 3.
+    static_cast<void>(checked_index(n, kChannelLimit));
+    std::string settings = ini_read_string(ini_key::kCommsSection, ini_key::port_setting(n),
+                                           kNoPortData, config_.gIniFile);
+    const std::string rts_mode = ini_read_string(ini_key::kCommsSection, ini_key::rts_mode(n),
+                                                 kNoPortData, config_.gIniFile);
+    if (settings.size() < kShortestSettings || settings.size() > kLongestSettings) {
+        dialogs_.message_box("Port settings are not valid in 'sub init_comms**'");
+        settings = kDefaultSettings;
+    }
+    SerialPort& device = n == 0 ? *comms_.com_Device.front() : comms_.extend();
+    state_.gCommDevice.push_back(&device);
+    define_comms_control(static_cast<std::int16_t>(n), port, settings, rts_mode);
+    set_settle_time(n, settings);
+    return true;
+}
+
+void ChannelTable::set_settle_time(int channel, const std::string& settings) {
+    const double baud_rate = leading_number(settings.substr(0, settings.find(',')));
+    // Without a usable baud rate the port refuses to open (8015); no settle time is ever waited.
+    const double settle = baud_rate > 0 ? round_half_even(kSettleNumerator / baud_rate) : 0;
+    state_.gCharTime[checked_index(channel, kChannelLimit)] =
+        settle <= 32767 ? static_cast<std::int16_t>(settle) : std::int16_t{0};
+}
+
+void ChannelTable::define_comms_control(std::int16_t channel, std::int16_t port,
+                                        const std::string& settings, const std::string& rts_mode) {
+    if (!valid_port(port)) {
+        dialogs_.message_box("port_number% can only be (1 to 16) in sub define_comms_control");
+        return;
+    }
+    const int highest = static_cast<int>(state_.gCommDevice.size()) - 1;
+    if (channel < 0 || channel > highest) {
+        dialogs_.message_box("comms_control% can only be (0 to " + std::to_string(highest) +
+                             ") in sub define_comms_control");
+        return;
+    }
+    SerialPort& device = *state_.gCommDevice[static_cast<std::size_t>(channel)];
+    device.set_CommPort(port);
+    device.set_Settings(settings);
+    apply_mode(channel, rts_mode);
+}
+
+void ChannelTable::apply_mode(std::int16_t channel, const std::string& rts_mode) {
+    const double value = leading_number(rts_mode);
+    for (std::size_t row = 0; row < kModemModes.size(); ++row) {
+        if (value != static_cast<double>(row)) continue;
+        SerialPort& device = *state_.gCommDevice[static_cast<std::size_t>(channel)];
+        device.set_DTREnable(kModemModes[row].dtr);
+        device.set_RTSEnable(kModemModes[row].rts);
+        device.set_Handshaking(kModemModes[row].handshaking);
+        state_.gRtsToggle[static_cast<std::size_t>(channel)] = kModemModes[row].rts_toggle;
+    }
+}
+
+std::int16_t ChannelTable::open_port(std::int16_t& channel) {
+    auto& devices = state_.gCommDevice;
+    if (channel < 0 || channel >= static_cast<int>(devices.size())) {
+        dialogs_.message_box("This device/protocol has not been initialized. Check Pelvax6.ini.");
+        channel = 0;
+    }
+    std::int16_t target = channel;
+    ErrorTrap trap(log_, dialogs_, "open_port");
+    const auto table = [&](const RunTimeError& error) {
+        if (error.number() == error_number::kDeviceUnavailable) {
+            dialogs_.message_box(
+                "Cannot open comm port #" +
+                    std::to_string(devices[static_cast<std::size_t>(target)]->CommPort()) +
+                    ", it is not available",
+                "WARNING");
+            return Resume::Retry;
+        }
+        if (const char* text = port_error_text(error.number())) {
+            dialogs_.message_box(text);
+            return Resume::Leave;
+        }
+        show_error_message(dialogs_, error.number(), error.subject());
+        return Resume::Next;
+    };
+    if (!trap.run([&] { target = settle_twins(channel); }, table)) return target;
+    SerialPort& port = *devices[checked_index(target, devices.size())];
+    const auto open = [&] {
+        if (!port.PortOpen()) port.set_PortOpen(true);
+    };
+    if (!trap.run(open, table)) return target;
+    trap.run([&] { port.set_InBufferCount(0); }, table);
+    return target;
+}
+
+std::int16_t ChannelTable::settle_twins(std::int16_t channel) {
+    const auto& devices = state_.gCommDevice;
+    const SerialPort& wanted = *devices[checked_index(channel, devices.size())];
+    std::int16_t target = channel;
+    bool shared = false;
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        SerialPort& other = *devices[i];
+        const bool twin = &other != &wanted && other.CommPort() == wanted.CommPort();
+        if (!twin || !other.PortOpen()) continue;
+        if (shared || other.Settings() != wanted.Settings()) {
+            other.set_PortOpen(false);
+        } else {
+            target = static_cast<std::int16_t>(i);
+            shared = true;
+        }
+    }
+    return target;
+}
+
+} // namespace pelvan

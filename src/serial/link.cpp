@@ -1,0 +1,87 @@
+#include "serial/link.h"
+
+#include "platform/run_time_error.h"
+#include "serial/trap.h"
+
+namespace pelvan {
+namespace {
+
+/// Gives a countdown slot back however the collection ends; the pool would grow otherwise.
+class CountdownSlot {
+  public:
+    CountdownSlot(CountdownPool& pool, float duration_ms)
+        : pool_(pool), slot_(pool.start_countdown(duration_ms)) {}
+    CountdownSlot(const CountdownSlot&) = delete;
+    CountdownSlot& operator=(const CountdownSlot&) = delete;
+    ~CountdownSlot() { pool_.stop_countdown(slot_); }
+    [[nodiscard]] bool expired() { return pool_.countdown_expired(slot_); }
+
+  private:
+    CountdownPool& pool_;
+    std::int16_t slot_;
+};
+
+/// What `transmit` does after a trapped error.
+Resume after_error(const RunTimeError& error, SerialPort& port, Dialogs& dialogs) {
+    switch (error.number()) {
+    case error_number::kDeviceInputOutput:
+    case error_number::kCommBufferFull:
+        port.set_PortOpen(false);
+        port.set_PortOpen(true);
+        return Resume::Next;
+    case error_number::kDeviceUnavailable:
+        return Resume::Retry;
+    case error_number::kHardwareNotAvailable:
+        return Resume::Next;
+    default:
+        show_error_message(dialogs, error.number(), error.subject());
+        return Resume::Next;
+    }
+}
+
+} // namespace
+
+std::string Link::transmit(std::int16_t channel, const std::string& command, float timeout_ms,
+                           std::int16_t quiet_chars) {
+    const std::int16_t port_index = channels_.open_port(channel);
+    if (port_index < 0) return {};
+    SerialState& state = channels_.state();
+    SerialPort& port = *state.gCommDevice[static_cast<std::size_t>(port_index)];
+    // The flag and the settle time are the channel's own; the port may be a twin's.
+    const bool toggles = state.gRtsToggle[checked_index(channel, kChannelLimit)];
+    const float settle = state.gCharTime[checked_index(channel, kChannelLimit)];
+
+    ErrorTrap trap(log_, dialogs_, "transmit");
+    const auto guarded = [&](auto&& statement) {
+        trap.run(statement,
+                 [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
+    };
+    guarded([&] { port.set_InBufferCount(0); });
+    if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
+    guarded([&] { port.set_Output(command); });
+    if (toggles) {
+        countdowns_.wait(static_cast<float>(command.size()) * settle);
+        guarded([&] { port.EscapeCommFunction(EscapeCode::CLRRTS); });
+    }
+    std::string reply;
+    guarded([&] { reply = receive_reply(port, settle, timeout_ms, quiet_chars); });
+    // RTS stays raised between exchanges; it is down only while a reply is awaited.
+    if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
+    return reply;
+}
+
+std::string Link::receive_reply(SerialPort& port, float char_time_ms, float timeout_ms,
+                                std::int16_t quiet_chars) {
+    CountdownSlot overall(countdowns_, timeout_ms);
+    const float quiet_ms = static_cast<float>(quiet_chars) * char_time_ms;
+    std::string reply;
+    while (reply.empty() && !overall.expired()) {
+        while (port.InBufferCount() >= 1 && !overall.expired()) {
+            reply += port.Input();
+            countdowns_.wait(quiet_ms);
+        }
+    }
+    return reply;
+}
+
+} // namespace pelvan
