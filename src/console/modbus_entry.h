@@ -1,0 +1,69 @@
+// From the texts of the console's Modbus boxes to a request, and from a reply to the lines of the
+// history. No controls and no port here: the console window and the terminal command share it.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "protocols/modbus/modbus.h"
+
+namespace pelvan {
+
+/// The command types that the console offers.
+enum class ModbusCommand {
+    ReadCoils,
+    ReadInputs,
+    ReadHolding,
+    ReadInputRegisters,
+    WriteCoil,
+    WriteRegister,
+    Diagnostics,
+    WriteCoils,
+    WriteRegisters,
+    Read32,
+    Write32,
+    LoopBack,
+};
+
+struct ModbusCommandType {
+    ModbusCommand command;
+    std::int16_t function;
+    const char* caption;
+    const char* values_caption; // what the value box holds for it
+    const char* register_caption;
+};
+
+/// All command types, in the order in which they are offered.
+[[nodiscard]] const std::array<ModbusCommandType, 12>& modbus_command_types();
+
+enum class DataFormat { Decimal, Hex, SmartDec };
+
+/// What the user entered, as typed.
+struct ModbusEntry {
+    std::size_t type = 2; // index into modbus_command_types()
+    std::string address;
+    std::string start_register;
+    std::string values; // numbers separated by blanks or commas
+    bool hexadecimal = false;
+
+    bool operator==(const ModbusEntry&) const = default;
+};
+
+/// Whether the entry goes to every controller, so that none answers.
+[[nodiscard]] bool is_broadcast(const ModbusEntry& entry);
+
+/// The request frame, or a text beginning with "Bad". Text that is no number is refused as the
+/// field that it stands in would be: "Bad ADDRESS entered." and so on.
+[[nodiscard]] std::string build_request(Modbus& modbus, const ModbusEntry& entry);
+
+/// Renders a frame in the chosen format; the request flag as in the decoders.
+[[nodiscard]] std::string render(Modbus& modbus, DataFormat format, std::int16_t is_request,
+                                 std::string_view frame);
+
+/// The Command Response line of a reply: its rendering, the joined values of a 32-bit read in
+/// SmartDec, or words where there is nothing to render.
+[[nodiscard]] std::string response_line(Modbus& modbus, DataFormat format, const ModbusEntry& entry,
+                                        std::string_view reply);
+
+} // namespace pelvan
