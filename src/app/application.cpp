@@ -1,0 +1,81 @@
+#include "app/application.h"
+
+#include "config/device_map.h"
+
+namespace pelvan {
+namespace {
+
+constexpr char kHelpFile[] = "Pelvan7.hlp";
+constexpr int kTwipsPerPixel = 15;
+constexpr int kConsoleHeight = 2750;
+constexpr double kConsoleWidth = 0.97;
+constexpr double kCommandWidth = 0.21;
+constexpr double kResponseWidth = 0.76;
+constexpr double kHistoryHeight = 0.94;
+constexpr int kHistoryHeightLess = 3000;
+
+int part_of(double share, int twips) {
+    return static_cast<int>(share * twips);
+}
+
+} // namespace
+
+MDIPelvan6::MDIPelvan6(Application& application)
+    : Form("MDIPelvan6", "Pelvan 7"), application_(application) {
+    mnuWindow.children = {&mnuArrange, nullptr, &mnuShowConsole, &mnuShowCommand, &mnuShowResponse};
+    menus = {&mnuWindow};
+    mnuArrange.Click = [this] { arrange(); };
+    mnuShowConsole.Click = [this] { application_.console.Show(); };
+    mnuShowCommand.Click = [this] { application_.history.frmCommand.Show(); };
+    mnuShowResponse.Click = [this] { application_.history.frmResponse.Show(); };
+}
+
+void MDIPelvan6::MDIForm_Load() {
+    Application& app = application_;
+    app.services.desktop.set_help_file(kHelpFile);
+    app.events.run([&] { app.console.Load(); });
+    app.events.run([&] { app.history.frmCommand.Load(); });
+    app.events.run([&] { app.history.frmResponse.Load(); });
+    app.events.run([&] { arrange(); });
+}
+
+void MDIPelvan6::arrange() {
+    const ScreenSize pixels = application_.services.desktop.screen_size();
+    const int width = pixels.width * kTwipsPerPixel;
+    const int height = pixels.height * kTwipsPerPixel;
+    const int command_width = part_of(kCommandWidth, width);
+    const int history_height = part_of(kHistoryHeight, height) - kHistoryHeightLess;
+    frm_Pelvan5VB& console = application_.console;
+    HistoryForm& command = application_.history.frmCommand;
+    HistoryForm& response = application_.history.frmResponse;
+    command.Show();
+    response.Show();
+    console.Show();
+    for (Form* form : std::initializer_list<Form*>{&console, &command, &response})
+        form->set_State(WindowState::Normal);
+    console.Move({0, 0, part_of(kConsoleWidth, width), kConsoleHeight});
+    command.Move({0, kConsoleHeight, command_width, history_height});
+    response.Move({command_width, kConsoleHeight, part_of(kResponseWidth, width), history_height});
+    command.hscrl_List.set_Max(HistoryForm::kScrollMaximum);
+    response.hscrl_List.set_Max(HistoryForm::kScrollMaximum);
+}
+
+Application::Application(Services given, LineOpener opener)
+    : services(std::move(given)), events(services.dialogs), simulators(services.tick),
+      error_log(services.clock), comms([this] { return make_port(); }),
+      channels(session.serial, session.config, comms, services.dialogs, error_log),
+      countdowns(session.serial, services.tick),
+      link(channels, countdowns, services.dialogs, error_log), modbus(session.modbus),
+      history(services), console(services, session.config, channels, link, modbus, history),
+      frame(*this), opener_(std::move(opener)) {}
+
+std::unique_ptr<SerialPort> Application::make_port() {
+    return std::make_unique<LinePort>(
+        [this](int number) { return device_for_port(number, session.config.gIniFile); },
+        [this](const std::string& device, const LineSettings& settings) {
+            if (simulator::is_simulated(device)) return simulators.open(device, settings);
+            return opener_(device, settings);
+        });
+}
+
+} // namespace pelvan

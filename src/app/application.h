@@ -1,0 +1,68 @@
+// The object that owns everything, and the start-up order. Front ends (the windows, the terminal)
+// hand in the platform's services and drive the forms; tests do the same with fakes.
+#pragma once
+
+#include "app/event_runner.h"
+#include "app/session.h"
+#include "console/console_form.h"
+#include "console/history.h"
+#include "platform/line_port.h"
+#include "serial/link.h"
+#include "simulator/simulator_hub.h"
+
+namespace pelvan {
+
+class Application;
+
+/// The frame window; loading it starts everything.
+class MDIPelvan6 : public Form {
+  public:
+    explicit MDIPelvan6(Application& application);
+
+    /// The tools' windows; `Application` adds an entry for each.
+    MenuEntry mnuTools{"mnuTools", "&Tools"};
+    MenuEntry mnuWindow{"mnuWindow", "&Window"};
+    MenuEntry mnuArrange{"mnuArrange", "&Arrange", "Ctrl+Shift+A",
+                         "Put the three windows back where they were at the start."};
+    MenuEntry mnuShowConsole{"mnuShowConsole", "Command &Center", "Ctrl+1"};
+    MenuEntry mnuShowCommand{"mnuShowCommand", "Command &History", "Ctrl+2"};
+    MenuEntry mnuShowResponse{"mnuShowResponse", "Command &Response", "Ctrl+3"};
+
+    /// Sets the help file, loads the console, then the two history windows, and arranges the three.
+    void MDIForm_Load();
+    /// The console along the top, Command History and Command Response side by side below it.
+    void arrange();
+
+    void Form_Load() override { MDIForm_Load(); }
+
+  private:
+    Application& application_;
+};
+
+class Application {
+  public:
+    /// `opener` opens the devices that are not simulated.
+    Application(Services services, LineOpener opener);
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+    Services services;
+    Session session;
+    EventRunner events;
+    simulator::SimulatorHub simulators;
+    ErrorLog error_log;
+    frm_Comms comms;
+    ChannelTable channels;
+    CountdownPool countdowns;
+    Link link;
+    Modbus modbus;
+    History history;
+    frm_Pelvan5VB console;
+    MDIPelvan6 frame;
+
+  private:
+    [[nodiscard]] std::unique_ptr<SerialPort> make_port();
+    LineOpener opener_;
+};
+
+} // namespace pelvan

@@ -1,0 +1,35 @@
+// The one place where a run-time error that no routine traps ends up: it ends the event handler
+// that it happened in, its message is shown, and the program goes on.
+#pragma once
+
+#include <functional>
+#include <new>
+
+#include "platform/run_time_error.h"
+#include "serial/errors.h"
+
+namespace pelvan {
+
+class EventRunner {
+  public:
+    explicit EventRunner(Dialogs& dialogs) : dialogs_(dialogs) {}
+
+    /// Runs a handler; false when a run-time error ended it.
+    bool run(const std::function<void()>& handler) {
+        try {
+            handler();
+            return true;
+        } catch (const RunTimeError& error) {
+            show_error_message(dialogs_, error.number(), error.subject());
+        } catch (const std::bad_alloc&) {
+            show_error_message(dialogs_, kOutOfMemory);
+        }
+        return false;
+    }
+
+  private:
+    static constexpr int kOutOfMemory = 7;
+    Dialogs& dialogs_;
+};
+
+} // namespace pelvan

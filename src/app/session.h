@@ -1,0 +1,17 @@
+// Session state: what lives from start to exit and belongs to no window. Each folder declares its
+// own slice; code gets the slices that it uses by reference.
+#pragma once
+
+#include "config/ini.h"
+#include "protocols/modbus/modbus.h"
+#include "serial/serial_state.h"
+
+namespace pelvan {
+
+struct Session {
+    ConfigState config;
+    SerialState serial;
+    ModbusState modbus;
+};
+
+} // namespace pelvan
