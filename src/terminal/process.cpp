@@ -1,0 +1,37 @@
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+
+#include "terminal/terminal.h"
+
+namespace pelvan {
+namespace {
+
+std::atomic<bool> stop_requested{false};
+
+void request_stop(int) {
+    stop_requested = true;
+}
+
+} // namespace
+
+std::optional<int> run_terminal_process(int argc, char** argv, std::string& directory) {
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (directory.empty())
+        directory = (error ? std::filesystem::current_path() : executable.parent_path()).string();
+    const auto tick = make_system_tick();
+    const auto clock = make_system_clock();
+    TerminalEnvironment environment{std::cout,          std::cerr, *tick,         *clock,
+                                    open_serial_device, directory, stop_requested};
+    std::signal(SIGINT, request_stop);
+    std::signal(SIGTERM, request_stop);
+    const auto code = run_terminal(std::vector<std::string>(argv + 1, argv + argc), environment);
+    // The windows have no use for the flag: an interrupt ends them as it ends any program.
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+    directory = environment.directory;
+    return code;
+}
+
+} // namespace pelvan

@@ -1,0 +1,84 @@
+#include "terminal/terminal.h"
+
+#include <algorithm>
+
+#include "platform/text_file.h"
+#include "terminal/commands.h"
+#include "terminal/terminal_dialogs.h"
+
+namespace pelvan {
+namespace {
+
+constexpr char kIniFileName[] = "pelvan7.ini";
+constexpr char kFooter[] = "Without a command the windows open.";
+
+/// The parser's message without the hint that follows it on further lines.
+std::string first_line(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
+} // namespace
+
+struct TerminalApplication::Parts {
+    explicit Parts(TerminalEnvironment& environment)
+        : dialogs(environment.err), app(Services{environment.tick, environment.clock, dialogs,
+                                                 desktop, environment.directory},
+                                        environment.open_device) {}
+    TerminalDialogs dialogs;
+    TerminalDesktop desktop;
+    Application app;
+};
+
+TerminalApplication::TerminalApplication(TerminalEnvironment& environment)
+    : parts_(std::make_unique<Parts>(environment)) {}
+
+TerminalApplication::~TerminalApplication() = default;
+
+Application& TerminalApplication::app() {
+    return parts_->app;
+}
+
+bool TerminalApplication::start() {
+    Application& app = parts_->app;
+    app.session.config.gIniFile = path_in(app.services.application_directory, kIniFileName);
+    return app.events.run([&] { app.channels.init_comms(); });
+}
+
+void TerminalApplication::answer_questions_yes(bool yes) {
+    parts_->dialogs.answer_yes(yes);
+}
+
+std::optional<int> run_terminal(const std::vector<std::string>& arguments,
+                                TerminalEnvironment& environment) {
+    CLI::App cli("Pelvan 7: talks to temperature and process controllers over serial lines.",
+                 "pelvan7");
+    cli.footer(kFooter);
+    cli.fallthrough();
+    cli.require_subcommand(0, 1);
+    cli.add_option("--directory", environment.directory,
+                   "Directory of pelvan7.ini and the program's other files")
+        ->check(CLI::ExistingDirectory);
+    ChosenCommand chosen;
+    add_send_command(cli, chosen);
+    add_ports_command(cli, chosen);
+    add_simulate_command(cli, chosen);
+    add_demo_command(cli, chosen);
+    try {
+        // The parser takes its arguments in reverse order.
+        cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        return chosen ? std::optional<int>(chosen(environment)) : std::nullopt;
+    } catch (const CLI::Success& success) {
+        return cli.exit(success, environment.out, environment.err);
+    } catch (const CLI::ParseError& error) {
+        environment.err << "pelvan7: " << first_line(error.what()) << "\n";
+        return exit_code::kBadOption;
+    } catch (const CommandAborted& aborted) {
+        environment.err << "pelvan7: " << aborted.reason << "\n";
+        return exit_code::kFailed;
+    } catch (const RunTimeError& error) {
+        environment.err << "pelvan7: " << error.what() << "\n";
+        return exit_code::kFailed;
+    }
+}
+
+} // namespace pelvan

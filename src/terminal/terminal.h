@@ -1,0 +1,68 @@
+// The program without a screen: `pelvan7 COMMAND`. The same body as behind the windows, with
+// message boxes as lines on standard error and questions answered by options, never by waiting.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "app/application.h"
+
+namespace pelvan {
+
+namespace exit_code {
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1;
+inline constexpr int kBadOption = 2;
+} // namespace exit_code
+
+/// What the outer world gives to a terminal run; tests hand in streams and a tick of their own.
+struct TerminalEnvironment {
+    std::ostream& out;
+    std::ostream& err;
+    TickSource& tick;
+    Clock& clock;
+    LineOpener open_device;
+    /// Default of --directory: where the executable lies.
+    std::string directory;
+    /// Set by an interrupt; commands that go on until they are stopped look at it.
+    std::atomic<bool>& stop;
+};
+
+/// Ends a command from inside a message box or a question that nobody is there to answer.
+struct CommandAborted {
+    std::string reason;
+};
+
+/// The application behind a terminal command, on dialogs and desktop services that need no screen.
+class TerminalApplication {
+  public:
+    explicit TerminalApplication(TerminalEnvironment& environment);
+    ~TerminalApplication();
+    Application& app();
+
+    /// Locates the configuration file and builds the channels, without the console's own start-up:
+    /// no command changes the protocol that the user chose. False when a run-time error ended it.
+    bool start();
+    /// What every question with a choice is answered with from now on.
+    void answer_questions_yes(bool yes);
+
+  private:
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+};
+
+/// Runs the command that the arguments (without the program's name) ask for and returns its exit
+/// code; nothing when they ask for none, so that the windows should open. Sets
+/// `environment.directory`.
+std::optional<int> run_terminal(const std::vector<std::string>& arguments,
+                                TerminalEnvironment& environment);
+
+/// Runs it on this process: standard streams, system time, interrupt and termination signals.
+std::optional<int> run_terminal_process(int argc, char** argv, std::string& directory);
+
+} // namespace pelvan

@@ -1,0 +1,46 @@
+#include "terminal/terminal_dialogs.h"
+
+#include "terminal/terminal.h"
+
+namespace pelvan {
+namespace {
+
+/// An exchange on a port that is not open shows the same text a few times by rule; a message that
+/// waits for somebody to mend something comes without end.
+constexpr int kMostRepeats = 5;
+
+std::string one_line(std::string text) {
+    for (char& c : text)
+        if (c == '\r' || c == '\n') c = ' ';
+    return text;
+}
+
+} // namespace
+
+MessageAnswer TerminalDialogs::message_box(const std::string& text, const std::string& title,
+                                           MessageButtons buttons, MessageIcon) {
+    repeats_ = text == last_ ? repeats_ + 1 : 0;
+    last_ = text;
+    if (repeats_ == 0)
+        err_ << "pelvan7: " << (title.empty() ? "" : one_line(title) + ": ") << one_line(text)
+             << "\n";
+    if (repeats_ >= kMostRepeats) throw CommandAborted{"stopped: " + one_line(text)};
+    if (buttons == MessageButtons::YesNo) return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
+    if (buttons == MessageButtons::RetryCancel) return MessageAnswer::Cancel;
+    return MessageAnswer::Ok;
+}
+
+std::string TerminalDialogs::input_box(const std::string& prompt, const std::string&,
+                                       const std::string&) {
+    throw CommandAborted{"cannot ask: " + one_line(prompt)};
+}
+
+std::optional<std::string> TerminalDialogs::open_file(const FileDialogRequest&) {
+    return file_;
+}
+
+std::optional<std::string> TerminalDialogs::save_file(const FileDialogRequest&) {
+    return file_;
+}
+
+} // namespace pelvan

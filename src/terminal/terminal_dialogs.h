@@ -1,0 +1,52 @@
+// Dialogs and desktop services of a run without a screen.
+#pragma once
+
+#include <ostream>
+
+#include "platform/desktop_services.h"
+#include "platform/dialogs.h"
+
+namespace pelvan {
+
+class TerminalDialogs : public Dialogs {
+  public:
+    explicit TerminalDialogs(std::ostream& err) : err_(err) {}
+
+    /// A line on standard error. A message that comes back without anything between (a bad port
+    /// number in the configuration file does, for ever) aborts the command.
+    MessageAnswer message_box(const std::string& text, const std::string& title,
+                              MessageButtons buttons, MessageIcon icon) override;
+    /// Nobody is there to type: aborts the command.
+    std::string input_box(const std::string& prompt, const std::string& title,
+                          const std::string& default_text) override;
+    /// The name given by `choose_file`, or nothing.
+    std::optional<std::string> open_file(const FileDialogRequest& request) override;
+    std::optional<std::string> save_file(const FileDialogRequest& request) override;
+
+    void answer_yes(bool yes) { yes_ = yes; }
+    void choose_file(const std::string& path) { file_ = path; }
+    /// Work went on since the last message, so the same text may come again.
+    void forget_last() { repeats_ = 0; }
+
+  private:
+    std::ostream& err_;
+    bool yes_ = false;
+    std::optional<std::string> file_;
+    std::string last_;
+    int repeats_ = 0;
+};
+
+class TerminalDesktop : public DesktopServices {
+  public:
+    void let_events_run() override {}
+    void set_clipboard_text(const std::string& text) override { clipboard_ = text; }
+    std::string clipboard_text() override { return clipboard_; }
+    ScreenSize screen_size() override { return {1024, 768}; }
+    void set_help_file(const std::string&) override {}
+    void show_help(const std::string&) override {}
+
+  private:
+    std::string clipboard_;
+};
+
+} // namespace pelvan
