@@ -34,7 +34,7 @@ class SerialLine {
 
     /// Appends what has arrived since the last call; never blocks. False when the line is gone.
     virtual bool read_into(std::string& buffer) = 0;
-    /// Forgets what has arrived and was not read.
+    /// Forgets what has arrived and was not read; 57 when the line is gone.
     virtual void discard_input() = 0;
     /// Returns when the system has every byte; 57 when the line is gone or takes no more.
     virtual void write(const std::string& bytes) = 0;

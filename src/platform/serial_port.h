@@ -43,9 +43,10 @@ class SerialPort {
     virtual void set_PortOpen(bool open) = 0;
 
     /// Bytes waiting; never blocks. 8018 while closed, 8020 when the device is gone and nothing
-    /// waits.
+    /// waits; but 0 once after the last bytes of a device that is gone, so that they end a reply.
     virtual long InBufferCount() = 0;
-    /// Only 0 can be set: it discards what waits. 8018 while closed.
+    /// Only 0 can be set (else 5): it discards what waits. 8018 while closed, 57 when the device is
+    /// gone.
     virtual void set_InBufferCount(long zero) = 0;
 
     /// Takes all bytes waiting; empty when none. Errors as `InBufferCount`.
@@ -61,7 +62,8 @@ class SerialPort {
     /// The system's handle while open, -1 while closed or when the line is a simulated one.
     virtual int CommID() const = 0;
 
-    /// Drives a modem line at once; 8018 while closed. No error where the line has no such wire.
+    /// Drives a modem line at once; 8018 while closed, 57 when the device is gone. No error where
+    /// the line has no such wire. `DTREnable` and `RTSEnable` keep their values.
     virtual void EscapeCommFunction(EscapeCode code) = 0;
 
     /// Called (from `check_receive` only) when at least `RThreshold` bytes wait.
