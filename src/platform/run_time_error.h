@@ -16,6 +16,7 @@ inline constexpr int kOverflow = 6;
 inline constexpr int kSubscript = 9;
 inline constexpr int kFileNotFound = 53;
 inline constexpr int kDeviceInputOutput = 57;
+inline constexpr int kFileExists = 58;
 inline constexpr int kDiskFull = 61;
 inline constexpr int kInputPastEnd = 62;
 inline constexpr int kDeviceUnavailable = 68;
