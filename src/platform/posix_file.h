@@ -1,0 +1,42 @@
+// The system's file calls for sectioned_file.cpp and text_file.cpp: one open file, and a file
+// replaced as a whole. Failures are errno values, 0 for success; what they mean to the program is
+// left to the callers.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace pelvan {
+
+class PosixFile {
+  public:
+    PosixFile() = default;
+    PosixFile(const PosixFile&) = delete;
+    PosixFile& operator=(const PosixFile&) = delete;
+    ~PosixFile() { close(); }
+
+    /// `flags` as of open(2); never waits for the other end of a pipe.
+    int open(const std::string& path, int flags);
+    /// Creates a file of a new name in the directory, readable by its owner alone; the name is put
+    /// into `path`.
+    int create_beside(const std::string& directory, std::string& path);
+    int write_all(std::string_view bytes);
+    int read_all(std::string& bytes);
+    /// Waits until the data is on the disk. Devices that cannot tell count as done.
+    int sync();
+    int close();
+    [[nodiscard]] int descriptor() const { return descriptor_; }
+
+  private:
+    int descriptor_ = -1;
+};
+
+/// The bytes of a regular file; anything else that bears the name is refused.
+int read_whole_file(const std::string& path, std::string& bytes);
+
+/// Puts the bytes in the file's place, whole or not at all, and keeps its mode and owner; creates a
+/// missing file. A symbolic link is followed, not replaced. A file or directory whose mode gives
+/// nobody the right to write is refused, the superuser included.
+int replace_whole_file(const std::string& path, std::string_view bytes);
+
+} // namespace pelvan

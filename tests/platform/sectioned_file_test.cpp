@@ -1,0 +1,243 @@
+#include "platform/sectioned_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <random>
+
+#include "support/file_size_limit.h"
+#include "support/temp_dir.h"
+
+namespace pelvan {
+namespace {
+
+using testing::FileSizeLimit;
+using testing::read_file;
+using testing::TempDir;
+using testing::write_file;
+namespace fs = std::filesystem;
+
+class SectionedFile : public ::testing::Test {
+  protected:
+    std::string read(const std::string& bytes, const std::string& section, const std::string& key,
+                     const std::string& default_value = "none") {
+        write_file(file_, bytes);
+        return GetPrivateProfileStringA(section, key, default_value, 255, file_);
+    }
+
+    std::string written(const std::string& bytes, const std::string& section,
+                        const std::string& key, const std::string& value) {
+        write_file(file_, bytes);
+        EXPECT_TRUE(WritePrivateProfileStringA(section, key, value, file_));
+        return read_file(file_);
+    }
+
+    TempDir directory_;
+    std::string file_ = directory_.file("test.ini");
+};
+
+TEST_F(SectionedFile, FindsValuesAsTheyStand) {
+    const struct {
+        const char *bytes, *section, *key, *expected;
+    } cases[] = {
+        {"", "S", "K", "none"},
+        {"[S]\r\nL=v\r\n", "S", "K", "none"},
+        {"[T]\r\nK=v\r\n", "S", "K", "none"},
+        {"K=v\n[S]\n", "S", "K", "none"},
+        {"[S]\r\nK=v\r\n", "s", "k", "v"},
+        {"[my s]\nk  k=v", "MY S", "K K", "none"},
+        {"[my s]\nk k=v", "MY S", "K K", "v"},
+        // Line ends: CR LF, LF, mixed, none at the end.
+        {"[S]\nA=1\r\nK=v", "S", "K", "v"},
+        // Blanks round everything; other control characters are content.
+        {" \t[ \vS\t ] \n \t\f\vK \t = \f\t v w\v \f\r\n", "S", "K", "v w"},
+        {"[S]\nK=\xA0v\x01\n", "S", "K", "\xA0v\x01"},
+        {"[S]\n\x02K=v\n", "S", "K", "none"},
+        // The arguments lose their blanks, and only blanks.
+        {"[S]\nDEVICE 0 COMM PORT=3\n", "S", "DEVICE 0 COMM PORT ", "3"},
+        {"[S]\nDEVICE 0 COMM PORT   =3\n", " S ", "DEVICE 0 COMM PORT ", "3"},
+        {"[S]\nDEVICE 0 COMM PORT =3\n", "S", "  DEVICE 0 COMM PORT", "3"},
+        {"[S]\nK=v\n", "S", "K\t", "none"},
+        // What separates and what does not.
+        {"[S]\nK=a=b\n", "S", "K", "a=b"},
+        {"[S] rest [T]\nK=v\n", "S", "K", "v"},
+        {"[S\nK=v\n", "S", "K", "v"},
+        {"[S]]\nK=v\n", "S", "K", "v"},
+        {"\xEF\xBB\xBF[S]\nK=v\n", "S", "K", "none"},
+        {"[S]\n ;K=c\nK=v ;c\n", "S", "K", "v ;c"},
+        {"[S]\n;K=c\n", "S", ";K", "none"},
+        {"[S]\n#K=v\n", "S", "#K", "v"},
+        // The first counts.
+        {"[S]\nK=1\nk=2\n", "S", "K", "1"},
+        {"[S]\nL=1\n[T]\nK=2\n[s]\nK=3\n", "S", "K", "none"},
+        // Quotes.
+        {"[S]\nK= \" v \" \n", "S", "K", " v "},
+        {"[S]\nK=' v '\n", "S", "K", " v "},
+        {"[S]\nK=\"v'\n", "S", "K", "\"v'"},
+        {"[S]\nK=\"v\n", "S", "K", "\"v"},
+        {"[S]\nK=\"\n", "S", "K", "\""},
+        {"[S]\nK=v\"w\"\n", "S", "K", "v\"w\""},
+        {"[S]\nK=\"\"x\"\"\n", "S", "K", "\"x\""},
+        {"[S]\n\"K\"=v\n", "S", "K", "none"},
+        {"[\"S\"]\nK=v\n", "S", "K", "none"},
+        // Empty is not missing.
+        {"[S]\nK=\n", "S", "K", ""},
+        {"[S]\nK=   ", "S", "K", ""},
+        {"[S]\nK=\"\"\n", "S", "K", ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(read(c.bytes, c.section, c.key), c.expected) << c.bytes << "\n-> " << c.key;
+}
+
+TEST_F(SectionedFile, CutsValuesAndDefaultsToTheBuffer) {
+    for (const std::size_t length : {253U, 254U, 255U, 300U}) {
+        const std::string value(length, 'x');
+        const std::string expected = value.substr(0, 254);
+        EXPECT_EQ(read("[S]\nK=" + value, "S", "K"), expected);
+        EXPECT_EQ(read("", "S", "K", value), expected);
+    }
+    EXPECT_EQ(read("", "S", "K", "  d\t  "), "  d\t");
+    EXPECT_EQ(GetPrivateProfileStringA("S", "K", "d", 0, file_), "");
+    EXPECT_EQ(GetPrivateProfileStringA("S", "K", "d", 9, directory_.file("missing")), "d");
+    EXPECT_EQ(GetPrivateProfileStringA("S", "K", "d", 9, directory_.path()), "d");
+}
+
+TEST_F(SectionedFile, ReadsTheIntegerThatAValueBeginsWith) {
+    const struct {
+        const char* value;
+        std::int32_t expected;
+    } cases[] = {
+        {"12", 12},
+        {"+5", 5},
+        {"-5", -5},
+        {"010", 10},
+        {"12abc", 12},
+        {"12 ;c", 12},
+        {"3.7", 3},
+        {"1e3", 1},
+        {"\"12\"", 12},
+        {"4294967297", 1},
+        {"99999", 99999},
+        {"-32769", -32769},
+        {"2147483648", -2147483647 - 1},
+        {"abc", 0},
+        {"-", 0},
+        {"- 5", 0},
+        {"--5", 0},
+        {".5", 0},
+        {"", 77},
+        {"   ", 77},
+        {"\"\"", 77},
+    };
+    for (const auto& c : cases) {
+        write_file(file_, std::string("[S]\r\nK=") + c.value + "\r\n");
+        EXPECT_EQ(static_cast<std::int32_t>(GetPrivateProfileIntA("S", "K", 77, file_)), c.expected)
+            << c.value;
+    }
+    EXPECT_EQ(static_cast<std::int32_t>(GetPrivateProfileIntA("S", "L", -7, file_)), -7);
+}
+
+TEST_F(SectionedFile, WritesInPlaceByteForByte) {
+    const struct {
+        const char *bytes, *section, *key, *value, *expected;
+    } cases[] = {
+        // New sections and keys.
+        {"", "S", "K", "v", "[S]\r\nK=v\r\n"},
+        {"[T]\nA=1", " S ", " K ", "v", "[T]\nA=1\r\n[S]\r\nK=v\r\n"},
+        {"[T]\nA=1\n\n;c\n", "S", "K", "v", "[T]\nA=1\n\n;c\n[S]\r\nK=v\r\n"},
+        {"[S]\nA=1\n\n; about T\n[T]\nK=2", "S", "K", "v",
+         "[S]\nA=1\nK=v\r\n\n; about T\n[T]\nK=2"},
+        {"[S] x\n;c\n", "S", "K", "v", "[S] x\nK=v\r\n;c\n"},
+        {"[S]", "S", "K", "v", "[S]\r\nK=v\r\n"},
+        {"[S]\nA=1", "S", "K", "v", "[S]\nA=1\r\nK=v\r\n"},
+        {"[S]\nA=1\n[T]\n[S]\nK=2\n", "S", "K", "v", "[S]\nA=1\nK=v\r\n[T]\n[S]\nK=2\n"},
+        // Replaced keys keep their spelling; the lines round them keep everything.
+        {"\n ;c\n [ s ] x\nA = 1\r\nkEy=old\nkey=2\n\n", "S", "KEY", "v",
+         "\n ;c\n [ s ] x\nA = 1\r\nkEy=v\r\nkey=2\n\n"},
+        {"[S]\nK=old", "S", "K", "v", "[S]\nK=v\r\n"},
+        {"[S]\r\nDEVICE 0 COMM PORT   =3\r\n", "S", "DEVICE 0 COMM PORT ", "4",
+         "[S]\r\nDEVICE 0 COMM PORT   =4\r\n"},
+        {"[S]\r\n;K=1\r\n", "S", "K", "v", "[S]\r\nK=v\r\n;K=1\r\n"},
+        {"", "S", "DEVICE 0 COMM PORT ", "3", "[S]\r\nDEVICE 0 COMM PORT=3\r\n"},
+        // Values go out as given.
+        {"[S]\nK=\"old\"\n", "S", "K", "", "[S]\nK=\r\n"},
+        {"", "S", "K", "\" a=;[\xE9\" ", "[S]\r\nK=\" a=;[\xE9\" \r\n"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(written(c.bytes, c.section, c.key, c.value), c.expected) << c.bytes;
+
+    const std::string long_value(1000, 'x');
+    EXPECT_EQ(written("", "S", "K", long_value), "[S]\r\nK=" + long_value + "\r\n");
+}
+
+TEST_F(SectionedFile, KeepsModeAndLink) {
+    const std::string link = directory_.file("link.ini");
+    fs::create_symlink("test.ini", link);
+    EXPECT_TRUE(WritePrivateProfileStringA("S", "K", "1", link)); // dangling so far
+    ::chmod(file_.c_str(), 0640);
+    EXPECT_TRUE(WritePrivateProfileStringA("S", "K", "2", link));
+
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(read_file(file_), "[S]\r\nK=2\r\n");
+    EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0640));
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory_.path()), {}), 2);
+}
+
+TEST_F(SectionedFile, RefusesAndLeavesTheFileWhole) {
+    const std::string bytes = "[S]\r\nK=" + std::string(3000, 'x') + "\r\n";
+    write_file(file_, bytes);
+    const auto refused = [](const std::string& path, const std::string& value = "v") {
+        return !WritePrivateProfileStringA("S", "L", value, path);
+    };
+    EXPECT_TRUE(refused(directory_.file("missing/test.ini")));
+    EXPECT_TRUE(refused(directory_.path()));
+    EXPECT_TRUE(refused(file_ + "/below"));
+    EXPECT_TRUE(refused("/dev/null"));
+    EXPECT_TRUE(refused(file_, "v\r\nM=w")); // would become a key of its own
+    fs::create_symlink("loop", directory_.file("loop"));
+    EXPECT_TRUE(refused(directory_.file("loop")));
+    {
+        const FileSizeLimit full(1000);
+        EXPECT_TRUE(refused(file_));
+    }
+    ::chmod(file_.c_str(), 0444);
+    EXPECT_TRUE(refused(file_));
+    ::chmod(file_.c_str(), 0644);
+    ::chmod(directory_.path().c_str(), 0555);
+    EXPECT_TRUE(refused(file_));
+    ::chmod(directory_.path().c_str(), 0755);
+
+    EXPECT_EQ(read_file(file_), bytes);
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory_.path()), {}), 2);
+    EXPECT_FALSE(refused(file_));
+}
+
+// Any bytes may stand in the file: what is written is read back, and nothing else changes.
+TEST_F(SectionedFile, SurvivesAnyContents) {
+    std::mt19937 random(20260731);
+    const std::string alphabet = "[]SsKk==;#\"' \t\r\n\n\v\f\x80\xFF";
+    const auto below = [&](std::size_t n) { return random() % n; };
+    for (int round = 0; round < 500; ++round) {
+        std::string bytes;
+        for (auto n = below(200); n > 0; --n)
+            bytes +=
+                below(8) == 0 ? static_cast<char>(below(256)) : alphabet[below(alphabet.size())];
+        const std::string value = "v" + std::to_string(round);
+        const std::string after = written(bytes, "S", "K", value);
+        ASSERT_EQ(GetPrivateProfileStringA("S", "K", "", 255, file_), value) << round;
+
+        // What stays the same at both ends is the old file but for the one line.
+        const auto same_front = static_cast<std::size_t>(
+            std::mismatch(bytes.begin(), bytes.end(), after.begin(), after.end()).first -
+            bytes.begin());
+        const std::string rest = bytes.substr(same_front);
+        const auto line_end = rest.find('\n');
+        const std::string untouched = line_end == rest.npos ? "" : rest.substr(line_end + 1);
+        ASSERT_TRUE(after.ends_with(untouched)) << round;
+        ASSERT_EQ(written(after, "S", "K", value), after) << round;
+    }
+}
+
+} // namespace
+} // namespace pelvan
