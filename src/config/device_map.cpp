@@ -1,0 +1,19 @@
+#include "config/device_map.h"
+
+#include "config/ini.h"
+#include "platform/serial_devices.h"
+
+namespace pelvan {
+namespace {
+constexpr int kHighestPort = 16;
+} // namespace
+
+std::optional<std::string> device_for_port(int number, const std::string& ini_file) {
+    if (number < 1 || number > kHighestPort) return std::nullopt;
+    const std::string assigned =
+        ini_read_string(ini_key::kDevicesSection, ini_key::serial_device(number), "", ini_file);
+    if (!assigned.empty()) return assigned;
+    return built_in_device(number);
+}
+
+} // namespace pelvan
