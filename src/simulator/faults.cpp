@@ -4,7 +4,6 @@
 
 namespace pelvan::simulator {
 namespace {
-constexpr char kAck = 6;
 constexpr char kNak = 21;
 constexpr char kXon = 17;
 constexpr char kXoff = 19;
@@ -25,9 +24,9 @@ void FaultSource::flip_bit(std::string& bytes) {
 }
 
 void FaultSource::spoil_ends(const Reply& reply, std::string& bytes) {
-    const bool ack = reply.kind == ReplyKind::FullAck;
+    const bool ack = reply.kind == ReplyKind::FullAck || reply.kind == ReplyKind::TelluraAck;
     if (happens(plan_.lost_ack) && ack) bytes.clear();
-    if (happens(plan_.nak) && ack && bytes == std::string(1, kAck)) bytes = kNak;
+    if (happens(plan_.nak) && ack && !bytes.empty()) bytes.back() = kNak;
     if (happens(plan_.no_etx) && reply.kind == ReplyKind::FullData) bytes.pop_back();
     const bool checked = reply.kind == ReplyKind::Modbus || reply.kind == ReplyKind::Tellura;
     if (happens(plan_.crc) && checked)

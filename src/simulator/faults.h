@@ -9,7 +9,7 @@
 
 namespace pelvan::simulator {
 
-enum class ReplyKind { Modbus, Tellura, FullPoll, FullAck, FullData, Text };
+enum class ReplyKind { Modbus, Tellura, TelluraAck, FullPoll, FullAck, FullData, Text };
 
 /// A reply as the slave means it.
 struct Reply {
@@ -29,8 +29,8 @@ struct FaultPlan {
     double noise = 0;    // one to four stray bytes before the reply
     double late = 0;     // the reply begins late
     double other = 0;    // a device with another address answers
-    double lost_ack = 0; // Full: no ACK
-    double nak = 0;      // Full: NAK in the place of ACK
+    double lost_ack = 0; // Full, Tellura/AB: a request is not acknowledged
+    double nak = 0;      // Full, Tellura/AB: NAK in the place of ACK
     double no_etx = 0;   // Full: the response lacks its ETX
     double xoff = 0;     // Xon: XOFF, a pause and XON before the reply
     double gap_ms = 100;

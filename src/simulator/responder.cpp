@@ -2,11 +2,16 @@
 
 #include "simulator/checks.h"
 #include "simulator/modbus_slave.h"
+#include "simulator/xon_slave.h"
 
 namespace pelvan::simulator {
 namespace {
 
+constexpr std::string_view kXonCharacter = "\x11";
+constexpr std::string_view kXoffCharacter = "\x13";
+constexpr std::size_t kLongestMessage = 1024;
 constexpr double kForgetAfterMs = 20;
+constexpr double kTypingMs = 10000; // a command line may be typed by hand
 
 std::vector<Reply> modbus_replies(Station& station, const std::string& frame) {
     const std::string reply = modbus_reply(station.controller, station.address, frame);
@@ -20,10 +25,12 @@ std::vector<Reply> modbus_replies(Station& station, const std::string& frame) {
 
 std::vector<Piece> Responder::receive(std::string_view bytes, double now_ms) {
     station_.controller.advance(now_ms);
-    if (now_ms - last_ms_ > kForgetAfterMs) heard_.clear();
+    if (bytes == kXonCharacter || bytes == kXoffCharacter) return {}; // flow control, no message
+    const bool typing = is_xon_beginning(heard_);
+    if (now_ms - last_ms_ > (typing ? kTypingMs : kForgetAfterMs)) heard_.clear();
     last_ms_ = now_ms;
     heard_ += bytes;
-    if (station_.controller.silent(now_ms)) heard_.clear();
+    if (station_.controller.silent(now_ms) || heard_.size() > kLongestMessage) heard_.clear();
     std::vector<Piece> pieces;
     for (const Reply& reply : answer()) {
         for (Piece& piece : station_.faults.apply(reply))
@@ -39,7 +46,12 @@ std::vector<Reply> Responder::answer() {
         heard_.clear();
         return modbus_replies(station_, frame);
     }
-    return {};
+    std::optional<std::vector<Reply>> replies = tellura_.hear(heard_);
+    if (!replies) replies = full_.hear(heard_);
+    if (!replies) replies = xon_replies(station_, heard_);
+    if (!replies) return {};
+    heard_.clear();
+    return *replies;
 }
 
 } // namespace pelvan::simulator

@@ -7,13 +7,15 @@
 #include <string_view>
 #include <vector>
 
+#include "simulator/full_slave.h"
 #include "simulator/station.h"
+#include "simulator/tellura_slave.h"
 
 namespace pelvan::simulator {
 
 class Responder {
   public:
-    explicit Responder(Station& station) : station_(station) {}
+    explicit Responder(Station& station) : station_(station), full_(station), tellura_(station) {}
 
     /// Takes bytes that arrived at `now_ms` and returns what the controller sends in answer, its
     /// faults in it.
@@ -23,6 +25,8 @@ class Responder {
     [[nodiscard]] std::vector<Reply> answer();
 
     Station& station_;
+    FullSlave full_;
+    TelluraSlave tellura_;
     std::string heard_;
     double last_ms_ = 0;
 };

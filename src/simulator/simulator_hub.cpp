@@ -6,7 +6,7 @@ namespace pelvan::simulator {
 
 std::shared_ptr<Station> make_station(const SimulatedDevice& device) {
     return std::make_shared<Station>(Station{Controller(device.model), device.address,
-                                             device.delay_ms, FaultSource(device.faults)});
+                                             device.delay_ms, FaultSource(device.faults), 0});
 }
 
 SimulatorHub::SimulatorHub(TickSource& tick)

@@ -1,5 +1,5 @@
 // What lives on behind a line while ports open and close: a controller, its address, how long it
-// thinks, and the course of its faults.
+// thinks, the course of its faults and the error that its last refused command left.
 #pragma once
 
 #include "simulator/controller.h"
@@ -12,6 +12,7 @@ struct Station {
     unsigned address = 1;
     double delay_ms = 0;
     FaultSource faults;
+    int text_error = 0; // of the last refused text command
 };
 
 } // namespace pelvan::simulator

@@ -1,0 +1,127 @@
+#include "simulator/text_commands.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "text/numbers.h"
+#include "text/strings.h"
+
+namespace pelvan::simulator {
+namespace {
+
+constexpr std::size_t kLongestCommand = 40;
+
+struct Parameter {
+    const char* name;
+    std::uint16_t number;
+    int decimals; // 1: the register counts tenths
+};
+
+constexpr std::array<Parameter, 26> kParameters{{
+    {"C1", 100, 1},   {"C2", 104, 1},   {"SP1", 300, 1},  {"SP2", 319, 1},  {"PB1", 500, 1},
+    {"IT1", 501, 0},  {"DE1", 502, 0},  {"DB1", 503, 1},  {"HYS1", 504, 1}, {"PB2", 550, 1},
+    {"IT2", 551, 0},  {"DE2", 552, 0},  {"PWR1", 103, 1}, {"PWR2", 107, 1}, {"A1LO", 802, 1},
+    {"A1HI", 803, 1}, {"A2LO", 812, 1}, {"A2HI", 813, 1}, {"ALM1", 110, 0}, {"ALM2", 111, 0},
+    {"CAL1", 605, 1}, {"CT1", 701, 0},  {"LOC", 1400, 0}, {"MDL", 0, 0},    {"REV", 4, 0},
+    {"RTX", 1530, 0},
+}};
+
+constexpr const char* kErrorQuery = "ER2"; // read only
+constexpr const char* kClear = "CLR";      // write only: switches every coil off
+
+std::string without_digits(std::string name) {
+    while (!name.empty() && name.back() >= '0' && name.back() <= '9')
+        name.pop_back();
+    return name;
+}
+
+TextResult failed(int error) {
+    return {error, {}};
+}
+
+std::vector<std::string> words_of(std::string_view text) {
+    std::vector<std::string> words;
+    for (const std::string& word : split(text, ' ')) {
+        if (!word.empty()) words.push_back(word);
+    }
+    return words;
+}
+
+const Parameter* find_parameter(const std::string& name) {
+    for (const Parameter& parameter : kParameters) {
+        if (name == parameter.name) return &parameter;
+    }
+    return nullptr;
+}
+
+/// "SP9" is a wrong parameter of a known command, "XYZ" no command.
+int unknown_name(const std::string& name) {
+    const std::string stem = without_digits(name);
+    for (const Parameter& parameter : kParameters) {
+        if (stem == without_digits(parameter.name)) return text_error::kParameterNotFound;
+    }
+    return text_error::kCommandNotFound;
+}
+
+std::string value_text(std::int16_t value, int decimals) {
+    if (decimals == 0) return std::to_string(value);
+    const int size = std::abs(value);
+    return (value < 0 ? "-" : "") + std::to_string(size / 10) + "." + std::to_string(size % 10);
+}
+
+TextResult read_parameter(Station& station, const std::string& name) {
+    // Asking for the code clears it.
+    if (name == kErrorQuery) return {0, std::to_string(std::exchange(station.text_error, 0))};
+    if (name == kClear) return failed(text_error::kWriteOnly);
+    const Parameter* parameter = find_parameter(name);
+    if (parameter == nullptr) return failed(unknown_name(name));
+    const Register* reg = station.controller.table().find(parameter->number);
+    if (reg == nullptr) return failed(text_error::kParameterNotFound);
+    if (!reg->active) return failed(text_error::kNotActive);
+    return {0, value_text(reg->value, parameter->decimals)};
+}
+
+TextResult write_parameter(Station& station, const std::string& name, const std::string& text) {
+    if (name == kErrorQuery) return failed(text_error::kReadOnly);
+    const Parameter* parameter = find_parameter(name);
+    if (parameter == nullptr && name != kClear) return failed(unknown_name(name));
+    if (!is_numeric(text)) return failed(text_error::kInvalidCharacter);
+    if (name == kClear) {
+        std::fill(station.controller.coils().begin(), station.controller.coils().end(), false);
+        return {};
+    }
+    const Register* reg = station.controller.table().find(parameter->number);
+    if (reg == nullptr) return failed(text_error::kParameterNotFound);
+    if (!reg->active) return failed(text_error::kNotActive);
+    if (reg->access == Access::ReadOnly) return failed(text_error::kReadOnly);
+    const double value = std::round(leading_number(text) * (parameter->decimals == 0 ? 1 : 10));
+    if (!(value >= reg->min && value <= reg->max)) return failed(text_error::kOutOfLimit);
+    const Answer answer =
+        station.controller.write(parameter->number, static_cast<std::int16_t>(value));
+    return failed(answer == Answer::Ok ? text_error::kNone : text_error::kOutOfLimit);
+}
+
+TextResult carry_out(Station& station, std::string_view command) {
+    if (command.size() > kLongestCommand) return failed(text_error::kTooLong);
+    const char kind = command.empty() ? ' ' : command[0];
+    if (kind != '?' && kind != '=') return failed(text_error::kCommandNotFound);
+    const std::vector<std::string> words = words_of(upper_case(command.substr(1)));
+    const std::size_t needed = kind == '?' ? 1 : 2;
+    if (words.size() < needed) return failed(text_error::kIncomplete);
+    if (words.size() > needed) return failed(text_error::kInvalidCharacter);
+    return kind == '?' ? read_parameter(station, words[0])
+                       : write_parameter(station, words[0], words[1]);
+}
+
+} // namespace
+
+TextResult run_text_command(Station& station, std::string_view command) {
+    const TextResult result = carry_out(station, command);
+    if (result.error != text_error::kNone) station.text_error = result.error;
+    return result;
+}
+
+} // namespace pelvan::simulator
