@@ -185,7 +185,7 @@ void MenuEntry::choose() {
 
 void Form::Move(const TwipRect& position) {
     position_ = position;
-    notify();
+    raise(move_watcher_);
 }
 
 void Form::Load() {
@@ -197,6 +197,7 @@ void Form::Load() {
 void Form::Show() {
     Load();
     set_Visible(true);
+    raise(show_watcher_);
     Form_Activate();
 }
 

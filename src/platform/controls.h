@@ -346,7 +346,7 @@ class Form : public Control {
     [[nodiscard]] WindowState State() const { return state_; }
     void set_State(WindowState state) { assign(state_, state); }
     [[nodiscard]] const TwipRect& Position() const { return position_; }
-    /// Told to the watcher also when unchanged: the window may have been moved by hand.
+    /// Told to the move watcher also when unchanged: the window may have been moved by hand.
     void Move(const TwipRect& position);
     [[nodiscard]] const std::string& help_page() const { return help_page_; }
 
@@ -364,6 +364,12 @@ class Form : public Control {
     /// False keeps the window open.
     virtual bool Form_Unload() { return true; }
 
+    /// Hears of `Move` alone: a new caption must not put a window back that was moved by hand.
+    void watch_move(std::function<void()> watcher) { move_watcher_ = std::move(watcher); }
+    /// Hears of every `Show`, also of a window that is visible already: it comes to the front.
+    /// Called before `Form_Activate`, which `Show` runs itself.
+    void watch_show(std::function<void()> watcher) { show_watcher_ = std::move(watcher); }
+
   protected:
     void set_help_page(std::string page) { help_page_ = std::move(page); }
 
@@ -373,6 +379,8 @@ class Form : public Control {
     TwipRect position_;
     std::string help_page_;
     bool loaded_ = false;
+    std::function<void()> move_watcher_;
+    std::function<void()> show_watcher_;
 };
 
 /// Shows the hourglass on a form for as long as it lives.
