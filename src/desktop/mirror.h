@@ -1,0 +1,58 @@
+// What every binding of a control model to a widget has in common. A mirror belongs to its widget
+// and dies with it; the model must outlive the widget. It shows the properties that all controls
+// have, leaves the kind's own ones to a function, and keeps the two directions apart: what it sets
+// in the widget is never told back to the model.
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+
+#include "platform/controls.h"
+
+namespace pelvan::desktop {
+
+class ActivationTracker;
+
+/// Runs an event handler of the program: the one place where its run-time errors end.
+using EventRunner = std::function<void(const std::function<void()>&)>;
+
+/// What a binding needs beside model and widget.
+struct BindContext {
+    EventRunner run;                         // required; every user event goes through it
+    QObject* owner = nullptr;                // parent of what has no widget: timers, menus
+    ActivationTracker* activation = nullptr; // of the forms' windows
+};
+
+class Mirror : public QObject {
+  public:
+    /// `show_kind` copies the kind's own properties into the widget.
+    Mirror(const BindContext& context, Control& control, QWidget* widget,
+           std::function<void()> show_kind);
+    ~Mirror() override;
+
+    /// Copies the model into the widget.
+    void refresh();
+    /// Hands a user's action to the model, then shows what the model made of it: it may have
+    /// refused. Does nothing while the widget is being refreshed.
+    void tell(const std::function<void()>& action);
+    /// As `tell`, after the event that is being handled: for actions that may open a dialog.
+    void tell_later(std::function<void()> action);
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void show_common();
+    void move_focus();
+
+    BindContext context_;
+    Control& control_;
+    QWidget* widget_;
+    std::function<void()> show_kind_;
+    bool refreshing_ = false;
+    bool moving_focus_ = false;
+    bool shown_visible_ = true;
+};
+
+} // namespace pelvan::desktop

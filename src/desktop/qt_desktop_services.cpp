@@ -1,0 +1,45 @@
+#include "desktop/qt_desktop_services.h"
+
+#include <QClipboard>
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include "desktop/help_window.h"
+#include "desktop/qt_text.h"
+
+namespace pelvan::desktop {
+
+QtDesktopServices::QtDesktopServices(std::string help_folder)
+    : help_folder_(std::move(help_folder)) {}
+
+QtDesktopServices::~QtDesktopServices() = default;
+
+void QtDesktopServices::let_events_run() {
+    QCoreApplication::processEvents();
+}
+
+void QtDesktopServices::set_clipboard_text(const std::string& text) {
+    QGuiApplication::clipboard()->setText(to_qt(text));
+}
+
+std::string QtDesktopServices::clipboard_text() {
+    return from_qt(QGuiApplication::clipboard()->text());
+}
+
+ScreenSize QtDesktopServices::screen_size() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr) return {};
+    const QSize size = screen->availableSize();
+    return {size.width(), size.height()};
+}
+
+void QtDesktopServices::show_help(const std::string& page) {
+    if (!help_window_) help_window_ = std::make_unique<HelpWindow>(to_qt(help_folder_));
+    help_window_->show_page(to_qt(page));
+    help_window_->show();
+    help_window_->raise();
+    help_window_->activateWindow();
+}
+
+} // namespace pelvan::desktop

@@ -1,0 +1,28 @@
+// Message boxes, input boxes and file dialogs on the screen, above whichever window is active.
+#pragma once
+
+#include <QStringList>
+
+#include "platform/dialogs.h"
+
+namespace pelvan::desktop {
+
+inline constexpr char kApplicationTitle[] = "Pelvan 7";
+
+class QtDialogs : public Dialogs {
+  public:
+    MessageAnswer message_box(const std::string& text, const std::string& title,
+                              MessageButtons buttons, MessageIcon icon) override;
+    std::string input_box(const std::string& prompt, const std::string& title,
+                          const std::string& default_text) override;
+    std::optional<std::string> open_file(const FileDialogRequest& request) override;
+    std::optional<std::string> save_file(const FileDialogRequest& request) override;
+};
+
+/// "Text Files (*.txt)|*.txt|All Files (*.*)|*.*|" as {"Text Files (*.txt)", "All Files (*)"}.
+[[nodiscard]] QStringList name_filters(const std::string& filter);
+
+/// Whether a file that exists may not be written.
+[[nodiscard]] bool is_read_only(const QString& path);
+
+} // namespace pelvan::desktop

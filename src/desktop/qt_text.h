@@ -1,0 +1,26 @@
+// Texts between the control models and Qt. Models hold bytes: UTF-8, or whatever a line or a file
+// brought. What is not UTF-8 is shown as Latin-1, so that no byte disappears from sight.
+#pragma once
+
+#include <QString>
+#include <string>
+
+namespace pelvan::desktop {
+
+[[nodiscard]] QString to_qt(const std::string& text);
+[[nodiscard]] std::string from_qt(const QString& text);
+
+/// Positions in a model's text count bytes, those in a widget's count UTF-16 units.
+[[nodiscard]] int to_qt_position(const std::string& text, int bytes);
+[[nodiscard]] int from_qt_position(const std::string& text, int units);
+
+/// A caption without its access-key marks.
+[[nodiscard]] QString without_marks(const QString& caption);
+
+/// A tool tip that is shown as it stands, even when it looks like markup.
+[[nodiscard]] QString plain_tip(const std::string& text);
+
+/// A list line with its control characters made visible: a line end inside would break the row.
+[[nodiscard]] QString visible_line(const std::string& text);
+
+} // namespace pelvan::desktop
