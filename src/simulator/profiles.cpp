@@ -114,7 +114,8 @@ Answer Profiles::read(std::uint16_t number, std::int16_t& value) const {
     if (number == reg::kStepType) {
         value = as_value(step.type);
     } else if (is_name(number)) {
-        value = profile->name[static_cast<std::size_t>(number - reg::kProfileNameFirst)];
+        value = static_cast<unsigned char>(
+            profile->name[static_cast<std::size_t>(number - reg::kProfileNameFirst)]);
     } else {
         const auto field = step.fields.find(number);
         if (field == step.fields.end()) return Answer::IllegalAddress;

@@ -84,24 +84,32 @@ TextResult read_parameter(Station& station, const std::string& name) {
     return {0, value_text(reg->value, parameter->decimals)};
 }
 
-TextResult write_parameter(Station& station, const std::string& name, const std::string& text) {
-    if (name == kErrorQuery) return failed(text_error::kReadOnly);
-    const Parameter* parameter = find_parameter(name);
-    if (parameter == nullptr && name != kClear) return failed(unknown_name(name));
-    if (!is_numeric(text)) return failed(text_error::kInvalidCharacter);
-    if (name == kClear) {
-        std::fill(station.controller.coils().begin(), station.controller.coils().end(), false);
-        return {};
-    }
-    const Register* reg = station.controller.table().find(parameter->number);
+TextResult clear(Station& station) {
+    std::vector<bool>& coils = station.controller.coils();
+    std::fill(coils.begin(), coils.end(), false);
+    return {};
+}
+
+TextResult write_register(Station& station, const Parameter& parameter, double value) {
+    const Register* reg = station.controller.table().find(parameter.number);
     if (reg == nullptr) return failed(text_error::kParameterNotFound);
     if (!reg->active) return failed(text_error::kNotActive);
     if (reg->access == Access::ReadOnly) return failed(text_error::kReadOnly);
-    const double value = std::round(leading_number(text) * (parameter->decimals == 0 ? 1 : 10));
-    if (!(value >= reg->min && value <= reg->max)) return failed(text_error::kOutOfLimit);
+    const double whole = std::round(parameter.decimals == 0 ? value : value * 10);
+    if (!(whole >= reg->min && whole <= reg->max)) return failed(text_error::kOutOfLimit);
     const Answer answer =
-        station.controller.write(parameter->number, static_cast<std::int16_t>(value));
+        station.controller.write(parameter.number, static_cast<std::int16_t>(whole));
     return failed(answer == Answer::Ok ? text_error::kNone : text_error::kOutOfLimit);
+}
+
+TextResult write_parameter(Station& station, const std::string& name, const std::string& text) {
+    if (name == kErrorQuery) return failed(text_error::kReadOnly);
+    const bool numeric = is_numeric(text);
+    if (name == kClear) return numeric ? clear(station) : failed(text_error::kInvalidCharacter);
+    const Parameter* parameter = find_parameter(name);
+    if (parameter == nullptr) return failed(unknown_name(name));
+    if (!numeric) return failed(text_error::kInvalidCharacter);
+    return write_register(station, *parameter, leading_number(text));
 }
 
 TextResult carry_out(Station& station, std::string_view command) {
@@ -119,7 +127,7 @@ TextResult carry_out(Station& station, std::string_view command) {
 } // namespace
 
 TextResult run_text_command(Station& station, std::string_view command) {
-    const TextResult result = carry_out(station, command);
+    TextResult result = carry_out(station, command);
     if (result.error != text_error::kNone) station.text_error = result.error;
     return result;
 }
