@@ -67,7 +67,12 @@ Application::Application(Services given, LineOpener opener)
       countdowns(session.serial, services.tick),
       link(channels, countdowns, services.dialogs, error_log), modbus(session.modbus),
       history(services), console(services, session.config, channels, link, modbus, history),
-      frame(*this), opener_(std::move(opener)) {}
+      frame(*this), opener_(std::move(opener)) {
+    // The tools are reached from every one of the three windows.
+    for (Form* form :
+         std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
+        form->menus.insert(form->menus.end() - 1, &frame.mnuTools);
+}
 
 std::unique_ptr<SerialPort> Application::make_port() {
     return std::make_unique<LinePort>(

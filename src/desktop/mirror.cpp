@@ -1,7 +1,9 @@
 #include "desktop/mirror.h"
 
 #include <QFocusEvent>
+#include <QKeyEvent>
 #include <QScopedValueRollback>
+#include <optional>
 
 #include "desktop/qt_text.h"
 
@@ -12,6 +14,22 @@ namespace {
 bool is_arrival(const QFocusEvent& event) {
     return event.reason() != Qt::ActiveWindowFocusReason &&
            event.reason() != Qt::PopupFocusReason && event.reason() != Qt::MenuBarFocusReason;
+}
+
+std::optional<Key> form_key(int key) {
+    switch (key) {
+    case Qt::Key_Up:
+        return Key::Up;
+    case Qt::Key_Down:
+        return Key::Down;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return Key::Enter;
+    case Qt::Key_Escape:
+        return Key::Escape;
+    default:
+        return std::nullopt;
+    }
 }
 
 } // namespace
@@ -76,7 +94,18 @@ void Mirror::move_focus() {
     if (control_.GotFocus) control_.GotFocus();
 }
 
+bool Mirror::hand_key(const QKeyEvent& event) {
+    if (!control_.KeyDown || (event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
+        return false;
+    const auto key = form_key(event.key());
+    bool handled = false;
+    if (key) tell([this, &handled, key] { handled = control_.KeyDown(*key); });
+    return handled;
+}
+
 bool Mirror::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == widget_ && event->type() == QEvent::KeyPress)
+        return hand_key(*static_cast<QKeyEvent*>(event));
     if (watched == widget_ && event->type() == QEvent::FocusIn && !moving_focus_ &&
         control_.GotFocus && is_arrival(*static_cast<QFocusEvent*>(event)))
         tell_later([this] { control_.GotFocus(); });

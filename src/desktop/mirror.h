@@ -10,6 +10,8 @@
 
 #include "platform/controls.h"
 
+class QKeyEvent;
+
 namespace pelvan::desktop {
 
 class ActivationTracker;
@@ -45,6 +47,8 @@ class Mirror : public QObject {
   private:
     void show_common();
     void move_focus();
+    /// Offers a key to the control's own handler; true when it took it.
+    bool hand_key(const QKeyEvent& event);
 
     BindContext context_;
     Control& control_;

@@ -62,7 +62,7 @@ class FakeSerialPort : public SerialPort {
     void set_InBufferCount(long) override {
         require_open();
         fail("discard");
-        buffer_.clear();
+        arrived().clear();
         if (discards_future) coming_.clear();
         note("discard");
     }

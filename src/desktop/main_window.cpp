@@ -1,0 +1,57 @@
+#include "desktop/main_window.h"
+
+#include <QApplication>
+#include <QMdiSubWindow>
+#include <QScreen>
+
+#include "desktop/console_window.h"
+
+namespace pelvan::desktop {
+
+MainWindow::MainWindow(const std::string& directory)
+    : tick_(make_system_tick()), clock_(make_system_clock()),
+      desktop_((QCoreApplication::applicationDirPath() + "/help").toStdString()),
+      application_(Services{*tick_, *clock_, dialogs_, desktop_, directory}, open_serial_device),
+      watcher_(bind_context().run),
+      frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame)) {
+    Application& app = application_;
+    watch_ports();
+    frame_->show_help = [this](const std::string& page) { desktop_.show_help(page); };
+    // Closing the frame closes the console, which ends the program: no questions, no saving.
+    frame_->before_close = [&app] { return app.console.Unload(); };
+    app.console.end_program = [] { QApplication::quit(); };
+    for (MenuEntry* entry : app.frame.mnuWindow.children)
+        if (entry) frame_->add_window_entry(*entry);
+    const BindContext& context = frame_->context();
+    frame_->add_child(app.console, make_console(context, app.console));
+    for (HistoryForm* form : {&app.history.frmCommand, &app.history.frmResponse})
+        frame_->add_child(*form, make_history(context, *form));
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::open() {
+    frame_->setGeometry(QApplication::primaryScreen()->availableGeometry());
+    application_.frame.Load();
+    frame_->showMaximized();
+}
+
+BindContext MainWindow::bind_context() {
+    EventRunner run = [this](const std::function<void()>& handler) {
+        application_.events.run(handler);
+    };
+    return {std::move(run), nullptr, nullptr};
+}
+
+void MainWindow::watch_ports() {
+    application_.comms.element_changed = [this](SerialPort* port) {
+        if (port) {
+            watcher_.watch(*port);
+            return;
+        }
+        for (const auto& gone : application_.comms.com_Device)
+            watcher_.forget(*gone);
+    };
+}
+
+} // namespace pelvan::desktop

@@ -1,0 +1,40 @@
+// The windowed program: the platform's services on the screen, the application behind them, and a
+// window for each of its forms.
+#pragma once
+
+#include <memory>
+
+#include "app/application.h"
+#include "desktop/mdi_frame.h"
+#include "desktop/port_watcher.h"
+#include "desktop/qt_desktop_services.h"
+#include "desktop/qt_dialogs.h"
+
+namespace pelvan::desktop {
+
+class MainWindow {
+  public:
+    /// `directory` is where pelvan7.ini and the program's other files lie.
+    explicit MainWindow(const std::string& directory);
+    ~MainWindow();
+
+    /// Runs the start-up and shows the frame.
+    void open();
+
+    [[nodiscard]] Application& application() { return application_; }
+    [[nodiscard]] MdiFrame& frame() { return *frame_; }
+
+  private:
+    [[nodiscard]] BindContext bind_context();
+    void watch_ports();
+
+    std::unique_ptr<TickSource> tick_;
+    std::unique_ptr<Clock> clock_;
+    QtDialogs dialogs_;
+    QtDesktopServices desktop_;
+    Application application_;
+    PortWatcher watcher_;
+    std::unique_ptr<MdiFrame> frame_;
+};
+
+} // namespace pelvan::desktop
