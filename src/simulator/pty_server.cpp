@@ -127,23 +127,45 @@ bool readable_within(int fd, double ms) {
     return ::ppoll(&watched, 1, &time, nullptr) > 0 && (watched.revents & POLLIN) != 0;
 }
 
-void serve(int master, const PtyServerOptions& options, const std::atomic<bool>& stop) {
-    Wire wire(make_station(options.device), character_ms(master));
+/// The loop-back plug: what a client writes comes back, or nothing while the jumper is out.
+class Plug {
+  public:
+    Plug(bool jumper_in, double char_ms) : jumper_in_(jumper_in), echo_(char_ms) {}
+    void set_char_ms(double char_ms) { echo_.set_char_ms(char_ms); }
+    void host_writes(std::string_view bytes, double at_ms) {
+        if (jumper_in_) echo_.send(at_ms, bytes);
+    }
+    [[nodiscard]] std::string arrived(double at_ms) { return echo_.take(at_ms); }
+    [[nodiscard]] double next_ms() const { return echo_.empty() ? -1 : echo_.next_ms(); }
+
+  private:
+    bool jumper_in_;
+    PacedQueue echo_;
+};
+
+/// Carries bytes between the clients and a `Wire` or a `Plug`.
+template <class Peer> void serve(int master, Peer peer, const std::atomic<bool>& stop) {
     while (!stop) {
-        const double next = wire.next_ms();
+        const double next = peer.next_ms();
         const double wait = next < 0 ? kLongestWaitMs : std::min(next - now_ms(), kLongestWaitMs);
         if (readable_within(master, wait)) {
             std::array<char, 4096> bytes{};
             const ssize_t count = ::read(master, bytes.data(), bytes.size());
             if (count > 0) {
-                wire.set_char_ms(character_ms(master));
-                wire.host_writes({bytes.data(), static_cast<std::size_t>(count)}, now_ms());
+                peer.set_char_ms(character_ms(master));
+                peer.host_writes({bytes.data(), static_cast<std::size_t>(count)}, now_ms());
             }
         }
-        const std::string due = wire.arrived(now_ms());
+        const std::string due = peer.arrived(now_ms());
         // What a client does not read while its end is full is lost, as on a real line.
         if (!due.empty()) static_cast<void>(!::write(master, due.data(), due.size()));
     }
+}
+
+std::string description(const SimulatedDevice& device) {
+    if (device.loopback) return "a loop-back plug";
+    return "model " + std::to_string(device.model) + " at address " +
+           std::to_string(device.address);
 }
 
 std::string slave_path(int master) {
@@ -172,10 +194,14 @@ int serve_on_pty(const PtyServerOptions& options, std::atomic<bool>& stop,
             return 1;
         }
     }
-    report("Serving model " + std::to_string(options.device.model) + " at address " +
-           std::to_string(options.device.address) + " on " +
+    report("Serving " + description(options.device) + " on " +
            (options.link.empty() ? path : options.link + " (" + path + ")"));
-    serve(master.get(), options, stop);
+    const double char_ms = character_ms(master.get());
+    if (options.device.loopback) {
+        serve(master.get(), Plug(options.device.jumper_in.value_or(true), char_ms), stop);
+    } else {
+        serve(master.get(), Wire(make_station(options.device), char_ms), stop);
+    }
     return 0;
 }
 

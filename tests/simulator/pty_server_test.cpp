@@ -83,6 +83,13 @@ TEST(PtyServer, ServesClientsOneAfterAnotherAndTakesItsLinkAway) {
     EXPECT_NE(::access(link.c_str(), F_OK), 0);
 }
 
+TEST(PtyServer, ServesTheLoopBackPlug) {
+    const TempDir dir;
+    const std::string link = dir.file("port");
+    const Server server({parse_simulated_device("simulated:loopback").value(), link});
+    EXPECT_EQ(exchange(link, "echo\r\n", 6), "echo\r\n");
+}
+
 TEST(PtyServer, ReplacesAStaleLinkButNoFile) {
     const TempDir dir;
     const std::string stale = dir.file("stale");

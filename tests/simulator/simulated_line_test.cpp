@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "bytes.h"
 #include "platform/run_time_error.h"
 #include "simulator/simulator_hub.h"
@@ -106,6 +108,39 @@ TEST_F(SimulatedLineTest, ValuesMoveWhileTheTickRuns) {
     const std::string first = exchange(*line, frame("01 03 00 64 00 01"));
     tick.advance(5000);
     EXPECT_NE(exchange(*line, frame("01 03 00 64 00 01")), first);
+}
+
+TEST_F(SimulatedLineTest, AResetIsAnsweredAndThenTheLineIsSilentForTwoSeconds) {
+    const auto line = open("simulated:742");
+    exchange(*line, frame("01 06 06 FD 05 E8"));
+    exchange(*line, frame("01 06 05 87 06 40"));
+    line->write(frame("01 06 06 42 03 20"));
+    tick.advance(100);
+    EXPECT_EQ(taken(*line), frame("01 06 06 42 03 20"));
+    EXPECT_EQ(exchange(*line, read_model), "");
+    EXPECT_EQ(exchange(*line, read_model), model_reply);
+}
+
+// Run under the sanitizers: whatever a host sends, the controller lives and answers the next
+// request.
+TEST_F(SimulatedLineTest, AnyBytesLeaveItAnswering) {
+    std::mt19937 random(11);
+    const auto line = open("simulated:742");
+    for (int i = 0; i < 20000; ++i) {
+        std::string junk(random() % 24, '\0');
+        for (char& c : junk)
+            c = as_char(static_cast<unsigned>(random()) >> 7U);
+        if (i % 4 == 1)
+            junk = with_modbus_crc(std::string{1, as_char(static_cast<unsigned>(i) % 20)} + junk);
+        if (i % 4 == 2) junk = "\x10\x02\x08" + junk + "\x10\x03";
+        if (i % 4 == 3) junk = (i % 8 == 3 ? "\x31\x05\x02?" : "=") + junk + "\x03\x04\x15\r";
+        line->write(junk);
+        tick.advance(200);
+        std::string ignored;
+        line->read_into(ignored);
+    }
+    tick.advance(20000); // a reset among them would have ended, a typed line been forgotten
+    EXPECT_EQ(exchange(*line, read_model), model_reply);
 }
 
 TEST_F(SimulatedLineTest, TheLoopBackPlugEchoesWhileItsJumperIsIn) {
