@@ -1,0 +1,68 @@
+// A Modbus RTU slave built on libmodbus: the independent controller that tests talk to.
+//
+//     modbus_slave_process DEVICE [BAUD]
+//
+// Serves slave 1 on DEVICE (8N1, 9600 unless given; a pseudo-terminal as a rule) until it is killed
+// or the other end goes away, and prints the line "ready" when it listens. 200 of each kind, from
+// number 0: holding register i is i*10, of 100 to 109 the negative; input register i is i*10 + 1;
+// coil i is on when 3 divides i; discrete input i is on when i is odd. Writes are kept.
+#include <modbus.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+constexpr int kItems = 200;
+constexpr int kSlave = 1;
+
+using Context = std::unique_ptr<modbus_t, decltype(&modbus_free)>;
+using Mapping = std::unique_ptr<modbus_mapping_t, decltype(&modbus_mapping_free)>;
+
+void fill(modbus_mapping_t& mapping) {
+    for (int i = 0; i < kItems; ++i) {
+        const bool negative = i >= 100 && i < 110;
+        mapping.tab_registers[i] = static_cast<std::uint16_t>(negative ? -10 * i : 10 * i);
+        mapping.tab_input_registers[i] = static_cast<std::uint16_t>(10 * i + 1);
+        mapping.tab_bits[i] = i % 3 == 0 ? 1 : 0;
+        mapping.tab_input_bits[i] = static_cast<std::uint8_t>(i % 2);
+    }
+}
+
+/// Answers until the line is gone; a request that is cut short or has a wrong CRC gets no answer.
+void serve(modbus_t* context, modbus_mapping_t* mapping) {
+    std::uint8_t request[MODBUS_RTU_MAX_ADU_LENGTH];
+    for (;;) {
+        const int length = modbus_receive(context, request);
+        if (length > 0)
+            modbus_reply(context, request, length, mapping);
+        else if (length < 0 && (errno == EIO || errno == ECONNRESET || errno == EBADF))
+            return;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: %s DEVICE [BAUD]\n", argv[0]);
+        return 2;
+    }
+    const int baud = argc > 2 ? std::atoi(argv[2]) : 9600;
+    const Context context(modbus_new_rtu(argv[1], baud, 'N', 8, 1), &modbus_free);
+    const Mapping mapping(modbus_mapping_new(kItems, kItems, kItems, kItems), &modbus_mapping_free);
+    if (!context || !mapping || modbus_set_slave(context.get(), kSlave) != 0 ||
+        modbus_connect(context.get()) != 0) {
+        std::fprintf(stderr, "%s: %s\n", argv[1], modbus_strerror(errno));
+        return 1;
+    }
+    fill(*mapping);
+    std::puts("ready");
+    std::fflush(stdout);
+    serve(context.get(), mapping.get());
+    modbus_close(context.get());
+    return 0;
+}
