@@ -56,11 +56,13 @@ class Wire {
         std::string bytes;
     };
     void deliver(double now_ms);
+    void answer(const Request& request);
 
     std::shared_ptr<Station> station_;
     Responder responder_;
     double char_ms_;
     double host_free_ms_ = 0;
+    double busy_until_ms_ = 0;
     std::deque<Request> to_controller_;
     PacedQueue to_host_;
 };

@@ -94,6 +94,13 @@ TEST_F(SimulatedLineTest, AnsweringTakesAsLongAsTheOptionSays) {
     EXPECT_EQ(taken(*line), model_reply);
 }
 
+TEST_F(SimulatedLineTest, ARepeatedRequestGetsTheOneLateAnswer) {
+    const auto line = open("simulated:742,late=1,late_ms=400");
+    line->write(read_model);
+    tick.advance(250);
+    EXPECT_EQ(exchange(*line, read_model), model_reply);
+}
+
 TEST_F(SimulatedLineTest, AControllerOutlivesItsLines) {
     EXPECT_EQ(exchange(*open("simulated:742"), frame("01 06 01 2C 00 64")),
               frame("01 06 01 2C 00 64"));
