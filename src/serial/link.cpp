@@ -45,6 +45,7 @@ std::string Link::transmit(std::int16_t channel, const std::string& command, flo
                            std::int16_t quiet_chars) {
     const std::int16_t port_index = channels_.open_port(channel);
     if (port_index < 0) return {};
+    last_port_ = port_index;
     SerialState& state = channels_.state();
     SerialPort& port = *state.gCommDevice[static_cast<std::size_t>(port_index)];
     // The flag and the settle time are the channel's own; the port may be a twin's.
@@ -67,6 +68,17 @@ std::string Link::transmit(std::int16_t channel, const std::string& command, flo
     guarded([&] { reply = receive_reply(port, settle, timeout_ms, quiet_chars); });
     // RTS stays raised between exchanges; it is down only while a reply is awaited.
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
+    return reply;
+}
+
+std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int16_t quiet_chars) {
+    SerialState& state = channels_.state();
+    SerialPort& port = *state.gCommDevice[checked_index(last_port_, state.gCommDevice.size())];
+    const float settle = state.gCharTime[checked_index(channel, kChannelLimit)];
+    ErrorTrap trap(log_, dialogs_, "transmit");
+    std::string reply;
+    trap.run([&] { reply = receive_reply(port, settle, timeout_ms, quiet_chars); },
+             [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
     return reply;
 }
 

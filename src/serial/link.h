@@ -23,6 +23,11 @@ class Link {
     virtual std::string transmit(std::int16_t channel, const std::string& command, float timeout_ms,
                                  std::int16_t quiet_chars);
 
+    /// Collects what comes after the reply that `transmit` returned last, for answers that come in
+    /// several parts; sends and discards nothing. Blocks and treats errors as `transmit` does.
+    virtual std::string receive_more(std::int16_t channel, float timeout_ms,
+                                     std::int16_t quiet_chars);
+
     /// The collector alone, for a port that was written to or that raised its receive event. Raises
     /// the port's errors.
     std::string receive_reply(SerialPort& port, float char_time_ms, float timeout_ms,
@@ -36,6 +41,7 @@ class Link {
     CountdownPool& countdowns_;
     Dialogs& dialogs_;
     ErrorLog& log_;
+    std::int16_t last_port_ = 0; // index of the object that the last `transmit` used
 };
 
 } // namespace pelvan
