@@ -1,0 +1,65 @@
+// The Full protocol (ANSI X3.28): the dialogue that carries a command text of the controllers to
+// one of them and its answer back. A read begins with "?", a write with "="; what the texts mean is
+// the controller's business. Every outcome is a text. Nothing is remembered between commands.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/dialogs.h"
+#include "serial/link.h"
+
+namespace pelvan {
+
+inline constexpr std::int16_t kFullChannel = 0;
+/// Time that the console gives a controller to acknowledge a command.
+inline constexpr float kFullCommandTimeoutMs = 5000;
+
+/// The outcomes that say that nothing usable came back.
+inline constexpr char kFullNotConnected[] = "COULDN'T CONNECT TO DEVICE";
+inline constexpr char kFullNakNotReceived[] = "NAK NOT RECEIVED";
+inline constexpr char kFullNoErrorCode[] = "DEVICE ERROR COULDN'T BE DETECTED";
+
+class FullProtocol {
+  public:
+    FullProtocol(Link& link, Dialogs& dialogs) : link_(link), dialogs_(dialogs) {}
+
+    /// One complete exchange; the result is the text to show: the data of a read, "MESSAGE
+    /// COMPLETED" of a write, or what went wrong.
+    ///
+    /// A silent device costs 200 ms and the quiet pause; `timeout_ms` is for the acknowledgement of
+    /// the command. An address outside 0..32 and a command that begins with neither "=" nor "?"
+    /// show a message box; the latter is sent all the same, and its result is empty.
+    [[nodiscard]] std::string full_command(const std::string& command, std::int16_t address,
+                                           float timeout_ms);
+
+    /// Whether the last `full_command` ended with its write acknowledged or its read answered: a
+    /// text that a controller returns may look like an outcome.
+    [[nodiscard]] bool completed() const { return completed_; }
+
+    // The steps of the exchange.
+
+    /// Selects the device; true when it answered with its own address.
+    [[nodiscard]] bool full_poll(std::int16_t address);
+    /// Sends the framed command; true when it was acknowledged.
+    [[nodiscard]] bool full_send_message(const std::string& command, float timeout_ms);
+    /// Turns the line round and takes the response; "NOT RECEIVED" when it lacks its end.
+    [[nodiscard]] std::string full_read_response();
+    /// Asks for the response once more.
+    [[nodiscard]] std::string full_nak_retry();
+    /// Releases the device.
+    void full_end();
+    /// Asks the device why it refused a command and returns the reason in words.
+    [[nodiscard]] std::string full_error_query();
+
+  private:
+    [[nodiscard]] std::string send(const std::string& bytes, float timeout_ms,
+                                   std::int16_t quiet_chars);
+    [[nodiscard]] std::string answer_of(const std::string& command);
+
+    Link& link_;
+    Dialogs& dialogs_;
+    bool completed_ = false;
+};
+
+} // namespace pelvan
