@@ -47,7 +47,7 @@ void bind(const BindContext& context, ScrollBar& model, QAbstractSlider* bar);
 void bind(const BindContext& context, ScrollBar& model, QSpinBox* box);
 void bind(const BindContext& context, ProgressBar& model, QProgressBar* bar);
 
-/// Gives the view a model of its own that reads the control's lines.
+/// Gives the view a model of its own that reads the control's lines. Long lists want a `LineView`.
 void bind(const BindContext& context, ListBox& model, QAbstractItemView* view);
 /// The grid's row 0 becomes the header. Enter and the space bar act as the left mouse button, the
 /// menu key as the right one.

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <QListView>
+#include <QScrollBar>
 
+#include "desktop/line_view.h"
 #include "desktop_fixture.h"
 
 namespace pelvan::desktop {
@@ -12,7 +13,7 @@ class ListTest : public testing::WindowTest {
     ~ListTest() override { delete view_; }
 
     ListBox list_{"lst_Command", "Commands"};
-    QListView* view_ = new QListView(&window_);
+    LineView* view_ = new LineView(&window_);
 };
 
 TEST_F(ListTest, TenThousandLinesArriveOneByOneAndTheSelectedOneIsInSight) {
@@ -34,6 +35,12 @@ TEST_F(ListTest, TenThousandLinesArriveOneByOneAndTheSelectedOneIsInSight) {
     EXPECT_EQ(view_->currentIndex().row(), 9999);
     EXPECT_TRUE(view_->viewport()->rect().contains(view_->visualRect(view_->currentIndex())));
     EXPECT_EQ(view_->currentIndex().data().toString(), "line 9999");
+    EXPECT_EQ(view_->indexAt(view_->visualRect(view_->currentIndex()).center()).row(), 9999);
+    QTest::keyClick(view_, Qt::Key_PageUp);
+    EXPECT_EQ(list_.ListIndex(), 9999 - view_->verticalScrollBar()->pageStep());
+    QTest::keyClick(view_, Qt::Key_Home);
+    EXPECT_EQ(list_.ListIndex(), 0);
+    EXPECT_EQ(view_->verticalScrollBar()->value(), 0);
     list_.Clear();
     EXPECT_EQ(view_->model()->rowCount(), 0);
     EXPECT_EQ(list_.ListIndex(), -1);
@@ -61,6 +68,21 @@ TEST_F(ListTest, SelectionGoesBothWaysWithoutEcho) {
     QTest::mouseClick(view_->viewport(), Qt::LeftButton, {},
                       view_->visualRect(view_->model()->index(0, 0)).center());
     EXPECT_EQ(clicked, (std::vector<int>{1, 2, -1, 0}));
+}
+
+TEST_F(ListTest, WholeLengthOfALongLineCanBeSeen) {
+    bind(context_, list_, view_);
+    view_->resize(300, 200);
+    window_.show();
+    EXPECT_EQ(view_->horizontalScrollBar()->maximum(), 0);
+    const std::string line(1000, 'W');
+    list_.AddItem(line);
+    const int width = view_->fontMetrics().horizontalAdvance(to_qt(line));
+    EXPECT_GE(view_->horizontalScrollBar()->maximum(), width - view_->viewport()->width());
+    list_.set_ListIndex(0);
+    QTest::keyClick(view_, Qt::Key_Right);
+    EXPECT_GT(view_->horizontalScrollBar()->value(), 0);
+    EXPECT_FALSE(view_->grab().isNull()); // draws
 }
 
 TEST_F(ListTest, HandlerMayRefuseASelection) {
