@@ -66,7 +66,8 @@ class TickingTimer : public QTimer {
         if (ticking_ || !model_.Tick) return;
         const QPointer<TickingTimer> self(this);
         ticking_ = true;
-        context_.run(model_.Tick);
+        const EventRunner run = context_.run; // outlives this, which the handler may end
+        run(model_.Tick);
         if (self) ticking_ = false;
     }
 

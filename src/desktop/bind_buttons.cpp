@@ -38,7 +38,8 @@ class OptionMirror : public QObject {
         group_->addButton(radio, index);
         connect(radio, &QRadioButton::clicked, this, [this, index] {
             const QPointer<OptionMirror> self(this);
-            context_.run([this, index] { model_.set_Value(index); });
+            const EventRunner run = context_.run; // outlives this, which the handler may end
+            run([this, index] { model_.set_Value(index); });
             if (self) refresh();
         });
     }

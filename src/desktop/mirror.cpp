@@ -73,7 +73,8 @@ void Mirror::show_common() {
 void Mirror::tell(const std::function<void()>& action) {
     if (refreshing_) return;
     const QPointer<Mirror> self(this);
-    context_.run(action);
+    const EventRunner run = context_.run; // outlives this, which the action may end
+    run(action);
     if (self) refresh();
 }
 

@@ -65,7 +65,8 @@ class PortWatcher::Watch : public QObject {
         const QPointer<Watch> self(this);
         checking_ = true;
         follow();
-        run_([this] { port_.check_receive(); });
+        const EventRunner run = run_; // outlives this, which the handler may end
+        run([this] { port_.check_receive(); });
         if (!self) return; // the handler has ended the port
         checking_ = false;
         follow();

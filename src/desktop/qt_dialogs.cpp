@@ -51,17 +51,18 @@ void prepare(QFileDialog& dialog, const FileDialogRequest& request) {
 }
 
 std::optional<std::string> choose(const FileDialogRequest& request, QFileDialog::AcceptMode mode) {
-    QFileDialog dialog(QApplication::activeWindow());
-    dialog.setAcceptMode(mode);
-    prepare(dialog, request);
-    while (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
+    for (;;) {
+        QFileDialog dialog(QApplication::activeWindow());
+        dialog.setAcceptMode(mode);
+        prepare(dialog, request);
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+            return std::nullopt;
         const QString path = dialog.selectedFiles().constFirst();
         if (!request.refuse_read_only || !is_read_only(path)) return from_qt(path);
         QtDialogs().message_box(from_qt(path) +
                                     "\nThis file may only be read. Choose another name.",
                                 request.title, MessageButtons::Ok, MessageIcon::Exclamation);
     }
-    return std::nullopt;
 }
 
 } // namespace
