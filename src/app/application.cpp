@@ -37,6 +37,8 @@ void MDIPelvan6::MDIForm_Load() {
     app.events.run([&] { app.history.frmCommand.Load(); });
     app.events.run([&] { app.history.frmResponse.Load(); });
     app.events.run([&] { arrange(); });
+    // Ready to type: Enter sends from there.
+    app.console.modbus.txt_Register.SetFocus();
 }
 
 void MDIPelvan6::arrange() {

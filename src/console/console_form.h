@@ -20,13 +20,13 @@ class frm_Pelvan5VB : public Form {
     frm_Pelvan5VB(Services& services, ConfigState& config, ChannelTable& channels, Link& link,
                   Modbus& modbus, History& history);
 
-    Frame fram_Protocol{"fram_Protocol", "Protocol"};
+    Frame fram_Protocol{"fram_Protocol", "&Protocol"};
     OptionGroup opt_Protocol;
-    Frame fram_DataFormat{"fram_DataFormat", "Data Format"};
+    Frame fram_DataFormat{"fram_DataFormat", "Data F&ormat"};
     OptionGroup opt_DataFormat;
     /// The command text of the Full and Xon protocols.
     TextBox txt_CommsCommand{"txt_CommsCommand", "", "Command text: ? reads, = writes."};
-    Button cmd_SendCommand{"cmd_SendCommand", "&Send Command", "Send the command (Enter)."};
+    Button cmd_SendCommand{"cmd_SendCommand", "Se&nd Command", "Send the command (Enter)."};
     Label lbl_Status{"lbl_Status"};
     ModbusPanel modbus;
 

@@ -109,18 +109,18 @@ std::string bytes_text(std::string_view frame) {
 const std::array<ModbusCommandType, 12>& modbus_command_types() {
     using enum ModbusCommand;
     static const std::array<ModbusCommandType, 12> types{{
-        {ReadCoils, 1, "1 - Read Coil Status", "Count", "Register"},
-        {ReadInputs, 2, "2 - Read Input Status", "Count", "Register"},
-        {ReadHolding, 3, "3 - Read Holding Registers", "Count", "Register"},
-        {ReadInputRegisters, 4, "4 - Read Input Registers", "Count", "Register"},
-        {WriteCoil, 5, "5 - Write Single Coil", "Value", "Coil"},
-        {WriteRegister, 6, "6 - Write Single Register", "Value", "Register"},
-        {Diagnostics, 8, "8 - Diagnostics", "Data", "Sub-function"},
-        {WriteCoils, 15, "15 - Write Multiple Coils", "Values", "Coil"},
-        {WriteRegisters, 16, "16 - Write Multiple Registers", "Values", "Register"},
-        {Read32, 3, "Read 32-bit Holding Registers", "Count", "Register"},
-        {Write32, 16, "Write 32-bit Holding Registers", "Values", "Register"},
-        {LoopBack, 8, "Loop-back (function 8, sub-function 0)", "Data", "Sub-function"},
+        {ReadCoils, 1, "1 - Read Coil Status", "&Count", "&Register"},
+        {ReadInputs, 2, "2 - Read Input Status", "&Count", "&Register"},
+        {ReadHolding, 3, "3 - Read Holding Registers", "&Count", "&Register"},
+        {ReadInputRegisters, 4, "4 - Read Input Registers", "&Count", "&Register"},
+        {WriteCoil, 5, "5 - Write Single Coil", "&Value", "Coil Numbe&r"},
+        {WriteRegister, 6, "6 - Write Single Register", "&Value", "&Register"},
+        {Diagnostics, 8, "8 - Diagnostics", "Data &Value", "Sub-function Numbe&r"},
+        {WriteCoils, 15, "15 - Write Multiple Coils", "&Values", "First Coil Numbe&r"},
+        {WriteRegisters, 16, "16 - Write Multiple Registers", "&Values", "&Register"},
+        {Read32, 3, "Read 32-bit Holding Registers", "&Count", "&Register"},
+        {Write32, 16, "Write 32-bit Holding Registers", "&Values", "&Register"},
+        {LoopBack, 8, "Loop-back (function 8, sub-function 0)", "Data &Value", "Sub-function Numbe&r"},
     }};
     return types;
 }

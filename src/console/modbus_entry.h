@@ -30,7 +30,7 @@ struct ModbusCommandType {
     ModbusCommand command;
     std::int16_t function;
     const char* caption;
-    const char* values_caption; // what the value box holds for it
+    const char* values_caption; // what the value box holds for it, with its access key
     const char* register_caption;
 };
 

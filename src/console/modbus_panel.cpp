@@ -86,8 +86,8 @@ void ModbusPanel::set_visible(bool on) {
 void ModbusPanel::command_type_changed() {
     const auto& type =
         modbus_command_types()[static_cast<std::size_t>(cmb_CommandType.ListIndex())];
-    lbl_Register.set_Caption("&" + std::string(type.register_caption));
-    lbl_Values.set_Caption("&" + std::string(type.values_caption));
+    lbl_Register.set_Caption(type.register_caption);
+    lbl_Values.set_Caption(type.values_caption);
     txt_Register.set_Enabled(type.command != ModbusCommand::LoopBack);
 }
 

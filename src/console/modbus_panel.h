@@ -21,7 +21,7 @@ class ModbusPanel {
     ModbusPanel(Services& services, Link& link, Modbus& modbus, History& history);
 
     Frame Fram_Modbus{"Fram_Modbus", "Modbus Command"};
-    Label lbl_CommandType{"lbl_CommandType", "Command &Type"};
+    Label lbl_CommandType{"lbl_CommandType", "Command T&ype"};
     ComboBox cmb_CommandType;
     Label lbl_Address{"lbl_Address", "&Address"};
     TextBox txt_Address{"txt_Address", "1",
@@ -32,8 +32,8 @@ class ModbusPanel {
     TextBox txt_Values{"txt_Values", "1",
                        "A count to read, or the values to write, with blanks between them."};
     OptionGroup opt_NumberBase{"opt_NumberBase",
-                               {{"Deci&mal", "Values are entered in decimal, -32768 to 32767."},
-                                {"He&xadecimal", "Values are entered in hexadecimal, 0 to FFFF."}},
+                               {{"Decimal", "Values are entered in decimal, -32768 to 32767."},
+                                {"Hexadecimal", "Values are entered in hexadecimal, 0 to FFFF."}},
                                0};
 
     /// One exchange: builds, sends on channel 1, adds both renderings to the history. A refused

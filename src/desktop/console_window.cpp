@@ -62,7 +62,8 @@ QGroupBox* modbus_frame(const BindContext& context, ModbusPanel& panel) {
     grid->addWidget(label_for(context, panel.lbl_Address, address), 1, 0);
     grid->addWidget(address, 1, 1);
     grid->addWidget(label_for(context, panel.lbl_Register, start), 1, 2);
-    grid->addWidget(start, 1, 3);
+    // Aligned, so that the column may be wider than the box in it.
+    grid->addWidget(start, 1, 3, Qt::AlignLeft);
     grid->addWidget(label_for(context, panel.lbl_Values, values), 2, 0);
     grid->addWidget(values, 2, 1, 1, 3);
     auto* bases = new QVBoxLayout;
