@@ -1,9 +1,9 @@
 #include <QFontDatabase>
-#include <QListView>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
 #include "desktop/console_window.h"
+#include "desktop/line_view.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -13,7 +13,7 @@ constexpr int kPageTwips = 3000;
 
 /// The list is drawn shifted to the left by what the model's scroll bar says: the bar counts
 /// downwards in twips, the view's own (hidden) bar upwards in pixels.
-void follow(QListView* view, const ScrollBar& bar) {
+void follow(QAbstractItemView* view, const ScrollBar& bar) {
     view->horizontalScrollBar()->setValue(-bar.Value() / kTwipsPerPixel);
 }
 
@@ -21,7 +21,7 @@ void follow(QListView* view, const ScrollBar& bar) {
 
 QWidget* make_history(const BindContext& context, HistoryForm& form) {
     auto* content = new QWidget;
-    auto* view = new QListView(content);
+    auto* view = new LineView(content);
     view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

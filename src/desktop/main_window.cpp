@@ -19,7 +19,7 @@ MainWindow::MainWindow(const std::string& directory)
     frame_->show_help = [this](const std::string& page) { desktop_.show_help(page); };
     // Closing the frame closes the console, which ends the program: no questions, no saving.
     frame_->before_close = [&app] { return app.console.Unload(); };
-    app.console.end_program = [] { QApplication::quit(); };
+    app.console.end_program = [] { QCoreApplication::exit(0); };
     for (MenuEntry* entry : app.frame.mnuWindow.children)
         if (entry) frame_->add_window_entry(*entry);
     const BindContext& context = frame_->context();
