@@ -1,0 +1,112 @@
+#include "listen/capture_file.h"
+
+#include <cerrno>
+#include <cmath>
+#include <cstdint>
+
+#include "platform/run_time_error.h"
+
+namespace pelvan {
+namespace {
+
+// Block and option codes of the pcapng format; numbers in blocks are little-endian here.
+constexpr std::uint32_t kSectionHeader = 0x0A0D0D0A;
+constexpr std::uint32_t kInterfaceDescription = 1;
+constexpr std::uint32_t kEnhancedPacket = 6;
+constexpr std::uint32_t kByteOrderMagic = 0x1A2B3C4D;
+constexpr std::uint16_t kPacketFlags = 2;
+constexpr std::uint32_t kInbound = 1;
+constexpr std::uint32_t kOutbound = 2;
+/// LINKTYPE_WIRESHARK_UPPER_PDU; its tags are big-endian.
+constexpr std::uint16_t kExportedUnits = 252;
+constexpr unsigned char kProtocolNameTag = 12;
+
+void put(std::string& out, std::uint32_t value, int bytes) {
+    for (int i = 0; i < bytes; ++i)
+        out += static_cast<char>(value >> (8 * i) & 0xFF);
+}
+
+void pad(std::string& out) {
+    while (out.size() % 4 != 0)
+        out += '\0';
+}
+
+/// Type and length round a body whose own length is a multiple of four.
+std::string block(std::uint32_t type, const std::string& body) {
+    const auto length = static_cast<std::uint32_t>(body.size() + 12);
+    std::string out;
+    put(out, type, 4);
+    put(out, length, 4);
+    out += body;
+    put(out, length, 4);
+    return out;
+}
+
+std::string file_header() {
+    std::string section;
+    put(section, kByteOrderMagic, 4);
+    put(section, 1, 2); // version 1.0
+    put(section, 0, 2);
+    section.append(8, '\xFF'); // length of the section: not given
+    std::string interface;
+    put(interface, kExportedUnits, 2);
+    put(interface, 0, 2);
+    put(interface, 0, 4); // no limit; times are in microseconds, the format's default
+    return block(kSectionHeader, section) + block(kInterfaceDescription, interface);
+}
+
+/// The name of the protocol, the end of the tags, and the bytes.
+std::string exported_unit(const Burst& burst) {
+    std::string name = burst.frame.kind == FrameKind::Damaged ? "data" : "mbrtu";
+    pad(name);
+    std::string out{'\0', static_cast<char>(kProtocolNameTag), '\0',
+                    static_cast<char>(name.size())};
+    out += name;
+    out.append(4, '\0');
+    return out + burst.bytes;
+}
+
+std::string packet(const Burst& burst) {
+    const std::string unit = exported_unit(burst);
+    const auto micros = static_cast<std::uint64_t>(std::llround(burst.start_ms * 1000));
+    std::string body;
+    put(body, 0, 4); // the only interface
+    put(body, static_cast<std::uint32_t>(micros >> 32), 4);
+    put(body, static_cast<std::uint32_t>(micros), 4);
+    put(body, static_cast<std::uint32_t>(unit.size()), 4);
+    put(body, static_cast<std::uint32_t>(unit.size()), 4);
+    body += unit;
+    pad(body);
+    if (burst.frame.kind != FrameKind::Damaged) {
+        put(body, kPacketFlags, 2);
+        put(body, 4, 2);
+        put(body, is_reply(burst.frame.kind) ? kInbound : kOutbound, 4);
+        put(body, 0, 4); // end of the options
+    }
+    return block(kEnhancedPacket, body);
+}
+
+} // namespace
+
+CaptureWriter::CaptureWriter(std::string path)
+    : path_(std::move(path)), file_(path_, std::ios::binary) {
+    if (!file_) throw_file_error(errno, path_);
+    write(file_header());
+}
+
+void CaptureWriter::add(const Burst& burst) {
+    write(packet(burst));
+}
+
+void CaptureWriter::write(const std::string& block) {
+    file_.write(block.data(), static_cast<std::streamsize>(block.size()));
+    if (!file_.flush()) throw_file_error(errno, path_);
+}
+
+void save_capture(const std::string& path, const std::deque<Burst>& bursts) {
+    CaptureWriter writer(path);
+    for (const Burst& burst : bursts)
+        writer.add(burst);
+}
+
+} // namespace pelvan

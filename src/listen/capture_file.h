@@ -1,0 +1,32 @@
+// A capture as other programs read it: a pcapng file in which each burst is one packet with its
+// time. The link type is that of exported protocol units, each naming its protocol, so that
+// Wireshark shows Modbus RTU at once, without a setting. Bursts that are no Modbus frame are kept
+// as plain data. Each packet's flags tell requests (outbound) from replies (inbound).
+#pragma once
+
+#include <deque>
+#include <fstream>
+#include <string>
+
+#include "listen/traffic.h"
+
+namespace pelvan {
+
+class CaptureWriter {
+  public:
+    /// Creates or empties the file. File errors (61, 70, 75, 76) from every function.
+    explicit CaptureWriter(std::string path);
+    /// Handed to the system before it returns.
+    void add(const Burst& burst);
+
+  private:
+    void write(const std::string& block);
+
+    std::string path_;
+    std::ofstream file_;
+};
+
+/// Writes the bursts to a new file.
+void save_capture(const std::string& path, const std::deque<Burst>& bursts);
+
+} // namespace pelvan

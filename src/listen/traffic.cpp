@@ -1,0 +1,173 @@
+#include "listen/traffic.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+
+#include "text/numbers.h"
+
+namespace pelvan {
+namespace {
+
+/// The longest time-out of the monitor: what comes later answers nothing.
+constexpr double kLongestReplyMs = 10000;
+constexpr int kBroadcast = 0;
+
+std::string rounded_ms(double ms) {
+    return plain_number(round_half_even(ms)) + " ms";
+}
+
+std::string time_of_day(double epoch_ms) {
+    const auto seconds = static_cast<std::time_t>(std::floor(epoch_ms / 1000));
+    std::tm parts{};
+#ifdef _WIN32
+    localtime_s(&parts, &seconds);
+#else
+    localtime_r(&seconds, &parts);
+#endif
+    const int ms = static_cast<int>(epoch_ms - static_cast<double>(seconds) * 1000);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%03d", parts.tm_hour, parts.tm_min,
+                  parts.tm_sec, ms);
+    return text.data();
+}
+
+std::string kind_text(const Burst& burst) {
+    switch (burst.frame.kind) {
+    case FrameKind::Damaged:
+        return "no Modbus frame";
+    case FrameKind::Request:
+        return "request";
+    case FrameKind::Reply:
+    case FrameKind::ExceptionReply:
+        break;
+    }
+    const std::string what = burst.frame.kind == FrameKind::Reply ? "reply" : "exception reply";
+    return burst.reply_ms ? what + " after " + rounded_ms(*burst.reply_ms) : what;
+}
+
+} // namespace
+
+double tick_span(double from, double to) {
+    constexpr double kTickValues = 4294967296.0;
+    return to >= from ? to - from : kTickValues - from + to;
+}
+
+void BurstClock::start(double tick, const LocalTime& now) {
+    std::tm parts{};
+    parts.tm_year = now.year - 1900;
+    parts.tm_mon = now.month - 1;
+    parts.tm_mday = now.day;
+    parts.tm_hour = now.hour;
+    parts.tm_min = now.minute;
+    parts.tm_sec = now.second;
+    parts.tm_isdst = -1; // the system knows whether it is summer time
+    epoch_ms_ = static_cast<double>(std::mktime(&parts)) * 1000;
+    last_tick_ = tick;
+}
+
+double BurstClock::epoch_ms(double tick) {
+    epoch_ms_ += tick_span(last_tick_, tick);
+    last_tick_ = tick;
+    return epoch_ms_;
+}
+
+void TimeSummary::add(double ms) {
+    minimum = count == 0 ? ms : std::min(minimum, ms);
+    maximum = count == 0 ? ms : std::max(maximum, ms);
+    sum += ms;
+    ++count;
+}
+
+void Histogram::add(double ms) {
+    const auto* limit = std::upper_bound(kLimits.begin(), kLimits.end(), ms);
+    ++counts_.at(static_cast<std::size_t>(limit - kLimits.begin()));
+}
+
+std::string Histogram::label(std::size_t index) {
+    const std::string from = index == 0 ? "0" : std::to_string(kLimits.at(index - 1));
+    return index < kLimits.size() ? from + "-" + std::to_string(kLimits.at(index)) : from + "+";
+}
+
+void Traffic::start(double tick, const LocalTime& now) {
+    clock_.start(tick, now);
+    last_start_ms_.reset();
+    pending_.clear();
+}
+
+const Burst& Traffic::add(double start_tick, double length_ms, const std::string& bytes) {
+    Burst burst;
+    burst.start_ms = clock_.epoch_ms(start_tick);
+    burst.bytes = bytes;
+    if (last_start_ms_) burst.gap_ms = burst.start_ms - *last_start_ms_;
+    last_start_ms_ = burst.start_ms;
+    pair(burst);
+    if (burst.frame.kind == FrameKind::Request && burst.frame.address != kBroadcast) {
+        pending_ = bytes;
+        pending_end_ms_ = burst.start_ms + length_ms;
+    }
+    count(burst);
+    keep(std::move(burst));
+    return bursts_.back();
+}
+
+/// A reply belongs to the request before it when it comes from the address and carries the function
+/// that were asked, in time. Noise between the two separates nothing; any other frame does.
+void Traffic::pair(Burst& burst) {
+    if (!pending_.empty() && burst.start_ms - pending_end_ms_ > kLongestReplyMs) pending_.clear();
+    burst.frame = classify_frame(burst.bytes, pending_);
+    if (burst.frame.kind == FrameKind::Damaged) return;
+    if (is_reply(burst.frame.kind) && !pending_.empty() &&
+        static_cast<unsigned char>(pending_[0]) == burst.frame.address &&
+        static_cast<unsigned char>(pending_[1]) == burst.frame.function)
+        burst.reply_ms = std::max(burst.start_ms - pending_end_ms_, 0.0);
+    pending_.clear();
+}
+
+void Traffic::count(const Burst& burst) {
+    if (burst.gap_ms) gaps_.add(*burst.gap_ms);
+    if (burst.reply_ms) reply_times_.add(*burst.reply_ms);
+    const auto count_in = [&burst](TrafficRow& row) {
+        if (burst.frame.kind == FrameKind::Request) ++row.requests;
+        if (is_reply(burst.frame.kind)) ++row.replies;
+        if (burst.frame.kind == FrameKind::ExceptionReply) ++row.exceptions;
+        if (burst.reply_ms) row.reply.add(*burst.reply_ms);
+        if (burst.gap_ms) row.gap.add(*burst.gap_ms);
+    };
+    count_in(all_);
+    if (burst.frame.kind == FrameKind::Damaged) {
+        ++damaged_;
+        return;
+    }
+    count_in(by_address_[burst.frame.address]);
+    count_in(by_function_[burst.frame.function]);
+}
+
+void Traffic::keep(Burst burst) {
+    kept_bytes_ += burst.bytes.size();
+    bursts_.push_back(std::move(burst));
+    while (bursts_.size() > kKeptBursts || (kept_bytes_ > kKeptBytes && bursts_.size() > 1)) {
+        kept_bytes_ -= bursts_.front().bytes.size();
+        bursts_.pop_front();
+    }
+}
+
+void Traffic::clear() {
+    bursts_.clear();
+    kept_bytes_ = 0;
+    all_ = {};
+    by_address_.clear();
+    by_function_.clear();
+    damaged_ = 0;
+    reply_times_ = {};
+    gaps_ = {};
+}
+
+std::string burst_note(const Burst& burst) {
+    std::string note = time_of_day(burst.start_ms);
+    if (burst.gap_ms) note += "  +" + rounded_ms(*burst.gap_ms);
+    return note + "  " + kind_text(burst);
+}
+
+} // namespace pelvan
