@@ -24,6 +24,8 @@ MDIPelvan6::MDIPelvan6(Application& application)
     : Form("MDIPelvan6", "Pelvan 7"), application_(application) {
     mnuWindow.children = {&mnuArrange, nullptr, &mnuShowConsole, &mnuShowCommand, &mnuShowResponse};
     menus = {&mnuWindow};
+    mnuTools.children.push_back(&mnuListen);
+    mnuListen.Click = [this] { application_.listen.Show(); };
     mnuArrange.Click = [this] { arrange(); };
     mnuShowConsole.Click = [this] { application_.console.Show(); };
     mnuShowCommand.Click = [this] { application_.history.frmCommand.Show(); };
@@ -69,7 +71,10 @@ Application::Application(Services given, LineOpener opener)
       countdowns(session.serial, services.tick),
       link(channels, countdowns, services.dialogs, error_log), modbus(session.modbus),
       history(services), console(services, session.config, channels, link, modbus, history),
+      listen(services, link, modbus, session.listen,
+             [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
       frame(*this), opener_(std::move(opener)) {
+    channels.before_rebuild = [this] { listen.ports_rebuilt(); };
     // The tools are reached from every one of the three windows.
     for (Form* form :
          std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})

@@ -6,6 +6,7 @@
 #include "app/session.h"
 #include "console/console_form.h"
 #include "console/history.h"
+#include "listen/listen_form.h"
 #include "platform/line_port.h"
 #include "serial/link.h"
 #include "simulator/simulator_hub.h"
@@ -21,6 +22,8 @@ class MDIPelvan6 : public Form {
 
     /// The tools' windows; `Application` adds an entry for each.
     MenuEntry mnuTools{"mnuTools", "&Tools"};
+    MenuEntry mnuListen{"mnuListen", "&Listening Mode", "Ctrl+Shift+L",
+                        "Watch a line without sending anything."};
     MenuEntry mnuWindow{"mnuWindow", "&Window"};
     MenuEntry mnuArrange{"mnuArrange", "&Arrange", "Ctrl+Shift+A",
                          "Put the three windows back where they were at the start."};
@@ -58,6 +61,7 @@ class Application {
     Modbus modbus;
     History history;
     frm_Pelvan5VB console;
+    frm_Listen listen;
     MDIPelvan6 frame;
 
   private:

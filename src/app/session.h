@@ -3,6 +3,7 @@
 #pragma once
 
 #include "config/ini.h"
+#include "listen/listen_state.h"
 #include "protocols/modbus/modbus.h"
 #include "serial/serial_state.h"
 
@@ -12,6 +13,7 @@ struct Session {
     ConfigState config;
     SerialState serial;
     ModbusState modbus;
+    ListenState listen;
 };
 
 } // namespace pelvan
