@@ -1,0 +1,287 @@
+#include "listen/listen_form.h"
+
+#include <gtest/gtest.h>
+
+#include "support/error_of.h"
+#include "support/serial_rig.h"
+
+namespace pelvan {
+namespace {
+
+using testing::read_file;
+using Texts = std::vector<std::string>;
+
+std::string bytes(std::initializer_list<int> values) {
+    std::string out;
+    for (const int value : values)
+        out += static_cast<char>(value);
+    return out;
+}
+
+/// The monitor on scripted ports; settle time 2 ms, so a burst ends after 8 ms of silence.
+class ListenTest : public ::testing::Test {
+  protected:
+    ListenTest() {
+        rig.tick.step_ms = 0.001;
+        rig.build({"1;9600,N,8,1;1", "2;9600,N,8,1;1", "3;9600,N,8,1;1"});
+        rig.table.before_rebuild = [this] { form.ports_rebuilt(); };
+        form.Load();
+    }
+    void start(std::int16_t on_channel = 1) {
+        channel = on_channel;
+        form.mnuStartListen.choose();
+    }
+    testing::FakeSerialPort& port() { return *rig.ports.at(static_cast<std::size_t>(channel)); }
+    /// A burst that arrives whole at this moment of the tick.
+    void burst_at(double ms, const std::string& text) {
+        rig.tick.advance(ms - rig.tick.now());
+        port().arrive({0, text});
+        port().check_receive();
+    }
+    std::string with_crc(const std::string& frame) {
+        ModbusState scratch;
+        Modbus(scratch).ModbusCrc(frame);
+        return frame + bytes({scratch.gCrcLow, scratch.gCrcHigh});
+    }
+    Texts lines() {
+        Texts out;
+        for (int i = 0; i < form.lst_CommsCommand.ListCount(); ++i)
+            out.push_back(form.lst_CommsCommand.List(i));
+        return out;
+    }
+    double box(const TextBox& from) { return leading(from.Text()); }
+    static double leading(const std::string& text) { return text.empty() ? -1 : std::stod(text); }
+
+    testing::SerialRig rig;
+    testing::FakeDesktop desktop;
+    Services services{rig.tick, rig.clock, rig.dialogs, desktop, rig.dir.path()};
+    ModbusState modbus_state;
+    Modbus modbus{modbus_state};
+    ListenState state;
+    std::int16_t channel = 1;
+    frm_Listen form{services, rig.link, modbus, state, [this] { return channel; }};
+    const std::string request = with_crc(bytes({1, 3, 0, 100, 0, 2}));
+    const std::string reply = with_crc(bytes({1, 3, 4, 2, 0xD5, 0xFF, 0xFF}));
+};
+
+TEST_F(ListenTest, OptionsTakeEffectWhenTheWindowOpens) {
+    EXPECT_EQ(state.gListenTimeout, 500.0F);
+    form.opt_CharacterDelay.set_Value(1);
+    EXPECT_EQ(state.gListenTimeout, 2000.0F);
+    form.opt_CharacterDelay.set_Value(2);
+    EXPECT_EQ(state.gListenTimeout, 10000.0F);
+    form.opt_DataFormat.set_Value(2);
+    EXPECT_FALSE(form.fram_DataDirection.Enabled());
+    EXPECT_FALSE(form.opt_DataDirection.option(0).enabled);
+    form.opt_DataFormat.set_Value(0);
+    EXPECT_TRUE(form.fram_DataDirection.Enabled());
+    EXPECT_TRUE(form.opt_DataDirection.option(1).enabled);
+}
+
+TEST_F(ListenTest, RendersByFormatAndDirectionAndSendsNothing) {
+    struct Case {
+        int format;
+        int direction;
+        const std::string& burst;
+        std::string line;
+    };
+    const std::string word(1, static_cast<char>(0xC8));
+    const std::vector<Case> cases{
+        {0, 0, request, "1 3 100 2 133 212 "},
+        {0, 1, reply, "1 3 4 725 -1 235 195 "},
+        {0, 1, request, "Character Count error occurred.  Verify Communications."},
+        {1, 0, request, "01 03 0064 0002 85 D4 "},
+        {1, 1, reply, "01 03 04 02D5 FFFF EB C3 "},
+        {2, 0, request, "1 3 0 100 0 2 133 212"},
+        {2, 1, word, "200"},
+        {0, 0, word, word}, // fewer than five bytes: as they came
+    };
+    start();
+    double at = 2000;
+    for (const Case& each : cases) {
+        form.opt_DataFormat.set_Value(each.format);
+        form.opt_DataDirection.set_Value(each.direction);
+        burst_at(at += 100, each.burst);
+        EXPECT_EQ(lines().back(), each.line);
+        EXPECT_EQ(form.lst_CommsCommand.ListIndex(), form.lst_CommsCommand.ListCount() - 1);
+    }
+    EXPECT_EQ(lines().size(), cases.size());
+    EXPECT_TRUE(port().outputs.empty());
+}
+
+TEST_F(ListenTest, EveryByteRaisesTheEventOnlyWhileListening) {
+    start();
+    EXPECT_EQ(port().RThreshold(), 1);
+    int threshold_inside = -1;
+    form.traffic_changed = [&](const Burst*) { threshold_inside = port().RThreshold(); };
+    burst_at(2000, "x");
+    EXPECT_EQ(threshold_inside, 0);
+    EXPECT_EQ(port().RThreshold(), 1);
+    form.mnuStopListen.choose();
+    EXPECT_EQ(port().RThreshold(), 0);
+    burst_at(3000, "y");
+    port().OnComm(); // an event that was on its way
+    EXPECT_EQ(lines(), Texts{"x"});
+    start();
+    form.mnuExitListen.choose();
+    EXPECT_FALSE(state.gListening);
+    EXPECT_EQ(port().RThreshold(), 0);
+}
+
+TEST_F(ListenTest, CountsRatesAndTimes) {
+    start();
+    burst_at(2000, "a");
+    EXPECT_EQ(form.txt_HitCount.Text(), "1");
+    EXPECT_EQ(form.txt_MaxHits.Text(), "");
+    EXPECT_EQ(form.txt_BurstHitRate.Text(), "");
+    EXPECT_NEAR(box(form.txt_LastHitTime), 8, 1);
+    burst_at(2500, "b");
+    EXPECT_EQ(form.txt_BurstHitRate.Text(), "120");
+    burst_at(2750, "c");
+    EXPECT_EQ(form.txt_HitCount.Text(), "3");
+    EXPECT_EQ(form.txt_BurstHitRate.Text(), "240");
+    EXPECT_NEAR(box(form.txt_TotalHitTime), 0.758, 0.001);
+    EXPECT_NEAR(box(form.txt_HitsPerMinute), 3 * 60000 / 758.0, 1);
+    EXPECT_EQ(form.txt_MaxHits.Text(), "237");
+    burst_at(2750 + 3600000, "d"); // the highest average and the shortest gap stay
+    EXPECT_EQ(form.txt_BurstHitRate.Text(), "240");
+    EXPECT_EQ(form.txt_MaxHits.Text(), "237");
+    EXPECT_NEAR(box(form.txt_TotalHitTime), 3600.758, 0.001);
+}
+
+TEST_F(ListenTest, NewSessionKeepsBoxesListAndLastHit) {
+    start();
+    burst_at(2000, "a");
+    burst_at(2500, "b");
+    form.mnuStopListen.choose();
+    start();
+    burst_at(2600, "c");
+    EXPECT_EQ(form.txt_HitCount.Text(), "1");
+    EXPECT_EQ(form.txt_BurstHitRate.Text(), "120"); // not from the first burst of a session
+    EXPECT_EQ(state.gListenStats.last_hit_tick, 2600);
+    EXPECT_EQ(lines(), (Texts{"a", "b", "c"}));
+    form.mnuClearScreen.choose();
+    EXPECT_TRUE(lines().empty());
+    EXPECT_EQ(form.txt_HitCount.Text() + form.txt_MaxHits.Text() + form.txt_BurstHitRate.Text(),
+              "");
+    burst_at(2700, "d");
+    EXPECT_EQ(form.txt_HitCount.Text(), "2"); // the session goes on
+}
+
+TEST_F(ListenTest, OtherChannelsAreCountedOnly) {
+    form.Loglistenlist.choose();
+    for (const std::int16_t other : {std::int16_t{0}, std::int16_t{2}}) {
+        start(other);
+        burst_at(rig.tick.now() + 100, request);
+        EXPECT_EQ(form.txt_HitCount.Text(), "1");
+        form.mnuStopListen.choose();
+    }
+    EXPECT_TRUE(lines().empty());
+    EXPECT_FALSE(std::filesystem::exists(rig.dir.file(frm_Listen::kLogFileName)));
+}
+
+TEST_F(ListenTest, ListIsClearedWhenItHoldsMoreThanTenThousandLines) {
+    rig.tick.step_ms = 1;
+    start();
+    for (int i = 0; i < 10001; ++i)
+        burst_at(rig.tick.now() + 1, "x");
+    EXPECT_EQ(form.lst_CommsCommand.ListCount(), 10001);
+    EXPECT_EQ(form.lst_Times.ListCount(), 10001);
+    burst_at(rig.tick.now() + 1, "last");
+    EXPECT_EQ(lines(), Texts{"last"});
+    EXPECT_EQ(form.lst_Times.ListCount(), 1);
+    EXPECT_EQ(form.txt_HitCount.Text(), "10002");
+}
+
+TEST_F(ListenTest, LogsWhenTickedAndGoesOnWhenItCannot) {
+    form.pop_up = [](MenuEntry& menu) { menu.children.at(0)->choose(); };
+    form.Form_MouseUp(1);
+    EXPECT_FALSE(form.Loglistenlist.Checked());
+    form.Form_MouseUp(2);
+    EXPECT_TRUE(form.Loglistenlist.Checked());
+    start();
+    burst_at(2000, request);
+    burst_at(2100, "x");
+    const std::string log = rig.dir.file(frm_Listen::kLogFileName);
+    EXPECT_EQ(read_file(log), "1 3 100 2 133 212 \r\nx\r\n");
+    std::filesystem::remove(log);
+    std::filesystem::create_directory(log);
+    EXPECT_NE(testing::error_of([&] { burst_at(2200, "y"); }), 0);
+    EXPECT_FALSE(form.Loglistenlist.Checked());
+    burst_at(2300, "z");
+    EXPECT_EQ(lines().size(), 4U);
+    EXPECT_EQ(form.txt_HitCount.Text(), "4");
+}
+
+TEST_F(ListenTest, CopiesAllLinesOnControlC) {
+    start();
+    burst_at(2000, "one");
+    burst_at(2100, "two");
+    EXPECT_FALSE(form.lst_CommsCommand_KeyDown(true, 'x'));
+    EXPECT_FALSE(form.lst_CommsCommand_KeyDown(false, 'c'));
+    EXPECT_EQ(desktop.clipboard, "");
+    EXPECT_TRUE(form.lst_CommsCommand_KeyDown(true, 'C'));
+    EXPECT_EQ(desktop.clipboard, "one\r\ntwo\r\n");
+}
+
+TEST_F(ListenTest, PortFailuresEndTheListeningAndStartWorksAgain) {
+    start();
+    port().fail_next("InBufferCount", error_number::kCannotReadDevice);
+    EXPECT_EQ(testing::error_of([&] { burst_at(2000, "x"); }), error_number::kCannotReadDevice);
+    EXPECT_FALSE(state.gListening);
+    EXPECT_FALSE(port().PortOpen());
+    port().fail_next("PortOpen", error_number::kInvalidPortNumber);
+    start();
+    EXPECT_EQ(rig.dialogs.texts(), Texts{"INVALID PORT NUMBER"});
+    EXPECT_FALSE(state.gListening);
+    EXPECT_EQ(port().RThreshold(), 0);
+    start();
+    burst_at(3000, "y");
+    EXPECT_EQ(lines(), Texts{"y"});
+}
+
+TEST_F(ListenTest, RebuildingThePortsEndsTheListening) {
+    start();
+    rig.rebuild();
+    EXPECT_FALSE(state.gListening);
+    EXPECT_EQ(form.lbl_Status.Caption(), "Listening stopped: the ports were set up anew.");
+    form.mnuStopListen.choose(); // the port is gone
+    start();
+    burst_at(3000, "y");
+    EXPECT_EQ(lines(), Texts{"y"});
+}
+
+TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
+    channel = 3;
+    form.mnuStartListen.choose();
+    EXPECT_EQ(state.gListenChannel, 0);
+    EXPECT_EQ(state.gListenDevice, rig.ports[0]);
+    rig.build({"1;9600,N,8,1;1", "1;9600,N,8,1;1"});
+    std::int16_t zero = 0;
+    rig.table.open_port(zero);
+    start(1);
+    EXPECT_EQ(state.gListenChannel, 1);
+    EXPECT_EQ(state.gListenDevice, rig.ports[0]);
+    EXPECT_EQ(rig.ports[0]->RThreshold(), 1);
+}
+
+TEST_F(ListenTest, BurstsMayBeHugeBrokenAndEndless) {
+    start();
+    burst_at(2000, std::string(5000, '\1'));
+    EXPECT_EQ(form.traffic().bursts().back().bytes.size(), 5000U);
+    port().arrive({0, request.substr(0, 4)});
+    port().arrive({7, request.substr(4)}); // shorter than the quiet pause
+    port().check_receive();
+    EXPECT_EQ(lines().back(), "1 3 100 2 133 212 ");
+    // A line that never falls silent is cut by the time-out; what follows is the next burst.
+    for (int i = 0; i < 300; ++i)
+        port().arrive({i * 5.0, "n"});
+    port().check_receive();
+    EXPECT_NEAR(static_cast<double>(form.traffic().bursts().back().bytes.size()), 100, 4);
+    while (!port().Input().empty())
+        rig.tick.advance(1000);
+    EXPECT_EQ(form.txt_HitCount.Text(), "3");
+}
+
+} // namespace
+} // namespace pelvan
