@@ -63,6 +63,7 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
     add_ports_command(cli, chosen);
     add_simulate_command(cli, chosen);
     add_demo_command(cli, chosen);
+    add_listen_command(cli, chosen);
     try {
         // The parser takes its arguments in reverse order.
         cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
