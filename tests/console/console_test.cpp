@@ -17,7 +17,8 @@ class ConsoleTest : public ::testing::Test {
     }
     static std::string bytes(std::initializer_list<int> values) {
         std::string out;
-        for (const int value : values) out += static_cast<char>(value);
+        for (const int value : values)
+            out += static_cast<char>(value);
         return out;
     }
     std::string with_crc(const std::string& frame) {
@@ -110,7 +111,8 @@ TEST_F(ConsoleTest, RefusedRequestsShowTheirTextAndSendNothing) {
         EXPECT_EQ(rig.dialogs.shown.back().text, each.text) << each.entry.values;
     }
     std::string many;
-    for (int i = 0; i < 128; ++i) many += "1 ";
+    for (int i = 0; i < 128; ++i)
+        many += "1 ";
     choose(8, "0", many);
     send();
     EXPECT_EQ(rig.dialogs.shown.back().text, "Bad DATA VALUE entered.");
