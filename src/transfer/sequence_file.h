@@ -1,0 +1,69 @@
+// The sequence files of a controller model, written by hand: the .cds says which registers make up
+// a setup and in which order, the .pds how its ramp profiles are read. docs/sequence-files.md
+// describes both for those who write them.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/text_file.h"
+
+namespace pelvan {
+
+/// Registers through which an upload handles profiles, as lines 2 to 4 of the .cds name them.
+struct ProfileRegisters {
+    float number = 4000;     // selects a profile
+    float action = 4002;     // creates, erases, inserts a step
+    float step_count = 4040; // steps of the selected profile, 0 when there is no such profile
+
+    /// Profile registers stand in the hundred that the selecting register begins.
+    [[nodiscard]] bool contains(float register_number) const {
+        return register_number >= number && register_number < number + 100;
+    }
+};
+
+/// A .cds file, read from its first line to its last. The lines that are not there count as empty.
+class SequenceFile {
+  public:
+    /// Opens the file and reads line 1; 53, 70, 75 when it cannot be read.
+    explicit SequenceFile(const std::string& path);
+
+    /// Whether line 1 says that the model has ramp profiles.
+    [[nodiscard]] bool has_profiles() const { return has_profiles_; }
+
+    /// Reads lines 2 to 4.
+    [[nodiscard]] ProfileRegisters read_profile_registers();
+
+    /// The register of the next register line (from line 5 on); nothing at the end of the file or
+    /// at a line that begins with no digit, which ends the list.
+    [[nodiscard]] std::optional<float> next_register();
+
+  private:
+    std::unique_ptr<TextReader> reader_;
+    bool has_profiles_ = false;
+};
+
+/// Register lines that a .cds of so many lines can have.
+[[nodiscard]] int register_lines(int cds_lines);
+
+/// What a .pds file says.
+struct ProfileSequence {
+    float profile_number = 0;
+    float step_number = 0;
+    float action = 0;
+    float step_type = 0;
+    float step_count = 0;
+    float highest_profile = 0;
+    std::vector<float> profile_registers;             // read once a profile
+    std::map<int, std::vector<float>> step_registers; // read for each step, by its type
+};
+
+/// Reads a .pds file; nothing, and the number of the line in `bad_line`, when a line is not
+/// understood. Lines without content are skipped.
+[[nodiscard]] std::optional<ProfileSequence> read_profile_sequence(const std::string& path,
+                                                                   int& bad_line);
+
+} // namespace pelvan
