@@ -26,6 +26,8 @@ MDIPelvan6::MDIPelvan6(Application& application)
     menus = {&mnuWindow};
     mnuTools.children.push_back(&mnuListen);
     mnuListen.Click = [this] { application_.listen.Show(); };
+    mnuTools.children.push_back(&mnuTransfer);
+    mnuTransfer.Click = [this] { application_.transfer.Show(); };
     mnuArrange.Click = [this] { arrange(); };
     mnuShowConsole.Click = [this] { application_.console.Show(); };
     mnuShowCommand.Click = [this] { application_.history.frmCommand.Show(); };
@@ -73,7 +75,7 @@ Application::Application(Services given, LineOpener opener)
       history(services), console(services, session.config, channels, link, modbus, history),
       listen(services, link, modbus, session.listen,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
-      frame(*this), opener_(std::move(opener)) {
+      transfer(services, link, modbus), frame(*this), opener_(std::move(opener)) {
     channels.before_rebuild = [this] { listen.ports_rebuilt(); };
     // The tools are reached from every one of the three windows.
     for (Form* form :

@@ -10,6 +10,7 @@
 #include "platform/line_port.h"
 #include "serial/link.h"
 #include "simulator/simulator_hub.h"
+#include "transfer/download_parm_form.h"
 
 namespace pelvan {
 
@@ -24,6 +25,8 @@ class MDIPelvan6 : public Form {
     MenuEntry mnuTools{"mnuTools", "&Tools"};
     MenuEntry mnuListen{"mnuListen", "&Listening Mode", "Ctrl+Shift+L",
                         "Watch a line without sending anything."};
+    MenuEntry mnuTransfer{"mnuTransfer", "&Save/Restore Setup", "Ctrl+Shift+S",
+                          "A controller's registers into a file and back."};
     MenuEntry mnuWindow{"mnuWindow", "&Window"};
     MenuEntry mnuArrange{"mnuArrange", "&Arrange", "Ctrl+Shift+A",
                          "Put the three windows back where they were at the start."};
@@ -62,6 +65,7 @@ class Application {
     History history;
     frm_Pelvan5VB console;
     frm_Listen listen;
+    frm_DownloadParm transfer;
     MDIPelvan6 frame;
 
   private:
