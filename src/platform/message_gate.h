@@ -1,0 +1,57 @@
+// The program's dialogs, with a side door: while work runs that nobody may be watching, plain
+// messages go to a function instead of into a box that would hold the work until it is answered.
+#pragma once
+
+#include <functional>
+
+#include "platform/dialogs.h"
+
+namespace pelvan {
+
+class MessageGate : public Dialogs {
+  public:
+    using Receiver = std::function<void(const std::string& text)>;
+
+    explicit MessageGate(Dialogs& dialogs) : dialogs_(dialogs) {}
+
+    /// Diverts messages for as long as it lives.
+    class Diversion {
+      public:
+        Diversion(MessageGate& gate, Receiver receiver) : gate_(gate) {
+            gate_.receiver_ = std::move(receiver);
+        }
+        Diversion(const Diversion&) = delete;
+        Diversion& operator=(const Diversion&) = delete;
+        ~Diversion() { gate_.receiver_ = nullptr; }
+
+      private:
+        MessageGate& gate_;
+    };
+
+    /// Only untitled messages without a choice are diverted. A warning with a title stays a box:
+    /// the one about an unavailable port comes back until somebody has mended the cause, and
+    /// diverted it would turn for ever.
+    MessageAnswer message_box(const std::string& text, const std::string& title,
+                              MessageButtons buttons, MessageIcon icon) override {
+        if (!receiver_ || !title.empty() || buttons != MessageButtons::Ok)
+            return dialogs_.message_box(text, title, buttons, icon);
+        receiver_(text);
+        return MessageAnswer::Ok;
+    }
+    std::string input_box(const std::string& prompt, const std::string& title,
+                          const std::string& default_text) override {
+        return dialogs_.input_box(prompt, title, default_text);
+    }
+    std::optional<std::string> open_file(const FileDialogRequest& request) override {
+        return dialogs_.open_file(request);
+    }
+    std::optional<std::string> save_file(const FileDialogRequest& request) override {
+        return dialogs_.save_file(request);
+    }
+
+  private:
+    Dialogs& dialogs_;
+    Receiver receiver_;
+};
+
+} // namespace pelvan
