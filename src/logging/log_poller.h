@@ -1,0 +1,45 @@
+// One Modbus read for one row of the log set: request, exchange, value text, and how the controller
+// answered. It knows neither the grid nor the log file.
+#pragma once
+
+#include <array>
+
+#include "protocols/modbus/modbus.h"
+#include "serial/link.h"
+
+namespace pelvan {
+
+/// What became of a row in the last pass.
+enum class RowState { NotPolled, Answered, Exception, Nothing };
+
+/// A row's columns as numbers.
+struct LogRow {
+    std::int16_t address = 0;
+    double command = 0;
+    float start_register = 0;
+    double decimals = 0; // negative: the value is multiplied
+};
+
+struct LogReading {
+    std::string value; // for the Value column and the log
+    RowState state = RowState::Nothing;
+};
+
+class LogPoller {
+  public:
+    LogPoller(Link& link, Modbus& modbus) : link_(link), modbus_(modbus) {}
+
+    /// Forgets what earlier rows put into the value array.
+    void begin_pass();
+    /// Blocks for one exchange. 6 (overflow) for a command or value outside its integer range.
+    [[nodiscard]] LogReading poll(const LogRow& row);
+
+  private:
+    [[nodiscard]] LogReading exchange(const std::string& frame);
+
+    Link& link_;
+    Modbus& modbus_;
+    std::array<float, 3> values_{0, kValueListEnd, kValueListEnd};
+};
+
+} // namespace pelvan

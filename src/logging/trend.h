@@ -1,0 +1,82 @@
+// The readings of the last day, for the trend window: bounded memory, points thinned out for a
+// drawing, the reading at a moment, and export. Time is local calendar time in milliseconds since
+// 1970 and never goes back. A row that gave no value in a pass has a gap there.
+//
+// Memory: 8 bytes a pass for the time and 8 bytes a pass for each row that was ever in use: 0.7 MB
+// a row and 70 MB for 100 rows when all 86,400 passes are there, as after 24 hours at one a second.
+//
+// The functions that a drawing needs are virtual, so that a library which is loaded while the
+// program runs can call them without holding a copy of this code.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/tick.h"
+
+namespace pelvan {
+
+/// Local time as milliseconds since 1970 began, as if there were no time zones.
+[[nodiscard]] double calendar_milliseconds(const LocalTime& time);
+
+struct TrendPoint {
+    double time_ms = 0;
+    double value = 0;
+};
+
+struct TrendSpan {
+    double from_ms = 0;
+    double to_ms = 0;
+};
+
+class Trend {
+  public:
+    static constexpr std::size_t kDay = 86400; // passes
+
+    explicit Trend(int rows, std::size_t capacity = kDay);
+    Trend(const Trend&) = delete;
+    Trend& operator=(const Trend&) = delete;
+    virtual ~Trend() = default;
+
+    /// Opens a pass; the oldest is dropped when the capacity is reached.
+    void begin_pass(double time_ms);
+    /// The row's reading in the pass that was opened last; not-a-number for none. A row that is
+    /// given another name begins anew.
+    void record(int row, const std::string& name, double value);
+
+    /// Rows that have a curve, in order.
+    [[nodiscard]] virtual std::vector<int> rows() const;
+    [[nodiscard]] virtual const std::string& name(int row) const;
+    /// From the oldest pass to the newest; both 0 when there is none.
+    [[nodiscard]] virtual TrendSpan span() const;
+    /// The row's readings in a span, at most about 2 x `buckets` of them: of each stretch of passes
+    /// the lowest and the highest, in the order of their times. One reading beyond each end is
+    /// included, so that a curve reaches the edges.
+    [[nodiscard]] virtual std::vector<TrendPoint> points(int row, TrendSpan part,
+                                                         std::size_t buckets) const;
+    /// The row's reading nearest in time; not-a-number when it has a gap there.
+    [[nodiscard]] virtual TrendPoint nearest(int row, double time_ms) const;
+    /// Every pass a line: time, then each row's value or nothing. Raises file errors.
+    virtual void write_csv(const std::string& path) const;
+    /// Counts the passes ever begun: a drawing that saw another number is out of date.
+    [[nodiscard]] virtual unsigned long passes() const { return passes_; }
+
+  private:
+    struct Column {
+        std::string name;
+        std::vector<double> values; // empty until the row is first in use
+    };
+    [[nodiscard]] std::size_t slot(std::size_t index) const;
+    [[nodiscard]] double time_at(std::size_t index) const { return times_[slot(index)]; }
+    /// Index of the first pass not before the time.
+    [[nodiscard]] std::size_t first_from(double time_ms) const;
+
+    std::size_t capacity_;
+    std::size_t oldest_ = 0; // slot of the oldest pass
+    std::vector<double> times_;
+    std::vector<Column> columns_;
+    unsigned long passes_ = 0;
+};
+
+} // namespace pelvan
