@@ -28,6 +28,8 @@ MDIPelvan6::MDIPelvan6(Application& application)
     mnuListen.Click = [this] { application_.listen.Show(); };
     mnuTools.children.push_back(&mnuTransfer);
     mnuTransfer.Click = [this] { application_.transfer.Show(); };
+    mnuTools.children.push_back(&mnuDataLogging);
+    mnuDataLogging.Click = [this] { mnuDataLogging_Click(); };
     mnuArrange.Click = [this] { arrange(); };
     mnuShowConsole.Click = [this] { application_.console.Show(); };
     mnuShowCommand.Click = [this] { application_.history.frmCommand.Show(); };
@@ -66,16 +68,35 @@ void MDIPelvan6::arrange() {
     response.hscrl_List.set_Max(HistoryForm::kScrollMaximum);
 }
 
+void MDIPelvan6::mnuDataLogging_Click() {
+    frm_DataLogging& logging = application_.logging;
+    const bool opening = !logging.loaded();
+    logging.Show();
+    if (!opening) return;
+    const TwipRect& console = application_.console.Position();
+    const TwipRect& response = application_.history.frmResponse.Position();
+    logging.Move({0, 0, console.width, console.height + response.height});
+}
+
 Application::Application(Services given, LineOpener opener)
-    : services(std::move(given)), events(services.dialogs), simulators(services.tick),
-      error_log(services.clock), comms([this] { return make_port(); }),
+    : messages(given.dialogs), services{given.tick, given.clock, messages, given.desktop,
+                                        std::move(given.application_directory)},
+      events(services.dialogs), simulators(services.tick), error_log(services.clock),
+      comms([this] { return make_port(); }),
       channels(session.serial, session.config, comms, services.dialogs, error_log),
       countdowns(session.serial, services.tick),
       link(channels, countdowns, services.dialogs, error_log), modbus(session.modbus),
       history(services), console(services, session.config, channels, link, modbus, history),
       listen(services, link, modbus, session.listen,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
-      transfer(services, link, modbus), frame(*this), opener_(std::move(opener)) {
+      transfer(services, link, modbus),
+      logging(services, messages, session.config, link, modbus, session.logging), frame(*this),
+      opener_(std::move(opener)) {
+    logging.restore_other_windows = [this] {
+        for (Form* form :
+             std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
+            form->set_State(WindowState::Normal);
+    };
     channels.before_rebuild = [this] { listen.ports_rebuilt(); };
     // The tools are reached from every one of the three windows.
     for (Form* form :

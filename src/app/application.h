@@ -7,7 +7,9 @@
 #include "console/console_form.h"
 #include "console/history.h"
 #include "listen/listen_form.h"
+#include "logging/logging_form.h"
 #include "platform/line_port.h"
+#include "platform/message_gate.h"
 #include "serial/link.h"
 #include "simulator/simulator_hub.h"
 #include "transfer/download_parm_form.h"
@@ -27,6 +29,8 @@ class MDIPelvan6 : public Form {
                         "Watch a line without sending anything."};
     MenuEntry mnuTransfer{"mnuTransfer", "&Save/Restore Setup", "Ctrl+Shift+S",
                           "A controller's registers into a file and back."};
+    MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+D",
+                             "Poll registers at an interval and log them."};
     MenuEntry mnuWindow{"mnuWindow", "&Window"};
     MenuEntry mnuArrange{"mnuArrange", "&Arrange", "Ctrl+Shift+A",
                          "Put the three windows back where they were at the start."};
@@ -38,6 +42,8 @@ class MDIPelvan6 : public Form {
     void MDIForm_Load();
     /// The console along the top, Command History and Command Response side by side below it.
     void arrange();
+    /// Data Logging at the frame's top left, over the three windows.
+    void mnuDataLogging_Click();
 
     void Form_Load() override { MDIForm_Load(); }
 
@@ -52,7 +58,8 @@ class Application {
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    Services services;
+    MessageGate messages;
+    Services services; // its dialogs are the gate
     Session session;
     EventRunner events;
     simulator::SimulatorHub simulators;
@@ -66,6 +73,7 @@ class Application {
     frm_Pelvan5VB console;
     frm_Listen listen;
     frm_DownloadParm transfer;
+    frm_DataLogging logging;
     MDIPelvan6 frame;
 
   private:

@@ -4,6 +4,7 @@
 
 #include "config/ini.h"
 #include "listen/listen_state.h"
+#include "logging/logging_state.h"
 #include "protocols/modbus/modbus.h"
 #include "serial/serial_state.h"
 
@@ -14,6 +15,7 @@ struct Session {
     SerialState serial;
     ModbusState modbus;
     ListenState listen;
+    LoggingState logging;
 };
 
 } // namespace pelvan
