@@ -1,0 +1,127 @@
+// Data Logging in the whole program, on simulated controllers and a fake tick.
+#include <gtest/gtest.h>
+
+#include "app/application.h"
+#include "support/fake_dialogs.h"
+#include "support/fake_time.h"
+#include "support/temp_dir.h"
+
+namespace pelvan {
+namespace {
+
+/// A line whose plug can be pulled.
+class PluggedLine : public SerialLine {
+  public:
+    PluggedLine(std::unique_ptr<SerialLine> line, const bool& plugged)
+        : line_(std::move(line)), plugged_(plugged) {}
+    bool read_into(std::string& buffer) override {
+        require(error_number::kCannotReadDevice);
+        return line_->read_into(buffer);
+    }
+    void discard_input() override { line_->discard_input(); }
+    void write(const std::string& bytes) override {
+        require(error_number::kDeviceInputOutput);
+        line_->write(bytes);
+    }
+    void set_rts(bool) override {}
+    void set_dtr(bool) override {}
+    [[nodiscard]] int descriptor() const override { return -1; }
+
+  private:
+    void require(int error) const {
+        if (!plugged_) throw RunTimeError(error);
+    }
+    std::unique_ptr<SerialLine> line_;
+    const bool& plugged_;
+};
+
+class OvernightTest : public ::testing::Test {
+  protected:
+    void start(const std::string& device, int rows, int seconds) {
+        testing::write_file(dir.file("pelvan7.ini"),
+                            "[COMMS CONTROLS]\nDEVICE 0 COMM PORT =1\n"
+                            "DEVICE 0 PORT SETTING =9600,N,8,1\nDEVICE 1 COMM PORT =2\n"
+                            "DEVICE 1 PORT SETTING =9600,N,8,1\n[SERIAL DEVICES]\n"
+                            "PORT 1=simulated:loopback\nPORT 2=" +
+                                device + "\n");
+        std::string set = "[LOGGING DATA DEVICE AND REGISTER SET]\nLOG TO FILE=TRUE\nLOGGING "
+                          "INTERVAL=" +
+                          std::to_string(seconds) + "\nLOGGING FILENAME=" + dir.file("log") + "\n";
+        for (int n = 1; n <= rows; ++n) {
+            const std::string number = std::to_string(n);
+            set += number + "DEVICEADDRESS=1\n" + number + "DEVICECOMMAND=3\n" + number +
+                   "DEVICEREGISTER=" + std::to_string(n - 1) + "\n";
+        }
+        testing::write_file(dir.file("set.PV5"), set);
+        app.console.Load();
+        app.logging.Show();
+        app.logging.ReadLogSet(dir.file("set.PV5"));
+        app.logging.mnuStartLogging.choose();
+    }
+    void run_ticks(int ticks) {
+        for (int i = 0; i < ticks; ++i) {
+            ASSERT_TRUE(app.logging.tmr_LoggingInterval.running());
+            tick.advance(app.logging.tmr_LoggingInterval.Interval());
+            app.logging.tmr_LoggingInterval.Tick();
+        }
+    }
+
+    testing::TempDir dir;
+    testing::FakeTick tick{4294967295.0 - 3600000}; // wraps in the first hour
+    testing::FakeClock clock;
+    testing::FakeDialogs dialogs;
+    testing::FakeDesktop desktop;
+    bool plugged = true;
+    Application app{{tick, clock, dialogs, desktop, dir.path()},
+                    [this](const std::string&, const LineSettings& settings) {
+                        if (!plugged) throw RunTimeError(error_number::kInvalidPortNumber);
+                        return std::make_unique<PluggedLine>(
+                            app.simulators.open("simulated:742", settings), plugged);
+                    }};
+};
+
+TEST_F(OvernightTest, TwelveHoursWithLostRepliesLoseNoPass) {
+    constexpr int kRows = 2;
+    constexpr int kSeconds = 30;
+    constexpr int kTicks = 12 * 3600;
+    tick.step_ms = 5;
+    int passes = 0;
+    int silent = 0;
+    app.logging.pass_done = [&] {
+        ++passes;
+        for (int row = 1; row <= kRows; ++row)
+            silent += app.logging.row_state(row) == RowState::Nothing ? 1 : 0;
+    };
+    start("simulated:742,lost=0.01,seed=7", kRows, kSeconds);
+    run_ticks(60);
+    const std::size_t slots = app.session.serial.gTimerStart.size();
+    run_ticks(kTicks - 60);
+    EXPECT_EQ(passes, kTicks / kSeconds + 1);
+    EXPECT_GT(silent, passes * kRows / 200);
+    EXPECT_LT(silent, passes * kRows / 50);
+    const std::string text = testing::read_file(dir.file("log"));
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), passes * kRows);
+    EXPECT_EQ(app.session.serial.gTimerStart.size(), slots);
+    EXPECT_EQ(app.history.frmCommand.list.ListCount(), 0);
+    EXPECT_TRUE(dialogs.shown.empty());
+    // The trend's time goes on across the wrap of the tick.
+    const TrendSpan span = app.logging.trend().span();
+    EXPECT_GT(span.to_ms - span.from_ms, 12 * 3600 * 1000.0 - 10000);
+}
+
+TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
+    start("/dev/adapter", 1, 6);
+    EXPECT_EQ(app.logging.MSFlexGrid1.TextMatrix(1, log_column::kValue), " 742");
+    plugged = false;
+    run_ticks(12);
+    EXPECT_TRUE(dialogs.shown.empty()); // a box would hold the logging until it is answered
+    EXPECT_NE(app.logging.lbl_Message.Caption(), "");
+    EXPECT_EQ(app.logging.row_state(1), RowState::Nothing);
+    plugged = true;
+    run_ticks(6);
+    EXPECT_EQ(app.logging.row_state(1), RowState::Answered);
+    EXPECT_EQ(app.logging.lbl_Message.Caption(), "");
+}
+
+} // namespace
+} // namespace pelvan
