@@ -193,6 +193,35 @@ TEST_F(ListenTest, ListIsClearedWhenItHoldsMoreThanTenThousandLines) {
     EXPECT_EQ(form.txt_HitCount.Text(), "10002");
 }
 
+TEST_F(ListenTest, TenMinutesOfTrafficAt38400BaudLoseNothing) {
+    // At this rate the settle time is 0: a burst ends as soon as nothing waits.
+    rig.build({"1;9600,N,8,1;1", "2;38400,N,8,1;1"});
+    constexpr int kBytesPerMs = 4; // 3.84
+    constexpr int kMinutes = 10;
+    std::string sent;
+    std::string heard;
+    form.opt_DataFormat.set_Value(2);
+    form.traffic_changed = [&](const Burst* burst) { heard += burst->bytes; };
+    start();
+    int bursts = 0;
+    int most_lines = 0;
+    for (int ms = 0; ms < kMinutes * 60000; ++bursts) {
+        const int length = 1 + bursts % 380;
+        std::string burst;
+        for (int i = 0; i < length; ++i)
+            burst += static_cast<char>(bursts * 31 + i);
+        sent += burst;
+        burst_at(2000 + ms, burst);
+        ms += 1 + length / kBytesPerMs;
+        most_lines = std::max(most_lines, form.lst_CommsCommand.ListCount());
+    }
+    EXPECT_EQ(heard.size(), sent.size());
+    EXPECT_TRUE(heard == sent);
+    EXPECT_EQ(form.txt_HitCount.Text(), std::to_string(bursts));
+    EXPECT_EQ(most_lines, 10001);
+    EXPECT_TRUE(port().outputs.empty());
+}
+
 TEST_F(ListenTest, LogsWhenTickedAndGoesOnWhenItCannot) {
     form.pop_up = [](MenuEntry& menu) { menu.children.at(0)->choose(); };
     form.Form_MouseUp(1);

@@ -1,0 +1,310 @@
+// The monitor at a tap between a master and a slave built on libmodbus, all three over
+// pseudo-terminals. A relay carries the frames; what it writes to the tap is what the monitor must
+// show. The program's time is a fake tick, so that quiet pauses take no real time.
+#include <gtest/gtest.h>
+#include <modbus.h>
+#include <sys/ioctl.h>
+
+#include <cstdlib>
+#include <numeric>
+#include <sstream>
+#include <thread>
+
+#include "app/application.h"
+#include "support/fake_dialogs.h"
+#include "support/fake_time.h"
+#include "support/pty_pair.h"
+#include "support/temp_dir.h"
+
+namespace pelvan {
+namespace {
+
+using testing::PtyPair;
+
+constexpr int kExchanges = 1000;
+constexpr int kItems = 200;
+constexpr int kReplyAfterMs = 25;
+constexpr int kQuietMs = 4; // four settle times of 19200 baud, in which the relay waits
+
+std::shared_ptr<modbus_t> connect(const PtyPair& line) {
+    std::shared_ptr<modbus_t> context(modbus_new_rtu(line.path().c_str(), 19200, 'N', 8, 1),
+                                      [](modbus_t* gone) {
+                                          modbus_close(gone);
+                                          modbus_free(gone);
+                                      });
+    if (modbus_set_slave(context.get(), 1) != 0 || modbus_connect(context.get()) != 0)
+        throw std::runtime_error(modbus_strerror(errno));
+    modbus_set_response_timeout(context.get(), 20, 0);
+    return context;
+}
+
+/// Exchange `i` of the master: reads, writes, and now and then a register that is not there.
+void exchange(modbus_t* master, int i) {
+    std::uint16_t words[kItems] = {};
+    std::uint8_t bits[kItems] = {};
+    const int count = 1 + i % 17;
+    std::iota(std::begin(words), std::end(words), static_cast<std::uint16_t>(7 * i));
+    switch (i % 6) {
+    case 0:
+        return static_cast<void>(modbus_read_registers(master, i % 100, count, words));
+    case 1:
+        return static_cast<void>(modbus_read_input_registers(master, i % 90, count, words));
+    case 2:
+        return static_cast<void>(
+            modbus_write_register(master, i % 100, static_cast<std::uint16_t>(i)));
+    case 3:
+        return static_cast<void>(modbus_write_registers(master, i % 90, count, words));
+    case 4:
+        return static_cast<void>(modbus_read_bits(master, i % 90, count, bits));
+    default:
+        return static_cast<void>(modbus_read_registers(master, 10 * kItems, 1, words));
+    }
+}
+
+void serve(modbus_t* slave) {
+    auto* mapping = modbus_mapping_new(kItems, kItems, kItems, kItems);
+    std::uint8_t request[MODBUS_RTU_MAX_ADU_LENGTH];
+    for (int i = 0; i < kExchanges; ++i) {
+        const int length = modbus_receive(slave, request);
+        if (length > 0) modbus_reply(slave, request, length, mapping);
+    }
+    modbus_mapping_free(mapping);
+}
+
+std::size_t byte_of(const std::string& bytes, std::size_t at) {
+    return static_cast<unsigned char>(bytes.at(at));
+}
+
+std::string receive_request(const PtyPair& from) {
+    const std::string head = from.receive(7);
+    const std::size_t length = byte_of(head, 1) == 16 ? 9 + byte_of(head, 6) : 8;
+    return head + from.receive(length - head.size());
+}
+
+std::string receive_reply(const PtyPair& from) {
+    const std::string head = from.receive(5);
+    const std::size_t function = byte_of(head, 1);
+    if (function >= 0x80) return head;
+    return head + from.receive(function <= 4 ? byte_of(head, 2) : 3);
+}
+
+/// Items of the frame as the renderings write them, made from the layout alone.
+class Items {
+  public:
+    explicit Items(const std::string& frame) : frame_(frame) {}
+    void bytes(std::size_t from, std::size_t to) {
+        for (; from < to; ++from)
+            item(byte_of(frame_, from), 2);
+    }
+    void words(std::size_t from, std::size_t to) {
+        for (; from < to; from += 2)
+            item(256 * byte_of(frame_, from) + byte_of(frame_, from + 1), 4);
+    }
+    bool hex = false;
+    std::string text;
+
+  private:
+    void item(std::size_t value, int digits) {
+        char out[16];
+        std::snprintf(out, sizeof out, hex ? "%0*zX " : "%0*zu ", hex ? digits : 1, value);
+        text += out;
+    }
+    const std::string& frame_;
+};
+
+std::string request_in_decimal(const std::string& frame) {
+    Items items(frame);
+    const std::size_t end = frame.size() - 2;
+    items.bytes(0, 2);
+    items.words(2, 6);
+    if (byte_of(frame, 1) == 16) {
+        items.bytes(6, 7);
+        items.words(7, end);
+    }
+    items.bytes(end, end + 2);
+    return items.text;
+}
+
+std::string reply_in_hex(const std::string& frame) {
+    Items items(frame);
+    items.hex = true;
+    const std::size_t function = byte_of(frame, 1);
+    const std::size_t end = frame.size() - 2;
+    if (function == 3 || function == 4) {
+        items.bytes(0, 3);
+        items.words(3, end);
+    } else if (function == 6 || function == 16) {
+        items.bytes(0, 2);
+        items.words(2, end);
+    } else {
+        items.bytes(0, end);
+    }
+    items.bytes(end, end + 2);
+    return items.text;
+}
+
+std::string in_raw(const std::string& frame) {
+    Items items(frame);
+    items.bytes(0, frame.size());
+    items.text.pop_back();
+    return items.text;
+}
+
+class TapTest : public ::testing::Test {
+  protected:
+    TapTest() {
+        testing::write_file(dir.file("pelvan7.ini"),
+                            "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=1\r\n"
+                            "DEVICE 0 PORT SETTING=19200,N,8,1\r\nDEVICE 0 RTS Mode=1\r\n"
+                            "DEVICE 1 COMM PORT=2\r\nDEVICE 1 PORT SETTING=19200,N,8,1\r\n"
+                            "DEVICE 1 RTS Mode=1\r\n[SERIAL DEVICES]\r\nPORT 2=" +
+                                tap.path() + "\r\n");
+        app.session.config.gIniFile = dir.file("pelvan7.ini");
+        app.channels.init_comms();
+        app.listen.Load();
+        app.listen.ListenStart(1);
+    }
+
+    void hear(const std::string& frame, const std::string& expected) {
+        tap.send(frame);
+        SerialPort& port = *app.session.listen.gListenDevice;
+        int there = 0;
+        while (there < static_cast<int>(frame.size())) {
+            pollfd watched{port.CommID(), POLLIN, 0};
+            ASSERT_EQ(::poll(&watched, 1, 5000), 1);
+            ::ioctl(port.CommID(), FIONREAD, &there);
+        }
+        app.events.run([&] { port.check_receive(); });
+        const ListBox& list = app.listen.lst_CommsCommand;
+        ASSERT_EQ(list.ListCount(), ++heard);
+        ASSERT_EQ(list.List(heard - 1), expected);
+    }
+
+    /// Runs all exchanges; each frame goes through `request_heard` or `reply_heard` on its way.
+    template <class Requests, class Replies>
+    void relay(Requests request_heard, Replies reply_heard) {
+        const auto master = connect(to_master);
+        const auto slave = connect(to_slave);
+        std::thread mastering([&] {
+            for (int i = 0; i < kExchanges; ++i)
+                exchange(master.get(), i);
+        });
+        std::thread serving([&] { serve(slave.get()); });
+        for (int i = 0; i < kExchanges && !HasFatalFailure(); ++i) {
+            const std::string request = receive_request(to_master);
+            ++functions[static_cast<int>(byte_of(request, 1))];
+            request_heard(request);
+            to_slave.send(request);
+            const std::string reply = receive_reply(to_slave);
+            tick.advance(kReplyAfterMs);
+            reply_heard(reply);
+            to_master.send(reply);
+        }
+        mastering.join();
+        serving.join();
+        EXPECT_EQ(tap.receive(1, 0), "") << "the monitor has sent something";
+        EXPECT_EQ(app.listen.txt_HitCount.Text(), std::to_string(heard));
+        EXPECT_TRUE(dialogs.shown.empty());
+    }
+
+    testing::TempDir dir;
+    PtyPair tap{PtyPair::Slave::KeepOpen};
+    PtyPair to_master{PtyPair::Slave::KeepOpen};
+    PtyPair to_slave{PtyPair::Slave::KeepOpen};
+    testing::FakeTick tick;
+    testing::FakeClock clock;
+    testing::FakeDialogs dialogs;
+    testing::FakeDesktop desktop;
+    Application app{Services{tick, clock, dialogs, desktop, dir.path()}, open_serial_device};
+    int heard = 0;
+    std::map<int, long> functions;
+};
+
+TEST_F(TapTest, ShowsEveryRequestOnceAndDecoded) {
+    relay([&](const std::string& frame) { hear(frame, request_in_decimal(frame)); },
+          [](const std::string&) {});
+    EXPECT_EQ(heard, kExchanges);
+    EXPECT_EQ(app.listen.traffic().damaged(), 0);
+}
+
+TEST_F(TapTest, ShowsEveryReplyOnceAndDecoded) {
+    app.listen.opt_DataDirection.set_Value(1);
+    app.listen.opt_DataFormat.set_Value(1);
+    relay([](const std::string&) {},
+          [&](const std::string& frame) { hear(frame, reply_in_hex(frame)); });
+    EXPECT_EQ(heard, kExchanges);
+    EXPECT_EQ(app.listen.traffic().all().exceptions, kExchanges / 6);
+}
+
+/// The lines that a command prints; nothing when the program is not installed.
+std::vector<std::string> output_of(const std::string& command) {
+    std::vector<std::string> lines;
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
+    char line[2048];
+    while (pipe && std::fgets(line, sizeof line, pipe.get()))
+        lines.emplace_back(line);
+    return lines;
+}
+
+TEST_F(TapTest, PairsBothDirectionsAndSavesWhatWiresharkReads) {
+    app.listen.opt_DataFormat.set_Value(2);
+    std::vector<std::string> frames;
+    const auto hear_raw = [&](const std::string& frame) {
+        frames.push_back(frame);
+        hear(frame, in_raw(frame));
+    };
+    relay(hear_raw, hear_raw);
+    const Traffic& traffic = app.listen.traffic();
+    EXPECT_EQ(traffic.all().requests, kExchanges);
+    EXPECT_EQ(traffic.all().replies, kExchanges);
+    EXPECT_EQ(traffic.all().reply.count, kExchanges);
+    EXPECT_NEAR(traffic.all().reply.minimum, kReplyAfterMs + kQuietMs, 1);
+    EXPECT_NEAR(traffic.all().reply.maximum, kReplyAfterMs + kQuietMs, 1);
+    EXPECT_EQ(traffic.by_address().at(1).requests, kExchanges);
+    for (const auto& [function, count] : functions) {
+        EXPECT_EQ(traffic.by_function().at(function).requests, count) << function;
+        EXPECT_EQ(traffic.by_function().at(function).replies, count) << function;
+    }
+    const std::string file = dir.file("line.pcapng");
+    dialogs.files.emplace_back(file);
+    app.listen.mnuSaveCapture.choose();
+    if (output_of("tshark --version 2>/dev/null").empty()) GTEST_SKIP() << "no tshark here";
+    const auto packets = output_of("tshark -r " + file +
+                                   " -T fields -e exported_pdu.exported_pdu"
+                                   " -e _ws.col.Protocol -e mbrtu.unit_id -e modbus.func_code"
+                                   " -e modbus.exception_code 2>/dev/null");
+    ASSERT_EQ(packets.size(), frames.size());
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const std::string& frame = frames[i];
+        std::ostringstream expected;
+        Items bytes(frame);
+        bytes.hex = true;
+        bytes.bytes(0, frame.size());
+        for (const char c : bytes.text)
+            if (c != ' ') expected << static_cast<char>(std::tolower(c));
+        const std::size_t function = byte_of(frame, 1);
+        expected << "\tModbus RTU\t1\t" << (function & 0x7F) << "\t";
+        if (function >= 0x80) expected << byte_of(frame, 2);
+        ASSERT_EQ(packets[i], expected.str() + "\n") << i;
+    }
+}
+
+TEST_F(TapTest, UnpluggedLineIsSaidAndStartWorksWhenItIsBack) {
+    hear("head", "head");
+    const PtyPair other;
+    tap.send("tail");
+    tap.unplug();
+    SerialPort& port = *app.session.listen.gListenDevice;
+    for (int i = 0; i < 3 && app.session.listen.gListening; ++i)
+        app.events.run([&] { port.check_receive(); });
+    EXPECT_FALSE(app.session.listen.gListening);
+    EXPECT_EQ(dialogs.shown.size(), 1U);
+    app.listen.ListenStart(1);
+    EXPECT_FALSE(app.session.listen.gListening);
+    ini_write_string("SERIAL DEVICES", "PORT 2", other.path(), app.session.config.gIniFile);
+    app.listen.ListenStart(1);
+    EXPECT_TRUE(app.session.listen.gListening);
+}
+
+} // namespace
+} // namespace pelvan
