@@ -1,0 +1,84 @@
+// "Communications Port Settings": edits, checks and stores the serial settings of the channel that
+// belongs to the protocol selected on the console. It holds one frame of fields a protocol and
+// shows the selected one's alone. Which protocol that is, and what becomes of the console and the
+// history windows meanwhile, it asks of whoever joins the windows.
+#pragma once
+
+#include <array>
+
+#include "settings/device_picker.h"
+
+namespace pelvan {
+
+class frm_CommsSettings : public Form {
+  public:
+    /// One frame a protocol; a frame's index is its protocol's number and its channel's.
+    static constexpr int kFrames = 4;
+    template <class Kind> using ControlArray = std::array<Kind, kFrames>;
+
+    frm_CommsSettings(
+        Services& services, const ConfigState& config, ChannelTable& channels,
+        DevicePicker::DeviceList devices = [] { return list_serial_devices(); });
+
+    ControlArray<Frame> fram_Protocol;
+    ControlArray<Label> lbl_Port, lbl_Baud, lbl_Parity, lbl_DataBits, lbl_StopBits;
+    ControlArray<TextBox> txt_Port, txt_Baud, txt_Parity, txt_DataBits, txt_StopBits;
+    ControlArray<Label> lbl_RTSMode;
+    /// The list index is the modem-line mode of the channel, 3 less where it hand-shakes.
+    ControlArray<ComboBox> ComboRTSMode;
+    ControlArray<Button> cmd_SaveChanges;
+    ControlArray<Button> cmd_OK;
+    DevicePicker picker;
+
+    /// Not in a menu bar: opened by the right mouse button, or by its entry's key.
+    MenuEntry Hiddenmenu{"Hiddenmenu", "&Options"};
+    MenuEntry LockDataOptionmenu{"LockDataOptionmenu", "&Lock Modbus Data Word Options", "Ctrl+L"};
+
+    /// The protocol selected on the console.
+    std::function<int()> selected_protocol;
+    /// Takes the console and the history windows from the user (true) and gives them back.
+    std::function<void(bool held)> hold_windows;
+
+    void Form_Load() override;
+    /// Rebuilds all channels and fills the boxes from the selected protocol's.
+    void Form_Activate() override;
+    bool Form_Unload() override;
+
+    void txt_Port_Change(int index);
+    void txt_Baud_Change(int index) { set_changed(index, true); }
+    void txt_Parity_Change(int index) { set_changed(index, true); }
+    void txt_DataBits_Change(int index) { set_changed(index, true); }
+    void txt_StopBits_Change(int index) { set_changed(index, true); }
+    void txt_Port_GotFocus(int index) { select_whole(txt_Port, index); }
+    void txt_Baud_GotFocus(int index) { select_whole(txt_Baud, index); }
+    void txt_Parity_GotFocus(int index) { select_whole(txt_Parity, index); }
+    void txt_DataBits_GotFocus(int index) { select_whole(txt_DataBits, index); }
+    void txt_StopBits_GotFocus(int index) { select_whole(txt_StopBits, index); }
+    void cmd_SaveChanges_Click(int index);
+    void cmd_OK_Click();
+    void LockDataOptionmenu_Click();
+
+    /// Shows a message for every field that is not valid, in a fixed order.
+    [[nodiscard]] bool ValidatePortSettings(int index);
+    /// Whether a box of the frame has been edited since it was filled or saved.
+    [[nodiscard]] bool changed(int index) const;
+
+  private:
+    void connect_boxes(int index);
+    void set_changed(int index, bool changed);
+    static void select_whole(ControlArray<TextBox>& boxes, int index);
+    void show_frame(int shown);
+    void fill_frame(int index);
+    void show_device(int index);
+    void fill_boxes(int index, const std::string& port, const std::array<std::string, 4>& parts,
+                    int mode);
+    void write_keys(int index);
+    void offer_missing_channels(int index);
+
+    Services& services_;
+    const ConfigState& config_;
+    ChannelTable& channels_;
+    std::array<bool, kFrames> changed_{};
+};
+
+} // namespace pelvan

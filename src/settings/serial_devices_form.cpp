@@ -1,0 +1,37 @@
+#include "settings/serial_devices_form.h"
+
+namespace pelvan {
+
+frm_SerialDevices::frm_SerialDevices(Services& services, const ConfigState& config,
+                                     ChannelTable& channels, DevicePicker::DeviceList devices)
+    : Form("frm_SerialDevices", "Serial Devices"),
+      picker(services, config, channels, std::move(devices)), config_(config) {
+    set_help_page("port_settings");
+    lst_Ports.Click = [this] { lst_Ports_Click(); };
+    cmd_Close.Click = [this] { Unload(); };
+    picker.assigned = [this] { list_ports(); };
+    picker.cmd_RefreshDevices.Click = [this] {
+        picker.refresh();
+        list_ports();
+    };
+}
+
+void frm_SerialDevices::Form_Load() {
+    picker.refresh();
+    list_ports();
+}
+
+void frm_SerialDevices::lst_Ports_Click() {
+    picker.show_port(lst_Ports.ListIndex() + 1);
+}
+
+void frm_SerialDevices::list_ports() {
+    const int selected = lst_Ports.ListIndex() < 0 ? 0 : lst_Ports.ListIndex();
+    lst_Ports.Clear();
+    for (int number = kLowestPortNumber; number <= kHighestPortNumber; ++number)
+        lst_Ports.AddItem("PORT " + std::to_string(number) + (number < 10 ? "   " : "  ") +
+                          port_meaning(number, config_.gIniFile));
+    lst_Ports.set_ListIndex(selected);
+}
+
+} // namespace pelvan

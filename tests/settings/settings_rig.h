@@ -1,0 +1,26 @@
+// The windows of the port settings on scripted ports, fake dialogs and a list of devices of the
+// test's own.
+#pragma once
+
+#include "settings/comms_settings_form.h"
+#include "settings/serial_devices_form.h"
+#include "support/serial_rig.h"
+
+namespace pelvan::testing {
+
+struct SettingsRig : SerialRig {
+    [[nodiscard]] std::string key(const std::string& section, const std::string& name) const {
+        return ini_read_string(section, name, "(none)", config.gIniFile);
+    }
+    [[nodiscard]] std::string comms_key(const std::string& name) const {
+        return key(ini_key::kCommsSection, name);
+    }
+
+    FakeDesktop desktop;
+    Services services{tick, clock, dialogs, desktop, dir.path()};
+    std::vector<SerialDevice> devices{
+        {"/dev/serial/by-id/usb-Maker_Adapter-if00", "/dev/ttyUSB7", "Maker Adapter"}};
+    DevicePicker::DeviceList list_devices{[this] { return devices; }};
+};
+
+} // namespace pelvan::testing
