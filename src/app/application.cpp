@@ -30,6 +30,9 @@ MDIPelvan6::MDIPelvan6(Application& application)
     mnuTransfer.Click = [this] { application_.transfer.Show(); };
     mnuTools.children.push_back(&mnuDataLogging);
     mnuDataLogging.Click = [this] { mnuDataLogging_Click(); };
+    mnuSettings.children = {&mnuPortSettings, &mnuSerialDevices};
+    mnuPortSettings.Click = [this] { application_.comms_settings.Show(); };
+    mnuSerialDevices.Click = [this] { application_.serial_devices.Show(); };
     mnuArrange.Click = [this] { arrange(); };
     mnuShowConsole.Click = [this] { application_.console.Show(); };
     mnuShowCommand.Click = [this] { application_.history.frmCommand.Show(); };
@@ -90,18 +93,29 @@ Application::Application(Services given, LineOpener opener)
       listen(services, link, modbus, session.listen,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
       transfer(services, link, modbus),
-      logging(services, messages, session.config, link, modbus, session.logging), frame(*this),
-      opener_(std::move(opener)) {
+      logging(services, messages, session.config, link, modbus, session.logging),
+      comms_settings(services, session.config, channels),
+      serial_devices(services, session.config, channels), frame(*this), opener_(std::move(opener)) {
     logging.restore_other_windows = [this] {
         for (Form* form :
              std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
             form->set_State(WindowState::Normal);
     };
     channels.before_rebuild = [this] { listen.ports_rebuilt(); };
-    // The tools are reached from every one of the three windows.
+    join_settings();
+    // The tools and settings are reached from every one of the three windows.
     for (Form* form :
          std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
-        form->menus.insert(form->menus.end() - 1, &frame.mnuTools);
+        form->menus.insert(form->menus.end() - 1, {&frame.mnuTools, &frame.mnuSettings});
+}
+
+void Application::join_settings() {
+    comms_settings.selected_protocol = [this] { return console.opt_Protocol.Value(); };
+    comms_settings.hold_windows = [this](bool held) {
+        for (Form* form :
+             std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
+            form->set_Enabled(!held);
+    };
 }
 
 std::unique_ptr<SerialPort> Application::make_port() {

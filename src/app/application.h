@@ -11,6 +11,8 @@
 #include "platform/line_port.h"
 #include "platform/message_gate.h"
 #include "serial/link.h"
+#include "settings/comms_settings_form.h"
+#include "settings/serial_devices_form.h"
 #include "simulator/simulator_hub.h"
 #include "transfer/download_parm_form.h"
 
@@ -31,6 +33,11 @@ class MDIPelvan6 : public Form {
                           "A controller's registers into a file and back."};
     MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+D",
                              "Poll registers at an interval and log them."};
+    MenuEntry mnuSettings{"mnuSettings", "Settin&gs"};
+    MenuEntry mnuPortSettings{"mnuPortSettings", "&Port Settings...", "F9",
+                              "Port, baud rate and format of the selected protocol's channel."};
+    MenuEntry mnuSerialDevices{"mnuSerialDevices", "&Serial Devices...", "Shift+F9",
+                               "Which device of this machine a port number stands for."};
     MenuEntry mnuWindow{"mnuWindow", "&Window"};
     MenuEntry mnuArrange{"mnuArrange", "&Arrange", "Ctrl+Shift+A",
                          "Put the three windows back where they were at the start."};
@@ -74,9 +81,12 @@ class Application {
     frm_Listen listen;
     frm_DownloadParm transfer;
     frm_DataLogging logging;
+    frm_CommsSettings comms_settings;
+    frm_SerialDevices serial_devices;
     MDIPelvan6 frame;
 
   private:
+    void join_settings();
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();
     LineOpener opener_;
 };

@@ -5,6 +5,8 @@
 #include <QScreen>
 
 #include "desktop/console_window.h"
+#include "desktop/first_show.h"
+#include "desktop/settings_window.h"
 
 namespace pelvan::desktop {
 
@@ -26,6 +28,12 @@ MainWindow::MainWindow(const std::string& directory)
     frame_->add_child(app.console, make_console(context, app.console));
     for (HistoryForm* form : {&app.history.frmCommand, &app.history.frmResponse})
         frame_->add_child(*form, make_history(context, *form));
+    make_on_first_show(app.comms_settings, [this, &app] {
+        make_comms_settings(frame_->context(), app.comms_settings, *frame_);
+    });
+    make_on_first_show(app.serial_devices, [this, &app] {
+        make_serial_devices(frame_->context(), app.serial_devices, *frame_);
+    });
 }
 
 MainWindow::~MainWindow() = default;

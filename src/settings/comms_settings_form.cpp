@@ -36,25 +36,30 @@ bool one_of(double value, std::initializer_list<int> allowed) {
 void frm_CommsSettings::Form_Load() {
     if (hold_windows) hold_windows(true);
     if (LockDataOptionmenu.Checked()) LockDataOptionmenu_Click();
+    show_frame(protocol());
     picker.refresh();
 }
 
+int frm_CommsSettings::protocol() const {
+    return selected_protocol ? selected_protocol() : kModbusFrame;
+}
+
 void frm_CommsSettings::Form_Activate() {
-    const int shown = selected_protocol ? selected_protocol() : kModbusFrame;
+    show_frame(protocol());
     try {
         channels_.init_comms();
     } catch (const RunTimeError&) {
         // The channels that were built before the error can be edited all the same.
-        show_frame(shown);
+        fill_frame(protocol());
         throw;
     }
-    show_frame(shown);
+    fill_frame(protocol());
+    txt_Port[checked_index(protocol(), kFrames)].SetFocus();
 }
 
 void frm_CommsSettings::show_frame(int shown) {
     for (int i = 0; i < kFrames; ++i)
         fram_Protocol[static_cast<std::size_t>(i)].set_Visible(i == shown);
-    if (shown >= 0) fill_frame(shown);
 }
 
 void frm_CommsSettings::fill_frame(int index) {
@@ -164,7 +169,7 @@ void frm_CommsSettings::write_keys(int index) {
     const std::size_t i = checked_index(index, kFrames);
     int mode = ComboRTSMode[i].ListIndex();
     // The console's choice counts, whichever frame is saved.
-    if (selected_protocol && selected_protocol() == kXonProtocol) mode += kHandshakingModes;
+    if (protocol() == kXonProtocol) mode += kHandshakingModes;
     const std::string& file = config_.gIniFile;
     const auto write = [&](const std::string& key, const std::string& value) {
         ini_write_string(ini_key::kCommsSection, key, value, file);

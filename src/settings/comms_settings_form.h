@@ -67,6 +67,7 @@ class frm_CommsSettings : public Form {
     void connect_boxes(int index);
     void set_changed(int index, bool changed);
     static void select_whole(ControlArray<TextBox>& boxes, int index);
+    [[nodiscard]] int protocol() const;
     void show_frame(int shown);
     void fill_frame(int index);
     void show_device(int index);
