@@ -118,6 +118,7 @@ void frm_DataLogging::apply_start_mode(const std::string& file) {
         // Required: the caption, the label and the interval controls stay as they are.
         RunLoggingPass();
         tmr_LoggingInterval.start();
+        pass_ended();
         return;
     }
     tmr_LoggingInterval.stop();

@@ -39,7 +39,7 @@ void frm_DataLogging::mnuStartLogging_Click() {
     enable_interval(false);
     Label4.set_Visible(true);
     set_Caption("Data Logging - ACTIVE");
-    show_status();
+    pass_ended();
 }
 
 void frm_DataLogging::mnuStopLogging_Click() {
@@ -69,13 +69,17 @@ void frm_DataLogging::tmr_LoggingInterval_Timer() {
     tick_count_ = int32_from(tick_count_ + 1.0);
     // Required: a test for equality. An interval that is made shorter than the ticks already
     // counted is not met again until the count starts anew; the status line says so.
-    if (tick_count_ == interval_seconds_) {
+    const bool due = tick_count_ == interval_seconds_;
+    if (due) {
         RunLoggingPass();
         tick_count_ = 0;
     }
     // The time of a pass is thus added to the interval.
     tmr_LoggingInterval.start();
-    show_status();
+    if (due)
+        pass_ended();
+    else
+        show_status();
 }
 
 void frm_DataLogging::RunLoggingPass() {
@@ -97,6 +101,9 @@ void frm_DataLogging::RunLoggingPass() {
         throw;
     }
     tmr_LoggingInterval.start();
+}
+
+void frm_DataLogging::pass_ended() {
     show_status();
     if (pass_done) pass_done();
 }
@@ -120,16 +127,20 @@ void frm_DataLogging::poll_and_flush() {
     if (chk_LogToFile.checked() && due && FlushLogBuffer()) state_.gLogBufferCount = kNothingAdded;
 }
 
+bool frm_DataLogging::FlushLogBuffer() {
+    last_flush_worked_ = buffer_.FlushLogBuffer();
+    return last_flush_worked_;
+}
+
 void frm_DataLogging::PollLogRows() {
     const LocalTime now = services_.clock.now();
     std::string record = date_text(now) + ", " + time_text(now);
     poller_.begin_pass();
     begin_trend_pass();
+    for (int row = 1; row <= kLogRows; ++row)
+        set_row_state(row, RowState::NotPolled);
     for (int row = 1; row <= kLogRows; ++row) {
-        if (!in_use(row)) {
-            set_row_state(row, RowState::NotPolled);
-            continue;
-        }
+        if (!in_use(row)) continue;
         if (interrupted && interrupted()) return; // a record of half the rows would mislead
         poll_row(row, record);
     }

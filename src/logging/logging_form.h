@@ -110,7 +110,9 @@ class frm_DataLogging : public Form {
     void RunLoggingPass();
     void PollLogRows();
     /// False when the warning was shown.
-    bool FlushLogBuffer() { return buffer_.FlushLogBuffer(); }
+    bool FlushLogBuffer();
+    /// Whether everything that was to be written so far is written.
+    [[nodiscard]] bool last_flush_worked() const { return last_flush_worked_; }
 
     [[nodiscard]] bool in_use(int row) const { return MSFlexGrid1.RowData(row) != kNotInUse; }
     [[nodiscard]] RowState row_state(int row) const;
@@ -119,7 +121,8 @@ class frm_DataLogging : public Form {
 
     /// Hears of a row whose state changed.
     std::function<void(int row)> row_state_changed;
-    /// Called when a pass has ended well.
+    /// Called after a pass of the start, the timer or an automatic set, when what follows it is
+    /// done too.
     std::function<void()> pass_done;
     /// Asked between two rows; true ends the pass there.
     std::function<bool()> interrupted;
@@ -143,6 +146,7 @@ class frm_DataLogging : public Form {
     void apply_start_mode(const std::string& file);
 
     void poll_and_flush();
+    void pass_ended();
     void poll_row(int row, std::string& record);
     [[nodiscard]] LogRow row_numbers(int row) const;
     void set_row_state(int row, RowState state);
@@ -161,6 +165,7 @@ class frm_DataLogging : public Form {
     float tick_total_ = 0; // counted and never read
     std::string set_file_;
     bool in_pass_ = false;
+    bool last_flush_worked_ = true;
     std::array<RowState, kLogRows + 1> row_states_{};
 
     std::string last_pass_at_; // time of day; empty before the first pass

@@ -1,6 +1,8 @@
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
+#include <thread>
 
 #include "terminal/terminal.h"
 
@@ -14,6 +16,10 @@ void request_stop(int) {
 }
 
 } // namespace
+
+void sleep_ms(int ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
 
 std::optional<int> run_terminal_process(int argc, char** argv, std::string& directory) {
     std::error_code error;

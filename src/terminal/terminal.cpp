@@ -48,6 +48,10 @@ void TerminalApplication::answer_questions_yes(bool yes) {
     parts_->dialogs.answer_yes(yes);
 }
 
+void TerminalApplication::work_went_on() {
+    parts_->dialogs.forget_last();
+}
+
 std::optional<int> run_terminal(const std::vector<std::string>& arguments,
                                 TerminalEnvironment& environment) {
     CLI::App cli("Pelvan 7: talks to temperature and process controllers over serial lines.",
@@ -64,6 +68,7 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
     add_simulate_command(cli, chosen);
     add_demo_command(cli, chosen);
     add_listen_command(cli, chosen);
+    add_log_command(cli, chosen);
     try {
         // The parser takes its arguments in reverse order.
         cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

@@ -20,6 +20,9 @@ inline constexpr int kFailed = 1;
 inline constexpr int kBadOption = 2;
 } // namespace exit_code
 
+/// Sleeps.
+void sleep_ms(int ms);
+
 /// What the outer world gives to a terminal run; tests hand in streams and a tick of their own.
 struct TerminalEnvironment {
     std::ostream& out;
@@ -31,6 +34,8 @@ struct TerminalEnvironment {
     std::string directory;
     /// Set by an interrupt; commands that go on until they are stopped look at it.
     std::atomic<bool>& stop;
+    /// Lets time go by between two pieces of work; may return early.
+    std::function<void(int ms)> wait_ms = sleep_ms;
 };
 
 /// Ends a command from inside a message box or a question that nobody is there to answer.
@@ -50,6 +55,8 @@ class TerminalApplication {
     bool start();
     /// What every question with a choice is answered with from now on.
     void answer_questions_yes(bool yes);
+    /// The same message may come again: it is no loop that waits for an answer.
+    void work_went_on();
 
   private:
     struct Parts;

@@ -33,6 +33,10 @@ class TerminalTest : public ::testing::Test {
         err.str("");
         TerminalEnvironment environment{out,        err, with, clock, open_serial_device,
                                         dir.path(), stop};
+        environment.wait_ms = [this](int ms) {
+            tick.advance(ms);
+            if (on_wait) on_wait();
+        };
         return run_terminal(arguments, environment).value_or(-1);
     }
     int run(Arguments arguments) { return run(std::move(arguments), tick); }
@@ -43,6 +47,7 @@ class TerminalTest : public ::testing::Test {
     std::ostringstream out;
     std::ostringstream err;
     std::atomic<bool> stop{false};
+    std::function<void()> on_wait;
 };
 
 TEST_F(TerminalTest, SendPrintsRequestAndReply) {
@@ -141,6 +146,55 @@ TEST_F(TerminalTest, ReadsASlaveThatIsNotOursOverAPseudoTerminal) {
     EXPECT_EQ(run({"send", "--register", "20", "--long", "--format", "smart"}, *system_tick),
               exit_code::kDone);
     EXPECT_EQ(out.str(), "20 2\n-65531\n");
+}
+
+/// A set of two rows: a register of the controller and one that it lacks.
+std::string log_set(const std::string& more) {
+    return "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOGGING INTERVAL=3\r\n"
+           "1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n1DEVICEREGISTER=0\r\n"
+           "2DEVICEADDRESS=1\r\n2DEVICECOMMAND=3\r\n2DEVICEREGISTER=60000\r\n" +
+           more;
+}
+
+TEST_F(TerminalTest, LogPrintsEachPassAndWritesWhatItGathered) {
+    testing::write_file(dir.file("set.PV5"), log_set(""));
+    const Arguments arguments{"log", dir.file("set.PV5"), "--file", dir.file("out.txt")};
+    Arguments three = arguments;
+    three.insert(three.end(), {"--passes", "3", "--single-line"});
+    EXPECT_EQ(run(three), 0) << err.str();
+    EXPECT_NE(out.str().find("Pass 3. "), std::string::npos);
+    EXPECT_EQ(out.str().find("Pass 4. "), std::string::npos);
+    EXPECT_NE(out.str().find("  1: address 1, register 0: 742\n"), std::string::npos);
+    EXPECT_NE(out.str().find(", register 60000:-32002 (exception)\n"), std::string::npos);
+    const std::string line = "11-15-2026, 16:30:05,  1,  0,  742,  1,  60000, -32002\r\n";
+    EXPECT_EQ(testing::read_file(dir.file("out.txt")), line + line + line);
+
+    // An interrupt while waiting: what was gathered is written.
+    std::filesystem::remove(dir.file("out.txt"));
+    on_wait = [this] { stop = true; };
+    EXPECT_EQ(run(arguments), 0);
+    EXPECT_EQ(testing::read_file(dir.file("out.txt")),
+              "11-15-2026, 16:30:05,  1,  0,  742\r\n11-15-2026, 16:30:05,  1,  60000, -32002\r\n");
+}
+
+TEST_F(TerminalTest, LogSaysWhyItCannot) {
+    testing::write_file(dir.file("empty.PV5"), "");
+    testing::write_file(dir.file("long.PV5"), "[LOGGING DATA DEVICE AND REGISTER SET]\n"
+                                              "LOGGING INTERVAL=40000\n");
+    testing::write_file(dir.file("set.PV5"), log_set("LOGGING INTERVAL=1\r\n"));
+    const std::string nowhere = dir.file("missing/log.txt");
+    const std::vector<std::pair<Arguments, std::string>> cases{
+        {{"log", dir.file("none.PV5")}, "pelvan7: no set file \"" + dir.file("none.PV5") + "\"\n"},
+        {{"log", dir.file("empty.PV5")},
+         "pelvan7: no row to poll in \"" + dir.file("empty.PV5") + "\"\n"},
+        {{"log", dir.file("long.PV5")}, "pelvan7: OVERFLOW ERROR\n"},
+        {{"log", dir.file("set.PV5"), "--passes", "60", "--file", nowhere},
+         "pelvan7: WARNING: The data could not be written to the specified file.\n"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        EXPECT_EQ(run(arguments), 1);
+        EXPECT_EQ(err.str(), text);
+    }
 }
 
 } // namespace
