@@ -6,9 +6,15 @@
 
 #include "desktop/console_window.h"
 #include "desktop/first_show.h"
+#include "desktop/listen_window.h"
 #include "desktop/settings_window.h"
 
 namespace pelvan::desktop {
+namespace {
+
+constexpr QSize kListenSize{900, 560};
+
+} // namespace
 
 MainWindow::MainWindow(const std::string& directory)
     : tick_(make_system_tick()), clock_(make_system_clock()),
@@ -33,6 +39,10 @@ MainWindow::MainWindow(const std::string& directory)
     });
     make_on_first_show(app.serial_devices, [this, &app] {
         make_serial_devices(frame_->context(), app.serial_devices, *frame_);
+    });
+    make_on_first_show(app.listen, [this, &app] {
+        frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
+            ->resize(kListenSize);
     });
 }
 
