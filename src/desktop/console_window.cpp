@@ -77,7 +77,6 @@ QGroupBox* modbus_frame(const BindContext& context, ModbusPanel& panel) {
 /// The command text of the protocols that send text.
 QWidget* command_text(const BindContext& context, frm_Pelvan5VB& form) {
     auto* edit = edit_for(context, form.txt_CommsCommand, 0);
-    edit->setClearButtonEnabled(true);
     return edit;
 }
 

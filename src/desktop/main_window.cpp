@@ -5,6 +5,7 @@
 #include <QScreen>
 
 #include "desktop/console_window.h"
+#include "desktop/first_paint.h"
 #include "desktop/first_show.h"
 #include "desktop/listen_window.h"
 #include "desktop/settings_window.h"
@@ -30,6 +31,24 @@ MainWindow::MainWindow(const std::string& directory)
     app.console.end_program = [] { QCoreApplication::exit(0); };
     for (MenuEntry* entry : app.frame.mnuWindow.children)
         if (entry) frame_->add_window_entry(*entry);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::open() {
+    frame_->setGeometry(QApplication::primaryScreen()->availableGeometry());
+    application_.frame.set_Visible(true);
+    frame_->showMaximized();
+    new FirstPaint(frame_->canvas(), [this] { load(); });
+}
+
+void MainWindow::load() {
+    make_children();
+    application_.frame.Load();
+}
+
+void MainWindow::make_children() {
+    Application& app = application_;
     const BindContext& context = frame_->context();
     frame_->add_child(app.console, make_console(context, app.console));
     for (HistoryForm* form : {&app.history.frmCommand, &app.history.frmResponse})
@@ -44,14 +63,6 @@ MainWindow::MainWindow(const std::string& directory)
         frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
             ->resize(kListenSize);
     });
-}
-
-MainWindow::~MainWindow() = default;
-
-void MainWindow::open() {
-    frame_->setGeometry(QApplication::primaryScreen()->availableGeometry());
-    application_.frame.Load();
-    frame_->showMaximized();
 }
 
 BindContext MainWindow::bind_context() {

@@ -18,7 +18,8 @@ class MainWindow {
     explicit MainWindow(const std::string& directory);
     ~MainWindow();
 
-    /// Runs the start-up and shows the frame.
+    /// Shows the frame, and runs the start-up as soon as it stands on the screen: whatever the
+    /// start-up has to say (a bad port number, say) is said in front of a window.
     void open();
 
     [[nodiscard]] Application& application() { return application_; }
@@ -26,6 +27,8 @@ class MainWindow {
 
   private:
     [[nodiscard]] BindContext bind_context();
+    void load();
+    void make_children();
     void watch_ports();
 
     std::unique_ptr<TickSource> tick_;

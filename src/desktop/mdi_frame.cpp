@@ -58,6 +58,10 @@ void MdiFrame::add_window_entry(MenuEntry& entry) {
     bind(context_, entry, window_menu_->addAction(QString()));
 }
 
+QWidget& MdiFrame::canvas() const {
+    return *area_->viewport();
+}
+
 Form* MdiFrame::active_form() const {
     const auto found = children_.find(area_->activeSubWindow());
     return found == children_.end() ? nullptr : found->second.form;

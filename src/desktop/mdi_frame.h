@@ -28,6 +28,9 @@ class MdiFrame : public QMainWindow {
     /// children that can be seen are listed below.
     void add_window_entry(MenuEntry& entry);
 
+    /// What is painted first of the frame.
+    [[nodiscard]] QWidget& canvas() const;
+
     /// Form of the active child window; null when there is none.
     [[nodiscard]] Form* active_form() const;
 
