@@ -1,6 +1,7 @@
 #include "desktop/main_window.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QMdiSubWindow>
 #include <QScreen>
 
@@ -39,10 +40,9 @@ void MainWindow::open() {
     frame_->setGeometry(QApplication::primaryScreen()->availableGeometry());
     application_.frame.set_Visible(true);
     frame_->showMaximized();
-    new FirstPaint(frame_->canvas(), [this] { load(); });
-}
-
-void MainWindow::load() {
+    QEventLoop until_painted;
+    new FirstPaint(frame_->canvas(), [&until_painted] { until_painted.quit(); });
+    until_painted.exec(QEventLoop::ExcludeUserInputEvents);
     make_children();
     application_.frame.Load();
 }

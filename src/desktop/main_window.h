@@ -19,7 +19,7 @@ class MainWindow {
     ~MainWindow();
 
     /// Shows the frame, and runs the start-up as soon as it stands on the screen: whatever the
-    /// start-up has to say (a bad port number, say) is said in front of a window.
+    /// start-up has to say (a bad port number, say) is said in front of a window. Returns then.
     void open();
 
     [[nodiscard]] Application& application() { return application_; }
@@ -27,7 +27,6 @@ class MainWindow {
 
   private:
     [[nodiscard]] BindContext bind_context();
-    void load();
     void make_children();
     void watch_ports();
 

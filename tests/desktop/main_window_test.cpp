@@ -1,0 +1,87 @@
+// The whole windowed program on simulated controllers: start-up, a command, its reply.
+#include <gtest/gtest.h>
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMdiSubWindow>
+#include <QRadioButton>
+#include <QTest>
+
+#include "desktop/main_window.h"
+#include "support/temp_dir.h"
+
+namespace pelvan::desktop {
+namespace {
+
+class MainWindowTest : public ::testing::Test {
+  protected:
+    MainWindowTest() {
+        pelvan::testing::write_file(dir_.file("pelvan7.ini"),
+                                    "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=1\r\n"
+                                    "DEVICE 0 PORT SETTING=19200,N,8,1\r\n"
+                                    "DEVICE 1 COMM PORT=2\r\n"
+                                    "DEVICE 1 PORT SETTING=19200,N,8,1\r\n"
+                                    "[SERIAL DEVICES]\r\nPORT 2=simulated:742\r\n");
+        window_.open();
+    }
+    template <class Widget> Widget* find(const char* name) {
+        auto* found = window_.frame().findChild<Widget*>(QLatin1String(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    QString line(const char* list, int row) {
+        auto* model = find<QAbstractItemView>(list)->model();
+        return model->index(row, 0).data().toString();
+    }
+
+    pelvan::testing::TempDir dir_;
+    MainWindow window_{dir_.path()};
+};
+
+TEST_F(MainWindowTest, ThreeWindowsStandReady) {
+    for (const char* name : {"frm_Pelvan5VB", "frmCommand", "frmResponse"})
+        EXPECT_TRUE(find<QMdiSubWindow>(name)->isVisible()) << name;
+    EXPECT_TRUE(find<QRadioButton>("opt_Protocol(1)")->isChecked());
+    EXPECT_TRUE(find<QLineEdit>("txt_Register")->isVisible());
+    EXPECT_EQ(find<QMdiSubWindow>("frmCommand")->y(),
+              find<QMdiSubWindow>("frm_Pelvan5VB")->height());
+}
+
+TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
+    find<QRadioButton>("opt_DataFormat(2)")->click();
+    auto* start = find<QLineEdit>("txt_Register");
+    auto* count = find<QLineEdit>("txt_Values");
+    start->clear();
+    QTest::keyClicks(start, "0");
+    count->clear();
+    QTest::keyClicks(count, "2");
+    QTest::keyClick(count, Qt::Key_Return);
+    EXPECT_EQ(line("lst_CommsCommand", 0), "0 2");
+    EXPECT_TRUE(line("lst_CommsResponse", 0).startsWith("742 "));
+    start->clear();
+    QTest::keyClicks(start, "100");
+    QTest::keyClick(start, Qt::Key_Return);
+    EXPECT_EQ(line("lst_CommsCommand", 1), "100 2");
+    // Back to the command before.
+    QTest::keyClick(start, Qt::Key_Up);
+    EXPECT_EQ(start->text(), "0");
+    // A line selected in one list selects its twin.
+    auto* responses = find<QAbstractItemView>("lst_CommsResponse");
+    responses->setCurrentIndex(responses->model()->index(0, 0));
+    EXPECT_EQ(find<QAbstractItemView>("lst_CommsCommand")->currentIndex().row(), 0);
+}
+
+TEST_F(MainWindowTest, AClosedHistoryComesBackWithItsLines) {
+    QTest::keyClick(find<QLineEdit>("txt_Register"), Qt::Key_Return);
+    auto* commands = find<QMdiSubWindow>("frmCommand");
+    commands->close();
+    EXPECT_FALSE(commands->isVisible());
+    window_.application().frame.mnuShowCommand.choose();
+    EXPECT_TRUE(commands->isVisible());
+    EXPECT_EQ(find<QAbstractItemView>("lst_CommsCommand")->model()->rowCount(), 1);
+}
+
+} // namespace
+} // namespace pelvan::desktop
