@@ -17,6 +17,8 @@ void add_simulate_command(CLI::App& cli, ChosenCommand& chosen);
 void add_demo_command(CLI::App& cli, ChosenCommand& chosen);
 void add_listen_command(CLI::App& cli, ChosenCommand& chosen);
 void add_log_command(CLI::App& cli, ChosenCommand& chosen);
+/// save, restore and compare.
+void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen);
 
 /// Sends what stands in the Modbus panel and prints both renderings, one line each.
 int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environment,

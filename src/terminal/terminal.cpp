@@ -52,6 +52,21 @@ void TerminalApplication::work_went_on() {
     parts_->dialogs.forget_last();
 }
 
+void TerminalApplication::answer_retries(int count) {
+    parts_->dialogs.answer_retries(count);
+}
+
+void TerminalApplication::choose_file(const std::string& path) {
+    parts_->dialogs.choose_file(path);
+}
+
+void TerminalApplication::on_events(std::function<void()> handler) {
+    parts_->desktop.on_events = [this, handler = std::move(handler)] {
+        parts_->dialogs.forget_last();
+        handler();
+    };
+}
+
 std::optional<int> run_terminal(const std::vector<std::string>& arguments,
                                 TerminalEnvironment& environment) {
     CLI::App cli("Pelvan 7: talks to temperature and process controllers over serial lines.",
@@ -69,6 +84,7 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
     add_demo_command(cli, chosen);
     add_listen_command(cli, chosen);
     add_log_command(cli, chosen);
+    add_transfer_commands(cli, chosen);
     try {
         // The parser takes its arguments in reverse order.
         cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

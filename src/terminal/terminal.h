@@ -57,6 +57,12 @@ class TerminalApplication {
     void answer_questions_yes(bool yes);
     /// The same message may come again: it is no loop that waits for an answer.
     void work_went_on();
+    /// How many of the questions that offer it are answered with Retry.
+    void answer_retries(int count);
+    /// What open and save dialogs choose.
+    void choose_file(const std::string& path);
+    /// Called whenever long work lets events run.
+    void on_events(std::function<void()> handler);
 
   private:
     struct Parts;

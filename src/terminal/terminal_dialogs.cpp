@@ -26,7 +26,8 @@ MessageAnswer TerminalDialogs::message_box(const std::string& text, const std::s
              << "\n";
     if (repeats_ >= kMostRepeats) throw CommandAborted{"stopped: " + one_line(text)};
     if (buttons == MessageButtons::YesNo) return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
-    if (buttons == MessageButtons::RetryCancel) return MessageAnswer::Cancel;
+    if (buttons == MessageButtons::RetryCancel)
+        return retries_-- > 0 ? MessageAnswer::Retry : MessageAnswer::Cancel;
     return MessageAnswer::Ok;
 }
 

@@ -1,6 +1,7 @@
 // Dialogs and desktop services of a run without a screen.
 #pragma once
 
+#include <functional>
 #include <ostream>
 
 #include "platform/desktop_services.h"
@@ -24,6 +25,8 @@ class TerminalDialogs : public Dialogs {
     std::optional<std::string> save_file(const FileDialogRequest& request) override;
 
     void answer_yes(bool yes) { yes_ = yes; }
+    /// How many of the questions that offer it are answered with Retry, from now on.
+    void answer_retries(int count) { retries_ = count; }
     void choose_file(const std::string& path) { file_ = path; }
     /// Work went on since the last message, so the same text may come again.
     void forget_last() { repeats_ = 0; }
@@ -31,6 +34,7 @@ class TerminalDialogs : public Dialogs {
   private:
     std::ostream& err_;
     bool yes_ = false;
+    int retries_ = 0;
     std::optional<std::string> file_;
     std::string last_;
     int repeats_ = 0;
@@ -38,12 +42,17 @@ class TerminalDialogs : public Dialogs {
 
 class TerminalDesktop : public DesktopServices {
   public:
-    void let_events_run() override {}
+    void let_events_run() override {
+        if (on_events) on_events();
+    }
     void set_clipboard_text(const std::string& text) override { clipboard_ = text; }
     std::string clipboard_text() override { return clipboard_; }
     ScreenSize screen_size() override { return {1024, 768}; }
     void set_help_file(const std::string&) override {}
     void show_help(const std::string&) override {}
+
+    /// Called whenever long work lets events run.
+    std::function<void()> on_events;
 
   private:
     std::string clipboard_;
