@@ -10,6 +10,7 @@
 #include "desktop/first_show.h"
 #include "desktop/listen_window.h"
 #include "desktop/settings_window.h"
+#include "desktop/transfer_window.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -29,7 +30,10 @@ MainWindow::MainWindow(const std::string& directory)
     frame_->show_help = [this](const std::string& page) { desktop_.show_help(page); };
     // Closing the frame closes the console, which ends the program: no questions, no saving.
     frame_->before_close = [&app] { return app.console.Unload(); };
-    app.console.end_program = [] { QCoreApplication::exit(0); };
+    app.console.end_program = [&app] {
+        app.transfer.cancel_transfer();
+        QCoreApplication::exit(0);
+    };
     for (MenuEntry* entry : app.frame.mnuWindow.children)
         if (entry) frame_->add_window_entry(*entry);
 }
@@ -62,6 +66,9 @@ void MainWindow::make_children() {
     make_on_first_show(app.listen, [this, &app] {
         frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
             ->resize(kListenSize);
+    });
+    make_on_first_show(app.transfer, [this, &app] {
+        frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer));
     });
 }
 

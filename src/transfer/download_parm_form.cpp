@@ -27,6 +27,7 @@ class frm_DownloadParm::Transferring {
         form_.run_.running = true;
         form_.cmbAddress.set_Enabled(false);
         form_.cmdCancel.set_Enabled(true);
+        form_.cmdCancel.SetFocus();
     }
     Transferring(const Transferring&) = delete;
     Transferring& operator=(const Transferring&) = delete;
@@ -49,7 +50,7 @@ frm_DownloadParm::frm_DownloadParm(Services& services, Link& link, Modbus& modbu
       services_(services), access_(services, link, modbus, cmbAddress, List2, run_),
       profiles_(services, access_, run_, ProgressBar1,
                 [this](const std::string& text) { log(text); }) {
-    set_help_page("transfer.html");
+    set_help_page("transfer");
     cmdCancel.set_Enabled(false);
     cmdDownload.Click = [this] { cmdDownload_Click(); };
     cmdUpload.Click = [this] { cmdUpload_Click(); };

@@ -30,6 +30,7 @@ void ProfileTransfer::DownLoadProfiles(TextWriter& setup, const std::string& mod
         run_.cancel = true;
         return;
     }
+    progress_.set_Value(0);
     progress_.set_Max(*highest);
     for (int profile = 1; profile <= *highest && !run_.cancel; ++profile) {
         progress_.set_Value(profile - 1);
