@@ -22,6 +22,7 @@ namespace {
 
 constexpr int kRightButton = 2;
 constexpr int kBoxRows = 3;
+constexpr int kTimesCharacters = 44; // "16:30:05.250  +1200 ms  reply after 12 ms"
 
 QGroupBox* option_frame(const BindContext& context, Frame& frame, OptionGroup& options) {
     auto* box = new QGroupBox;
@@ -68,6 +69,7 @@ LineView* line_view(const BindContext& context, ListBox& list) {
 /// The lines, with their times on the left when these are shown; both scroll together.
 QWidget* captured_lines(const BindContext& context, frm_Listen& form) {
     auto* times = line_view(context, form.lst_Times);
+    times->setMinimumWidth(times->fontMetrics().averageCharWidth() * kTimesCharacters);
     auto* lines = line_view(context, form.lst_CommsCommand);
     const auto follow = [](LineView* leader, LineView* follower) {
         QObject::connect(leader->verticalScrollBar(), &QScrollBar::valueChanged,

@@ -15,7 +15,7 @@
 namespace pelvan::desktop {
 namespace {
 
-constexpr QSize kListenSize{900, 560};
+constexpr QRect kListenPlace{60, 60, 900, 560};
 
 } // namespace
 
@@ -65,7 +65,7 @@ void MainWindow::make_children() {
     });
     make_on_first_show(app.listen, [this, &app] {
         frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
-            ->resize(kListenSize);
+            ->setGeometry(kListenPlace);
     });
     make_on_first_show(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer));

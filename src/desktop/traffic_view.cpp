@@ -114,7 +114,7 @@ TrafficView::TrafficView(const Traffic& traffic, QWidget* parent)
     which_->setObjectName(QStringLiteral("histogram_of"));
     which_->addItems({QStringLiteral("Reply times"), QStringLiteral("Gaps")});
     which_->setToolTip(QStringLiteral("Which times the histogram shows."));
-    auto* label = new QLabel(QStringLiteral("&Histogram of"));
+    auto* label = new QLabel(QStringLiteral("Histo&gram of"));
     set_label(label, which_);
     auto* choice = new QHBoxLayout;
     choice->addWidget(label);

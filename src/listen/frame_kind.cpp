@@ -81,9 +81,7 @@ FrameInfo classify_frame(std::string_view bytes, std::string_view pending) {
     info.function = code & ~kExceptionBit;
     if ((code & kExceptionBit) != 0 && bytes.size() == kExceptionLength)
         info.kind = FrameKind::ExceptionReply;
-    else if (answers(bytes, pending))
-        info.kind = FrameKind::Reply;
-    else if (request_layout(code, bytes))
+    else if (!answers(bytes, pending) && request_layout(code, bytes))
         info.kind = FrameKind::Request;
     else
         info.kind = FrameKind::Reply;

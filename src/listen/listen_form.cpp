@@ -93,8 +93,8 @@ void frm_Listen::join_menus() {
         lst_Times.set_Visible(mnuShowTimes.Checked());
     };
     mnuSaveCapture.Click = [this] { mnuSaveCapture_Click(); };
-    mnucontents.Click = [this] { services_.desktop.show_help(help_page()); };
-    mnuIndexHelp.Click = [this] { services_.desktop.show_help(""); };
+    mnucontents.Click = [this] { mnucontents_Click(); };
+    mnuIndexHelp.Click = [this] { mnuIndexHelp_Click(); };
     Loglistenlist.Click = [this] { Loglistenlist_Click(); };
 }
 
@@ -152,6 +152,14 @@ void frm_Listen::mnuSaveCapture_Click() {
     if (!path) return;
     save_capture(*path, traffic_.bursts());
     lbl_Status.set_Caption(std::to_string(traffic_.bursts().size()) + " bursts saved.");
+}
+
+void frm_Listen::mnucontents_Click() {
+    services_.desktop.show_help(help_page());
+}
+
+void frm_Listen::mnuIndexHelp_Click() {
+    services_.desktop.show_help(""); // the contents, which can be searched
 }
 
 void frm_Listen::opt_CharacterDelay_Click(int index) {

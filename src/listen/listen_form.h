@@ -73,6 +73,8 @@ class frm_Listen : public Form {
     void mnuClearScreen_Click();
     void mnuExitListen_Click();
     void mnuSaveCapture_Click();
+    void mnucontents_Click();
+    void mnuIndexHelp_Click();
     void opt_CharacterDelay_Click(int index);
     void opt_DataFormat_Click(int index);
     void Loglistenlist_Click();
