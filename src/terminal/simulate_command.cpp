@@ -20,11 +20,17 @@ int simulate(const SimulateOptions& options, TerminalEnvironment& environment) {
         environment.err << "pelvan7: no simulated device is called \"" << text << "\"\n";
         return exit_code::kBadOption;
     }
-    return simulator::serve_on_pty(
-               {*device, options.link}, environment.stop,
-               [&](const std::string& line) { environment.out << line << std::endl; }) == 0
-               ? exit_code::kDone
-               : exit_code::kFailed;
+    std::string last;
+    const int code = simulator::serve_on_pty({*device, options.link}, environment.stop,
+                                             [&](const std::string& line) {
+                                                 last = line;
+                                                 // A line while it serves; why it cannot otherwise.
+                                                 if (line.rfind("Serving", 0) == 0)
+                                                     environment.out << line << std::endl;
+                                             });
+    if (code == 0) return exit_code::kDone;
+    environment.err << "pelvan7: " << last << "\n";
+    return exit_code::kFailed;
 }
 
 } // namespace
