@@ -102,6 +102,7 @@ Application::Application(Services given, LineOpener opener)
             form->set_State(WindowState::Normal);
     };
     channels.before_rebuild = [this] { listen.ports_rebuilt(); };
+    history.join_console(console, console.mnuFile);
     join_settings();
     // The tools and settings are reached from every one of the three windows.
     for (Form* form :

@@ -1,9 +1,11 @@
 // The two history windows, "Command History" and "Command Response": every command that was sent is
-// a line in the first, its reply the line of the same number in the second.
+// a line in the first, its reply the line of the same number in the second. Both lists together are
+// saved and printed as one document (history_document.h).
 #pragma once
 
 #include <string>
 
+#include "console/history_document.h"
 #include "platform/controls.h"
 #include "platform/services.h"
 
@@ -16,11 +18,13 @@ class HistoryForm : public Form {
                 const std::string& list_tool_tip, Services& services);
 
     ListBox list;
+    /// When each line came to be, beside the list; hidden at first.
+    ListBox lst_Times;
     /// Moves the list to the left by its value in twips; it counts downwards from 0.
     ScrollBar hscrl_List;
 
     MenuEntry mnuFile, mnuFileClose;
-    MenuEntry mnuEdit, mnuCopyLine, mnuCopyAll, mnuClear;
+    MenuEntry mnuEdit, mnuCopyLine, mnuCopyAll, mnuFind, mnuFindNext, mnuTimes, mnuClear;
     MenuEntry mnuHelp, mnuHelpContents;
 
     /// How far the scroll bar reaches, set when the windows are arranged.
@@ -28,10 +32,20 @@ class HistoryForm : public Form {
 
     bool Form_Unload() override;
 
+    void mnuFind_Click();
+    /// Selects the next line that holds the text, beginning anew behind the last line; asks for a
+    /// text when there is none yet, and says when no line holds it.
+    void mnuFindNext_Click();
+
+    void add_line(const std::string& line, const std::string& time);
+    void select_line(int index);
+    void clear_lines();
+
   private:
     void copy_line();
     void copy_all();
     Services& services_;
+    std::string wanted_;
 };
 
 class History {
@@ -45,8 +59,40 @@ class History {
     /// follow 10,000 others, so that a session of days stays bounded.
     void add(const std::string& command, const std::string& response);
     void clear();
+    /// Notes the moment at which a command leaves. The pair that is added next bears it; without
+    /// it a command bears the moment of its reply.
+    void sending();
+
+    /// For the File menu of both windows and the console.
+    MenuEntry mnuSaveHistory{"mnuSaveHistory", "&Save History...", "Ctrl+S",
+                             "Save commands and responses side by side in a text file."};
+    MenuEntry mnuPrint{"mnuPrint", "&Print...", "Ctrl+P",
+                       "Print commands and responses, on paper or into a PDF file."};
+    MenuEntry mnuPrintPreview{"mnuPrintPreview", "Print Pre&view...", "Ctrl+Shift+P",
+                              "Show the pages before they are printed."};
+    /// The console's Edit menu, which works on the responses.
+    MenuEntry mnuEdit{"mnuEdit", "&Edit"};
+    /// Gives the console those entries: File ones above its own, Edit behind File.
+    void join_console(Form& console, MenuEntry& file_menu);
+
+    /// Both lists as they stand.
+    [[nodiscard]] HistoryDocument document() const;
+    /// Print the document, or show its pages first; set by a front end that can.
+    std::function<void(const HistoryDocument&)> print;
+    std::function<void(const HistoryDocument&)> print_preview;
 
     static constexpr int kLineLimit = 10000;
+
+  private:
+    void select(int index);
+    void show_times(bool shown);
+    void add_file_entries(MenuEntry& file_menu);
+    void save();
+    void hand_over(const std::function<void(const HistoryDocument&)>& printer);
+    [[nodiscard]] bool is_empty();
+
+    Services& services_;
+    std::string sent_at_;
 };
 
 } // namespace pelvan

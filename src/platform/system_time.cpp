@@ -18,15 +18,23 @@ class SystemTick : public TickSource {
 class SystemClock : public Clock {
   public:
     LocalTime now() override {
-        const std::time_t seconds = std::time(nullptr);
+        const auto moment = std::chrono::system_clock::now();
+        const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
+        const auto since_1970 =
+            std::chrono::floor<std::chrono::milliseconds>(moment.time_since_epoch());
         std::tm parts{};
 #ifdef _WIN32
         localtime_s(&parts, &seconds);
 #else
         localtime_r(&seconds, &parts);
 #endif
-        return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
-                parts.tm_hour,        parts.tm_min,     parts.tm_sec};
+        return {parts.tm_year + 1900,
+                parts.tm_mon + 1,
+                parts.tm_mday,
+                parts.tm_hour,
+                parts.tm_min,
+                parts.tm_sec,
+                static_cast<int>(since_1970.count() % 1000)};
     }
 };
 

@@ -16,7 +16,7 @@ class TickSource {
     virtual std::uint32_t timeGetTime() = 0;
 };
 
-/// Local calendar time, whole seconds.
+/// Local calendar time.
 struct LocalTime {
     int year = 0;
     int month = 0; // 1..12
@@ -24,6 +24,7 @@ struct LocalTime {
     int hour = 0;  // 0..23
     int minute = 0;
     int second = 0;
+    int millisecond = 0;
 };
 
 class Clock {

@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include "console/history.h"
+#include "support/error_of.h"
+#include "support/fake_dialogs.h"
+#include "support/fake_time.h"
+#include "support/temp_dir.h"
+
+namespace pelvan {
+namespace {
+
+class HistoryTest : public ::testing::Test {
+  protected:
+    void fill() {
+        clock.time.millisecond = 7;
+        history.sending();
+        clock.time.millisecond = 250;
+        history.add("1 3 100 1", "1 3 2 725");
+        history.add("? C1", std::string("OK\r\n\x06", 5));
+        history.add(std::string(70, 'x'), "long");
+    }
+    std::string saved() {
+        dialogs.files = {dir.file("saved.txt")};
+        history.mnuSaveHistory.choose();
+        return testing::read_file(dir.file("saved.txt"));
+    }
+
+    testing::TempDir dir;
+    testing::FakeTick tick;
+    testing::FakeClock clock;
+    testing::FakeDialogs dialogs;
+    testing::FakeDesktop desktop;
+    Services services{tick, clock, dialogs, desktop, dir.path()};
+    History history{services};
+};
+
+TEST_F(HistoryTest, SavesBothListsSideBySide) {
+    fill();
+    const std::string begin = "Command History and Command Response\r\n11-15-2026 16:30:05\r\n\r\n";
+    const auto pad = [](std::string text) { return text + std::string(60 - text.size(), ' '); };
+    EXPECT_EQ(saved(), begin + pad("Command") + " | Response\r\n" + pad("1 3 100 1") +
+                           " | 1 3 2 725\r\n" + pad("? C1") + " | OK<0D><0A><06>\r\n" +
+                           std::string(70, 'x') + " | long\r\n");
+    EXPECT_TRUE(dialogs.requests[0].overwrite_prompt);
+    EXPECT_EQ(dialogs.requests[0].default_extension, "txt");
+
+    history.frmResponse.mnuTimes.choose();
+    EXPECT_NE(saved().find("16:30:05.007  " + pad("1 3 100 1") + " | 16:30:05.250  1 3 2 725\r\n"),
+              std::string::npos);
+}
+
+TEST_F(HistoryTest, SavesNothingWhenThereIsNothingOrNobodyNamesAFile) {
+    history.mnuSaveHistory.choose();
+    history.mnuPrint.choose();
+    EXPECT_TRUE(dialogs.requests.empty());
+    fill();
+    history.mnuSaveHistory.choose(); // cancelled
+    EXPECT_EQ(dialogs.requests.size(), 1U);
+    dialogs.files = {dir.file("no/such/place.txt")};
+    EXPECT_EQ(testing::error_of([&] { history.mnuSaveHistory.choose(); }), 76);
+}
+
+TEST_F(HistoryTest, TimesStandBesideTheLinesAndAreNeverCopied) {
+    fill();
+    EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
+    history.frmCommand.mnuTimes.choose();
+    for (HistoryForm* form : {&history.frmCommand, &history.frmResponse}) {
+        EXPECT_TRUE(form->lst_Times.Visible());
+        EXPECT_TRUE(form->mnuTimes.Checked());
+    }
+    EXPECT_EQ(history.frmCommand.lst_Times.List(0), "16:30:05.007") << "when it was sent";
+    EXPECT_EQ(history.frmResponse.lst_Times.List(0), "16:30:05.250");
+    EXPECT_EQ(history.frmCommand.lst_Times.List(1), "16:30:05.250") << "told nothing of a sending";
+    history.frmCommand.lst_Times.set_ListIndex(0);
+    EXPECT_EQ(history.frmResponse.list.ListIndex(), 0);
+    history.frmCommand.mnuCopyLine.choose();
+    EXPECT_EQ(desktop.clipboard, "1 3 100 1");
+    history.frmResponse.mnuTimes.choose();
+    EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
+    history.clear();
+    EXPECT_EQ(history.frmCommand.lst_Times.ListCount(), 0);
+}
+
+TEST_F(HistoryTest, FindGoesRoundAndSaysWhenThereIsNone) {
+    for (const char* line : {"alpha", "beta", "Alphabet", "gamma"})
+        history.add(line, line);
+    HistoryForm& form = history.frmResponse;
+    form.mnuFindNext.choose(); // asks, and is cancelled
+    EXPECT_EQ(form.list.ListIndex(), 3);
+    dialogs.inputs = {"ALPHA", "nowhere"};
+    form.mnuFind.choose();
+    EXPECT_EQ(form.list.ListIndex(), 0);
+    form.mnuFindNext.choose();
+    EXPECT_EQ(history.frmCommand.list.ListIndex(), 2) << "the twin is selected too";
+    form.mnuFindNext.choose();
+    EXPECT_EQ(form.list.ListIndex(), 0);
+    EXPECT_TRUE(dialogs.shown.empty());
+    form.mnuFind.choose();
+    EXPECT_EQ(dialogs.texts(),
+              std::vector<std::string>{"\"nowhere\" was not found in Command Response."});
+    EXPECT_EQ(dialogs.last_default, "ALPHA");
+    EXPECT_EQ(form.list.ListIndex(), 0);
+}
+
+TEST_F(HistoryTest, HandsThePrinterTheDocumentAndTheConsoleItsMenus) {
+    fill();
+    std::vector<HistoryDocument> printed;
+    history.print = history.print_preview = [&](const HistoryDocument& document) {
+        printed.push_back(document);
+    };
+    history.mnuPrint.choose();
+    history.mnuPrintPreview.choose();
+    ASSERT_EQ(printed.size(), 2U);
+    EXPECT_EQ(printed[1].rows[0].response, "1 3 2 725");
+    EXPECT_FALSE(printed[1].with_times);
+
+    Form console("console");
+    MenuEntry file("mnuFile"), exit("mnuExit"), help("mnuHelp");
+    file.children = {&exit};
+    console.menus = {&file, &help};
+    history.join_console(console, file);
+    EXPECT_EQ(console.menus, (std::vector<MenuEntry*>{&file, &history.mnuEdit, &help}));
+    EXPECT_EQ(file.children.front(), &history.mnuSaveHistory);
+    EXPECT_EQ(file.children.back(), &exit);
+}
+
+} // namespace
+} // namespace pelvan
