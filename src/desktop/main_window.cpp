@@ -9,6 +9,8 @@
 #include "desktop/first_paint.h"
 #include "desktop/first_show.h"
 #include "desktop/listen_window.h"
+#include "desktop/print_module.h"
+#include "desktop/qt_text.h"
 #include "desktop/settings_window.h"
 #include "desktop/transfer_window.h"
 
@@ -57,6 +59,12 @@ void MainWindow::make_children() {
     frame_->add_child(app.console, make_console(context, app.console));
     for (HistoryForm* form : {&app.history.frmCommand, &app.history.frmResponse})
         frame_->add_child(*form, make_history(context, *form));
+    app.history.print = [this](const HistoryDocument& document) {
+        print(document, PrintAction::Print);
+    };
+    app.history.print_preview = [this](const HistoryDocument& document) {
+        print(document, PrintAction::Preview);
+    };
     make_on_first_show(app.comms_settings, [this, &app] {
         make_comms_settings(frame_->context(), app.comms_settings, *frame_);
     });
@@ -70,6 +78,13 @@ void MainWindow::make_children() {
     make_on_first_show(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer));
     });
+}
+
+void MainWindow::print(const HistoryDocument& document, PrintAction action) {
+    const QString problem = print_with_module(QCoreApplication::applicationDirPath(), document,
+                                              {action, frame_.get(), {}});
+    if (!problem.isEmpty())
+        dialogs_.message_box(from_qt(problem), {}, MessageButtons::Ok, MessageIcon::Exclamation);
 }
 
 BindContext MainWindow::bind_context() {

@@ -7,6 +7,7 @@
 #include "app/application.h"
 #include "desktop/mdi_frame.h"
 #include "desktop/port_watcher.h"
+#include "desktop/print_module.h"
 #include "desktop/qt_desktop_services.h"
 #include "desktop/qt_dialogs.h"
 
@@ -29,6 +30,7 @@ class MainWindow {
     [[nodiscard]] BindContext bind_context();
     void make_children();
     void watch_ports();
+    void print(const HistoryDocument& document, PrintAction action);
 
     std::unique_ptr<TickSource> tick_;
     std::unique_ptr<Clock> clock_;
