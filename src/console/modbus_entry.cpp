@@ -120,7 +120,8 @@ const std::array<ModbusCommandType, 12>& modbus_command_types() {
         {WriteRegisters, 16, "16 - Write Multiple Registers", "&Values", "&Register"},
         {Read32, 3, "Read 32-bit Holding Registers", "&Count", "&Register"},
         {Write32, 16, "Write 32-bit Holding Registers", "&Values", "&Register"},
-        {LoopBack, 8, "Loop-back (function 8, sub-function 0)", "Data &Value", "Sub-function Numbe&r"},
+        {LoopBack, 8, "Loop-back (function 8, sub-function 0)", "Data &Value",
+         "Sub-function Numbe&r"},
     }};
     return types;
 }
