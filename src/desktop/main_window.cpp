@@ -18,6 +18,7 @@ namespace pelvan::desktop {
 namespace {
 
 constexpr QRect kListenPlace{60, 60, 900, 560};
+constexpr QRect kTransferPlace{100, 80, 1000, 560};
 
 } // namespace
 
@@ -76,7 +77,8 @@ void MainWindow::make_children() {
             ->setGeometry(kListenPlace);
     });
     make_on_first_show(app.transfer, [this, &app] {
-        frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer));
+        frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))
+            ->setGeometry(kTransferPlace);
     });
 }
 

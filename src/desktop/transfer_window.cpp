@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QShortcut>
 
 #include "desktop/line_view.h"
 
@@ -99,10 +98,6 @@ QWidget* make_transfer(const BindContext& context, frm_DownloadParm& form) {
                      3);
     layout->addLayout(lists, 1);
     layout->addLayout(bottom(context, form));
-    auto* escape = new QShortcut(Qt::Key_Escape, content);
-    escape->setContext(Qt::WidgetWithChildrenShortcut);
-    QObject::connect(escape, &QShortcut::activated, content,
-                     [context, &form] { context.run([&form] { form.cmdCancel.press(); }); });
     return content;
 }
 

@@ -7,7 +7,7 @@
 namespace pelvan::desktop {
 
 /// The address and the transfers' buttons along the top, the steps on the left, what went wrong on
-/// the right, progress and cancel along the bottom. Escape cancels a running transfer.
+/// the right, progress and cancel along the bottom.
 [[nodiscard]] QWidget* make_transfer(const BindContext& context, frm_DownloadParm& form);
 
 } // namespace pelvan::desktop

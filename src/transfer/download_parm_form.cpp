@@ -56,6 +56,15 @@ frm_DownloadParm::frm_DownloadParm(Services& services, Link& link, Modbus& modbu
     cmdUpload.Click = [this] { cmdUpload_Click(); };
     cmdCompare.Click = [this] { cmdCompare_Click(); };
     cmdCancel.Click = [this] { cmdCancel_Click(); };
+    // What can have the focus during a transfer.
+    for (Control* control : {static_cast<Control*>(&cmdCancel), static_cast<Control*>(&List1),
+                             static_cast<Control*>(&List2), static_cast<Control*>(&chkCompare)}) {
+        control->KeyDown = [this](Key key) {
+            if (key != Key::Escape || !run_.running) return false;
+            cmdCancel_Click();
+            return true;
+        };
+    }
     cmdClearListBox.Click = [this] { List1.Clear(); };
     cmdClearList2.Click = [this] { List2.Clear(); };
     cmdExit.Click = [this] { Unload(); };
