@@ -51,7 +51,11 @@ void bind(const BindContext& context, ProgressBar& model, QProgressBar* bar);
 void bind(const BindContext& context, ListBox& model, QAbstractItemView* view);
 /// The grid's row 0 becomes the header. Enter and the space bar act as the left mouse button, the
 /// menu key as the right one.
-void bind(const BindContext& context, Grid& model, QTableView* view);
+///
+/// `look`, if given, is asked first for what a cell shows in a role (row and column of the grid);
+/// an invalid answer leaves it to the grid. The view is not told when its answers change.
+using CellLook = std::function<QVariant(int row, int column, int role)>;
+void bind(const BindContext& context, Grid& model, QTableView* view, CellLook look = {});
 
 void bind(const BindContext& context, MenuEntry& model, QAction* action);
 /// The entry's children as a menu; owned by `parent`.

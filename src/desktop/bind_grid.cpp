@@ -12,7 +12,8 @@ namespace {
 /// The grid's cells, read where they are; the view's row 0 is the grid's row 1.
 class CellModel : public QAbstractTableModel {
   public:
-    CellModel(const Grid& grid, QObject* parent) : QAbstractTableModel(parent), grid_(grid) {}
+    CellModel(const Grid& grid, CellLook look, QObject* parent)
+        : QAbstractTableModel(parent), grid_(grid), look_(std::move(look)) {}
 
     [[nodiscard]] int rowCount(const QModelIndex& parent) const override {
         return parent.isValid() ? 0 : grid_.Rows() - 1;
@@ -21,7 +22,8 @@ class CellModel : public QAbstractTableModel {
         return parent.isValid() ? 0 : grid_.Cols();
     }
     [[nodiscard]] QVariant data(const QModelIndex& at, int role) const override {
-        if (role != Qt::DisplayRole) return {};
+        const QVariant own = look_ ? look_(at.row() + 1, at.column(), role) : QVariant();
+        if (own.isValid() || role != Qt::DisplayRole) return own;
         return visible_line(grid_.TextMatrix(at.row() + 1, at.column()));
     }
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
@@ -41,13 +43,14 @@ class CellModel : public QAbstractTableModel {
 
   private:
     const Grid& grid_;
+    CellLook look_;
 };
 
 class GridMirror : public QObject {
   public:
-    GridMirror(const BindContext& context, Grid& grid, QTableView* view)
+    GridMirror(const BindContext& context, Grid& grid, QTableView* view, CellLook look)
         : QObject(view), grid_(grid), view_(view), viewport_(view->viewport()),
-          cells_(new CellModel(grid, this)),
+          cells_(new CellModel(grid, std::move(look), this)),
           mirror_(new Mirror(context, grid, view, [this] { show_current(); })) {
         view->setModel(cells_);
         grid.watch_cells([this](int row, int column) { cells_->cell_changed(row, column); });
@@ -108,10 +111,10 @@ class GridMirror : public QObject {
 
 } // namespace
 
-void bind(const BindContext& context, Grid& model, QTableView* view) {
+void bind(const BindContext& context, Grid& model, QTableView* view, CellLook look) {
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
-    new GridMirror(context, model, view);
+    new GridMirror(context, model, view, std::move(look));
 }
 
 } // namespace pelvan::desktop
