@@ -31,7 +31,7 @@ class MDIPelvan6 : public Form {
                         "Watch a line without sending anything."};
     MenuEntry mnuTransfer{"mnuTransfer", "&Save/Restore Setup", "Ctrl+Shift+S",
                           "A controller's registers into a file and back."};
-    MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+D",
+    MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+Shift+D",
                              "Poll registers at an interval and log them."};
     MenuEntry mnuSettings{"mnuSettings", "Sett&ings"};
     MenuEntry mnuPortSettings{"mnuPortSettings", "&Port Settings...", "F9",

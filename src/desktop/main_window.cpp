@@ -9,6 +9,7 @@
 #include "desktop/first_paint.h"
 #include "desktop/first_show.h"
 #include "desktop/listen_window.h"
+#include "desktop/logging_window.h"
 #include "desktop/print_module.h"
 #include "desktop/qt_text.h"
 #include "desktop/settings_window.h"
@@ -75,6 +76,10 @@ void MainWindow::make_children() {
     make_on_first_show(app.listen, [this, &app] {
         frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
             ->setGeometry(kListenPlace);
+    });
+    make_on_first_show(app.logging, [this, &app] {
+        frame_->add_child(app.logging,
+                          make_logging(frame_->context(), app.logging, dialogs_, frame_.get()));
     });
     make_on_first_show(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))

@@ -1,0 +1,76 @@
+// The trend: the readings of the last day as curves, live while logging runs. It reads `Trend` and
+// changes nothing. Everything can be done with the keyboard: + and - zoom, Shift and the arrows
+// pan, the arrows move the cursor, Home shows everything, End follows the newest readings.
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <map>
+
+#include "logging/trend.h"
+
+class QChart;
+class QChartView;
+class QDateTimeAxis;
+class QGraphicsLineItem;
+class QLabel;
+class QLineSeries;
+class QTableWidget;
+class QValueAxis;
+
+namespace pelvan::desktop {
+
+class TrendView : public QWidget {
+  public:
+    TrendView(Trend& trend, QWidget* parent);
+
+    /// Draws what is visible anew.
+    void refresh();
+    /// Factor below 1 zooms in; the moment under `anchor_ms` stays where it is.
+    void zoom(double factor, double anchor_ms);
+    void pan(double share);
+    void show_all();
+    void follow();
+    void set_cursor(double time_ms);
+    /// False when the file could not be written.
+    bool save_png(const QString& path);
+    bool save_csv(const QString& path);
+
+    [[nodiscard]] const TrendSpan& visible_span() const { return visible_; }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void build();
+    void add_button(QLayout& layout, const QString& text, const QString& tip,
+                    const std::function<void()>& action);
+    void look_for_news();
+    void show_rows(const std::vector<int>& rows);
+    void scale_values(double low, double high);
+    void show_cursor();
+    bool key_pressed(int key, bool shift);
+    bool mouse_used(QEvent* event);
+    void ask_and_save(bool png);
+    [[nodiscard]] double time_at(double x) const;
+
+    Trend& trend_;
+    QChart* chart_ = nullptr;
+    QChartView* view_ = nullptr;
+    QDateTimeAxis* times_ = nullptr;
+    QValueAxis* values_ = nullptr;
+    QGraphicsLineItem* line_ = nullptr;
+    QLabel* cursor_time_ = nullptr;
+    QTableWidget* legend_ = nullptr;
+    std::map<int, QLineSeries*> curves_;
+    QTimer timer_;
+    TrendSpan visible_;
+    double cursor_ms_ = 0;
+    double drag_from_ = -1; // x of a mouse button that is held; below 0 when none is
+    bool whole_ = true;     // the whole span stays visible as it grows
+    bool following_ = false;
+    unsigned long seen_passes_ = 0;
+};
+
+} // namespace pelvan::desktop
