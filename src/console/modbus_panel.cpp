@@ -48,6 +48,7 @@ SendOutcome ModbusPanel::send(DataFormat format) {
     if (before_send) before_send(frame);
     // The request is rendered before the reply overwrites the numbers that decoding leaves behind.
     const std::string command = render(modbus_, format, 1, frame);
+    history_.sending();
     const double begun = link_.countdowns().read_tick();
     const std::string reply =
         link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
