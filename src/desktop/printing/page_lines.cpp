@@ -33,11 +33,14 @@ Columns columns_for(const HistoryDocument& document, int width) {
 void add_row(QStringList& lines, const Columns& columns, const HistoryRow& row) {
     const QString command = visible_line(row.command);
     const QString response = visible_line(row.response);
-    const auto piece = [](const QString& text, int number, int width) {
-        return text.mid(qsizetype{number} * width, width);
+    const auto piece = [](const QString& text, qsizetype number, qsizetype width) {
+        return text.mid(number * width, width);
     };
-    for (int i = 0;
-         i == 0 || i * columns.command < command.size() || i * columns.response < response.size();
+    const auto goes_on = [](const QString& text, qsizetype number, qsizetype width) {
+        return number * width < text.size();
+    };
+    for (qsizetype i = 0;
+         i == 0 || goes_on(command, i, columns.command) || goes_on(response, i, columns.response);
          ++i) {
         const bool first = i == 0;
         lines += (first ? to_qt(row.sent_at) : QString())
