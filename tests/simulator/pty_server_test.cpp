@@ -3,17 +3,14 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <future>
 
-#include "bytes.h"
 #include "simulator/pty_server.h"
+#include "support/frames.h"
 #include "support/temp_dir.h"
 
 using namespace pelvan::simulator;
 using pelvan::testing::frame;
-using pelvan::testing::hex_of;
 using pelvan::testing::read_file;
 using pelvan::testing::TempDir;
 using pelvan::testing::write_file;
@@ -23,45 +20,36 @@ namespace {
 /// A server in a thread of its own, ready when constructed and stopped when it goes.
 class Server {
   public:
-    explicit Server(const PtyServerOptions& options)
-        : thread_([this, options] {
-              result = serve_on_pty(options, stop_, [this](const std::string& line) {
-                  const std::lock_guard lock(mutex_);
-                  report_ = line;
-                  reported_.notify_one();
-              });
-          }) {
-        std::unique_lock lock(mutex_);
-        reported_.wait(lock, [this] { return !report_.empty(); });
+    Server(const std::string& device, const std::string& link) {
+        const PtyServerOptions options{parse_simulated_device(device).value(), link};
+        std::promise<std::string> reported;
+        result_ = std::async(std::launch::async, [this, options, &reported] {
+            return serve_on_pty(options, stop_,
+                                [&](const std::string& line) { reported.set_value(line); });
+        });
+        report = reported.get_future().get();
     }
-    ~Server() { end(); }
-    void end() {
+    ~Server() { stop_ = true; }
+    int end() {
         stop_ = true;
-        if (thread_.joinable()) thread_.join();
+        return result_.get();
     }
-    [[nodiscard]] const std::string& report() const { return report_; }
-    int result = -1;
+    std::string report;
 
   private:
     std::atomic<bool> stop_{false};
-    std::mutex mutex_;
-    std::condition_variable reported_;
-    std::string report_;
-    std::thread thread_;
+    std::future<int> result_; // waits for the thread when it goes
 };
 
 /// Opens, writes, reads so many bytes (or what comes in 3 s), closes.
 std::string exchange(const std::string& path, const std::string& request, std::size_t count) {
     const int fd = ::open(path.c_str(), O_RDWR | O_NOCTTY);
-    if (fd < 0) return "not opened";
+    if (::write(fd, request.data(), request.size()) < 0) return "not open";
     std::string reply;
-    EXPECT_EQ(::write(fd, request.data(), request.size()), static_cast<ssize_t>(request.size()));
     pollfd watched{fd, POLLIN, 0};
-    while (reply.size() < count && ::poll(&watched, 1, 3000) > 0) {
-        char byte = 0;
-        if (::read(fd, &byte, 1) != 1) break;
+    char byte = 0;
+    while (reply.size() < count && ::poll(&watched, 1, 3000) > 0 && ::read(fd, &byte, 1) == 1)
         reply += byte;
-    }
     ::close(fd);
     return reply;
 }
@@ -71,37 +59,24 @@ std::string exchange(const std::string& path, const std::string& request, std::s
 TEST(PtyServer, ServesClientsOneAfterAnotherAndTakesItsLinkAway) {
     const TempDir dir;
     const std::string link = dir.file("port");
-    Server server({SimulatedDevice{}, link});
-    EXPECT_NE(server.report().find(link), std::string::npos);
+    Server server("simulated:742", link);
+    EXPECT_NE(server.report.find(link), std::string::npos);
     // Carriage return, line feed and the control characters of line editing all pass unchanged.
     const std::string write = frame("01 06 01 2C 0D 0A");
-    EXPECT_EQ(hex_of(exchange(link, write, 8)), hex_of(write));
-    EXPECT_EQ(hex_of(exchange(link, frame("01 03 01 2C 00 01"), 7)),
-              hex_of(frame("01 03 02 0D 0A")));
-    server.end();
-    EXPECT_EQ(server.result, 0);
+    EXPECT_EQ(exchange(link, write, 8), write);
+    EXPECT_EQ(exchange(link, frame("01 03 01 2C 00 01"), 7), frame("01 03 02 0D 0A"));
+    EXPECT_EQ(server.end(), 0);
     EXPECT_NE(::access(link.c_str(), F_OK), 0);
-}
-
-TEST(PtyServer, ServesTheLoopBackPlug) {
-    const TempDir dir;
-    const std::string link = dir.file("port");
-    const Server server({parse_simulated_device("simulated:loopback").value(), link});
-    EXPECT_EQ(exchange(link, "echo\r\n", 6), "echo\r\n");
 }
 
 TEST(PtyServer, ReplacesAStaleLinkButNoFile) {
     const TempDir dir;
     const std::string stale = dir.file("stale");
     ASSERT_EQ(::symlink("/nowhere", stale.c_str()), 0);
-    {
-        const Server server({SimulatedDevice{}, stale});
-        EXPECT_EQ(exchange(stale, frame("01 03 00 00 00 01"), 7), frame("01 03 02 02 E6"));
-    }
-    const std::string file = dir.file("file");
-    write_file(file, "keep");
-    Server refused({SimulatedDevice{}, file});
-    refused.end();
-    EXPECT_EQ(refused.result, 1);
-    EXPECT_EQ(read_file(file), "keep");
+    const Server server("simulated:loopback", stale);
+    EXPECT_EQ(exchange(stale, "echo\r\n", 6), "echo\r\n");
+    write_file(dir.file("file"), "keep");
+    Server refused("simulated:742", dir.file("file"));
+    EXPECT_EQ(refused.end(), 1);
+    EXPECT_EQ(read_file(dir.file("file")), "keep");
 }
