@@ -39,7 +39,7 @@ class Slave {
         stop_ = true;
         thread_.join();
     }
-    std::vector<double> line; // time that the bytes of each exchange took; to be read when stopped
+    std::vector<double> times; // time that the bytes of each exchange took; to be read when stopped
 
   private:
     void serve() {
@@ -55,7 +55,7 @@ class Slave {
             std::this_thread::sleep_until(heard +
                                           Milliseconds(kByteMs * (kRequestBytes + kReplyBytes)));
             // A busy machine wakes this thread late: that is the line's time, not the program's.
-            line.push_back(Milliseconds(SteadyClock::now() - heard).count());
+            times.push_back(Milliseconds(SteadyClock::now() - heard).count());
             line_.send(reply);
         }
     }
@@ -146,13 +146,13 @@ int main(int argc, char** argv) {
     app.transfer.cmdDownload.press();
     const double taken = Milliseconds(SteadyClock::now() - begun).count();
     slave.stop();
-    const double required = static_cast<double>(slave.line.size()) * kQuietMs +
-                            std::accumulate(slave.line.begin(), slave.line.end(), 0.0);
+    const double required = static_cast<double>(slave.times.size()) * kQuietMs +
+                            std::accumulate(slave.times.begin(), slave.times.end(), 0.0);
     std::printf(
         "%zu exchanges, %s: %.0f ms, required %.0f ms, %.2f %% more; list painted %d times\n",
-        slave.line.size(), app.transfer.run().completed ? "complete" : "NOT COMPLETE", taken,
+        slave.times.size(), app.transfer.run().completed ? "complete" : "NOT COMPLETE", taken,
         required, 100 * (taken - required) / required, repaints.count);
-    const double median_required = kQuietMs + median(slave.line);
+    const double median_required = kQuietMs + median(slave.times);
     const double median_taken = median(events.cycles);
     std::printf(
         "median register: %.2f ms, required %.2f ms, %.2f %% more; of it in events %.2f ms\n",
