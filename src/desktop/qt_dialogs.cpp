@@ -29,6 +29,10 @@ std::vector<ButtonFace> faces(MessageButtons buttons) {
     case MessageButtons::RetryCancel:
         return {{QMessageBox::Retry, "&Retry", MessageAnswer::Retry},
                 {QMessageBox::Cancel, "&Cancel", MessageAnswer::Cancel}};
+    case MessageButtons::RetrySkipCancel:
+        return {{QMessageBox::Retry, "&Retry", MessageAnswer::Retry},
+                {QMessageBox::Ignore, "&Skip", MessageAnswer::Skip},
+                {QMessageBox::Cancel, "&Cancel", MessageAnswer::Cancel}};
     case MessageButtons::Ok:
         break;
     }
@@ -92,7 +96,8 @@ MessageAnswer QtDialogs::message_box(const std::string& text, const std::string&
     QMessageBox box(QApplication::activeWindow());
     box.setWindowTitle(title_or_application(title));
     box.setTextFormat(Qt::PlainText);
-    box.setText(to_qt(text));
+    box.setText(
+        to_qt(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n'));
     box.setIcon(icon == MessageIcon::Exclamation ? QMessageBox::Warning : QMessageBox::NoIcon);
     const std::vector<ButtonFace> shown = faces(buttons);
     for (const ButtonFace& face : shown)

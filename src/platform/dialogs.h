@@ -8,9 +8,9 @@
 
 namespace pelvan {
 
-enum class MessageButtons { Ok, YesNo, RetryCancel };
+enum class MessageButtons { Ok, YesNo, RetryCancel, RetrySkipCancel };
 enum class MessageIcon { None, Exclamation };
-enum class MessageAnswer { Ok, Yes, No, Retry, Cancel };
+enum class MessageAnswer { Ok, Yes, No, Retry, Skip, Cancel };
 
 /// An open or save dialog. `filter` has the classic form "Text Files (*.txt)|*.txt|All Files
 /// (*.*)|*.*|".

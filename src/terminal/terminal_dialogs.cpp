@@ -9,10 +9,16 @@ namespace {
 /// waits for somebody to mend something comes without end.
 constexpr int kMostRepeats = 5;
 
-std::string one_line(std::string text) {
-    for (char& c : text)
-        if (c == '\r' || c == '\n') c = ' ';
-    return text;
+std::string one_line(const std::string& text) {
+    std::string line;
+    for (const char c : text) {
+        const bool breaks = c == '\r' || c == '\n';
+        if (!breaks)
+            line += c;
+        else if (!line.empty() && line.back() != ' ')
+            line += ' ';
+    }
+    return line;
 }
 
 } // namespace
@@ -28,6 +34,7 @@ MessageAnswer TerminalDialogs::message_box(const std::string& text, const std::s
     if (buttons == MessageButtons::YesNo) return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
     if (buttons == MessageButtons::RetryCancel)
         return retries_-- > 0 ? MessageAnswer::Retry : MessageAnswer::Cancel;
+    if (buttons == MessageButtons::RetrySkipCancel) return MessageAnswer::Cancel;
     return MessageAnswer::Ok;
 }
 
