@@ -130,6 +130,15 @@ bool is_broadcast(const ModbusEntry& entry) {
     return whole_number(entry.address) == 0;
 }
 
+ModbusEntry write_register_entry(const std::string& address, const std::string& line) {
+    constexpr std::size_t kWriteRegisterIndex = 5;
+    const auto words = words_of(line);
+    ModbusEntry entry{kWriteRegisterIndex, address, "", "", false};
+    if (!words.empty()) entry.start_register = words[0];
+    if (words.size() == 2) entry.values = words[1];
+    return entry;
+}
+
 std::string build_request(Modbus& modbus, const ModbusEntry& entry) {
     const auto& types = modbus_command_types();
     const ModbusCommandType& type =
@@ -167,6 +176,14 @@ std::string response_line(Modbus& modbus, DataFormat format, const ModbusEntry& 
     const bool read32 = modbus_command_types()[entry.type].command == ModbusCommand::Read32;
     if (format == DataFormat::SmartDec && read32) return joined(text).value_or(text);
     return text;
+}
+
+bool is_sound_answer(Modbus& modbus, std::string_view request, std::string_view reply) {
+    if (reply.size() < kShortestReply || reply.substr(0, 2) != request.substr(0, 2)) return false;
+    modbus.ModbusCrc(reply.substr(0, reply.size() - 2));
+    const std::string crc{static_cast<char>(modbus.state().gCrcLow),
+                          static_cast<char>(modbus.state().gCrcHigh)};
+    return reply.substr(reply.size() - 2) == crc;
 }
 
 } // namespace pelvan

@@ -53,6 +53,10 @@ struct ModbusEntry {
 /// Whether the entry goes to every controller, so that none answers.
 [[nodiscard]] bool is_broadcast(const ModbusEntry& entry);
 
+/// The entry for a line "register value" of a setup file, in decimal: a write of one register. What
+/// is missing or too much in the line is refused when the request is built.
+[[nodiscard]] ModbusEntry write_register_entry(const std::string& address, const std::string& line);
+
 /// The request frame, or a text beginning with "Bad". Text that is no number is refused as the
 /// field that it stands in would be: "Bad ADDRESS entered." and so on.
 [[nodiscard]] std::string build_request(Modbus& modbus, const ModbusEntry& entry);
@@ -65,5 +69,9 @@ struct ModbusEntry {
 /// SmartDec, or words where there is nothing to render.
 [[nodiscard]] std::string response_line(Modbus& modbus, DataFormat format, const ModbusEntry& entry,
                                         std::string_view reply);
+
+/// Whether a reply comes undamaged from the controller that was asked and is no exception.
+[[nodiscard]] bool is_sound_answer(Modbus& modbus, std::string_view request,
+                                   std::string_view reply);
 
 } // namespace pelvan

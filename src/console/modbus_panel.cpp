@@ -39,12 +39,17 @@ void ModbusPanel::set_entry(const ModbusEntry& entry) {
 
 SendOutcome ModbusPanel::send(DataFormat format) {
     const ModbusEntry sent = entry();
+    const SendOutcome outcome = send(sent, format);
+    if (outcome.kind == SendOutcome::Kind::Refused)
+        services_.dialogs.message_box(outcome.status);
+    else
+        recall_.remember(sent);
+    return outcome;
+}
+
+SendOutcome ModbusPanel::send(const ModbusEntry& sent, DataFormat format) {
     std::string frame = build_request(modbus_, sent);
-    if (is_refusal(frame)) {
-        services_.dialogs.message_box(frame);
-        return {SendOutcome::Kind::Refused, frame};
-    }
-    recall_.remember(sent);
+    if (is_refusal(frame)) return {SendOutcome::Kind::Refused, frame, false};
     if (before_send) before_send(frame);
     // The request is rendered before the reply overwrites the numbers that decoding leaves behind.
     const std::string command = render(modbus_, format, 1, frame);
@@ -55,11 +60,13 @@ SendOutcome ModbusPanel::send(DataFormat format) {
     const double taken = link_.countdowns().read_tick() - begun;
     const std::string response = response_line(modbus_, format, sent, reply);
     history_.add(command, response);
-    if (reply.empty() && !is_broadcast(sent)) return {SendOutcome::Kind::NoReply, response};
-    if (reply.empty()) return {SendOutcome::Kind::Done, response};
-    return {SendOutcome::Kind::Done, std::to_string(frame.size()) + " bytes sent, " +
-                                         std::to_string(reply.size()) + " received, " +
-                                         std::to_string(static_cast<long>(taken)) + " ms"};
+    if (reply.empty() && !is_broadcast(sent)) return {SendOutcome::Kind::NoReply, response, false};
+    const bool accepted = reply.empty() || is_sound_answer(modbus_, frame, reply);
+    if (reply.empty() || !accepted) return {SendOutcome::Kind::Done, response, accepted};
+    return {SendOutcome::Kind::Done,
+            std::to_string(frame.size()) + " bytes sent, " + std::to_string(reply.size()) +
+                " received, " + std::to_string(static_cast<long>(taken)) + " ms",
+            true};
 }
 
 bool ModbusPanel::recall_earlier() {

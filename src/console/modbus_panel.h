@@ -5,16 +5,10 @@
 #include "console/history.h"
 #include "console/modbus_entry.h"
 #include "console/recall.h"
+#include "console/send_outcome.h"
 #include "serial/link.h"
 
 namespace pelvan {
-
-/// How one sending ended, and what the status line should say of it.
-struct SendOutcome {
-    enum class Kind { Refused, NoReply, Done };
-    Kind kind = Kind::Refused;
-    std::string status;
-};
 
 class ModbusPanel {
   public:
@@ -39,6 +33,9 @@ class ModbusPanel {
     /// One exchange: builds, sends on channel 1, adds both renderings to the history. A refused
     /// request shows its text and sends nothing.
     SendOutcome send(DataFormat format);
+    /// The same for an entry that does not stand in the fields and is not to be recalled; a refusal
+    /// is in the outcome only.
+    SendOutcome send(const ModbusEntry& sent, DataFormat format);
 
     /// The fields as they stand.
     [[nodiscard]] ModbusEntry entry() const;
