@@ -47,7 +47,7 @@ void MDIPelvan6::MDIForm_Load() {
     app.events.run([&] { app.history.frmResponse.Load(); });
     app.events.run([&] { arrange(); });
     // Ready to type: Enter sends from there.
-    app.console.modbus.txt_Register.SetFocus();
+    app.console.focus_entry();
 }
 
 void MDIPelvan6::arrange() {
@@ -104,6 +104,7 @@ Application::Application(Services given, LineOpener opener)
     channels.before_rebuild = [this] { listen.ports_rebuilt(); };
     history.join_console(console, console.mnuFile);
     join_settings();
+    console.move_simulated_jumper = [this](bool in) { simulators.set_jumper(in); };
     // The tools and settings are reached from every one of the three windows.
     for (Form* form :
          std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})

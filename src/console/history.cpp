@@ -30,6 +30,11 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
                "Show beside each line when it was sent or received, in milliseconds."),
       mnuClear("mnuClear", "C&lear Both Windows", "Ctrl+Shift+Del",
                "Empty Command History and Command Response."),
+      mnuDiagnostics("mnuDiagnostics", diagnostics_text::kMenu),
+      mnuverifyport("mnuverifyport", diagnostics_text::kVerifyPort, "",
+                    diagnostics_text::kVerifyPortTip),
+      mnuGenbadCS("mnuGenbadCS", diagnostics_text::kBadChecksum, "",
+                  diagnostics_text::kBadChecksumTip),
       mnuHelp("mnuHelp", "&Help"), mnuHelpContents("mnuHelpContents", "&Contents", "F1"),
       services_(services) {
     set_help_page("history");
@@ -40,8 +45,10 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
     lst_Times.set_Visible(false);
     mnuFind.Click = [this] { mnuFind_Click(); };
     mnuFindNext.Click = [this] { mnuFindNext_Click(); };
+    mnuGenbadCS.make_checkable();
+    mnuDiagnostics.children = {&mnuverifyport, &mnuGenbadCS};
     mnuHelp.children = {&mnuHelpContents};
-    menus = {&mnuFile, &mnuEdit, &mnuHelp};
+    menus = {&mnuFile, &mnuEdit, &mnuDiagnostics, &mnuHelp};
     mnuFileClose.Click = [this] { Unload(); };
     mnuCopyLine.Click = [this] { copy_line(); };
     mnuCopyAll.Click = [this] { copy_all(); };

@@ -11,6 +11,16 @@
 
 namespace pelvan {
 
+/// The menu of diagnostics, which stands in the console's menu bar and in both windows'.
+namespace diagnostics_text {
+inline constexpr char kMenu[] = "Dia&gnostics";
+inline constexpr char kVerifyPort[] = "&Verify Communication's Port";
+inline constexpr char kVerifyPortTip[] = "Loop-back test of the port and its wiring.";
+inline constexpr char kBadChecksum[] = "Generate &Bad Checksum";
+inline constexpr char kBadChecksumTip[] =
+    "Send Modbus requests with a wrong CRC, to see what the controller does.";
+} // namespace diagnostics_text
+
 /// One of the two windows: a list over the whole window, a scroll bar along its bottom edge.
 class HistoryForm : public Form {
   public:
@@ -25,6 +35,8 @@ class HistoryForm : public Form {
 
     MenuEntry mnuFile, mnuFileClose;
     MenuEntry mnuEdit, mnuCopyLine, mnuCopyAll, mnuFind, mnuFindNext, mnuTimes, mnuClear;
+    /// The same entries as in the console's menu; the console gives them their meaning.
+    MenuEntry mnuDiagnostics, mnuverifyport, mnuGenbadCS;
     MenuEntry mnuHelp, mnuHelpContents;
 
     /// How far the scroll bar reaches, set when the windows are arranged.

@@ -6,6 +6,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -74,10 +75,67 @@ QGroupBox* modbus_frame(const BindContext& context, ModbusPanel& panel) {
     return box;
 }
 
-/// The command text of the protocols that send text.
-QWidget* command_text(const BindContext& context, frm_Pelvan5VB& form) {
-    auto* edit = edit_for(context, form.txt_CommsCommand, 0);
-    return edit;
+QGroupBox* text_frame(const BindContext& context, TextPanel& panel) {
+    auto* box = new QGroupBox;
+    bind(context, panel.Fram_CommsCommand, box);
+    auto* address = edit_for(context, panel.txt_DeviceAddress, kNumberWidth);
+    auto* command = edit_for(context, panel.txt_CommsCommand, 0);
+    auto* grid = tight(new QGridLayout(box));
+    grid->addWidget(label_for(context, panel.lbl_DeviceAddress, address), 0, 0);
+    grid->addWidget(address, 0, 1, Qt::AlignLeft);
+    grid->addWidget(label_for(context, panel.lbl_CommsCommand, command), 1, 0);
+    grid->addWidget(command, 1, 1);
+    grid->setColumnStretch(1, 1);
+    grid->setRowStretch(2, 1);
+    return box;
+}
+
+QGroupBox* tellura_frame(const BindContext& context, TelluraPanel& panel) {
+    auto* box = new QGroupBox;
+    bind(context, panel.Fram_Tellura, box);
+    auto* address = edit_for(context, panel.TxtTelluraAddress, kNumberWidth);
+    auto* parameter = edit_for(context, panel.TxtParameterAddress, kNumberWidth);
+    auto* count = edit_for(context, panel.TxtNoBytes, kNumberWidth);
+    auto* data = edit_for(context, panel.TxtData, 0);
+    auto* grid = tight(new QGridLayout(box));
+    grid->addWidget(label_for(context, panel.LblTelluraAddress, address), 0, 0);
+    grid->addWidget(address, 0, 1);
+    grid->addWidget(label_for(context, panel.LblParameterAddress, parameter), 0, 2);
+    grid->addWidget(parameter, 0, 3, Qt::AlignLeft);
+    grid->addWidget(label_for(context, panel.LblNoBytes, count), 1, 0);
+    grid->addWidget(count, 1, 1);
+    grid->addWidget(label_for(context, panel.LblData, data), 1, 2);
+    grid->addWidget(data, 1, 3);
+    int column = 4;
+    for (OptionGroup* group : {&panel.OptReadWrite, &panel.OptErrorChecking}) {
+        // A parent of their own keeps the two groups apart.
+        auto* options = new QWidget;
+        auto* layout = new QVBoxLayout(options);
+        layout->setContentsMargins(kMargin, 0, 0, 0);
+        layout->setSpacing(kSpacing);
+        for (QRadioButton* radio : make_radios(context, *group, options))
+            layout->addWidget(radio);
+        grid->addWidget(options, 0, column++, 2, 1);
+    }
+    grid->setColumnStretch(3, 1);
+    grid->setRowStretch(2, 1);
+    return box;
+}
+
+/// What the last command came to, and how far a setup file is.
+QHBoxLayout* status_line(const BindContext& context, frm_Pelvan5VB& form) {
+    auto* status = new QLabel;
+    bind(context, form.lbl_Status, status);
+    status->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* progress = new QProgressBar;
+    bind(context, form.setup.prg_SetupFile, progress);
+    auto* cancel = new QPushButton;
+    bind(context, form.setup.cmd_CancelSetup, cancel);
+    auto* line = new QHBoxLayout;
+    line->addWidget(status, 1);
+    line->addWidget(progress);
+    line->addWidget(cancel);
+    return line;
 }
 
 } // namespace
@@ -87,23 +145,21 @@ QWidget* make_console(const BindContext& context, frm_Pelvan5VB& form) {
     auto* send = new QPushButton;
     bind(context, form.cmd_SendCommand, send);
     send->setDefault(true);
-    auto* status = new QLabel;
-    bind(context, form.lbl_Status, status);
-    status->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     auto* fields = new QHBoxLayout;
     fields->setSpacing(2 * kSpacing);
     fields->addWidget(
         option_frame(context, form.fram_Protocol, form.opt_Protocol, QBoxLayout::TopToBottom));
     fields->addWidget(modbus_frame(context, form.modbus), 1);
-    fields->addWidget(command_text(context, form), 1);
+    fields->addWidget(text_frame(context, form.text), 1);
+    fields->addWidget(tellura_frame(context, form.tellura), 1);
     fields->addWidget(
         option_frame(context, form.fram_DataFormat, form.opt_DataFormat, QBoxLayout::TopToBottom));
     fields->addWidget(send, 0, Qt::AlignVCenter);
 
     auto* layout = tight(new QVBoxLayout(content));
     layout->addLayout(fields);
-    layout->addWidget(status);
+    layout->addLayout(status_line(context, form));
     layout->addStretch();
     return content;
 }

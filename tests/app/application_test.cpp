@@ -31,7 +31,7 @@ class ApplicationTest : public ::testing::Test {
 TEST_F(ApplicationTest, StartsWithoutAConfigurationFile) {
     app.frame.Load();
     EXPECT_EQ(desktop.help_file, "Pelvan7.hlp");
-    EXPECT_EQ(app.console.txt_CommsCommand.Text(), "? C1");
+    EXPECT_EQ(app.console.text.txt_CommsCommand.Text(), "? C1");
     EXPECT_EQ(app.console.opt_Protocol.Value(), 1);
     ASSERT_EQ(app.session.serial.gCommDevice.size(), 1U);
     EXPECT_EQ(app.session.serial.gCommDevice[0]->CommPort(), 2);

@@ -188,7 +188,7 @@ TEST_F(ConsoleTest, LoadingSelectsTheSavedProtocolAndWritesItBack) {
         fresh.Load();
         EXPECT_EQ(rig.config.gIniFile, ini);
         EXPECT_EQ(fresh.opt_Protocol.Value(), expected);
-        EXPECT_EQ(fresh.txt_CommsCommand.Text(), "? C1");
+        EXPECT_EQ(fresh.text.txt_CommsCommand.Text(), "? C1");
         EXPECT_EQ(fresh.modbus.Fram_Modbus.Visible(), expected == 1);
         EXPECT_EQ(testing::read_file(ini),
                   "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=" + std::to_string(expected) + "\r\n");

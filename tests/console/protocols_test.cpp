@@ -1,0 +1,155 @@
+// The console's fields and exchanges of the protocols Full, Xon and Tellura/AB.
+#include <gtest/gtest.h>
+
+#include "simulated_console.h"
+
+namespace pelvan {
+namespace {
+
+using Texts = std::vector<std::string>;
+using testing::SimulatedConsole;
+
+constexpr char kDevice[] = "simulated:742,address=9";
+
+/// A send as the user sees it: the newest pair of the history.
+std::string sent(SimulatedConsole& rig) {
+    rig.app.console.cmd_SendCommand.press();
+    EXPECT_EQ(rig.app.console.Pointer(), MousePointer::Normal);
+    return rig.last_pair();
+}
+
+TEST(ConsoleProtocols, OnlyTheChosenProtocolsFieldsShow) {
+    SimulatedConsole rig(Texts(4, kDevice), protocol::kFull);
+    frm_Pelvan5VB& console = rig.app.console;
+    const auto shown = [&] {
+        return std::vector<bool>{console.text.txt_DeviceAddress.Visible(),
+                                 console.text.txt_CommsCommand.Visible(),
+                                 console.modbus.Fram_Modbus.Visible(),
+                                 console.fram_DataFormat.Visible(),
+                                 console.tellura.Fram_Tellura.Visible(),
+                                 console.tellura.TxtParameterAddress.Visible()};
+    };
+    const std::vector<std::pair<int, std::vector<bool>>> cases{
+        {protocol::kFull, {true, true, false, false, false, false}},
+        {protocol::kModbus, {false, false, true, true, false, false}},
+        {protocol::kXon, {false, true, false, false, false, false}},
+        {protocol::kTellura, {false, false, false, false, true, true}},
+        {protocol::kFull, {true, true, false, false, false, false}},
+    };
+    for (const auto& [number, visible] : cases) {
+        console.opt_Protocol.set_Value(number);
+        EXPECT_EQ(shown(), visible) << number;
+    }
+    EXPECT_EQ(console.text.txt_CommsCommand.Text(), "? C1");
+    EXPECT_EQ(console.tellura.TxtParameterAddress.Text(), "01ca");
+}
+
+TEST(ConsoleProtocols, FullCommands) {
+    SimulatedConsole rig(Texts(4, kDevice), protocol::kFull);
+    TextPanel& panel = rig.app.console.text;
+    MousePointer during = MousePointer::Normal;
+    rig.app.history.frmCommand.list.watch_lines(
+        [&](ListChange, int) { during = rig.app.console.Pointer(); });
+    const std::vector<std::tuple<std::string, std::string, std::string>> cases{
+        {"9", "? MDL", "? MDL > 742"},
+        {"9", "= SP1 50", "= SP1 50 > MESSAGE COMPLETED"},
+        {"9", "= SP1 5000", "= SP1 5000 > Input out of limit"},
+        {"8", "? C1", "? C1 > COULDN'T CONNECT TO DEVICE"},
+        {"nine", "? C1", "? C1 > COULDN'T CONNECT TO DEVICE"}, // asked at address 1 instead
+        {"9", "", " > Command not found"},
+    };
+    for (const auto& [address, command, pair] : cases) {
+        panel.set_entry({address, command});
+        EXPECT_EQ(sent(rig), pair);
+    }
+    EXPECT_EQ(during, MousePointer::Hourglass);
+    EXPECT_EQ(rig.dialogs.texts(), Texts{"Device address is not valid. Defaulting to 1"});
+    EXPECT_EQ(rig.pairs(), 6);
+}
+
+TEST(ConsoleProtocols, XonCommands) {
+    SimulatedConsole rig({kDevice, kDevice, kDevice}, protocol::kXon);
+    TextPanel& panel = rig.app.console.text;
+    EXPECT_EQ(sent(rig), "? C1 > 25.0");
+    panel.set_entry({"1", "= SP1 50"});
+    EXPECT_EQ(sent(rig), "= SP1 50 > OK");
+    panel.set_entry({"1", ""});
+    EXPECT_EQ(sent(rig), " > No response from the controller.");
+}
+
+TEST(ConsoleProtocols, RepliesThatAreNoTextAreShownAsBytes) {
+    EXPECT_EQ(printable("25.0\r\n"), "25.0");
+    EXPECT_EQ(printable(std::string("\x02"
+                                    "2\0\xE9\r5\r",
+                                    7)),
+              "<02>2<00><E9><0D>5");
+}
+
+TEST(ConsoleProtocols, TelluraPackets) {
+    SimulatedConsole rig(Texts(4, kDevice), protocol::kTellura);
+    TelluraPanel& panel = rig.app.console.tellura;
+    struct Case {
+        TelluraEntry entry;
+        std::string pair;
+    };
+    const std::vector<Case> cases{
+        {{"9", "0000", "2", "", false, TelluraCheck::Bcc},
+         "10 02 10 10 00 01 00 00 00 00 00 02 10 03 ED > "
+         "10 02 00 10 10 41 00 00 00 02 E6 10 03 C7  Data: 02 E6"},
+        {{"9", "012c", "2", "00 10", true, TelluraCheck::Bcc},
+         "10 02 10 10 00 08 00 00 00 01 2C 00 10 10 10 03 AB > "
+         "10 02 00 10 10 48 00 00 00 10 03 A8  Written"},
+        {{"9", "0005", "2", "", false, TelluraCheck::Bcc},
+         "10 02 10 10 00 01 00 00 00 00 05 02 10 03 E8 > "
+         "10 02 00 10 10 41 50 00 00 10 03 5F  Refused with status 50"},
+        {{"1", "0000", "2", "", false, TelluraCheck::Bcc},
+         "10 02 08 00 01 00 00 00 00 00 02 10 03 F5 > Bad or incomplete Packet!"},
+    };
+    for (const Case& each : cases) {
+        panel.set_entry(each.entry);
+        EXPECT_EQ(sent(rig), each.pair);
+    }
+    panel.set_entry({"0", "0000", "2", "", false, TelluraCheck::Bcc});
+    sent(rig);
+    panel.set_entry({"9", "0000", "1.5", "", false, TelluraCheck::Bcc});
+    sent(rig);
+    EXPECT_EQ(rig.dialogs.texts(), (Texts{"Invalid device address!", "Invalid number of bytes!"}));
+    EXPECT_EQ(rig.pairs(), 4);
+}
+
+TEST(ConsoleProtocols, ADamagedTelluraReplyIsToldSo) {
+    SimulatedConsole rig(Texts(4, "simulated:742,crc=1"), protocol::kTellura);
+    for (const auto& [check, mark] : {std::pair{TelluraCheck::Bcc, "  <--BCC ERROR!"},
+                                      std::pair{TelluraCheck::Crc, "  <--CRC ERROR!"}}) {
+        rig.app.console.tellura.set_entry({"1", "0000", "2", "", false, check});
+        EXPECT_TRUE(sent(rig).ends_with(mark)) << rig.last_pair();
+    }
+}
+
+TEST(ConsoleProtocols, EachProtocolRecallsItsOwnCommands) {
+    SimulatedConsole rig(Texts(4, kDevice), protocol::kFull);
+    frm_Pelvan5VB& console = rig.app.console;
+    TextBox& command = console.text.txt_CommsCommand;
+    console.text.set_entry({"9", "? MDL"});
+    command.KeyDown(Key::Enter);
+    console.text.set_entry({"8", "? C1"});
+    command.KeyDown(Key::Enter);
+    console.opt_Protocol.set_Value(protocol::kXon);
+    command.set_Text("? REV");
+    command.KeyDown(Key::Enter);
+    EXPECT_FALSE(command.KeyDown(Key::Up));
+    console.opt_Protocol.set_Value(protocol::kTellura);
+    console.tellura.TxtParameterAddress.set_Text("0000");
+    console.tellura.TxtParameterAddress.KeyDown(Key::Enter);
+    console.tellura.TxtParameterAddress.set_Text("0001");
+    EXPECT_TRUE(console.tellura.TxtData.KeyDown(Key::Up));
+    EXPECT_EQ(console.tellura.TxtParameterAddress.Text(), "0000");
+    console.opt_Protocol.set_Value(protocol::kFull);
+    EXPECT_TRUE(command.KeyDown(Key::Up));
+    EXPECT_EQ(console.text.entry(), (TextEntry{"8", "? C1"}));
+    EXPECT_TRUE(command.KeyDown(Key::Up));
+    EXPECT_EQ(console.text.entry(), (TextEntry{"9", "? MDL"}));
+}
+
+} // namespace
+} // namespace pelvan

@@ -1,0 +1,132 @@
+// Sending a setup file from the console.
+#include <gtest/gtest.h>
+
+#include "simulated_console.h"
+
+namespace pelvan {
+namespace {
+
+using Texts = std::vector<std::string>;
+using testing::SimulatedConsole;
+
+class SetupFile : public ::testing::Test {
+  protected:
+    void choose_file(const std::string& text) {
+        testing::write_file(rig.dir.file("setup.txt"), text);
+        rig.dialogs.files.push_back(rig.dir.file("setup.txt"));
+    }
+    Texts commands() {
+        Texts out;
+        for (int i = 0; i < rig.pairs(); ++i)
+            out.push_back(rig.app.history.frmCommand.list.List(i));
+        return out;
+    }
+    void send_with(int protocol_number) {
+        console.opt_Protocol.set_Value(protocol_number);
+        console.mnuSendSetupFile.choose();
+    }
+
+    SimulatedConsole rig{Texts(4, "simulated:742"), protocol::kFull};
+    frm_Pelvan5VB& console = rig.app.console;
+};
+
+TEST_F(SetupFile, GoesLineByLineInEachProtocol) {
+    struct Case {
+        int number;
+        std::string text;
+        Texts sent;
+    };
+    const std::vector<Case> cases{
+        {protocol::kFull, "; a comment\r\n\r\n= SP1 50\r\n  ? SP1  \n", {"= SP1 50", "? SP1"}},
+        {protocol::kXon, "= SP1 60", {"= SP1 60"}},
+        {protocol::kModbus, "300 700\r\n319\t700\r\n", {"1 6 300 700 137 126 ", "1 6 319 700"}},
+    };
+    for (const Case& each : cases) {
+        rig.app.history.clear();
+        rig.dialogs.shown.clear();
+        choose_file(each.text);
+        send_with(each.number);
+        const std::string count = std::to_string(each.sent.size());
+        EXPECT_EQ(rig.dialogs.texts(),
+                  Texts{count + (each.sent.size() == 1 ? " line" : " lines") + " sent"});
+        ASSERT_EQ(commands().size(), each.sent.size());
+        for (std::size_t i = 0; i < each.sent.size(); ++i)
+            EXPECT_EQ(commands()[i].substr(0, 7), each.sent[i].substr(0, 7));
+    }
+    rig.dialogs.shown.clear();
+    send_with(protocol::kTellura); // has no commands that a line could hold
+    EXPECT_EQ(rig.dialogs.requests.size(), 3U);
+    send_with(protocol::kFull); // no file chosen
+    EXPECT_TRUE(rig.dialogs.shown.empty());
+}
+
+TEST_F(SetupFile, AsksAtALineThatFails) {
+    choose_file(
+        "= SP1 50\r\n= SP1 5000\r\n= C1 3\r\n; note\r\n= SP1 51\r\n= XYZ 1\r\n= SP1 52\r\n");
+    rig.dialogs.answers = {MessageAnswer::Retry, MessageAnswer::Skip, MessageAnswer::Skip,
+                           MessageAnswer::Cancel};
+    send_with(protocol::kFull);
+    const Texts expected{"Line 2 failed:\n= SP1 5000\n\nInput out of limit",
+                         "Line 2 failed:\n= SP1 5000\n\nInput out of limit",
+                         "Line 3 failed:\n= C1 3\n\nRead only command",
+                         "Line 6 failed:\n= XYZ 1\n\nCommand not found",
+                         "2 lines sent, 2 skipped after a failure, cancelled with 2 left"};
+    EXPECT_EQ(rig.dialogs.texts(), expected);
+    EXPECT_EQ(rig.dialogs.shown[0].buttons, MessageButtons::RetrySkipCancel);
+    EXPECT_EQ(commands(),
+              (Texts{"= SP1 50", "= SP1 5000", "= SP1 5000", "= C1 3", "= SP1 51", "= XYZ 1"}));
+}
+
+TEST_F(SetupFile, WhatFailsInModbusAndXon) {
+    console.modbus.txt_Address.set_Text("1");
+    choose_file("300\r\n300 1 2\r\n300 40000\r\nname value\r\n100 5\r\n65000 1\r\n");
+    rig.dialogs.answers.assign(6, MessageAnswer::Skip);
+    send_with(protocol::kModbus);
+    EXPECT_EQ(rig.dialogs.shown.size(), 7U);
+    EXPECT_EQ(rig.dialogs.shown[3].text, "Line 4 failed:\nname value\n\nBad REGISTER entered.");
+    EXPECT_EQ(rig.pairs(), 2); // the others were refused before they were sent
+    rig.dialogs.shown.clear();
+    choose_file("= C1 3\r\n");
+    rig.dialogs.answers = {MessageAnswer::Cancel};
+    send_with(protocol::kXon);
+    EXPECT_EQ(rig.dialogs.shown[0].text, "Line 1 failed:\n= C1 3\n\nERROR 26");
+}
+
+TEST_F(SetupFile, ShowsProgressMayBeCancelledAndLeavesTheLineToItself) {
+    choose_file("= SP1 50\r\n= SP1 51\r\n= SP1 52\r\n");
+    Texts states;
+    rig.desktop.on_turn = [&] {
+        states.push_back(console.lbl_Status.Caption());
+        EXPECT_TRUE(console.setup.prg_SetupFile.Visible());
+        EXPECT_FALSE(console.cmd_SendCommand.Enabled());
+        EXPECT_FALSE(console.opt_Protocol.Enabled());
+        console.mnuSendSetupFile.choose();
+        rig.app.history.frmCommand.mnuverifyport.choose();
+        if (states.size() == 3) console.setup.cmd_CancelSetup.press();
+    };
+    send_with(protocol::kFull);
+    EXPECT_EQ(states, (Texts{"1 of 3: = SP1 50", "2 of 3: = SP1 51", "3 of 3: = SP1 52"}));
+    EXPECT_EQ(rig.dialogs.texts(), Texts{"2 lines sent, cancelled with 1 left"});
+    EXPECT_EQ(console.lbl_Status.Caption(), "2 lines sent, cancelled with 1 left");
+    EXPECT_FALSE(console.setup.prg_SetupFile.Visible());
+    EXPECT_TRUE(console.cmd_SendCommand.Enabled());
+    EXPECT_EQ(rig.pairs(), 2);
+}
+
+TEST_F(SetupFile, AClosedConsoleEndsItWithoutAWord) {
+    choose_file("= SP1 50\r\n= SP1 51\r\n");
+    rig.desktop.on_turn = [&] { console.Unload(); };
+    send_with(protocol::kFull);
+    EXPECT_EQ(rig.pairs(), 0);
+    EXPECT_TRUE(rig.dialogs.shown.empty());
+}
+
+TEST_F(SetupFile, AMissingFileIsARunTimeErrorAndTheConsoleStaysUsable) {
+    rig.dialogs.files.push_back(rig.dir.file("none.txt"));
+    EXPECT_FALSE(rig.app.events.run([&] { console.mnuSendSetupFile.choose(); }));
+    EXPECT_TRUE(console.cmd_SendCommand.Enabled());
+    EXPECT_FALSE(console.setup.running());
+}
+
+} // namespace
+} // namespace pelvan

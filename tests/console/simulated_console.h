@@ -1,0 +1,50 @@
+// The whole application on simulated devices and a fake tick, its console loaded.
+#pragma once
+
+#include <vector>
+
+#include "app/application.h"
+#include "support/fake_dialogs.h"
+#include "support/fake_time.h"
+#include "support/temp_dir.h"
+
+namespace pelvan::testing {
+
+struct SimulatedConsole {
+    /// `devices` stand behind channels 0, 1 ... at 9600.
+    explicit SimulatedConsole(const std::vector<std::string>& devices, int protocol_number) {
+        std::string channels =
+            "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=" + std::to_string(protocol_number) + "\r\n";
+        std::string ports = "[SERIAL DEVICES]\r\n";
+        for (std::size_t n = 0; n < devices.size(); ++n) {
+            const std::string number = std::to_string(n);
+            const std::string port = std::to_string(n + 1);
+            channels += "DEVICE " + number + " COMM PORT =" + port + "\r\nDEVICE " + number +
+                        " PORT SETTING =9600,N,8,1\r\nDEVICE " + number + " RTS Mode =1\r\n";
+            ports += "PORT " + port + "=" + devices[n] + "\r\n";
+        }
+        write_file(dir.file("pelvan7.ini"), channels + ports);
+        app.console.Load();
+    }
+
+    /// "command > reply" of the newest pair.
+    [[nodiscard]] std::string last_pair() const {
+        const int last = app.history.frmCommand.list.ListCount() - 1;
+        if (last < 0) return {};
+        return app.history.frmCommand.list.List(last) + " > " +
+               app.history.frmResponse.list.List(last);
+    }
+    [[nodiscard]] int pairs() const { return app.history.frmCommand.list.ListCount(); }
+
+    TempDir dir;
+    FakeTick tick;
+    FakeClock clock;
+    FakeDialogs dialogs;
+    FakeDesktop desktop;
+    Application app{Services{tick, clock, dialogs, desktop, dir.path()},
+                    [](const std::string&, const LineSettings&) -> std::unique_ptr<SerialLine> {
+                        throw RunTimeError(error_number::kInvalidPortNumber);
+                    }};
+};
+
+} // namespace pelvan::testing
