@@ -3,6 +3,8 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <map>
+#include <string>
 
 #include "terminal/terminal.h"
 
@@ -12,6 +14,7 @@ namespace pelvan {
 using ChosenCommand = std::function<int(TerminalEnvironment&)>;
 
 void add_send_command(CLI::App& cli, ChosenCommand& chosen);
+void add_verify_port_command(CLI::App& cli, ChosenCommand& chosen);
 void add_ports_command(CLI::App& cli, ChosenCommand& chosen);
 void add_simulate_command(CLI::App& cli, ChosenCommand& chosen);
 void add_demo_command(CLI::App& cli, ChosenCommand& chosen);
@@ -20,8 +23,11 @@ void add_log_command(CLI::App& cli, ChosenCommand& chosen);
 /// save, restore and compare.
 void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen);
 
-/// Sends what stands in the Modbus panel and prints both renderings, one line each.
+/// The protocols under the names that options have for them, "full", "modbus", "xon", "tellura".
+[[nodiscard]] const std::map<std::string, int>& protocol_names();
+
+/// Sends what stands in the protocol's panel and prints both lines of the history. Exit code.
 int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environment,
-                   DataFormat format);
+                   int protocol_number);
 
 } // namespace pelvan

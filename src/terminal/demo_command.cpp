@@ -28,7 +28,8 @@ int demo(TerminalEnvironment& environment) {
         environment.out << step.what << "\n";
         terminal.app().console.modbus.set_entry(
             {step.type, "1", step.start_register, step.values, false});
-        const int code = send_and_print(terminal, environment, step.format);
+        terminal.app().console.opt_DataFormat.set_Value(static_cast<int>(step.format));
+        const int code = send_and_print(terminal, environment, protocol::kModbus);
         if (code != exit_code::kDone) return code;
         environment.out << "\n";
     }

@@ -5,12 +5,21 @@
 namespace pelvan {
 namespace {
 
+/// What the command line says, for whichever protocol.
 struct SendOptions {
+    int protocol = protocol::kModbus;
+    std::string address = "1";
+    std::string text; // Full, Xon
     int function = 3;
-    ModbusEntry entry{2, "1", "0", "1", false};
+    std::string start_register = "0";
     std::vector<std::string> values{"1"};
+    bool hexadecimal = false;
     bool long_values = false;
+    bool bad_checksum = false;
     DataFormat format = DataFormat::Decimal;
+    TelluraEntry tellura;
+    CLI::Option* text_option = nullptr;
+    CLI::Option* write_option = nullptr;
 };
 
 /// Row of the command types for a function code; nothing for a code that none has.
@@ -24,29 +33,110 @@ std::optional<std::size_t> type_of(int function, bool long_values) {
     return std::nullopt;
 }
 
-int send(const SendOptions& options, TerminalEnvironment& environment) {
-    TerminalApplication terminal(environment);
-    ModbusEntry entry = options.entry;
-    const auto type = type_of(options.function, options.long_values);
-    if (!type) {
-        environment.err << "pelvan7: Bad COMMAND TYPE selected.\n";
-        return exit_code::kFailed;
+/// Fills the protocol's fields; the reason when the options leave something open.
+std::optional<std::string> fill_fields(const SendOptions& options, frm_Pelvan5VB& console) {
+    const bool has_text = options.protocol == protocol::kFull || options.protocol == protocol::kXon;
+    if (has_text != (options.text_option->count() > 0))
+        return has_text ? "the command text is missing"
+                        : "a command text goes with the protocols full and xon only";
+    if (options.protocol == protocol::kTellura) {
+        TelluraEntry entry = options.tellura;
+        entry.device_address = options.address;
+        entry.write = options.write_option->count() > 0;
+        console.tellura.set_entry(entry);
+        return std::nullopt;
     }
-    entry.type = *type;
-    entry.values.clear();
+    if (has_text) {
+        console.text.set_entry({options.address, options.text});
+        return std::nullopt;
+    }
+    const auto type = type_of(options.function, options.long_values);
+    if (!type) return "Bad COMMAND TYPE selected.";
+    ModbusEntry entry{*type, options.address, options.start_register, "", options.hexadecimal};
     for (const std::string& value : options.values)
         entry.values += value + " ";
+    console.modbus.set_entry(entry);
+    console.opt_DataFormat.set_Value(static_cast<int>(options.format));
+    if (options.bad_checksum) console.mnuGenbadCS.choose();
+    return std::nullopt;
+}
+
+int send(const SendOptions& options, TerminalEnvironment& environment) {
+    TerminalApplication terminal(environment);
+    if (const auto reason = fill_fields(options, terminal.app().console)) {
+        environment.err << "pelvan7: " << *reason << "\n";
+        return exit_code::kFailed;
+    }
     if (!terminal.start()) return exit_code::kFailed;
-    terminal.app().console.modbus.set_entry(entry);
-    return send_and_print(terminal, environment, options.format);
+    return send_and_print(terminal, environment, options.protocol);
+}
+
+void add_modbus_options(CLI::App& command, SendOptions& options) {
+    const std::map<std::string, DataFormat> formats{{"decimal", DataFormat::Decimal},
+                                                    {"hex", DataFormat::Hex},
+                                                    {"smart", DataFormat::SmartDec}};
+    command.add_option("--function", options.function, "Modbus function: 1-6, 8, 15 or 16")
+        ->capture_default_str()
+        ->group("Modbus");
+    command.add_option("--register", options.start_register, "Start register, 0 to 65535")
+        ->capture_default_str()
+        ->group("Modbus");
+    command
+        .add_option("--values", options.values,
+                    "Count to read, or values to write, separated by commas or blanks")
+        ->delimiter(',')
+        ->group("Modbus");
+    command.add_flag("--hexadecimal", options.hexadecimal, "Values are hexadecimal")
+        ->group("Modbus");
+    command
+        .add_flag("--long", options.long_values,
+                  "32-bit values in two registers each, with functions 3 and 16")
+        ->group("Modbus");
+    command.add_option("--format", options.format, "decimal, hex or smart")
+        ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case))
+        ->group("Modbus");
+    command
+        .add_flag("--bad-checksum", options.bad_checksum,
+                  "Send a wrong CRC, to see what the controller does")
+        ->group("Modbus");
+}
+
+void add_tellura_options(CLI::App& command, SendOptions& options) {
+    const std::map<std::string, TelluraCheck> checks{{"bcc", TelluraCheck::Bcc},
+                                                     {"crc", TelluraCheck::Crc}};
+    command
+        .add_option("--parameter", options.tellura.parameter_address,
+                    "Parameter address, four hexadecimal digits")
+        ->capture_default_str()
+        ->group("Tellura/AB");
+    CLI::Option* read =
+        command
+            .add_option("--read", options.tellura.byte_count, "Number of bytes to read, 1 to 255")
+            ->capture_default_str()
+            ->group("Tellura/AB");
+    options.write_option =
+        command.add_option("--write", options.tellura.data, "Bytes to write, in hexadecimal")
+            ->excludes(read)
+            ->group("Tellura/AB");
+    command.add_option("--check", options.tellura.check, "bcc or crc")
+        ->transform(CLI::CheckedTransformer(checks, CLI::ignore_case))
+        ->group("Tellura/AB");
 }
 
 } // namespace
 
+const std::map<std::string, int>& protocol_names() {
+    static const std::map<std::string, int> names{{"full", protocol::kFull},
+                                                  {"modbus", protocol::kModbus},
+                                                  {"xon", protocol::kXon},
+                                                  {"tellura", protocol::kTellura}};
+    return names;
+}
+
 int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environment,
-                   DataFormat format) {
+                   int protocol_number) {
     Application& app = terminal.app();
-    const SendOutcome outcome = app.console.modbus.send(format);
+    const SendOutcome outcome = app.console.send(protocol_number);
     // A refusal was shown as a message already.
     if (outcome.kind == SendOutcome::Kind::Refused) return exit_code::kFailed;
     const int last = app.history.frmCommand.list.ListCount() - 1;
@@ -63,24 +153,15 @@ int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environme
 void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
     auto options = std::make_shared<SendOptions>();
     CLI::App* command = cli.add_subcommand("send", "Send one command and print it and its reply");
-    const std::map<std::string, DataFormat> formats{{"decimal", DataFormat::Decimal},
-                                                    {"hex", DataFormat::Hex},
-                                                    {"smart", DataFormat::SmartDec}};
-    command->add_option("--address", options->entry.address, "Controller address, 0 to 247")
-        ->capture_default_str();
-    command->add_option("--function", options->function, "Modbus function: 1-6, 8, 15 or 16")
-        ->capture_default_str();
-    command->add_option("--register", options->entry.start_register, "Start register, 0 to 65535")
-        ->capture_default_str();
     command
-        ->add_option("--values", options->values,
-                     "Count to read, or values to write, separated by commas or blanks")
-        ->delimiter(',');
-    command->add_flag("--hexadecimal", options->entry.hexadecimal, "Values are hexadecimal");
-    command->add_flag("--long", options->long_values,
-                      "32-bit values in two registers each, with functions 3 and 16");
-    command->add_option("--format", options->format, "decimal, hex or smart")
-        ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case));
+        ->add_option("--protocol", options->protocol, "full, modbus (the default), xon or tellura")
+        ->transform(CLI::CheckedTransformer(protocol_names(), CLI::ignore_case));
+    command->add_option("--address", options->address, "Address of the controller")
+        ->capture_default_str();
+    options->text_option = command->add_option(
+        "command", options->text, "Command text of the Full and Xon protocols, such as \"? C1\"");
+    add_modbus_options(*command, *options);
+    add_tellura_options(*command, *options);
     command->callback([options, &chosen] {
         chosen = [options](TerminalEnvironment& environment) {
             return send(*options, environment);

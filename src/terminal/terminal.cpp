@@ -79,6 +79,7 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
         ->check(CLI::ExistingDirectory);
     ChosenCommand chosen;
     add_send_command(cli, chosen);
+    add_verify_port_command(cli, chosen);
     add_ports_command(cli, chosen);
     add_simulate_command(cli, chosen);
     add_demo_command(cli, chosen);

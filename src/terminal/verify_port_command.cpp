@@ -1,0 +1,87 @@
+#include <chrono>
+#include <thread>
+
+#include "config/device_map.h"
+#include "config/ini.h"
+#include "terminal/commands.h"
+
+namespace pelvan {
+namespace {
+
+constexpr int kNotGiven = -1;
+constexpr int kDefaultPauseSeconds = 10;
+constexpr int kLongestPauseSeconds = 600;
+constexpr double kMillisecondsPerSecond = 1000;
+
+struct VerifyOptions {
+    int protocol = kNotGiven; // then the one that the console has selected
+    int pause_seconds = kNotGiven;
+    std::string jumper = "asked";
+};
+
+bool is_simulated_channel(const Application& app, int channel) {
+    const auto& devices = app.session.serial.gCommDevice;
+    if (channel >= static_cast<int>(devices.size())) return false;
+    const auto device = device_for_port(devices[static_cast<std::size_t>(channel)]->CommPort(),
+                                        app.session.config.gIniFile);
+    return device && simulator::is_simulated(*device);
+}
+
+/// The time in which somebody moves the jumper; an interrupt ends the command.
+void wait_for_jumper(TerminalEnvironment& environment, int seconds) {
+    if (seconds <= 0) return;
+    environment.err << "pelvan7: going on in " << seconds << " seconds" << std::endl;
+    const std::uint32_t begun = environment.tick.timeGetTime();
+    while (environment.tick.timeGetTime() - begun < seconds * kMillisecondsPerSecond) {
+        if (environment.stop) throw CommandAborted{"interrupted"};
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+}
+
+int verify(const VerifyOptions& options, TerminalEnvironment& environment) {
+    TerminalApplication terminal(environment);
+    Application& app = terminal.app();
+    if (!terminal.start()) return exit_code::kFailed;
+    const int saved = ini_read_int(ini_key::kCommsSection, ini_key::kDefaultProtocol,
+                                   protocol::kModbus, app.session.config.gIniFile);
+    const int channel = options.protocol == kNotGiven ? saved : options.protocol;
+    int pause = options.pause_seconds;
+    if (pause == kNotGiven) pause = is_simulated_channel(app, channel) ? 0 : kDefaultPauseSeconds;
+    if (options.jumper == "in") app.console.mnuJumperIn.choose();
+    if (options.jumper == "out") app.console.mnuJumperOut.choose();
+    app.console.move_simulated_jumper = [&](bool in) {
+        app.simulators.set_jumper(in);
+        wait_for_jumper(environment, pause);
+    };
+    const bool passed = app.console.verify_port(static_cast<std::int16_t>(channel));
+    return passed ? exit_code::kDone : exit_code::kFailed;
+}
+
+} // namespace
+
+void add_verify_port_command(CLI::App& cli, ChosenCommand& chosen) {
+    auto options = std::make_shared<VerifyOptions>();
+    CLI::App* command =
+        cli.add_subcommand("verify-port", "Loop-back test of a port and its wiring");
+    command
+        ->add_option("--protocol", options->protocol,
+                     "Whose channel to test: full, modbus, xon or tellura (default: the one that "
+                     "the console has selected)")
+        ->transform(CLI::CheckedTransformer(protocol_names(), CLI::ignore_case));
+    command
+        ->add_option("--pause", options->pause_seconds,
+                     "Seconds for moving the jumper at each message (default: 10; 0 on simulated "
+                     "devices)")
+        ->check(CLI::Range(0, kLongestPauseSeconds));
+    command
+        ->add_option("--jumper", options->jumper,
+                     "Jumper of simulated:loopback: asked (moved as the messages ask), in or out")
+        ->check(CLI::IsMember({"asked", "in", "out"}));
+    command->callback([options, &chosen] {
+        chosen = [options](TerminalEnvironment& environment) {
+            return verify(*options, environment);
+        };
+    });
+}
+
+} // namespace pelvan
