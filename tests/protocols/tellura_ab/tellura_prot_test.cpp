@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "platform/line_port.h"
 #include "protocols/tellura_ab/tellura_prot.h"
 #include "simulator/simulator_hub.h"
@@ -176,6 +178,25 @@ TEST_F(TelluraTest, ChecksAndReadsReplies) {
                   each.data);
     }
     EXPECT_EQ(prot.ReadReply(bytes("10 02 00 08 41 50 00 00 10 03 67 00")).status, 0x50U);
+}
+
+TEST_F(TelluraTest, AnyBytesEndInAPacketOrInBad) {
+    rig.tick.step_ms = 20;
+    std::mt19937 random(7);
+    const std::string favourites = bytes("10 02 03 06 10 00 15 FF");
+    for (int i = 0; i < 400; ++i) {
+        prot.set_check(i % 2 == 0 ? TelluraCheck::Bcc : TelluraCheck::Crc);
+        std::string back = i % 3 == 0 ? bytes("10 06 10 02") : std::string();
+        for (std::size_t left = i == 0 ? 10000 : random() % 40; left > 0; --left)
+            back += favourites[random() % favourites.size()];
+        port().replies.assign(1, {{1, back}});
+        const std::string reply = prot.Exchange("packet");
+        EXPECT_TRUE(reply == kTelluraBad || reply.starts_with(bytes("10 02")));
+        for (const std::string& text : {reply, back}) {
+            static_cast<void>(prot.CheckReply(text));
+            EXPECT_LE(prot.ReadReply(text).data.size(), text.size());
+        }
+    }
 }
 
 /// Writes and reads back through a simulated controller on a paced line.
