@@ -29,6 +29,7 @@ bool verify_port(Services& services, Link& link, History& history, Form& form, s
                  const std::function<void(bool in)>& jumper_moved) {
     const auto comes_back = [&](const char* text) {
         const Hourglass busy(form);
+        history.sending();
         const std::string received = link.transmit(channel, text, kTimeoutMs, kQuietChars);
         history.add(text, received);
         return received == text;

@@ -62,6 +62,7 @@ SendOutcome TelluraPanel::send() {
     const auto request = build(sent);
     if (!request) return {SendOutcome::Kind::Refused, "Nothing was sent", false};
     recall_.remember(sent);
+    history_.sending();
     const double begun = link_.countdowns().read_tick();
     const std::string reply = protocol_.Exchange(request->packet);
     const double taken = link_.countdowns().read_tick() - begun;

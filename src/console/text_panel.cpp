@@ -69,6 +69,7 @@ SendOutcome TextPanel::send(TextProtocol protocol, const TextEntry& entry) {
 }
 
 SendOutcome TextPanel::send_full(const TextEntry& entry) {
+    history_.sending();
     const double begun = link_.countdowns().read_tick();
     const std::string result = full_.full_command(
         entry.command, address_number(entry.device_address), kFullCommandTimeoutMs);
@@ -82,6 +83,7 @@ SendOutcome TextPanel::send_full(const TextEntry& entry) {
 }
 
 SendOutcome TextPanel::send_xon(const std::string& command) {
+    history_.sending();
     const double begun = link_.countdowns().read_tick();
     const std::string reply =
         link_.transmit(kXonChannel, command + "\r", kXonTimeoutMs, kXonQuietChars);
