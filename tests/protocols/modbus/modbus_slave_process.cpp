@@ -1,9 +1,9 @@
 // A Modbus RTU slave built on libmodbus: the independent controller that tests talk to.
 //
-//     modbus_slave_process DEVICE [BAUD]
+//     modbus_slave_process DEVICE
 //
-// Serves slave 1 on DEVICE (8N1, 9600 unless given; a pseudo-terminal as a rule) until it is killed
-// or the other end goes away, and prints the line "ready" when it listens. 200 of each kind, from
+// Serves slave 1 on DEVICE, a pseudo-terminal, until it is killed or the other end goes away, and
+// prints the line "ready" when it listens. 200 of each kind, from
 // number 0: holding register i is i*10, of 100 to 109 the negative; input register i is i*10 + 1;
 // coil i is on when 3 divides i; discrete input i is on when i is odd. Writes are kept.
 #include <modbus.h>
@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -47,16 +46,11 @@ void serve(modbus_t* context, modbus_mapping_t* mapping) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s DEVICE [BAUD]\n", argv[0]);
-        return 2;
-    }
-    const int baud = argc > 2 ? std::atoi(argv[2]) : 9600;
-    const Context context(modbus_new_rtu(argv[1], baud, 'N', 8, 1), &modbus_free);
+    const Context context(modbus_new_rtu(argc > 1 ? argv[1] : "", 9600, 'N', 8, 1), &modbus_free);
     const Mapping mapping(modbus_mapping_new(kItems, kItems, kItems, kItems), &modbus_mapping_free);
     if (!context || !mapping || modbus_set_slave(context.get(), kSlave) != 0 ||
         modbus_connect(context.get()) != 0) {
-        std::fprintf(stderr, "%s: %s\n", argv[1], modbus_strerror(errno));
+        std::fprintf(stderr, "%s\n", modbus_strerror(errno));
         return 1;
     }
     fill(*mapping);

@@ -2,13 +2,49 @@
 
 #include <cmath>
 
-#include "protocols/modbus/bytes.h"
+#include "platform/run_time_error.h"
+#include "protocols/modbus/modbus.h"
+#include "support/frames.h"
+#include "support/modbus_slave.h"
 
 namespace pelvan {
 namespace {
 
 using testing::bytes;
-using testing::sealed;
+using testing::frame;
+using testing::hex_of;
+
+TEST(ModbusCrc, KnownAnswers) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        // "MODBUS over Serial Line", appendix on CRC generation; check value of CRC-16/MODBUS.
+        {bytes("02 07"), "41 12"},
+        {"123456789", "37 4B"},
+        // Sent by mbpoll on libmodbus 3.1.6, captured on a pseudo-terminal, and the answer of a
+        // libmodbus slave.
+        {bytes("01 03 00 62 00 04"), "E5 D7"},
+        {bytes("01 10 00 32 00 02 04 02 8F 00 05"), "81 32"},
+        {bytes("01 03 08 03 D4 03 DE FC 18 FC 0E"), "99 7C"},
+        {"", "FF FF"},
+    };
+    ModbusState state;
+    for (const auto& [message, crc] : cases) {
+        Modbus(state).ModbusCrc(message);
+        const std::string sent{static_cast<char>(state.gCrcLow), static_cast<char>(state.gCrcHigh)};
+        EXPECT_EQ(hex_of(sent), crc) << hex_of(message);
+    }
+}
+
+TEST(LongWords, SplitAndJoin) {
+    const std::vector<std::tuple<const char*, std::int16_t, std::int16_t>> cases = {
+        {"0", 0, 0},       {"65541", 1, 5},           {"40000", 0, -25536},      {"-1", -1, -1},
+        {"-65536", -1, 0}, {"2147483647", 32767, -1}, {"-2147483648", -32768, 0}};
+    for (const auto& [text, high, low] : cases) {
+        EXPECT_EQ(SplitLongToWords(text), std::to_string(high) + " " + std::to_string(low));
+        EXPECT_EQ(std::to_string(join_words(high, low)), text);
+    }
+    EXPECT_EQ(SplitLongToWords(""), "");
+    EXPECT_THROW((void)SplitLongToWords("2147483648"), RunTimeError);
+}
 
 class ModbusBuildRequest : public ::testing::Test {
   protected:
@@ -24,69 +60,76 @@ class ModbusBuildRequest : public ::testing::Test {
 };
 
 TEST_F(ModbusBuildRequest, FramesAreExact) {
-    struct Case {
-        int function;
-        int address;
-        float start;
-        std::vector<float> values;
-        std::string frame;
-    };
     const float end = kValueListEnd;
-    const Case cases[] = {
-        {3, 1, 0, {1, end, 7}, bytes({1, 3, 0, 0, 0, 1})},
-        {3, 1, 0, {1}, bytes({1, 3, 0, 0, 0, 1})},
-        {1, 0, 65535, {8, end}, bytes({0, 1, 0xFF, 0xFF, 0, 8})},
-        {6, 247, 300, {-32768, end}, bytes({247, 6, 1, 44, 0x80, 0})},
-        {6, 1, 2.5F, {2.5F, end}, bytes({1, 6, 0, 2, 0, 2})},
-        {6, 1, 3.5F, {-0.25F, end}, bytes({1, 6, 0, 4, 0, 0})},
-        {8, 1, 0, {0x1234, end}, bytes({1, 8, 0, 0, 0x12, 0x34})},
-        {4, 1, 5, {1, 2, end}, bytes({1, 4, 0, 5, 0, 1, 0, 2})},
-        {15, 2, 16, {1, 0, 1, end}, bytes({2, 15, 0, 16, 0, 3, 6, 0, 1, 0, 0, 0, 1})},
-        {16, 2, 16, {-1, 258, end}, bytes({2, 16, 0, 16, 0, 2, 4, 0xFF, 0xFF, 1, 2})},
-        {16, 2, 16, {end}, bytes({2, 16, 0, 16, 0, 0, 0})},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(build(c.function, c.address, c.start, c.values), sealed(c.frame)) << c.function;
+    EXPECT_EQ(build(3, 1, 0, {1, end, 7}), frame("01 03 00 00 00 01"));
+    EXPECT_EQ(build(3, 1, 0, {1}), frame("01 03 00 00 00 01"));
+    EXPECT_EQ(build(1, 0, 65535, {8, end}), frame("00 01 FF FF 00 08"));
+    EXPECT_EQ(build(6, 247, 300, {-32768, end}), frame("F7 06 01 2C 80 00"));
+    EXPECT_EQ(build(6, 1, 2.5F, {2.5F, end}), frame("01 06 00 02 00 02"));
+    EXPECT_EQ(build(6, 1, 3.5F, {-0.25F, end}), frame("01 06 00 04 00 00"));
+    EXPECT_EQ(build(8, 1, 0, {0x1234, end}), frame("01 08 00 00 12 34"));
+    EXPECT_EQ(build(4, 1, 5, {1, 2, end}), frame("01 04 00 05 00 01 00 02"));
+    EXPECT_EQ(build(15, 2, 16, {1, 0, 1, end}), frame("02 0F 00 10 00 03 06 00 01 00 00 00 01"));
+    EXPECT_EQ(build(16, 2, 16, {-1, 258, end}), frame("02 10 00 10 00 02 04 FF FF 01 02"));
+    EXPECT_EQ(build(16, 2, 16, {end}), frame("02 10 00 10 00 00 00"));
+    std::span<float> none;
+    EXPECT_EQ(modbus.ModbusBuildRequest(3, 1, 0, none), frame("01 03 00 00"));
 }
 
 TEST_F(ModbusBuildRequest, RefusesInThisOrder) {
-    struct Case {
-        int function;
-        int address;
-        float start;
-        float value;
-        const char* text;
-    };
-    const Case cases[] = {
-        {0, 248, -1, 40000, "Bad COMMAND TYPE selected."},
-        {7, 1, 0, 1, "Bad COMMAND TYPE selected."},
-        {17, 1, 0, 1, "Bad COMMAND TYPE selected."},
-        {3, 248, -1, 40000, "Bad ADDRESS entered."},
-        {3, -1, 0, 1, "Bad ADDRESS entered."},
-        {3, 1, -0.5F, 40000, "Bad REGISTER entered."},
-        {3, 1, 65536, 1, "Bad REGISTER entered."},
-        {3, 1, NAN, 1, "Bad REGISTER entered."},
-        {6, 1, 0, 32768, "Bad DATA VALUE entered."},
-        {6, 1, 0, -32769, "Bad DATA VALUE entered."},
-        {6, 1, 0, NAN, "Bad DATA VALUE entered."},
-    };
-    for (const Case& c : cases) {
-        const std::string text = build(c.function, c.address, c.start, {c.value, kValueListEnd});
-        EXPECT_EQ(text, c.text);
+    const auto refusal = [this](int function, int address, float start, float value) {
+        const std::string text = build(function, address, start, {value, kValueListEnd});
         EXPECT_TRUE(is_refusal(text));
-    }
+        return text;
+    };
+    EXPECT_EQ(refusal(0, 248, -1, 40000), "Bad COMMAND TYPE selected.");
+    for (const int function : {7, 17})
+        EXPECT_EQ(refusal(function, 1, 0, 1), "Bad COMMAND TYPE selected.") << function;
+    for (const int address : {248, -1})
+        EXPECT_EQ(refusal(3, address, -1, 40000), "Bad ADDRESS entered.") << address;
+    for (const float start : {-0.5F, 65536.0F, NAN})
+        EXPECT_EQ(refusal(3, 1, start, 40000), "Bad REGISTER entered.") << start;
+    for (const float value : {32768.0F, -32769.0F, NAN})
+        EXPECT_EQ(refusal(6, 1, 0, value), "Bad DATA VALUE entered.") << value;
 }
 
 TEST_F(ModbusBuildRequest, RewritesNegativeValuesUpToTheBadOne) {
     EXPECT_TRUE(is_refusal(build(16, 1, 0, {-1, 5, 32768, -2, kValueListEnd})));
     EXPECT_EQ(list, (std::vector<float>{0, 65535, 5, 32768, -2, kValueListEnd}));
-}
-
-TEST_F(ModbusBuildRequest, RefusesMoreWordsThanTheByteCountCanSay) {
+    // No more words than the byte count can say.
     EXPECT_EQ(build(16, 1, 0, std::vector<float>(127, 1)).size(), 9U + 254U);
     EXPECT_EQ(build(16, 1, 0, std::vector<float>(128, 1)), "Bad DATA VALUE entered.");
-    std::span<float> none;
-    EXPECT_EQ(modbus.ModbusBuildRequest(3, 1, 0, none), sealed(bytes({1, 3, 0, 0})));
+}
+
+/// The builder's frames, put to a slave built on libmodbus, and its replies, put to the decoder.
+class LibmodbusSlave : public ::testing::Test {
+  protected:
+    std::string exchange(int function, float start, std::vector<float> values,
+                         std::size_t reply_bytes) {
+        values.insert(values.begin(), 0);
+        const std::string request =
+            modbus_.ModbusBuildRequest(static_cast<std::int16_t>(function), 1, start, values);
+        line_.send(request);
+        return modbus_.ModbusDecodeSmartDecimal(0, line_.receive(reply_bytes));
+    }
+
+    testing::PtyPair line_{testing::PtyPair::Slave::KeepOpen};
+    testing::ModbusSlaveProcess slave_{PELVAN_MODBUS_SLAVE, line_.path()};
+    ModbusState state_;
+    Modbus modbus_{state_};
+};
+
+TEST_F(LibmodbusSlave, TakesTheBuildersFrames) {
+    EXPECT_EQ(exchange(3, 98, {4}, 13), "980 990 -1000 -1010");
+    EXPECT_EQ(exchange(4, 5, {1}, 7), "51");
+    EXPECT_EQ(exchange(1, 3, {4}, 6), "9");
+    EXPECT_EQ(exchange(2, 0, {8}, 6), "170");
+    EXPECT_EQ(exchange(6, 7, {-12}, 8), "7 -12");
+    EXPECT_EQ(exchange(5, 4, {-256}, 8), "4 -256");
+    EXPECT_EQ(exchange(16, 20, {-1, 5}, 8), "20 2");
+    EXPECT_EQ(exchange(3, 20, {2}, 9), "-1 5");
+    EXPECT_EQ(exchange(1, 3, {4}, 6), "11");
+    EXPECT_EQ(exchange(3, 198, {4}, 5), "Exception Error: 131 2");
 }
 
 } // namespace

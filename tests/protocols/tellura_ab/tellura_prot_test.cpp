@@ -5,22 +5,14 @@
 #include "platform/line_port.h"
 #include "protocols/tellura_ab/tellura_prot.h"
 #include "simulator/simulator_hub.h"
+#include "support/frames.h"
 #include "support/serial_rig.h"
-#include "text/numbers.h"
-#include "text/strings.h"
 
 namespace pelvan {
 namespace {
 
+using testing::bytes;
 using Texts = std::vector<std::string>;
-
-/// "01 03 0A" as bytes.
-std::string bytes(const std::string& hex) {
-    std::string result;
-    for (const std::string& pair : split(hex, ' '))
-        if (!pair.empty()) result += static_cast<char>(hex_number(pair).value());
-    return result;
-}
 
 class TelluraTest : public ::testing::Test {
   protected:
@@ -71,7 +63,6 @@ TEST_F(TelluraTest, Crc) {
 }
 
 TEST_F(TelluraTest, BuildsRequests) {
-    EXPECT_EQ(build(1, "01ca", "", false, 2), "10 02 08 00 01 00 00 00 01 CA 02 10 03 2A");
     EXPECT_EQ(build(9, "0110", "", false, 16),
               "10 02 10 10 00 01 00 00 00 01 10 10 10 10 10 03 CE");
     EXPECT_EQ(build(32, "FFfF", "10a0", true, 0),
@@ -83,99 +74,65 @@ TEST_F(TelluraTest, BuildsRequests) {
 }
 
 TEST_F(TelluraTest, RefusesRequestsInWords) {
-    struct Case {
-        int address;
-        const char* parameter;
-        const char* data;
-        bool write;
-        int count;
-        const char* message;
-    };
-    const std::vector<Case> cases{
-        {0, "01ca", "", false, 2, "Invalid device address!"},
-        {33, "01ca", "", false, 2, "Invalid device address!"},
-        {1, "1ca", "", false, 2, " Invalid parameter address!"},
-        {1, "001ca", "", false, 2, " Invalid parameter address!"},
-        {1, "01cg", "", false, 2, " Invalid parameter address!"},
-        {1, " 1ca", "", false, 2, " Invalid parameter address!"},
-        {1, "01ca", "", true, 2, "Invalid data!"},
-        {1, "01ca", "123", true, 2, "Invalid data!"},
-        {1, "01ca", "12 4", true, 2, "Invalid data!"},
-        {1, "01ca", "", false, 0, "Invalid number of bytes!"},
-        {1, "01ca", "", false, 256, "Invalid number of bytes!"},
-    };
-    for (const Case& each : cases)
-        EXPECT_EQ(build(each.address, each.parameter, each.data, each.write, each.count),
-                  each.message);
-    EXPECT_EQ(rig.dialogs.shown.size(), cases.size());
+    for (const int bad : {0, 33})
+        EXPECT_EQ(build(bad, "01ca", "", false, 2), "Invalid device address!") << bad;
+    for (const char* bad : {"1ca", "001ca", "01cg", " 1ca"})
+        EXPECT_EQ(build(1, bad, "", false, 2), " Invalid parameter address!") << bad;
+    for (const char* bad : {"", "123", "12 4"})
+        EXPECT_EQ(build(1, "01ca", bad, true, 2), "Invalid data!") << bad;
+    for (const int bad : {0, 256})
+        EXPECT_EQ(build(1, "01ca", "", false, bad), "Invalid number of bytes!") << bad;
+    EXPECT_EQ(rig.dialogs.shown.size(), 11U);
 }
 
 TEST_F(TelluraTest, Exchanges) {
-    const std::string reply = "10 02 00 08 41 00 00 00 02 E6 10 03 CF";
-    struct Case {
-        const char* what;
-        std::vector<std::vector<testing::Arrival>> script; // one a send
-        std::string result;
-        std::size_t sends;
+    const std::string packet = "10 02 00 08 41 00 00 00 02 E6 10 03 CF";
+    const std::string bad = "Bad or incomplete Packet!";
+    // Sends and their answers between strokes, the parts of one as "ms:bytes;ms:bytes"; the result;
+    // the sends.
+    const std::vector<std::tuple<std::string, std::string, std::size_t>> cases{
+        {"5:10 06 " + packet, packet, 1},
+        {"5:FF 10 06 " + packet + " 00 10", packet, 1}, // behind noise, before noise
+        {"5:10 06;1500:" + packet, packet, 1},
+        {"5:10 06 10;300:02 00 08 41 00;900:00 00 02 E6 10;2000:03;3000:CF", packet, 1},
+        {"5:10 15|5:|5:10 06 " + packet, packet, 3},          // NAK, silence, ACK
+        {"5:10 15|5:|5:|5:10 06 " + packet, bad, 3},          // never acknowledged
+        {"5:10 06 10 02 00 08 41 00 00 00 10 10 03", bad, 1}, // without an end
+        {"5:10 06", bad, 1},
     };
-    const std::vector<Case> cases{
-        {"in one go", {{{5, bytes("10 06 " + reply)}}}, reply, 1},
-        {"behind noise, before noise", {{{5, bytes("FF 10 06 " + reply + " 00 10")}}}, reply, 1},
-        {"packet later", {{{5, bytes("10 06")}, {1500, bytes(reply)}}}, reply, 1},
-        {"in four parts",
-         {{{5, bytes("10 06 10")},
-           {300, bytes("02 00 08 41 00")},
-           {900, bytes("00 00 02 E6 10")},
-           {2000, bytes("03")},
-           {3000, bytes("CF")}}},
-         reply,
-         1},
-        {"NAK, silence, ACK",
-         {{{5, bytes("10 15")}}, {}, {{5, bytes("10 06 " + reply)}}},
-         reply,
-         3},
-        {"never acknowledged",
-         {{{5, bytes("10 15")}}, {}, {}, {{5, bytes("10 06 " + reply)}}},
-         "Bad or incomplete Packet!",
-         3},
-        {"reply without an end",
-         {{{5, bytes("10 06 10 02 00 08 41 00 00 00 10 10 03")}}},
-         "Bad or incomplete Packet!",
-         1},
-        {"no reply", {{{5, bytes("10 06")}}}, "Bad or incomplete Packet!", 1},
-    };
-    for (const Case& each : cases) {
+    for (const auto& [script, result, sends] : cases) {
         rig.rebuild();
-        port().replies.assign(each.script.begin(), each.script.end());
-        EXPECT_EQ(TelluraProt::DisplayPacket(prot.Exchange("packet")), each.result) << each.what;
-        EXPECT_EQ(port().outputs, Texts(each.sends, "packet")) << each.what;
+        for (const std::string& answer : split(script, '|')) {
+            auto& arrivals = port().replies.emplace_back();
+            for (const std::string& part : split(answer, ';'))
+                arrivals.push_back({std::stod(part), bytes(part.substr(part.find(':') + 1))});
+        }
+        EXPECT_EQ(TelluraProt::DisplayPacket(prot.Exchange("packet")), result) << script;
+        EXPECT_EQ(port().outputs, Texts(sends, "packet")) << script;
     }
 }
 
 TEST_F(TelluraTest, ChecksAndReadsReplies) {
-    struct Case {
-        std::string reply;
-        TelluraCheck check;
-        bool passes;
-        std::string data;
+    const std::string head = "10 02 00 08 4";
+    const auto bcc = TelluraCheck::Bcc;
+    const auto crc = TelluraCheck::Crc;
+    const std::vector<std::tuple<TelluraCheck, std::string, std::string>> cases{
+        {bcc, head + "1 00 00 00 02 E6 10 03 CF", "02 E6"},
+        {bcc, head + "1 00 00 00 02 E6 10 03 CE", "fails"},
+        {bcc, head + "1 00 00 00 00 10 10 10 03 A7", "00 10"},
+        {bcc, head + "8 00 00 00 10 03 B0", ""},
+        {crc, head + "1 00 00 00 02 E6 10 03 FB 03", "02 E6"},
+        {crc, head + "1 00 00 00 02 E6 10 03 03 FB", "fails"},
+        {bcc, "10 02 01 02 03 04 10 03 F6", "fails"}, // sound but too short
+        {crc, "", "fails"},
+        {bcc, "42 41 44", "fails"},
     };
-    const std::vector<Case> cases{
-        {"10 02 00 08 41 00 00 00 02 E6 10 03 CF", TelluraCheck::Bcc, true, "02 E6"},
-        {"10 02 00 08 41 00 00 00 02 E6 10 03 CE", TelluraCheck::Bcc, false, ""},
-        {"10 02 00 08 41 00 00 00 00 10 10 10 03 A7", TelluraCheck::Bcc, true, "00 10"},
-        {"10 02 00 08 48 00 00 00 10 03 B0", TelluraCheck::Bcc, true, ""},
-        {"10 02 00 08 41 00 00 00 02 E6 10 03 FB 03", TelluraCheck::Crc, true, "02 E6"},
-        {"10 02 00 08 41 00 00 00 02 E6 10 03 03 FB", TelluraCheck::Crc, false, ""},
-        {"10 02 01 02 03 04 10 03 F6", TelluraCheck::Bcc, false, ""}, // sound but too short
-        {"", TelluraCheck::Crc, false, ""},
-        {"42 41 44", TelluraCheck::Bcc, false, ""},
-    };
-    for (const Case& each : cases) {
-        prot.set_check(each.check);
-        const std::string reply = bytes(each.reply);
-        EXPECT_EQ(prot.CheckReply(reply), each.passes) << each.reply;
-        EXPECT_EQ(each.passes ? TelluraProt::DisplayPacket(prot.ReadReply(reply).data) : "",
-                  each.data);
+    for (const auto& [check, hex, data] : cases) {
+        prot.set_check(check);
+        const std::string reply = bytes(hex);
+        const bool sound = prot.CheckReply(reply);
+        EXPECT_EQ(sound ? TelluraProt::DisplayPacket(prot.ReadReply(reply).data) : "fails", data)
+            << hex;
     }
     EXPECT_EQ(prot.ReadReply(bytes("10 02 00 08 41 50 00 00 10 03 67 00")).status, 0x50U);
 }
@@ -205,9 +162,7 @@ TEST_F(TelluraTest, OnTheSimulator) {
     frm_Comms comms([&] {
         return std::make_unique<LinePort>(
             [](int) { return "simulated:742,address=9,flip=0.1,lost_ack=0.2"; },
-            [&](const std::string& text, const LineSettings& line) {
-                return hub.open(text, line);
-            });
+            [&](const auto& text, const auto& line) { return hub.open(text, line); });
     });
     ChannelTable table(rig.state, rig.config, comms, rig.dialogs, rig.log);
     Link link(table, rig.countdowns, rig.dialogs, rig.log);
@@ -217,12 +172,12 @@ TEST_F(TelluraTest, OnTheSimulator) {
     for (int i = 0; i < 40; ++i) {
         over.set_check(i % 2 == 0 ? TelluraCheck::Bcc : TelluraCheck::Crc);
         std::uint8_t device = 9;
-        const auto request = over.BuildRequest(device, "0110", i == 0 ? "0010" : "", i == 0, 2);
+        const auto request = over.BuildRequest(device, "012C", i == 0 ? "0010" : "", i == 0, 2);
         ASSERT_TRUE(request);
         const std::string reply = over.Exchange(request->packet);
         if (!over.CheckReply(reply)) continue;
         ++sound;
-        EXPECT_EQ(over.ReadReply(reply).data.size() % 2, 0U);
+        EXPECT_EQ(over.ReadReply(reply).data, i == 0 ? "" : bytes("00 10")) << i;
     }
     EXPECT_GT(sound, 20);
 }
