@@ -23,7 +23,7 @@ int part_of(double share, int twips) {
 MDIPelvan6::MDIPelvan6(Application& application)
     : Form("MDIPelvan6", "Pelvan 7"), application_(application) {
     mnuWindow.children = {&mnuArrange, nullptr, &mnuShowConsole, &mnuShowCommand, &mnuShowResponse};
-    menus = {&mnuWindow};
+    menus = {&mnuTools, &mnuSettings};
     mnuTools.children.push_back(&mnuListen);
     mnuListen.Click = [this] { application_.listen.Show(); };
     mnuTools.children.push_back(&mnuTransfer);
@@ -105,10 +105,6 @@ Application::Application(Services given, LineOpener opener)
     history.join_console(console, console.mnuFile);
     join_settings();
     console.move_simulated_jumper = [this](bool in) { simulators.set_jumper(in); };
-    // The tools and settings are reached from every one of the three windows.
-    for (Form* form :
-         std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
-        form->menus.insert(form->menus.end() - 1, {&frame.mnuTools, &frame.mnuSettings});
 }
 
 void Application::join_settings() {

@@ -25,7 +25,7 @@ class MDIPelvan6 : public Form {
   public:
     explicit MDIPelvan6(Application& application);
 
-    /// The tools' windows; `Application` adds an entry for each.
+    /// The tools and settings are reached from every window.
     MenuEntry mnuTools{"mnuTools", "&Tools"};
     MenuEntry mnuListen{"mnuListen", "&Listening Mode", "Ctrl+Shift+L",
                         "Watch a line without sending anything."};

@@ -105,17 +105,19 @@ std::vector<QMenu*> MdiFrame::make_menus(Form& form) {
 
 void MdiFrame::show_menus() {
     const auto found = children_.find(area_->activeSubWindow());
-    const std::vector<QMenu*>& menus =
-        found == children_.end() || found->second.menus.empty() ? own_menus_ : found->second.menus;
+    std::vector<QMenu*> menus;
+    if (found != children_.end()) menus = found->second.menus;
+    // The frame's own before the help menu, where everybody looks for it.
+    const bool help_is_last =
+        !menus.empty() && without_marks(menus.back()->title()) == QStringLiteral("Help");
+    auto at = menus.end() - (help_is_last ? 1 : 0);
+    at = menus.insert(at, own_menus_.begin(), own_menus_.end());
+    if (window_menu_ != nullptr)
+        menus.insert(at + static_cast<std::ptrdiff_t>(own_menus_.size()), window_menu_);
     for (QAction* action : menuBar()->actions())
         menuBar()->removeAction(action);
     for (QMenu* menu : menus)
         menuBar()->addMenu(menu);
-    if (window_menu_ == nullptr) return;
-    // Before the help menu, where everybody looks for it.
-    const bool help_is_last =
-        !menus.empty() && without_marks(menus.back()->title()) == QStringLiteral("Help");
-    menuBar()->insertMenu(help_is_last ? menus.back()->menuAction() : nullptr, window_menu_);
 }
 
 void MdiFrame::list_children() {

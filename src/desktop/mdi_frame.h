@@ -1,5 +1,5 @@
 // The frame window: the area of the child windows, the menu bar with the menus of the active child
-// (or the frame's own while there is none), the Window menu, the keys that go from child to child,
+// and the frame's own, the Window menu, the keys that go from child to child,
 // help on F1, and the activation rule. What the menus' entries do is the forms' business.
 #pragma once
 
@@ -16,7 +16,7 @@ namespace pelvan::desktop {
 
 class MdiFrame : public QMainWindow {
   public:
-    /// `form` stands for the frame itself: its caption, its state, and the menus shown while no
+    /// `form` stands for the frame itself: its caption, its state, and the menus shown whichever
     /// child window is active. It is shown by the form's `Show` or by the window's own `show`.
     MdiFrame(const BindContext& context, Form& form);
     ~MdiFrame() override;
