@@ -5,15 +5,14 @@
 #include <modbus.h>
 #include <sys/ioctl.h>
 
-#include <cstdlib>
 #include <numeric>
-#include <sstream>
 #include <thread>
 
 #include "app/application.h"
 #include "support/fake_dialogs.h"
 #include "support/fake_time.h"
-#include "support/pty_pair.h"
+#include "support/frames.h"
+#include "support/modbus_slave.h"
 #include "support/temp_dir.h"
 
 namespace pelvan {
@@ -46,29 +45,23 @@ void exchange(modbus_t* master, int i) {
     std::iota(std::begin(words), std::end(words), static_cast<std::uint16_t>(7 * i));
     switch (i % 6) {
     case 0:
-        return static_cast<void>(modbus_read_registers(master, i % 100, count, words));
+        modbus_read_registers(master, i % 100, count, words);
+        break;
     case 1:
-        return static_cast<void>(modbus_read_input_registers(master, i % 90, count, words));
+        modbus_read_input_registers(master, i % 90, count, words);
+        break;
     case 2:
-        return static_cast<void>(
-            modbus_write_register(master, i % 100, static_cast<std::uint16_t>(i)));
+        modbus_write_register(master, i % 100, static_cast<std::uint16_t>(i));
+        break;
     case 3:
-        return static_cast<void>(modbus_write_registers(master, i % 90, count, words));
+        modbus_write_registers(master, i % 90, count, words);
+        break;
     case 4:
-        return static_cast<void>(modbus_read_bits(master, i % 90, count, bits));
+        modbus_read_bits(master, i % 90, count, bits);
+        break;
     default:
-        return static_cast<void>(modbus_read_registers(master, 10 * kItems, 1, words));
+        modbus_read_registers(master, 10 * kItems, 1, words);
     }
-}
-
-void serve(modbus_t* slave) {
-    auto* mapping = modbus_mapping_new(kItems, kItems, kItems, kItems);
-    std::uint8_t request[MODBUS_RTU_MAX_ADU_LENGTH];
-    for (int i = 0; i < kExchanges; ++i) {
-        const int length = modbus_receive(slave, request);
-        if (length > 0) modbus_reply(slave, request, length, mapping);
-    }
-    modbus_mapping_free(mapping);
 }
 
 std::size_t byte_of(const std::string& bytes, std::size_t at) {
@@ -88,66 +81,41 @@ std::string receive_reply(const PtyPair& from) {
     return head + from.receive(function <= 4 ? byte_of(head, 2) : 3);
 }
 
-/// Items of the frame as the renderings write them, made from the layout alone.
-class Items {
-  public:
-    explicit Items(const std::string& frame) : frame_(frame) {}
-    void bytes(std::size_t from, std::size_t to) {
-        for (; from < to; ++from)
-            item(byte_of(frame_, from), 2);
-    }
-    void words(std::size_t from, std::size_t to) {
-        for (; from < to; from += 2)
-            item(256 * byte_of(frame_, from) + byte_of(frame_, from + 1), 4);
-    }
-    bool hex = false;
+/// The frame in hexadecimal or decimal, made from the layout alone: a letter an item, byte or word.
+std::string rendered(const std::string& frame, bool hex, const std::string& layout) {
     std::string text;
-
-  private:
-    void item(std::size_t value, int digits) {
-        char out[16];
-        std::snprintf(out, sizeof out, hex ? "%0*zX " : "%0*zu ", hex ? digits : 1, value);
-        text += out;
+    std::size_t at = 0;
+    for (const char item : layout + "bb") {
+        std::size_t value = byte_of(frame, at++);
+        if (item == 'w') value = 256 * value + byte_of(frame, at++);
+        text += (hex ? hex_text(value, item == 'w' ? 4 : 2) : std::to_string(value)) + " ";
     }
-    const std::string& frame_;
-};
+    EXPECT_EQ(at, frame.size());
+    return text;
+}
 
 std::string request_in_decimal(const std::string& frame) {
-    Items items(frame);
-    const std::size_t end = frame.size() - 2;
-    items.bytes(0, 2);
-    items.words(2, 6);
-    if (byte_of(frame, 1) == 16) {
-        items.bytes(6, 7);
-        items.words(7, end);
-    }
-    items.bytes(end, end + 2);
-    return items.text;
+    const bool writes_many = byte_of(frame, 1) == 16;
+    return rendered(frame, false,
+                    writes_many ? "bbwwb" + std::string((frame.size() - 9) / 2, 'w') : "bbww");
 }
 
 std::string reply_in_hex(const std::string& frame) {
-    Items items(frame);
-    items.hex = true;
     const std::size_t function = byte_of(frame, 1);
-    const std::size_t end = frame.size() - 2;
-    if (function == 3 || function == 4) {
-        items.bytes(0, 3);
-        items.words(3, end);
-    } else if (function == 6 || function == 16) {
-        items.bytes(0, 2);
-        items.words(2, end);
-    } else {
-        items.bytes(0, end);
-    }
-    items.bytes(end, end + 2);
-    return items.text;
+    const std::size_t body = frame.size() - 2;
+    if (function == 3 || function == 4)
+        return rendered(frame, true, "bbb" + std::string((body - 3) / 2, 'w'));
+    return rendered(frame, true, function == 6 || function == 16 ? "bbww" : std::string(body, 'b'));
 }
 
-std::string in_raw(const std::string& frame) {
-    Items items(frame);
-    items.bytes(0, frame.size());
-    items.text.pop_back();
-    return items.text;
+/// The lines that a command prints; nothing when the program is not installed.
+std::vector<std::string> output_of(const std::string& command) {
+    std::vector<std::string> lines;
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
+    char line[2048];
+    while (pipe && std::fgets(line, sizeof line, pipe.get()))
+        lines.emplace_back(line);
+    return lines;
 }
 
 class TapTest : public ::testing::Test {
@@ -165,7 +133,10 @@ class TapTest : public ::testing::Test {
         app.listen.ListenStart(1);
     }
 
-    void hear(const std::string& frame, const std::string& expected) {
+    /// The tap hears the frame, `direction` and `format` being chosen, and shows it so.
+    void hear(const std::string& frame, int direction, int format, const std::string& expected) {
+        app.listen.opt_DataDirection.set_Value(direction);
+        app.listen.opt_DataFormat.set_Value(format);
         tap.send(frame);
         SerialPort& port = *app.session.listen.gListenDevice;
         int there = 0;
@@ -175,36 +146,31 @@ class TapTest : public ::testing::Test {
             ::ioctl(port.CommID(), FIONREAD, &there);
         }
         app.events.run([&] { port.check_receive(); });
+        frames.push_back(frame);
         const ListBox& list = app.listen.lst_CommsCommand;
-        ASSERT_EQ(list.ListCount(), ++heard);
-        ASSERT_EQ(list.List(heard - 1), expected);
+        ASSERT_EQ(list.ListCount(), static_cast<int>(frames.size()));
+        ASSERT_EQ(list.List(list.ListCount() - 1), expected);
     }
 
-    /// Runs all exchanges; each frame goes through `request_heard` or `reply_heard` on its way.
-    template <class Requests, class Replies>
-    void relay(Requests request_heard, Replies reply_heard) {
+    /// Carries all exchanges between the two, each frame heard on its way.
+    void relay() {
         const auto master = connect(to_master);
-        const auto slave = connect(to_slave);
+        const testing::ModbusSlaveProcess slave(PELVAN_MODBUS_SLAVE, to_slave.path());
         std::thread mastering([&] {
             for (int i = 0; i < kExchanges; ++i)
                 exchange(master.get(), i);
         });
-        std::thread serving([&] { serve(slave.get()); });
         for (int i = 0; i < kExchanges && !HasFatalFailure(); ++i) {
             const std::string request = receive_request(to_master);
             ++functions[static_cast<int>(byte_of(request, 1))];
-            request_heard(request);
+            hear(request, 0, 0, request_in_decimal(request));
             to_slave.send(request);
             const std::string reply = receive_reply(to_slave);
             tick.advance(kReplyAfterMs);
-            reply_heard(reply);
+            hear(reply, 1, 1, reply_in_hex(reply));
             to_master.send(reply);
         }
         mastering.join();
-        serving.join();
-        EXPECT_EQ(tap.receive(1, 0), "") << "the monitor has sent something";
-        EXPECT_EQ(app.listen.txt_HitCount.Text(), std::to_string(heard));
-        EXPECT_TRUE(dialogs.shown.empty());
     }
 
     testing::TempDir dir;
@@ -216,47 +182,18 @@ class TapTest : public ::testing::Test {
     testing::FakeDialogs dialogs;
     testing::FakeDesktop desktop;
     Application app{Services{tick, clock, dialogs, desktop, dir.path()}, open_serial_device};
-    int heard = 0;
+    std::vector<std::string> frames; // heard so far
     std::map<int, long> functions;
 };
 
-TEST_F(TapTest, ShowsEveryRequestOnceAndDecoded) {
-    relay([&](const std::string& frame) { hear(frame, request_in_decimal(frame)); },
-          [](const std::string&) {});
-    EXPECT_EQ(heard, kExchanges);
-    EXPECT_EQ(app.listen.traffic().damaged(), 0);
-}
-
-TEST_F(TapTest, ShowsEveryReplyOnceAndDecoded) {
-    app.listen.opt_DataDirection.set_Value(1);
-    app.listen.opt_DataFormat.set_Value(1);
-    relay([](const std::string&) {},
-          [&](const std::string& frame) { hear(frame, reply_in_hex(frame)); });
-    EXPECT_EQ(heard, kExchanges);
-    EXPECT_EQ(app.listen.traffic().all().exceptions, kExchanges / 6);
-}
-
-/// The lines that a command prints; nothing when the program is not installed.
-std::vector<std::string> output_of(const std::string& command) {
-    std::vector<std::string> lines;
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-    char line[2048];
-    while (pipe && std::fgets(line, sizeof line, pipe.get()))
-        lines.emplace_back(line);
-    return lines;
-}
-
-TEST_F(TapTest, PairsBothDirectionsAndSavesWhatWiresharkReads) {
-    app.listen.opt_DataFormat.set_Value(2);
-    std::vector<std::string> frames;
-    const auto hear_raw = [&](const std::string& frame) {
-        frames.push_back(frame);
-        hear(frame, in_raw(frame));
-    };
-    relay(hear_raw, hear_raw);
+TEST_F(TapTest, ShowsAndPairsEveryFrameAndSavesWhatWiresharkReads) {
+    relay();
+    EXPECT_EQ(tap.receive(1, 0), "") << "the monitor has sent something";
+    EXPECT_EQ(app.listen.txt_HitCount.Text(), std::to_string(2 * kExchanges));
+    EXPECT_TRUE(dialogs.shown.empty());
     const Traffic& traffic = app.listen.traffic();
-    EXPECT_EQ(traffic.all().requests, kExchanges);
-    EXPECT_EQ(traffic.all().replies, kExchanges);
+    EXPECT_EQ(traffic.damaged(), 0);
+    EXPECT_EQ(traffic.all().exceptions, kExchanges / 6);
     EXPECT_EQ(traffic.all().reply.count, kExchanges);
     EXPECT_NEAR(traffic.all().reply.minimum, kReplyAfterMs + kQuietMs, 1);
     EXPECT_NEAR(traffic.all().reply.maximum, kReplyAfterMs + kQuietMs, 1);
@@ -275,22 +212,18 @@ TEST_F(TapTest, PairsBothDirectionsAndSavesWhatWiresharkReads) {
                                    " -e modbus.exception_code 2>/dev/null");
     ASSERT_EQ(packets.size(), frames.size());
     for (std::size_t i = 0; i < frames.size(); ++i) {
-        const std::string& frame = frames[i];
-        std::ostringstream expected;
-        Items bytes(frame);
-        bytes.hex = true;
-        bytes.bytes(0, frame.size());
-        for (const char c : bytes.text)
-            if (c != ' ') expected << static_cast<char>(std::tolower(c));
-        const std::size_t function = byte_of(frame, 1);
-        expected << "\tModbus RTU\t1\t" << (function & 0x7F) << "\t";
-        if (function >= 0x80) expected << byte_of(frame, 2);
-        ASSERT_EQ(packets[i], expected.str() + "\n") << i;
+        std::string expected;
+        for (const char c : testing::hex_of(frames[i]))
+            if (c != ' ') expected += static_cast<char>(std::tolower(c));
+        const std::size_t function = byte_of(frames[i], 1);
+        expected += "\tModbus RTU\t1\t" + std::to_string(function & 0x7F) + "\t";
+        if (function >= 0x80) expected += std::to_string(byte_of(frames[i], 2));
+        ASSERT_EQ(packets[i], expected + "\n") << i;
     }
 }
 
 TEST_F(TapTest, UnpluggedLineIsSaidAndStartWorksWhenItIsBack) {
-    hear("head", "head");
+    hear("head", 0, 0, "head");
     const PtyPair other;
     tap.send("tail");
     tap.unplug();
