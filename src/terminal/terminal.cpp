@@ -49,7 +49,7 @@ void TerminalApplication::answer_questions_yes(bool yes) {
 }
 
 void TerminalApplication::work_went_on() {
-    parts_->dialogs.forget_last();
+    parts_->dialogs.allow_last();
 }
 
 void TerminalApplication::answer_retries(int count) {

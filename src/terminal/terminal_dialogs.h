@@ -28,8 +28,14 @@ class TerminalDialogs : public Dialogs {
     /// How many of the questions that offer it are answered with Retry, from now on.
     void answer_retries(int count) { retries_ = count; }
     void choose_file(const std::string& path) { file_ = path; }
-    /// Work went on since the last message, so the same text may come again.
-    void forget_last() { repeats_ = 0; }
+    /// Work went on since the last message, so the same text may come again; it is not printed
+    /// again.
+    void allow_last() { repeats_ = 0; }
+    /// As `allow_last`, but the same text is printed again.
+    void forget_last() {
+        last_.clear();
+        repeats_ = 0;
+    }
 
   private:
     std::ostream& err_;
