@@ -10,21 +10,29 @@ using Outcome = ControllerAccess::Outcome;
 
 constexpr float kModel = 0;
 constexpr float kInsertStep = 3;
-constexpr int kStepOffset = 1; // the register that selects a step stands behind the profile's
 
 } // namespace
 
 std::string Comparison::run(const std::string& file) {
     if (!same_model(file)) return run_.cancel ? "" : "The file is of another model.";
     log_("******Beginning  Compare******");
+    const int faults_before = run_.faults;
     compare_lines(file);
     if (run_.cancel) {
         log_("*******Compare Canceled*******");
         return {};
     }
     log_("*******Compare Complete*******");
-    run_.completed = true;
-    if (run_.differences == 0) return "The controller holds what the file says.";
+    run_.completed = compared_ > 0;
+    return outcome(faults_before);
+}
+
+std::string Comparison::outcome(int faults_before) const {
+    if (compared_ == 0) return "The file has no register line: nothing was compared.";
+    if (run_.differences == 0)
+        return run_.faults == faults_before
+                   ? "The controller holds what the file says."
+                   : "No difference was found, but not everything could be compared.";
     return "The controller differs from the file in " + std::to_string(run_.differences) +
            (run_.differences == 1 ? " register." : " registers.");
 }
@@ -41,7 +49,11 @@ bool Comparison::same_model(const std::string& file) {
     if (model_in_header(skip_to_line(*setup, kModelLine + 1)) != number) return false;
     const std::string sequence =
         sequence_path(services_.application_directory, plain_single(number) + ".cds");
-    if (fileexists(sequence)) registers_ = SequenceFile(sequence).read_profile_registers();
+    if (fileexists(sequence)) {
+        SequenceFile cds(sequence);
+        has_profiles_ = cds.has_profiles();
+        registers_ = cds.read_profile_registers();
+    }
     profiles_.begin_upload(registers_);
     return true;
 }
@@ -52,23 +64,27 @@ void Comparison::compare_lines(const std::string& file) {
     const auto setup = opentextfile(file);
     skip_to_line(*setup, kFirstSetupLine);
     while (!setup->AtEndOfStream() && !run_.cancel) {
-        const auto line = parse_setup_line(setup->readline());
-        if (line) compare_line(*line);
+        const std::string text = setup->readline();
+        if (const auto line = parse_setup_line(text))
+            compare_line(*line);
+        else if (!text.empty())
+            access_.list_line(text);
         progress_.set_Value(progress_.Value() + 1);
         services_.desktop.let_events_run();
     }
 }
 
 void Comparison::compare_line(const SetupLine& line) {
+    ++compared_;
+    if (!has_profiles_ || !registers_.contains(line.register_number)) return compare_register(line);
     if (line.register_number == registers_.number) return select_profile(line);
-    if (registers_.contains(line.register_number)) return compare_profile_line(line);
-    compare_register(line);
+    compare_profile_line(line);
 }
 
 void Comparison::select_profile(const SetupLine& line) {
     const auto exists = profiles_.Profile_Exists(line.value);
-    run_.cancel = run_.cancel || !exists;
     profile_there_ = exists.value_or(false);
+    step_there_ = true;
     steps_wanted_ = 1;
     if (exists && !*exists) list_difference(line, "no such profile");
 }
@@ -82,14 +98,13 @@ void Comparison::compare_profile_line(const SetupLine& line) {
     }
     check_step_count();
     if (!profile_there_ || run_.cancel) return;
-    if (line.register_number == registers_.number + kStepOffset) return select_step(line);
-    compare_register(line);
+    if (line.register_number == registers_.step()) return select_step(line);
+    if (step_there_) compare_register(line);
 }
 
 void Comparison::check_step_count() {
     if (steps_wanted_ == 0) return;
     const auto steps = profiles_.step_count();
-    run_.cancel = run_.cancel || !steps;
     if (steps && *steps != steps_wanted_)
         list_difference({registers_.step_count, static_cast<float>(steps_wanted_)},
                         std::to_string(*steps));
@@ -98,9 +113,9 @@ void Comparison::check_step_count() {
 
 void Comparison::select_step(const SetupLine& line) {
     const Outcome outcome = profiles_.select_register(line.register_number, line.value);
-    if (outcome == Outcome::Accepted) return;
-    list_difference(line, "no such step");
-    profile_there_ = false;
+    step_there_ = outcome == Outcome::Accepted;
+    if (outcome == Outcome::Refused) list_difference(line, "no such step");
+    if (outcome == Outcome::Damaged) access_.list_damaged(line.register_number, line.value);
 }
 
 void Comparison::compare_register(const SetupLine& line) {

@@ -1,6 +1,6 @@
 // Reads every register of a setup file back from the controller and lists those that hold something
 // else. It changes no setting; of the profile registers it writes those that select a profile and a
-// step.
+// step, and those only when the model's .cds says that there are profiles.
 #pragma once
 
 #include "transfer/profile_transfer.h"
@@ -21,6 +21,7 @@ class Comparison {
     [[nodiscard]] bool same_model(const std::string& file);
     void compare_lines(const std::string& file);
     void compare_line(const SetupLine& line);
+    [[nodiscard]] std::string outcome(int faults_before) const;
     void compare_profile_line(const SetupLine& line);
     void select_profile(const SetupLine& line);
     void select_step(const SetupLine& line);
@@ -34,8 +35,11 @@ class Comparison {
     TransferRun& run_;
     ProgressBar& progress_;
     ProfileTransfer::Log log_;
+    bool has_profiles_ = false;
     ProfileRegisters registers_;
+    int compared_ = 0; // register lines
     bool profile_there_ = false;
+    bool step_there_ = false;
     int steps_wanted_ = 0; // 0: already checked
 };
 

@@ -109,7 +109,7 @@ void ControllerAccess::judge_write(float register_number, float value, TextWrite
     if (refused || is_refusal(reply_))
         record_refusal(register_number, value, file);
     else if (!last_accepted_)
-        list_error(reply_, register_number, plain_single(value));
+        list_damaged(register_number, value);
 }
 
 bool ControllerAccess::CheckCommErrorWrite(float Register_No, float DataValue,
@@ -173,14 +173,28 @@ std::optional<int> ControllerAccess::read_number(float Register_No) {
 }
 
 bool ControllerAccess::ask_retry(const std::string& text) {
-    return services_.dialogs.message_box(text, {}, MessageButtons::RetryCancel) ==
-           MessageAnswer::Retry;
+    if (services_.dialogs.message_box(text, {}, MessageButtons::RetryCancel) !=
+        MessageAnswer::Retry)
+        return false;
+    // A line that stays silent is asked for again and again: the window must not stand still.
+    services_.desktop.let_events_run();
+    return !run_.cancel;
 }
 
 void ControllerAccess::list_error(const std::string& response, float register_number,
                                   const std::string& value, const std::string& kind) {
     errors_.AddItem(response + "               " + plain_single(register_number) + "           " +
                     value + "    " + kind);
+    ++run_.faults;
+}
+
+void ControllerAccess::list_damaged(float register_number, float value) {
+    list_error(reply_, register_number, plain_single(value));
+}
+
+void ControllerAccess::list_line(const std::string& line) {
+    constexpr std::size_t kShown = 80;
+    errors_.AddItem("Line without a register number: " + line.substr(0, kShown));
     ++run_.faults;
 }
 

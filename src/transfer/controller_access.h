@@ -58,10 +58,14 @@ class ControllerAccess {
     /// up.
     [[nodiscard]] std::optional<int> read_number(float Register_No);
 
-    /// "Comm Error!" with Retry and Cancel.
+    /// "Comm Error!" with Retry and Cancel; false also when the transfer was cancelled meanwhile.
     [[nodiscard]] bool ask_retry(const std::string& text = kCommError);
     void list_error(const std::string& response, float register_number, const std::string& value,
                     const std::string& kind = kError);
+    /// The reply to the last write, that was neither its echo nor a refusal, among the errors.
+    void list_damaged(float register_number, float value);
+    /// A line of the setup file that says nothing.
+    void list_line(const std::string& line);
 
     static constexpr char kCommError[] = "Comm Error!";
     static constexpr char kError[] = "Error";

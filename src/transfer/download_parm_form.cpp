@@ -1,5 +1,7 @@
 #include "transfer/download_parm_form.h"
 
+#include <algorithm>
+
 #include "platform/run_time_error.h"
 #include "serial/errors.h"
 #include "text/numbers.h"
@@ -25,6 +27,7 @@ class frm_DownloadParm::Transferring {
     explicit Transferring(frm_DownloadParm& form) : form_(form) {
         form_.run_ = TransferRun{};
         form_.run_.running = true;
+        form_.run_.errors_before = form_.List2.ListCount();
         form_.cmbAddress.set_Enabled(false);
         form_.cmdCancel.set_Enabled(true);
         form_.cmdCancel.SetFocus();
@@ -109,7 +112,9 @@ void frm_DownloadParm::transfer(const std::function<void()>& work) {
 /// Nobody shall trust a file or a controller without having seen what went wrong.
 void frm_DownloadParm::show_new_errors() {
     if (run_.faults == 0 || List2.ListCount() == 0) return;
-    List2.set_ListIndex(0);
+    // Refusals are put ahead of everything else.
+    const int first = run_.error_count > 0 ? 0 : run_.errors_before;
+    List2.set_ListIndex(std::min(first, List2.ListCount() - 1));
     List2.SetFocus();
 }
 

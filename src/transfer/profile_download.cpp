@@ -41,25 +41,19 @@ void ProfileTransfer::DownLoadProfiles(TextWriter& setup, const std::string& mod
 }
 
 bool ProfileTransfer::select_for_reading(float register_number, int value, TextWriter& errors) {
-    const auto wanted = static_cast<float>(value);
-    if (!access_.WriteDataToControl(register_number, wanted, errors) &&
-        !access_.CheckCommErrorWrite(register_number, wanted, errors)) {
-        run_.cancel = true;
-        return false;
-    }
-    return access_.last_write_accepted();
+    return select_recorded(register_number, static_cast<float>(value), errors) ==
+           Restored::Accepted;
 }
 
 void ProfileTransfer::download_profile(const ProfileSequence& sequence, int number,
                                        TextWriter& setup, TextWriter& errors) {
     if (!select_for_reading(sequence.profile_number, number, errors)) return;
     const auto steps = step_count();
-    if (!steps) {
-        run_.cancel = true;
+    // None: a number whose profile was erased while higher ones were there.
+    if (!steps || *steps <= 0) {
+        services_.desktop.let_events_run();
         return;
     }
-    // A number whose profile was erased while higher ones were there.
-    if (*steps == 0) return;
     write_line(setup, sequence.profile_number, std::to_string(number));
     write_line(setup, sequence.action, std::to_string(static_cast<int>(Action::Create)));
     for (int i = 1; i < *steps; ++i)

@@ -48,20 +48,21 @@ class ProfileTransfer {
     /// Erases the profiles that only the numbering needed; one that cannot be erased is told.
     void erase_created();
 
-    /// Selects the profile; nothing when the user gives up, else whether it is there.
+    /// Selects the profile; nothing when the user gives up, which cancels the transfer, else
+    /// whether it is there.
     [[nodiscard]] std::optional<bool> Profile_Exists(float number);
     /// Steps of the selected profile, 0 when there is no such profile; nothing when the user gives
-    /// up.
-    [[nodiscard]] std::optional<int> step_count() {
-        return access_.read_number(registers_.step_count);
-    }
-    /// Writes a selecting register, up to five times, without recording a refusal.
+    /// up, which cancels the transfer.
+    [[nodiscard]] std::optional<int> step_count();
+    /// Writes a selecting register until it is accepted or refused, up to five times, without
+    /// recording how it ended; asks the user while no reply comes. NoReply when the user gives up,
+    /// which cancels the transfer.
     [[nodiscard]] ControllerAccess::Outcome select_register(float register_number, float value);
 
   private:
-    [[nodiscard]] ControllerAccess::Outcome select(float number) {
-        return select_register(registers_.number, number);
-    }
+    [[nodiscard]] ControllerAccess::Outcome try_select(float register_number, float value);
+    /// Selects and records what went wrong.
+    Restored select_recorded(float register_number, float value, TextWriter& errors);
     /// Values of the action register.
     enum class Action { Create = 1, Erase = 2, InsertStep = 3 };
 
@@ -70,6 +71,9 @@ class ProfileTransfer {
     [[nodiscard]] ControllerAccess::Outcome erase_selected();
     [[nodiscard]] bool CreateDeleteProfile(int number, TextWriter& errors);
     [[nodiscard]] bool fill_numbers_below(int number, TextWriter& errors);
+    [[nodiscard]] bool erase_filler(int number);
+    /// Acts and records a refusal; asks the user while no reply comes.
+    Restored act_recorded(Action action, TextWriter& errors);
     Restored select_line(const SetupLine& line, TextWriter& errors);
     Restored action_line(const SetupLine& line, TextWriter& errors);
     Restored plain_line(const SetupLine& line, TextWriter& errors);
@@ -90,9 +94,10 @@ class ProfileTransfer {
     Log log_;
     ProfileRegisters registers_;
     std::set<int> present_; // profiles known to be there
-    std::set<int> created_; // only to keep the numbering
+    std::set<int> created_; // profiles that hold nothing from before the upload
     std::set<int> in_file_;
     bool selected_ = false; // the file's current profile is the controller's
+    bool step_selected_ = false;
 };
 
 } // namespace pelvan

@@ -19,6 +19,8 @@ struct ProfileRegisters {
     float action = 4002;     // creates, erases, inserts a step
     float step_count = 4040; // steps of the selected profile, 0 when there is no such profile
 
+    /// The register that selects a step stands behind the profile's.
+    [[nodiscard]] float step() const { return number + 1; }
     /// Profile registers stand in the hundred that the selecting register begins.
     [[nodiscard]] bool contains(float register_number) const {
         return register_number >= number && register_number < number + 100;

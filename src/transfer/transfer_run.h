@@ -13,6 +13,8 @@ struct TransferRun {
     float error_count = 0;
     /// Everything that went wrong with single registers, refused writes included.
     int faults = 0;
+    /// Lines of earlier transfers in the list of errors.
+    int errors_before = 0;
     /// Registers that hold something else than the file.
     int differences = 0;
     /// The transfer did what it was asked to, single faults aside.

@@ -1,5 +1,6 @@
 #include <filesystem>
 
+#include "platform/run_time_error.h"
 #include "text/numbers.h"
 #include "transfer/download_parm_form.h"
 
@@ -52,7 +53,12 @@ void frm_DownloadParm::upload() {
             "so Upload of values is canceled.");
         return;
     }
-    upload_lines(plan, *errors);
+    try {
+        upload_lines(plan, *errors);
+    } catch (const RunTimeError&) {
+        if (plan.has_profiles) profiles_.erase_created();
+        throw;
+    }
     errors->Close();
     upload_ended(plan);
 }
@@ -87,6 +93,7 @@ bool frm_DownloadParm::find_profiles(Plan& plan) {
 
 bool frm_DownloadParm::erase_settings(const Plan& plan, TextWriter& errors) {
     List2.Clear();
+    run_.errors_before = 0;
     log("******Erasing Old Settings******");
     const auto pause = [this] { services_.desktop.let_events_run(); };
     std::string question = ControllerAccess::kCommError;
@@ -113,16 +120,14 @@ void frm_DownloadParm::upload_lines(const Plan& plan, TextWriter& errors) {
         upload_line(plan, setup->readline(), errors);
         ProgressBar1.set_Value(ProgressBar1.Value() + 1);
     }
-    if (run_.cancel) log(kCanceledEntry);
 }
 
 void frm_DownloadParm::upload_line(const Plan& plan, const std::string& text, TextWriter& errors) {
-    // A slot of a digital-input text that was never filled is an empty line.
-    if (text.empty()) return;
     const auto line = parse_setup_line(text);
     if (!line) {
-        List2.AddItem("Line without a register number: " + text.substr(0, 80));
-        ++run_.faults;
+        // A slot of a digital-input text that was never filled is an empty line.
+        if (!text.empty()) access_.list_line(text);
+        services_.desktop.let_events_run();
         return;
     }
     const Restored restored = upload_register(plan, *line, errors);
@@ -146,7 +151,10 @@ Restored frm_DownloadParm::upload_register(const Plan& plan, const SetupLine& li
 
 void frm_DownloadParm::upload_ended(const Plan& plan) {
     if (plan.has_profiles) profiles_.erase_created();
-    if (run_.cancel) return;
+    if (run_.cancel) {
+        log(kCanceledEntry);
+        return;
+    }
     run_.completed = true;
     log("*******Upload Complete*******");
     services_.dialogs.message_box("Upload Complete");

@@ -188,5 +188,31 @@ TEST_F(ProfileUpload, LinesOfAProfileThatCannotBeSelectedAreWrittenNowhere) {
     EXPECT_EQ(form.List2.ListCount(), 3);
 }
 
+TEST_F(ProfileUpload, LinesOfAStepThatCannotBeSelectedAreWrittenNowhere) {
+    write_setup("4000 1\r\n4001 9\r\n4003 1\r\n25 0\r\n");
+    refused = {4001};
+    upload_from("a.txt");
+    EXPECT_EQ(writes.back(), (std::pair{25, 0}));
+    EXPECT_EQ(writes[writes.size() - 2], (std::pair{4001, 9}));
+    EXPECT_EQ(form.List2.List(1), "No step selected               4003           1    Error");
+}
+
+TEST_F(ProfileUpload, AProfileThatStaysGetsNoStepsOnTopOfItsOwn) {
+    write_setup("4000 1\r\n4002 3\r\n25 0\r\n");
+    registers[4040] = 3;
+    refused = {4002};
+    upload_from("a.txt");
+    EXPECT_EQ(writes.back(), (std::pair{25, 0}));
+    EXPECT_EQ(std::count(writes.begin(), writes.end(), std::pair{4002, 3}), 0);
+}
+
+TEST_F(Upload, ComparingWritesNothingToAControllerWithoutProfiles) {
+    write_setup("4000 1\r\n4001 1\r\n5 1\r\n");
+    rig.dialogs.files.push_back(path("a.txt"));
+    form.cmdCompare.press();
+    EXPECT_EQ(writes, Writes{});
+    EXPECT_EQ(form.run().differences, 3);
+}
+
 } // namespace
 } // namespace pelvan::testing
