@@ -30,8 +30,9 @@ std::string QtDesktopServices::clipboard_text() {
 ScreenSize QtDesktopServices::screen_size() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (screen == nullptr) return {};
-    const QSize size = screen->availableSize();
-    return {size.width(), size.height()};
+    // In pixels of 1/96 inch, as forms are placed: their windows grow with the screen's resolution.
+    const QSizeF size = QSizeF(screen->availableSize()) * 96.0 / screen->logicalDotsPerInch();
+    return {qRound(size.width()), qRound(size.height())};
 }
 
 void QtDesktopServices::show_help(const std::string& page) {

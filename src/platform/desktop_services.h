@@ -6,7 +6,7 @@
 namespace pelvan {
 
 struct ScreenSize {
-    int width = 0; // pixels
+    int width = 0; // pixels of 1/96 inch
     int height = 0;
 };
 

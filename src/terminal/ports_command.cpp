@@ -1,6 +1,7 @@
 #include "config/device_map.h"
 #include "platform/serial_devices.h"
 #include "platform/text_file.h"
+#include "simulator/device_text.h"
 #include "terminal/commands.h"
 
 namespace pelvan {
@@ -9,7 +10,9 @@ namespace {
 constexpr int kHighestPort = 16;
 
 std::string state_of(const std::string& device) {
-    if (simulator::is_simulated(device)) return "simulated controller";
+    if (simulator::is_simulated(device))
+        return simulator::parse_simulated_device(device) ? "simulated controller"
+                                                         : "no simulated controller is called so";
     return device_state_text(probe_device(device), device);
 }
 

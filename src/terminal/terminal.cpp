@@ -99,7 +99,8 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
         environment.err << "pelvan7: " << aborted.reason << "\n";
         return exit_code::kFailed;
     } catch (const RunTimeError& error) {
-        environment.err << "pelvan7: " << error.what() << "\n";
+        TerminalDialogs dialogs(environment.err);
+        show_error_message(dialogs, error.number(), error.subject());
         return exit_code::kFailed;
     }
 }
