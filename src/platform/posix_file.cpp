@@ -112,6 +112,17 @@ int PosixFile::sync() {
     return errno;
 }
 
+int PosixFile::size(std::uintmax_t& bytes) const {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) return errno;
+    bytes = static_cast<std::uintmax_t>(status.st_size);
+    return 0;
+}
+
+void PosixFile::truncate(std::uintmax_t bytes) {
+    [[maybe_unused]] const int ignored = ::ftruncate(descriptor_, static_cast<off_t>(bytes));
+}
+
 int PosixFile::close() {
     if (descriptor_ < 0) return 0;
     const int descriptor = descriptor_;

@@ -3,6 +3,7 @@
 // left to the callers.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,9 @@ class PosixFile {
     int read_all(std::string& bytes);
     /// Waits until the data is on the disk. Devices that cannot tell count as done.
     int sync();
+    int size(std::uintmax_t& bytes) const;
+    /// Cuts the file to so many bytes; what cannot be cut stays as it is.
+    void truncate(std::uintmax_t bytes);
     int close();
     [[nodiscard]] int descriptor() const { return descriptor_; }
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 
@@ -114,8 +115,13 @@ void append_lines(const std::string& path, const std::string* lines, std::size_t
     PosixFile file;
     int error = file.open(path, O_WRONLY | O_CREAT | O_APPEND);
     if (error == ENOENT) error = ENOTDIR;
-    if (error == 0) error = file.write_all(text);
+    std::uintmax_t size_before = 0;
+    if (error == 0) error = file.size(size_before);
+    if (error != 0) throw_file_error(error, path);
+    error = file.write_all(text);
     if (error == 0 && sync) error = file.sync();
+    // The caller may try again: no line must then stand there torn or twice.
+    if (error != 0) file.truncate(size_before);
     if (error == 0) error = file.close();
     if (error != 0) throw_file_error(error, path);
 }

@@ -33,7 +33,7 @@ class TextWriter {
 [[nodiscard]] std::unique_ptr<TextReader> opentextfile(const std::string& path);
 
 /// Opens for appending (creating when missing), writes the lines, each with CR LF, and closes; the
-/// data is on the disk (not only with the system) when `sync`.
+/// data is on the disk (not only with the system) when `sync`. A failure leaves the file as it was.
 void append_lines(const std::string& path, const std::string* lines, std::size_t count, bool sync);
 void append_line(const std::string& path, const std::string& line);
 
