@@ -156,7 +156,18 @@ void TrendView::refresh() {
     show_cursor();
 }
 
+void TrendView::drop_curves_without(const std::vector<int>& rows) {
+    std::erase_if(curves_, [&](const auto& entry) {
+        if (std::binary_search(rows.begin(), rows.end(), entry.first)) return false;
+        chart_->removeSeries(entry.second);
+        delete entry.second;
+        return true;
+    });
+}
+
 void TrendView::show_rows(const std::vector<int>& rows) {
+    shown_ = rows;
+    drop_curves_without(rows);
     for (const int row : rows) {
         QLineSeries*& curve = curves_[row];
         if (curve == nullptr) {
@@ -186,6 +197,7 @@ void TrendView::scale_values(double low, double high) {
 }
 
 void TrendView::zoom(double factor, double anchor_ms) {
+    if (trend_.passes() == 0) return;
     const TrendSpan all = trend_.span();
     const double width = visible_.to_ms - visible_.from_ms;
     const double wanted =
@@ -198,6 +210,7 @@ void TrendView::zoom(double factor, double anchor_ms) {
 }
 
 void TrendView::pan(double share) {
+    if (trend_.passes() == 0) return;
     const TrendSpan all = trend_.span();
     const double width = visible_.to_ms - visible_.from_ms;
     const double latest = std::max(all.to_ms - width, all.from_ms);
@@ -226,12 +239,15 @@ void TrendView::set_cursor(double time_ms) {
 }
 
 void TrendView::show_cursor() {
-    if (curves_.empty()) return;
-    const std::vector<int> rows = trend_.rows();
+    if (shown_.empty()) {
+        line_->setVisible(false);
+        cursor_time_->clear();
+        return;
+    }
     const TrendSpan all = trend_.span();
     // Until somebody moves it the cursor stands at the newest reading.
     const double wanted = cursor_ms_ >= all.from_ms ? cursor_ms_ : all.to_ms;
-    const double at = trend_.nearest(rows.front(), wanted).time_ms;
+    const double at = trend_.nearest(shown_.front(), wanted).time_ms;
     const QRectF plot = chart_->plotArea();
     const double share = (at - visible_.from_ms) / (visible_.to_ms - visible_.from_ms);
     const double x = plot.left() + share * plot.width();
@@ -239,7 +255,7 @@ void TrendView::show_cursor() {
     line_->setLine(x, plot.top(), x, plot.bottom());
     cursor_time_->setText(time_text(at));
     for (int i = 0; i < legend_->rowCount(); ++i) {
-        const double value = trend_.nearest(rows[static_cast<std::size_t>(i)], at).value;
+        const double value = trend_.nearest(shown_[static_cast<std::size_t>(i)], at).value;
         legend_->setItem(i, 1,
                          new QTableWidgetItem(std::isnan(value) ? tr("no value")
                                                                 : QString::number(value, 'g', 15)));

@@ -1,4 +1,4 @@
-// The trend: the readings of the last day as curves, live while logging runs. It reads `Trend` and
+// The trend: the readings that are kept as curves, live while logging runs. It reads `Trend` and
 // changes nothing. Everything can be done with the keyboard: + and - zoom, Shift and the arrows
 // pan, the arrows move the cursor, Home shows everything, End follows the newest readings.
 #pragma once
@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <map>
+#include <vector>
 
 #include "logging/trend.h"
 
@@ -47,6 +48,7 @@ class TrendView : public QWidget {
     void add_button(QLayout& layout, const QString& text, const QString& tip,
                     const std::function<void()>& action);
     void look_for_news();
+    void drop_curves_without(const std::vector<int>& rows);
     void show_rows(const std::vector<int>& rows);
     void scale_values(double low, double high);
     void show_cursor();
@@ -64,6 +66,7 @@ class TrendView : public QWidget {
     QLabel* cursor_time_ = nullptr;
     QTableWidget* legend_ = nullptr;
     std::map<int, QLineSeries*> curves_;
+    std::vector<int> shown_; // row of each line of the legend
     QTimer timer_;
     TrendSpan visible_;
     double cursor_ms_ = 0;

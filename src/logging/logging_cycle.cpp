@@ -184,6 +184,8 @@ void frm_DataLogging::begin_trend_pass() {
     trend_tick_ = tick;
     if (!trend_begun_ || calendar_ms > trend_ms_ + kClockJumpMs) trend_ms_ = calendar_ms;
     trend_begun_ = true;
+    for (int row = 1; row <= kLogRows; ++row)
+        if (!in_use(row)) trend_.forget(row - 1);
     trend_.begin_pass(trend_ms_);
 }
 

@@ -1,7 +1,7 @@
 // "Data Logging": a grid of controller values that are polled at an interval, shown, and on request
 // appended to a text file. The log set (rows, interval, file options) lives in these controls and
 // nowhere else. The read of one row is LogPoller's, the waiting lines are LogBuffer's, the readings
-// of the last day are Trend's.
+// that are kept for curves are Trend's.
 #pragma once
 
 #include "config/ini.h"
@@ -66,8 +66,7 @@ class frm_DataLogging : public Form {
     MenuEntry mnuLogging{"mnuLogging", "&Logging"};
     MenuEntry mnuStartLogging{"mnuStartLogging", "&Start Logging", "F5"};
     MenuEntry mnuStopLogging{"mnuStopLogging", "S&top Logging", "Shift+F5"};
-    MenuEntry mnuTrend{"mnuTrend", "T&rend", "Ctrl+T",
-                       "Show the readings of the last day as curves."};
+    MenuEntry mnuTrend{"mnuTrend", "T&rend", "Ctrl+T", "Show the latest readings as curves."};
     MenuEntry mnuHelp{"mnuHelp", "&Help"};
     MenuEntry mnuHelpContents{"mnuHelpContents", "&Contents", "F1"};
     MenuEntry mnuIndexHelp{"mnuIndexHelp", "&Search For help On..."};

@@ -89,6 +89,10 @@ void Trend::record(int row, const std::string& name, double value) {
     column.values[slot(times_.size() - 1)] = value;
 }
 
+void Trend::forget(int row) {
+    columns_[checked_index(row, columns_.size())] = Column{};
+}
+
 std::vector<int> Trend::rows() const {
     std::vector<int> used;
     for (std::size_t i = 0; i < columns_.size(); ++i)

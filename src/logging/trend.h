@@ -1,9 +1,10 @@
-// The readings of the last day, for the trend window: bounded memory, points thinned out for a
-// drawing, the reading at a moment, and export. Time is local calendar time in milliseconds since
-// 1970 and never goes back. A row that gave no value in a pass has a gap there.
+// The readings of the last 86,400 passes, which are a day at one reading a second, for the trend
+// window: bounded memory, points thinned out for a drawing, the reading at a moment, and export.
+// Time is local calendar time in milliseconds since 1970 and never goes back. A row that gave no
+// value in a pass has a gap there.
 //
-// Memory: 8 bytes a pass for the time and 8 bytes a pass for each row that was ever in use: 0.7 MB
-// a row and 70 MB for 100 rows when all 86,400 passes are there, as after 24 hours at one a second.
+// Memory: 8 bytes a pass for the time and 8 bytes a pass for each row in use: 0.7 MB a row and
+// 70 MB for 100 rows when all 86,400 passes are there.
 //
 // The functions that a drawing needs are virtual, so that a library which is loaded while the
 // program runs can call them without holding a copy of this code.
@@ -32,7 +33,7 @@ struct TrendSpan {
 
 class Trend {
   public:
-    static constexpr std::size_t kDay = 86400; // passes
+    static constexpr std::size_t kDay = 86400; // passes, at one a second
 
     explicit Trend(int rows, std::size_t capacity = kDay);
     Trend(const Trend&) = delete;
@@ -44,6 +45,8 @@ class Trend {
     /// The row's reading in the pass that was opened last; not-a-number for none. A row that is
     /// given another name begins anew.
     void record(int row, const std::string& name, double value);
+    /// The row is no longer in use: its readings go, and their memory with them.
+    void forget(int row);
 
     /// Rows that have a curve, in order.
     [[nodiscard]] virtual std::vector<int> rows() const;

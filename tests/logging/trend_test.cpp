@@ -64,6 +64,16 @@ TEST(Trend, ANewNameBeginsAnew) {
     EXPECT_EQ(trend.name(0), "Address 2 register 7");
 }
 
+TEST(Trend, AForgottenRowIsGoneAndMayComeBack) {
+    Trend trend(2);
+    add(trend, 0, 1);
+    trend.forget(0);
+    EXPECT_TRUE(trend.rows().empty());
+    EXPECT_TRUE(std::isnan(trend.nearest(0, 0).value));
+    add(trend, 1000, 2);
+    EXPECT_EQ(trend.points(0, trend.span(), 10).size(), 1U);
+}
+
 TEST(Trend, ExportsEveryPass) {
     const testing::TempDir dir;
     Trend trend(3);
