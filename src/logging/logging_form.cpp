@@ -189,11 +189,11 @@ void frm_DataLogging::mnuSaveSet_Click() {
 }
 
 void frm_DataLogging::mnuHelpContents_Click() {
-    services_.desktop.show_help("");
+    services_.desktop.show_help(help_page());
 }
 
 void frm_DataLogging::mnuIndexHelp_Click() {
-    services_.desktop.show_help(help_page());
+    services_.desktop.show_help(""); // the contents, which can be searched
 }
 
 void frm_DataLogging::mnuClose_Click() {
