@@ -46,6 +46,11 @@ void LinePort::set_PortOpen(bool open_it) {
         close();
 }
 
+bool LinePort::lost() {
+    pump();
+    return open_ && !line_;
+}
+
 void LinePort::open() {
     if (open_) throw RunTimeError(error_number::kPortAlreadyOpen);
     const auto device = devices_(comm_port_);

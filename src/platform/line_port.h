@@ -38,6 +38,7 @@ class LinePort : public SerialPort {
     void set_Handshaking(std::int16_t mode) override { handshaking_ = mode; }
     bool PortOpen() const override { return open_; }
     void set_PortOpen(bool open) override;
+    bool lost() override;
     long InBufferCount() override;
     void set_InBufferCount(long zero) override;
     std::string Input() override;

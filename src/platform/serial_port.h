@@ -41,6 +41,9 @@ class SerialPort {
     /// Opening raises the errors listed above; closing never fails.
     virtual bool PortOpen() const = 0;
     virtual void set_PortOpen(bool open) = 0;
+    /// Open, but its line is gone: only closing and opening anew helps. Looks at the line, so that
+    /// a loss shows which no other call has met yet; what has arrived stays to be read.
+    virtual bool lost() = 0;
 
     /// Bytes waiting; never blocks. 8018 while closed, 8020 when the device is gone and nothing
     /// waits; but 0 once after the last bytes of a device that is gone, so that they end a reply.

@@ -52,8 +52,10 @@ class FakeSerialPort : public SerialPort {
     void set_PortOpen(bool open) override {
         if (open) fail("PortOpen");
         open_ = open;
+        line_lost = false;
         note(open ? "open" : "close");
     }
+    bool lost() override { return open_ && line_lost; }
     long InBufferCount() override {
         require_open();
         fail("InBufferCount");
@@ -125,6 +127,7 @@ class FakeSerialPort : public SerialPort {
     std::deque<std::vector<Arrival>> replies;                          // one an output
     std::function<std::vector<Arrival>(const std::string&)> responder; // instead of `replies`
     std::function<void(FakeSerialPort&)> on_destroy;
+    bool line_lost = false;
     bool discards_future = true; // a discard also forgets what is still on its way
 
   private:
