@@ -102,6 +102,7 @@ Application::Application(Services given, LineOpener opener)
             form->set_State(WindowState::Normal);
     };
     channels.before_rebuild = [this] { listen.ports_rebuilt(); };
+    channels.before_close = [this](SerialPort& port) { listen.port_closing(port); };
     history.join_console(console, console.mnuFile);
     join_settings();
     console.move_simulated_jumper = [this](bool in) { simulators.set_jumper(in); };

@@ -65,7 +65,6 @@ frm_Listen::frm_Listen(Services& services, Link& link, Modbus& modbus, ListenSta
                          &txt_MaxHits, &txt_BurstHitRate})
         box->set_Locked(true);
     lst_Times.set_Visible(false);
-    lbl_Status.set_Caption("Not listening.");
     opt_DataFormat.Click = [this](int index) { opt_DataFormat_Click(index); };
     opt_DataDirection.Click = [](int) {}; // looked at when a burst is rendered
     opt_CharacterDelay.Click = [this](int index) { opt_CharacterDelay_Click(index); };
@@ -99,6 +98,12 @@ void frm_Listen::join_menus() {
 }
 
 void frm_Listen::Form_Load() {
+    // A window that is opened again begins as it did the first time.
+    mnuClearScreen_Click();
+    Loglistenlist.set_Checked(false);
+    mnuShowTimes.set_Checked(false);
+    lst_Times.set_Visible(false);
+    lbl_Status.set_Caption("Not listening.");
     // Through the handlers, so that the time-out is never 0.
     click_option(opt_DataDirection, 0);
     click_option(opt_DataFormat, 0);

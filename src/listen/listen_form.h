@@ -93,9 +93,12 @@ class frm_Listen : public Form {
 
     /// The ports are about to be destroyed: ends the listening and says so.
     void ports_rebuilt();
+    /// The port is about to be closed for another channel: ends the listening on it and says so.
+    void port_closing(const SerialPort& port);
 
     [[nodiscard]] const Traffic& traffic() const { return traffic_; }
-    /// Called when `traffic()` has changed; the burst, or null when everything was cleared.
+    /// Called when `traffic()` has changed; the burst, or null when everything was cleared. What it
+    /// raises is passed on and disturbs nothing.
     std::function<void(const Burst*)> traffic_changed;
     /// The front end's way to pop up a menu.
     std::function<void(MenuEntry&)> pop_up;
@@ -104,9 +107,10 @@ class frm_Listen : public Form {
 
   private:
     void join_menus();
+    void close_lost(std::int16_t channel);
     void begin_session();
     std::string collect(SerialPort& port);
-    void record(double start_tick, double spent_ms, const std::string& text);
+    const Burst& record(double start_tick, double spent_ms, const std::string& text);
     [[nodiscard]] double wire_time(std::size_t bytes) const;
     [[nodiscard]] std::optional<RunTimeError> show_burst(const std::string& text);
     [[nodiscard]] std::string render(const std::string& text);

@@ -34,7 +34,9 @@ std::string raw_text(const std::string& bytes) {
 
 void frm_Listen::ListenStart(std::int16_t channel) {
     if (state_.gListening) ListenStop(); // the port of another channel must not go on calling
+    state_.gListenDevice = nullptr;
     SerialState& serial = link_.channels().state();
+    close_lost(channel);
     state_.gListening = true;
     state_.gListenStarted = false;
     state_.gListenCharTime = serial.gCharTime[checked_index(channel, kChannelLimit)];
@@ -57,6 +59,16 @@ void frm_Listen::ListenStart(std::int16_t channel) {
     port.set_RThreshold(1);
 }
 
+/// A port whose line went while nobody listened is open all the same, and would not be opened anew.
+void frm_Listen::close_lost(std::int16_t channel) {
+    const auto& devices = link_.channels().state().gCommDevice;
+    if (devices.empty()) return;
+    const std::size_t known = channel >= 0 ? static_cast<std::size_t>(channel) : devices.size();
+    const std::int16_t number = devices[known < devices.size() ? known : 0]->CommPort();
+    for (SerialPort* device : devices)
+        if (device->CommPort() == number && device->lost()) device->set_PortOpen(false);
+}
+
 void frm_Listen::ListenStop() {
     if (state_.gListening) lbl_Status.set_Caption("Not listening.");
     state_.gListening = false;
@@ -70,6 +82,12 @@ void frm_Listen::ports_rebuilt() {
     if (listened) lbl_Status.set_Caption("Listening stopped: the ports were set up anew.");
 }
 
+void frm_Listen::port_closing(const SerialPort& port) {
+    if (!state_.gListening || state_.gListenDevice != &port) return;
+    ListenStop();
+    lbl_Status.set_Caption("Listening stopped: another channel took the port over.");
+}
+
 void frm_Listen::ListenProcessEvent() {
     SerialPort& port = *state_.gListenDevice;
     port.set_RThreshold(0);
@@ -79,14 +97,17 @@ void frm_Listen::ListenProcessEvent() {
     const std::string text = collect(port);
     const double spent = tick_span(start, ticks.read_tick());
     std::optional<RunTimeError> log_failure;
+    const Burst* burst = nullptr;
     // Deliberate: only what the Modbus channel hears is shown and logged; on the other channels the
     // bursts are counted and nothing else.
     if (state_.gListenChannel == kModbusChannel) {
         log_failure = show_burst(text);
-        record(start, spent, text);
+        burst = &record(start, spent, text);
     }
     count_hit(start);
     port.set_RThreshold(1);
+    // Last, for it may fail, and the burst counts and the listening goes on all the same.
+    if (burst && traffic_changed) traffic_changed(burst);
     if (log_failure) throw RunTimeError(*log_failure);
 }
 
@@ -155,13 +176,13 @@ void frm_Listen::ListenLogLine(const std::string& line) {
 
 /// The last byte was there one quiet pause before the collector was content, or sooner, as the wire
 /// needs no longer for so many bytes.
-void frm_Listen::record(double start_tick, double spent_ms, const std::string& text) {
+const Burst& frm_Listen::record(double start_tick, double spent_ms, const std::string& text) {
     const double quiet = static_cast<double>(kQuietChars) * state_.gListenCharTime;
     const double length = std::min(std::max(spent_ms - quiet, 0.0), wire_time(text.size()));
     const Burst& burst = traffic_.add(start_tick, length, text);
     lst_Times.AddItem(burst_note(burst));
     lst_Times.set_ListIndex(lst_Times.ListCount() - 1);
-    if (traffic_changed) traffic_changed(&burst);
+    return burst;
 }
 
 double frm_Listen::wire_time(std::size_t bytes) const {

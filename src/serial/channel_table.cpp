@@ -228,6 +228,7 @@ std::int16_t ChannelTable::settle_twins(std::int16_t channel) {
         const bool twin = &other != &wanted && other.CommPort() == wanted.CommPort();
         if (!twin || !other.PortOpen()) continue;
         if (shared || other.Settings() != wanted.Settings()) {
+            if (before_close) before_close(other);
             other.set_PortOpen(false);
         } else {
             target = static_cast<std::int16_t>(i);

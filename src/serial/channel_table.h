@@ -61,6 +61,8 @@ class ChannelTable {
     [[nodiscard]] SerialState& state() { return state_; }
     /// Called at the beginning of every rebuild, while the old ports still stand.
     std::function<void()> before_rebuild;
+    /// Called before the port of another channel is closed to make way for the one that is opened.
+    std::function<void(SerialPort&)> before_close;
 
   private:
     [[nodiscard]] bool build_channel(int n);

@@ -19,6 +19,7 @@ class ListenTest : public ::testing::Test {
         rig.tick.step_ms = 0.001;
         rig.build({"1;9600,N,8,1;1", "2;9600,N,8,1;1", "3;9600,N,8,1;1"});
         rig.table.before_rebuild = [this] { form.ports_rebuilt(); };
+        rig.table.before_close = [this](SerialPort& port) { form.port_closing(port); };
         form.Load();
     }
     void start(std::int16_t on_channel = 1) {
@@ -94,15 +95,20 @@ TEST_F(ListenTest, EveryByteRaisesTheEventOnlyWhileListening) {
     start();
     EXPECT_EQ(port().RThreshold(), 1);
     int threshold_inside = -1;
-    form.traffic_changed = [&](const Burst*) { threshold_inside = port().RThreshold(); };
+    form.lst_CommsCommand.watch_lines(
+        [&](ListChange, int) { threshold_inside = port().RThreshold(); });
     burst_at(2000, "x");
     EXPECT_EQ(threshold_inside, 0);
+    form.traffic_changed = [](const Burst*) { throw RunTimeError(error_number::kDiskFull); };
+    EXPECT_EQ(testing::error_of([&] { burst_at(2100, "w"); }), error_number::kDiskFull);
+    form.traffic_changed = nullptr;
+    EXPECT_EQ(form.txt_HitCount.Text(), "2");
     EXPECT_EQ(port().RThreshold(), 1);
     form.mnuStopListen.choose();
     EXPECT_EQ(port().RThreshold(), 0);
     burst_at(3000, "y");
     port().OnComm(); // an event that was on its way
-    EXPECT_EQ(lines(), Texts{"x"});
+    EXPECT_EQ(lines(), (Texts{"x", "w"}));
     start();
     form.mnuExitListen.choose();
     EXPECT_FALSE(state.gListening);
@@ -147,6 +153,20 @@ TEST_F(ListenTest, NewSessionKeepsBoxesListAndLastHit) {
               "");
     burst_at(2700, "d");
     EXPECT_EQ(form.txt_HitCount.Text(), "2"); // the session goes on
+}
+
+TEST_F(ListenTest, AWindowOpenedAgainBeginsAsTheFirstTime) {
+    form.Loglistenlist.choose();
+    form.mnuShowTimes.choose();
+    start();
+    burst_at(2000, "a");
+    form.mnuExitListen.choose();
+    form.Load();
+    EXPECT_TRUE(lines().empty());
+    EXPECT_EQ(form.txt_HitCount.Text(), "");
+    EXPECT_TRUE(form.traffic().bursts().empty());
+    EXPECT_FALSE(form.Loglistenlist.Checked() || form.mnuShowTimes.Checked());
+    EXPECT_FALSE(form.lst_Times.Visible());
 }
 
 TEST_F(ListenTest, OtherChannelsAreCountedOnly) {
@@ -246,6 +266,23 @@ TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
     EXPECT_EQ(state.gListenChannel, 1);
     EXPECT_EQ(state.gListenDevice, rig.ports[0]);
     EXPECT_EQ(rig.ports[0]->RThreshold(), 1);
+    // Lost while nobody listened: opened anew.
+    form.mnuStopListen.choose();
+    rig.ports[0]->line_lost = true;
+    start(1);
+    EXPECT_TRUE(state.gListening);
+    EXPECT_FALSE(rig.ports[0]->lost());
+    // A channel with other settings takes the port.
+    rig.build({"1;9600,N,8,1;1", "1;4800,N,8,1;1"});
+    start(1);
+    rig.table.open_port(zero);
+    EXPECT_FALSE(state.gListening);
+    EXPECT_EQ(form.lbl_Status.Caption(), "Listening stopped: another channel took the port over.");
+    start(1); // and takes it back
+    EXPECT_TRUE(state.gListening);
+    start(0);
+    EXPECT_TRUE(state.gListening);
+    EXPECT_EQ(state.gListenDevice, rig.ports[0]);
 }
 
 TEST_F(ListenTest, BurstsMayBeHugeBrokenAndEndless) {

@@ -224,7 +224,7 @@ TEST_F(TapTest, ShowsAndPairsEveryFrameAndSavesWhatWiresharkReads) {
 
 TEST_F(TapTest, UnpluggedLineIsSaidAndStartWorksWhenItIsBack) {
     hear("head", 0, 0, "head");
-    const PtyPair other;
+    PtyPair other;
     tap.send("tail");
     tap.unplug();
     SerialPort& port = *app.session.listen.gListenDevice;
@@ -237,6 +237,14 @@ TEST_F(TapTest, UnpluggedLineIsSaidAndStartWorksWhenItIsBack) {
     ini_write_string("SERIAL DEVICES", "PORT 2", other.path(), app.session.config.gIniFile);
     app.listen.ListenStart(1);
     EXPECT_TRUE(app.session.listen.gListening);
+    // The same once more while nobody listens.
+    app.listen.ListenStop();
+    other.unplug();
+    const PtyPair third;
+    ini_write_string("SERIAL DEVICES", "PORT 2", third.path(), app.session.config.gIniFile);
+    app.listen.ListenStart(1);
+    EXPECT_TRUE(app.session.listen.gListening);
+    EXPECT_EQ(dialogs.shown.size(), 2U) << "the loss and the start in vain, no more";
 }
 
 } // namespace
