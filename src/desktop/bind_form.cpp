@@ -41,7 +41,7 @@ class FormMirror : public QObject {
         window->installEventFilter(this);
         form.watch([this] { refresh(); });
         form.watch_move([this] { move(); });
-        form.watch_show([this] { come_forward(); });
+        form.watch_show([this] { return come_forward(); });
         if (form.Position() != TwipRect{}) move();
         refresh();
     }
@@ -64,8 +64,7 @@ class FormMirror : public QObject {
             break;
         case QEvent::WindowActivate:
             // Child windows of the frame are told apart by the frame.
-            if (is_top_level() && context_.activation != nullptr)
-                context_.activation->entered(form_);
+            if (is_top_level() && is_tracked()) context_.activation->entered(form_);
             break;
         default:
             break;
@@ -76,6 +75,10 @@ class FormMirror : public QObject {
   private:
     [[nodiscard]] bool is_top_level() const {
         return qobject_cast<QMdiSubWindow*>(window_) == nullptr;
+    }
+    /// A modal window is a dialog: whoever closes it has not left the window below.
+    [[nodiscard]] bool is_tracked() const {
+        return context_.activation != nullptr && !window_->isModal();
     }
 
     void refresh() {
@@ -94,7 +97,7 @@ class FormMirror : public QObject {
 
     void show_or_hide() {
         // A window that appears becomes active by itself: the program's doing, not the person's.
-        if (form_.Visible() && context_.activation != nullptr) context_.activation->shown(form_);
+        if (form_.Visible() && is_tracked()) context_.activation->shown(form_);
         window_->setVisible(form_.Visible());
         if (!form_.Visible()) activate_other_child();
     }
@@ -119,14 +122,16 @@ class FormMirror : public QObject {
             window_->resize(pixels(to.width, across), pixels(to.height, down));
     }
 
-    void come_forward() {
-        if (context_.activation != nullptr) context_.activation->shown(form_);
+    /// Whether the window was the active one before.
+    bool come_forward() {
+        const bool was_active = is_tracked() && context_.activation->shown(form_);
         if (form_.State() == WindowState::Minimized) form_.set_State(WindowState::Normal);
         window_->raise();
         if (is_top_level())
             window_->activateWindow();
         else
             window_->setFocus(Qt::ActiveWindowFocusReason);
+        return was_active;
     }
 
     BindContext context_;

@@ -1,8 +1,10 @@
 #include "desktop/mdi_frame.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QMenuBar>
 #include <QScopedValueRollback>
 #include <QShortcut>
@@ -42,6 +44,9 @@ QMdiSubWindow* MdiFrame::add_child(Form& form, QWidget* content) {
     auto* child = new QMdiSubWindow(area_);
     child->setWidget(content);
     child->hide(); // until the form is shown
+    // A key that a form's menu has as well would run neither the one nor the other.
+    for (QAction* action : child->systemMenu()->actions())
+        action->setShortcuts(QList<QKeySequence>());
     area_->addSubWindow(child);
     children_[child] = {&form, make_menus(form)};
     bind(context_, form, child);

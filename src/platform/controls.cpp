@@ -195,10 +195,12 @@ void Form::Load() {
 }
 
 void Form::Show() {
+    const bool opening = !Visible();
     Load();
     set_Visible(true);
-    raise(show_watcher_);
-    Form_Activate();
+    const auto watcher = show_watcher_;
+    const bool was_active = watcher && watcher();
+    if (opening || !was_active) Form_Activate();
 }
 
 bool Form::Unload() {

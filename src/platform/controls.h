@@ -351,7 +351,8 @@ class Form : public Control {
     [[nodiscard]] const std::string& help_page() const { return help_page_; }
 
     [[nodiscard]] bool loaded() const { return loaded_; }
-    /// Runs Form_Load when the form is not loaded, makes it visible, runs Form_Activate.
+    /// Runs Form_Load when the form is not loaded, makes it visible and runs Form_Activate, the
+    /// last not when the person is in this window already.
     void Show();
     /// Loads without showing; nothing when loaded.
     void Load();
@@ -367,8 +368,9 @@ class Form : public Control {
     /// Hears of `Move` alone: a new caption must not put a window back that was moved by hand.
     void watch_move(std::function<void()> watcher) { move_watcher_ = std::move(watcher); }
     /// Hears of every `Show`, also of a window that is visible already: it comes to the front.
-    /// Called before `Form_Activate`, which `Show` runs itself.
-    void watch_show(std::function<void()> watcher) { show_watcher_ = std::move(watcher); }
+    /// Called before `Form_Activate`, which `Show` runs itself. True when the window was the active
+    /// one of the program before.
+    void watch_show(std::function<bool()> watcher) { show_watcher_ = std::move(watcher); }
 
   protected:
     void set_help_page(std::string page) { help_page_ = std::move(page); }
@@ -380,7 +382,7 @@ class Form : public Control {
     std::string help_page_;
     bool loaded_ = false;
     std::function<void()> move_watcher_;
-    std::function<void()> show_watcher_;
+    std::function<bool()> show_watcher_;
 };
 
 /// Shows the hourglass on a form for as long as it lives.

@@ -24,7 +24,7 @@ class RecordingForm : public Form {
     bool Form_Unload() override { return may_unload; }
 
     MenuEntry menu{"mnu" + Name(), "&" + Name()};
-    MenuEntry entry{"entry" + Name(), "Entry"};
+    MenuEntry entry{"entry" + Name(), "Entry", "Ctrl+W"};
     bool may_unload = true;
 
   private:
@@ -119,6 +119,28 @@ TEST_F(FrameTest, ProgramBringsAFormForwardAndRunsItsActivationOnce) {
     EXPECT_EQ(area()->activeSubWindow(), child("console"));
     EXPECT_EQ(log_, "console;");
     EXPECT_EQ(frame_->active_form(), &console_);
+    console_.Show();
+    EXPECT_EQ(log_, "console;") << "nobody came from anywhere";
+    console_.Unload();
+    testing::run_events();
+    console_.Show();
+    EXPECT_EQ(log_, "console;history;console;");
+}
+
+TEST_F(FrameTest, ClosingAModalFormActivatesNothing) {
+    start();
+    QWidget modal(frame_.get(), Qt::Dialog);
+    modal.setWindowModality(Qt::WindowModal);
+    bind(frame_->context(), dialog_, &modal);
+    for (int i = 0; i < 2; ++i) {
+        dialog_.Show();
+        testing::run_events();
+        dialog_.Unload();
+        frame_->activateWindow();
+        testing::run_events();
+    }
+    history_.Show();
+    EXPECT_EQ(log_, "settings;settings;");
 }
 
 TEST_F(FrameTest, ClosingAChildUnloadsItsFormUnlessThatRefuses) {
@@ -167,6 +189,10 @@ TEST_F(FrameTest, KeysGoFromChildToChildAndToHelp) {
     std::string help;
     frame_->show_help = [&](const std::string& page) { help = page; };
     EXPECT_EQ(area()->activeSubWindow(), child("history"));
+    int chosen = 0;
+    history_.entry.Click = [&] { ++chosen; };
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(chosen, 1) << "the form's own key, not the window's";
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_F6, Qt::ControlModifier);
     testing::run_events();
     EXPECT_EQ(area()->activeSubWindow(), child("console"));

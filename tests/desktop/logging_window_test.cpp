@@ -73,22 +73,34 @@ TEST_F(LoggingWindowTest, TheUpperArrowOfABarAdds) {
 }
 
 TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
-    form().ReadLogSet(dir_.file("set.PV5"));
-    form().RunLoggingPass();
     const TrendWindow trend = make_trend_window(QStringLiteral(PELVAN_PROGRAM_DIRECTORY),
                                                 form().trend(), &window_->frame());
     ASSERT_NE(trend.window, nullptr) << trend.error.toStdString();
     trend.window->show();
     testing::run_events();
+    auto* chart = trend.window->findChild<QWidget*>("trend_chart");
+    QTest::keyClick(chart, Qt::Key_Plus); // there is nothing to zoom or pan yet
+    QTest::keyClick(chart, Qt::Key_Left, Qt::ShiftModifier);
+    const auto pass = [&] {
+        form().RunLoggingPass();
+        QTest::keyClick(chart, Qt::Key_Home);
+    };
+    form().ReadLogSet(dir_.file("set.PV5"));
+    pass();
     auto* legend = trend.window->findChild<QTableWidget*>("trend_legend");
     ASSERT_EQ(legend->rowCount(), 3);
     EXPECT_EQ(legend->item(0, 0)->text(), QStringLiteral("Address 1 register 0"));
     EXPECT_EQ(legend->item(0, 1)->text(), QStringLiteral("742"));
     EXPECT_EQ(legend->item(1, 1)->text(), QStringLiteral("no value"));
-    auto* chart = trend.window->findChild<QWidget*>("trend_chart");
     for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Left, Qt::Key_Home, Qt::Key_End})
         QTest::keyClick(chart, key);
     EXPECT_TRUE(form().in_use(1));
+    find<QAction>("mnuDataLogging")->trigger();
+    EXPECT_TRUE(form().in_use(1)) << "the window was the active one already";
+    form().Form_Activate();
+    pass();
+    QTest::keyClick(chart, Qt::Key_Left);
+    EXPECT_EQ(legend->rowCount(), 0);
     EXPECT_NE(make_trend_window(QStringLiteral("/nowhere"), form().trend(), nullptr).error,
               QString());
 }
