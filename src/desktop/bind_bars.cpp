@@ -36,7 +36,13 @@ void bind(const BindContext& context, ProgressBar& model, QProgressBar* bar) {
     constexpr int kSteps = 1000;
     bar->setRange(0, kSteps);
     new Mirror(context, model, bar, [&model, bar] {
-        bar->setValue(static_cast<int>(std::lround(model.Value() / model.Max() * kSteps)));
+        const int at = static_cast<int>(std::lround(model.Value() / model.Max() * kSteps));
+        if (at == bar->value()) return;
+        // The bar would paint itself at once, at every step of what it shows; it shall be painted
+        // with the other widgets.
+        bar->setUpdatesEnabled(false);
+        bar->setValue(at);
+        bar->setUpdatesEnabled(true);
     });
 }
 

@@ -1,6 +1,7 @@
 #include <QAbstractItemView>
 #include <QAbstractListModel>
 #include <QListView>
+#include <QTimer>
 
 #include "desktop/bind.h"
 #include "desktop/qt_text.h"
@@ -45,6 +46,9 @@ class ListMirror : public QObject {
         : QObject(view), list_(list), view_(view), lines_(new LineModel(list, this)),
           mirror_(new Mirror(context, list, view, [this] { show_selected(); })) {
         view->setModel(lines_);
+        pause_.setSingleShot(true);
+        pause_.setInterval(kPaintPauseMs);
+        connect(&pause_, &QTimer::timeout, this, [this] { paint_changes(); });
         list.watch_lines([this](ListChange change, int index) { changed(change, index); });
         mirror_->refresh();
         connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -56,6 +60,7 @@ class ListMirror : public QObject {
 
   private:
     void changed(ListChange change, int index) {
+        pace_painting();
         switch (change) {
         case ListChange::Added:
         case ListChange::Inserted:
@@ -64,11 +69,28 @@ class ListMirror : public QObject {
         case ListChange::Cleared:
             lines_->cleared();
             break;
-        case ListChange::Selected:
+        case ListChange::Selected: {
+            // A view scrolls to what becomes its current line; to what is already, it must be told.
+            const bool already = view_->currentIndex().row() == index;
             mirror_->refresh();
-            if (index >= 0) view_->scrollTo(lines_->index(index, 0));
+            if (already && index >= 0) view_->scrollTo(lines_->index(index, 0));
             break;
         }
+        }
+    }
+
+    /// A list that grows with every register of a transfer would be painted as often, and the line
+    /// would wait for it. The first change is painted at once, those that follow together.
+    void pace_painting() {
+        if (pause_.isActive())
+            view_->setUpdatesEnabled(false);
+        else
+            pause_.start();
+    }
+    void paint_changes() {
+        if (view_->updatesEnabled()) return;
+        view_->setUpdatesEnabled(true);
+        pause_.start();
     }
 
     void show_selected() {
@@ -81,8 +103,11 @@ class ListMirror : public QObject {
             view_->setCurrentIndex(lines_->index(list_.ListIndex(), 0));
     }
 
+    static constexpr int kPaintPauseMs = 200;
+
     ListBox& list_;
     QAbstractItemView* view_;
+    QTimer pause_;
     LineModel* lines_;
     Mirror* mirror_;
 };
