@@ -21,16 +21,19 @@ struct Parameter {
 };
 
 constexpr std::array<Parameter, 26> kParameters{{
-    {"C1", 100, 1},   {"C2", 104, 1},   {"SP1", 300, 1},  {"SP2", 319, 1},  {"PB1", 500, 1},
-    {"IT1", 501, 0},  {"DE1", 502, 0},  {"DB1", 503, 1},  {"HYS1", 504, 1}, {"PB2", 550, 1},
-    {"IT2", 551, 0},  {"DE2", 552, 0},  {"PWR1", 103, 1}, {"PWR2", 107, 1}, {"A1LO", 802, 1},
-    {"A1HI", 803, 1}, {"A2LO", 812, 1}, {"A2HI", 813, 1}, {"ALM1", 110, 0}, {"ALM2", 111, 0},
-    {"CAL1", 605, 1}, {"CT1", 701, 0},  {"LOC", 1400, 0}, {"MDL", 0, 0},    {"REV", 4, 0},
-    {"RTX", 1530, 0},
+    {"C1", 100, 1},          {"C2", 104, 1},          {"SP1", 300, 1},
+    {"SP2", 319, 1},         {"PROPBAND1", 500, 1},   {"INTEGRAL1", 501, 0},
+    {"DERIVATIVE1", 502, 0}, {"DEADBAND1", 503, 1},   {"HYSTERESIS1", 504, 1},
+    {"PROPBAND2", 550, 1},   {"INTEGRAL2", 551, 0},   {"DERIVATIVE2", 552, 0},
+    {"POWER1", 103, 1},      {"POWER2", 107, 1},      {"ALARM1LOW", 802, 1},
+    {"ALARM1HIGH", 803, 1},  {"ALARM2LOW", 812, 1},   {"ALARM2HIGH", 813, 1},
+    {"ALARM1", 110, 0},      {"ALARM2", 111, 0},      {"CALOFFSET1", 605, 1},
+    {"CYCLETIME1", 701, 0},  {"LOCKLEVEL", 1400, 0},  {"MODEL", 0, 0},
+    {"REVISION", 4, 0},      {"RETRANSMIT", 1530, 0},
 }};
 
 constexpr const char* kErrorQuery = "ER2"; // read only
-constexpr const char* kClear = "CLR";      // write only: switches every coil off
+constexpr const char* kClear = "COILSOFF"; // write only: switches every coil off
 
 std::string without_digits(std::string name) {
     while (!name.empty() && name.back() >= '0' && name.back() <= '9')

@@ -117,9 +117,9 @@ TEST(BadChecksum, SpoilsTheLastByteOfModbusRequestsOnly) {
     console.cmd_SendCommand.press();
     EXPECT_EQ(rig.last_pair(), "1 3 0 1 132 255  > No response from the controller at address 1.");
     console.opt_Protocol.set_Value(protocol::kXon);
-    console.text.txt_CommsCommand.set_Text("? MDL");
+    console.text.txt_CommsCommand.set_Text("? MODEL");
     console.cmd_SendCommand.press();
-    EXPECT_EQ(rig.last_pair(), "? MDL > 742");
+    EXPECT_EQ(rig.last_pair(), "? MODEL > 742");
     console.opt_Protocol.set_Value(protocol::kModbus);
     console.mnuGenbadCS.choose();
     console.cmd_SendCommand.press();

@@ -51,7 +51,7 @@ TEST(ConsoleProtocols, FullCommands) {
     rig.app.history.frmCommand.list.watch_lines(
         [&](ListChange, int) { during = rig.app.console.Pointer(); });
     const std::vector<std::tuple<std::string, std::string, std::string>> cases{
-        {"9", "? MDL", "? MDL > 742"},
+        {"9", "? MODEL", "? MODEL > 742"},
         {"9", "= SP1 50", "= SP1 50 > MESSAGE COMPLETED"},
         {"9", "= SP1 5000", "= SP1 5000 > Input out of limit"},
         {"8", "? C1", "? C1 > COULDN'T CONNECT TO DEVICE"},
@@ -130,12 +130,12 @@ TEST(ConsoleProtocols, EachProtocolRecallsItsOwnCommands) {
     SimulatedConsole rig(Texts(4, kDevice), protocol::kFull);
     frm_Pelvan5VB& console = rig.app.console;
     TextBox& command = console.text.txt_CommsCommand;
-    console.text.set_entry({"9", "? MDL"});
+    console.text.set_entry({"9", "? MODEL"});
     command.KeyDown(Key::Enter);
     console.text.set_entry({"8", "? C1"});
     command.KeyDown(Key::Enter);
     console.opt_Protocol.set_Value(protocol::kXon);
-    command.set_Text("? REV");
+    command.set_Text("? REVISION");
     command.KeyDown(Key::Enter);
     EXPECT_FALSE(command.KeyDown(Key::Up));
     console.opt_Protocol.set_Value(protocol::kTellura);
@@ -148,7 +148,7 @@ TEST(ConsoleProtocols, EachProtocolRecallsItsOwnCommands) {
     EXPECT_TRUE(command.KeyDown(Key::Up));
     EXPECT_EQ(console.text.entry(), (TextEntry{"8", "? C1"}));
     EXPECT_TRUE(command.KeyDown(Key::Up));
-    EXPECT_EQ(console.text.entry(), (TextEntry{"9", "? MDL"}));
+    EXPECT_EQ(console.text.entry(), (TextEntry{"9", "? MODEL"}));
 }
 
 } // namespace

@@ -81,12 +81,12 @@ TEST_F(ConsoleWindowTest, EnterSendsAndTheArrowKeysRecall) {
     EXPECT_EQ(command->text(), "? C1");
     EXPECT_TRUE(command->hasFocus());
     command->setText({});
-    QTest::keyClicks(command, "? MDL");
+    QTest::keyClicks(command, "? MODEL");
     QTest::keyClick(command, Qt::Key_Return);
     EXPECT_EQ(last_response(), "742");
     command->clear();
     QTest::keyClick(command, Qt::Key_Up);
-    EXPECT_EQ(command->text(), "? MDL");
+    EXPECT_EQ(command->text(), "? MODEL");
 }
 
 TEST_F(ConsoleWindowTest, TheLoopBackTestBreaksItsLinesAndEnds) {

@@ -16,9 +16,9 @@ class ProtocolsTest : public LineTest {
 
 TEST_F(ProtocolsTest, FullReadsRepeatsAndEnds) {
     open("simulated:742");
-    talk({{"{? MDL}", ""}, {"2#", ""}, {"1#", "1^"}, {"{? MDL}", "^"}, {"$", "{742}"}});
+    talk({{"{? MODEL}", ""}, {"2#", ""}, {"1#", "1^"}, {"{? MODEL}", "^"}, {"$", "{742}"}});
     // The host did not get it whole, and turns the line round again.
-    talk({{"!", "{742}"}, {"$", "{742}"}, {"$", ""}, {"~$", ""}, {"{? MDL}", ""}});
+    talk({{"!", "{742}"}, {"$", "{742}"}, {"$", ""}, {"~$", ""}, {"{? MODEL}", ""}});
 }
 
 TEST_F(ProtocolsTest, FullTellsTheErrorOfARefusedCommandOnce) {
@@ -31,19 +31,19 @@ TEST_F(ProtocolsTest, FullTellsTheErrorOfARefusedCommandOnce) {
 
 TEST_F(ProtocolsTest, FullFaults) {
     open("simulated:742,lost_ack=1,no_etx=1");
-    talk({{"1#", "1^"}, {"{? MDL}", ""}, {"$", "{742"}});
+    talk({{"1#", "1^"}, {"{? MODEL}", ""}, {"$", "{742"}});
     open("simulated:742,nak=1");
-    talk({{"1#", "1^"}, {"{? MDL}", "!"}});
+    talk({{"1#", "1^"}, {"{? MODEL}", "!"}});
     open("simulated:742,other=1");
     talk({{"1#", "2^"}});
 }
 
 TEST_F(ProtocolsTest, TheCommandLanguage) {
     const std::string cases =
-        "? C1:25.0|?SP1:75.0|= SP1 -12.34:OK|? sp1:-12.3|= IT1 45:OK|? IT1:45|"
+        "? C1:25.0|?SP1:75.0|= SP1 -12.34:OK|? sp1:-12.3|= INTEGRAL1 45:OK|? INTEGRAL1:45|"
         "XYZ:ERROR 20|? SP9:ERROR 21|?:ERROR 22|= SP1:ERROR 22|= SP1 abc:ERROR 23|"
         "? SP1 1:ERROR 23|= SP1 1000:ERROR 25|= C1 3:ERROR 26|? ER2:26|? ER2:0|"
-        "= ER2 1:ERROR 26|? CLR:ERROR 27|? RTX:ERROR 28|= SP1 1e99:ERROR 25";
+        "= ER2 1:ERROR 26|? COILSOFF:ERROR 27|? RETRANSMIT:ERROR 28|= SP1 1e99:ERROR 25";
     open("simulated:742");
     // The process begins to move with the first command: that one is read soon.
     for (const std::string& each : split(cases, '|')) {
@@ -58,14 +58,14 @@ TEST_F(ProtocolsTest, TheCommandLanguage) {
 TEST_F(ProtocolsTest, XonLinesMayBeTypedAndPausesAreTakenOutByFlowControl) {
     open("simulated:742");
     EXPECT_EQ(say("? M"), "");
-    EXPECT_EQ(say("DL"), "");
+    EXPECT_EQ(say("ODEL"), "");
     EXPECT_EQ(say("\r"), "742\r");
-    EXPECT_EQ(say("\r? MDL\r? REV\r"), "742\r203\r");
+    EXPECT_EQ(say("\r? MODEL\r? REVISION\r"), "742\r203\r");
     for (const bool flow_control : {false, true}) {
         LineSettings settings;
         settings.xon_xoff = flow_control;
         open("simulated:742,xoff=1", settings);
-        EXPECT_EQ(say("? MDL\r", 50), flow_control ? "" : "\x13");
+        EXPECT_EQ(say("? MODEL\r", 50), flow_control ? "" : "\x13");
         EXPECT_EQ(say(""), std::string(flow_control ? "" : "\x11") + "742\r");
     }
 }

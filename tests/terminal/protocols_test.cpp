@@ -49,14 +49,14 @@ TEST_F(TerminalProtocols, SendInEachOfThem) {
         std::string error;
     };
     const std::vector<Case> cases{
-        {{"send", "--protocol", "full", "--address", "1", "? MDL"}, 0, "? MDL\n742\n", ""},
+        {{"send", "--protocol", "full", "--address", "1", "? MODEL"}, 0, "? MODEL\n742\n", ""},
         {{"send", "--protocol", "full", "= SP1 100"}, 0, "= SP1 100\nMESSAGE COMPLETED\n", ""},
         {{"send", "--protocol", "full", "--address", "2", "? C1"},
          1,
          "? C1\n",
          "pelvan7: COULDN'T CONNECT TO DEVICE\n"},
         {{"send", "--protocol", "full"}, 1, "", "pelvan7: the command text is missing\n"},
-        {{"send", "--protocol", "xon", "? MDL"}, 0, "? MDL\n742\n", ""},
+        {{"send", "--protocol", "xon", "? MODEL"}, 0, "? MODEL\n742\n", ""},
         {{"send", "--protocol", "tellura", "--parameter", "0000", "--read", "2", "--check", "crc"},
          0,
          "10 02 08 00 01 00 00 00 00 00 02 10 03 01 47\n"

@@ -121,12 +121,12 @@ TEST(FullOnTheSimulator, ReadsWritesAndExplains) {
     Link link(table, rig.countdowns, rig.dialogs, rig.log);
     FullProtocol full(link, rig.dialogs);
     const std::vector<std::array<const char*, 3>> cases{
-        {{",address=10", "? MDL", "742"}},
+        {{",address=10", "? MODEL", "742"}},
         {{",address=10", "= SP1 100", "MESSAGE COMPLETED"}},
         {{",address=10", "? SP1", "100.0"}},
         {{",address=10", "= SP1 5000", "Input out of limit"}},
-        {{"", "? MDL", "COULDN'T CONNECT TO DEVICE"}},
-        {{",address=10,no_etx=1", "? MDL", "NAK NOT RECEIVED"}},
+        {{"", "? MODEL", "COULDN'T CONNECT TO DEVICE"}},
+        {{",address=10,no_etx=1", "? MODEL", "NAK NOT RECEIVED"}},
     };
     rig.build({"1;9600,N,8,1;1"});
     for (const auto& [options, command, result] : cases) {
