@@ -163,6 +163,8 @@ void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
     add_modbus_options(*command, *options);
     add_tellura_options(*command, *options);
     command->callback([options, &chosen] {
+        if (options->bad_checksum && options->protocol != protocol::kModbus)
+            throw CLI::ValidationError("--bad-checksum", "goes with the protocol modbus only");
         chosen = [options](TerminalEnvironment& environment) {
             return send(*options, environment);
         };
