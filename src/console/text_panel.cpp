@@ -11,6 +11,7 @@ constexpr float kXonTimeoutMs = 2000;
 constexpr std::int16_t kXonQuietChars = 1;
 constexpr char kXonRefusal[] = "ERROR";
 constexpr char kNoData[] = "(an empty reply)";
+constexpr char kNoReadOrWrite[] = "Acknowledged; neither a read nor a write";
 
 /// -1, which is no device's address, for a text that is no small whole number.
 std::int16_t address_number(const std::string& text) {
@@ -74,7 +75,8 @@ SendOutcome TextPanel::send_full(const TextEntry& entry) {
     const std::string result = full_.full_command(
         entry.command, address_number(entry.device_address), kFullCommandTimeoutMs);
     const double taken = link_.countdowns().read_tick() - begun;
-    const std::string shown = result.empty() ? kNoData : printable(result);
+    std::string shown = printable(result);
+    if (result.empty()) shown = entry.command.starts_with('?') ? kNoData : kNoReadOrWrite;
     history_.add(printable(entry.command), shown);
     if (!full_.completed() && says_nothing_came(result))
         return {SendOutcome::Kind::NoReply, shown, false};
