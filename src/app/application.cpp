@@ -105,6 +105,11 @@ Application::Application(Services given, LineOpener opener)
     channels.before_close = [this](SerialPort& port) { listen.port_closing(port); };
     history.join_console(console, console.mnuFile);
     join_settings();
+    console.busy_changed = [this](bool busy) {
+        for (MenuEntry* entry : {&frame.mnuListen, &frame.mnuTransfer, &frame.mnuDataLogging,
+                                 &frame.mnuPortSettings, &frame.mnuSerialDevices})
+            entry->set_Enabled(!busy);
+    };
     console.move_simulated_jumper = [this](bool in) { simulators.set_jumper(in); };
 }
 
@@ -114,6 +119,7 @@ void Application::join_settings() {
         for (Form* form :
              std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
             form->set_Enabled(!held);
+        if (!held) console.focus_entry(); // a window that is held loses the focus
     };
 }
 

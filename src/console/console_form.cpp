@@ -209,12 +209,13 @@ SetupSender::SendLine frm_Pelvan5VB::line_sender() {
     };
 }
 
-/// While a setup file is sent nothing else may use the line or rebuild the channels from here.
+/// While a setup file is sent nothing else may use the line or rebuild the channels.
 void frm_Pelvan5VB::set_busy(bool busy) {
     for (Control* control : std::initializer_list<Control*>{
              &cmd_SendCommand, &opt_Protocol, &mnuSendSetupFile, &mnuverifyport,
              &history_.frmCommand.mnuverifyport, &history_.frmResponse.mnuverifyport})
         control->set_Enabled(!busy);
+    if (busy_changed) busy_changed(busy);
 }
 
 bool frm_Pelvan5VB::recall_earlier() {

@@ -38,7 +38,7 @@ class frm_Pelvan5VB : public Form {
     SetupSender setup;
 
     MenuEntry mnuFile{"mnuFile", "&File"};
-    MenuEntry mnuSendSetupFile{"mnuSendSetupFile", "&Send Setup File...", "Ctrl+Shift+O",
+    MenuEntry mnuSendSetupFile{"mnuSendSetupFile", "Send Set&up File...", "Ctrl+Shift+O",
                                "Send a text file of commands, one a line."};
     MenuEntry mnuExit{"mnuExit", "E&xit", "Ctrl+Q", "End the program."};
     MenuEntry mnuDiagnostics{"mnuDiagnostics", diagnostics_text::kMenu};
@@ -53,7 +53,7 @@ class frm_Pelvan5VB : public Form {
     MenuEntry mnuJumperIn{"mnuJumperIn", "Always &In"};
     MenuEntry mnuJumperOut{"mnuJumperOut", "Always &Out"};
     MenuEntry mnuHelp{"mnuHelp", "&Help"};
-    MenuEntry mnuHelpContents{"mnuHelpContents", "&Contents", "F1"};
+    MenuEntry mnuHelpContents{"mnuHelpContents", "&Contents"};
 
     /// Locates the configuration file, builds the channels, selects the saved protocol.
     void Form_Load() override;
@@ -77,6 +77,8 @@ class frm_Pelvan5VB : public Form {
 
     /// Called when the console has been closed.
     std::function<void()> end_program;
+    /// Called when the sending of a setup file begins and ends.
+    std::function<void(bool busy)> busy_changed;
     /// Moves the jumper of the simulated loop-back plug.
     std::function<void(bool in)> move_simulated_jumper;
 

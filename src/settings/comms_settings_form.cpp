@@ -34,10 +34,10 @@ bool one_of(double value, std::initializer_list<int> allowed) {
 } // namespace
 
 void frm_CommsSettings::Form_Load() {
-    if (hold_windows) hold_windows(true);
     if (LockDataOptionmenu.Checked()) LockDataOptionmenu_Click();
     show_frame(protocol());
     picker.refresh();
+    if (hold_windows) hold_windows(true); // last: after an error nobody would give them back
 }
 
 int frm_CommsSettings::protocol() const {

@@ -100,6 +100,7 @@ TEST_F(SetupFile, ShowsProgressMayBeCancelledAndLeavesTheLineToItself) {
         EXPECT_TRUE(console.setup.prg_SetupFile.Visible());
         EXPECT_FALSE(console.cmd_SendCommand.Enabled());
         EXPECT_FALSE(console.opt_Protocol.Enabled());
+        rig.app.frame.mnuPortSettings.choose();
         console.mnuSendSetupFile.choose();
         rig.app.history.frmCommand.mnuverifyport.choose();
         if (states.size() == 3) console.setup.cmd_CancelSetup.press();
@@ -110,6 +111,8 @@ TEST_F(SetupFile, ShowsProgressMayBeCancelledAndLeavesTheLineToItself) {
     EXPECT_EQ(console.lbl_Status.Caption(), "2 lines sent, cancelled with 1 left");
     EXPECT_FALSE(console.setup.prg_SetupFile.Visible());
     EXPECT_TRUE(console.cmd_SendCommand.Enabled());
+    EXPECT_FALSE(rig.app.comms_settings.loaded());
+    EXPECT_TRUE(rig.app.frame.mnuPortSettings.Enabled());
     EXPECT_EQ(rig.pairs(), 2);
 }
 

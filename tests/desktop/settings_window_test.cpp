@@ -53,6 +53,9 @@ TEST_F(SettingsWindowTest, OpensByKeyHoldsTheWindowsAndGivesThemBackAtEscape) {
     press(Qt::Key_Escape);
     EXPECT_FALSE(find("frm_CommsSettings")->isVisible());
     EXPECT_TRUE(find("frmResponse")->isEnabled());
+    window_->frame().activateWindow();
+    testing::run_events();
+    EXPECT_EQ(QApplication::focusWidget(), find("txt_Register"));
 }
 
 TEST_F(SettingsWindowTest, EnterSavesWhatWasTyped) {
