@@ -33,7 +33,7 @@ class MDIPelvan6 : public Form {
                           "A controller's registers into a file and back."};
     MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+Shift+D",
                              "Poll registers at an interval and log them."};
-    MenuEntry mnuSettings{"mnuSettings", "Sett&ings"};
+    MenuEntry mnuSettings{"mnuSettings", "&Settings"};
     MenuEntry mnuPortSettings{"mnuPortSettings", "&Port Settings...", "F9",
                               "Port, baud rate and format of the selected protocol's channel."};
     MenuEntry mnuSerialDevices{"mnuSerialDevices", "&Serial Devices...", "Shift+F9",

@@ -35,7 +35,7 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
                     diagnostics_text::kVerifyPortTip),
       mnuGenbadCS("mnuGenbadCS", diagnostics_text::kBadChecksum, "",
                   diagnostics_text::kBadChecksumTip),
-      mnuHelp("mnuHelp", "&Help"), mnuHelpContents("mnuHelpContents", "&Contents", "F1"),
+      mnuHelp("mnuHelp", "&Help"), mnuHelpContents("mnuHelpContents", "&Contents"),
       services_(services) {
     set_help_page("history");
     mnuFile.children = {&mnuFileClose};

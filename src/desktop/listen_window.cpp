@@ -130,7 +130,7 @@ QWidget* make_listen(const BindContext& context, frm_Listen& form) {
     auto* tabs = new QTabWidget;
     tabs->setObjectName(QStringLiteral("tabs"));
     tabs->addTab(lines_tab(context, form), QStringLiteral("&Lines"));
-    tabs->addTab(traffic, QStringLiteral("&Traffic"));
+    tabs->addTab(traffic, QStringLiteral("T&raffic"));
     auto* status = new QLabel;
     bind(context, form.lbl_Status, status);
     auto* layout = new QVBoxLayout(content);

@@ -147,16 +147,17 @@ QLabel* make_line(const BindContext& context, Label& model) {
     return label;
 }
 
-void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, QWidget* frame) {
-    form.mnuTrend.Click = [&form, &dialogs, frame, window = QPointer<QWidget>()]() mutable {
+void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, MdiFrame& frame) {
+    form.mnuTrend.Click = [&form, &dialogs, &frame, window = QPointer<QWidget>()]() mutable {
         if (!window) {
             const TrendWindow made =
-                make_trend_window(QCoreApplication::applicationDirPath(), form.trend(), frame);
+                make_trend_window(QCoreApplication::applicationDirPath(), form.trend(), &frame);
             if (made.window == nullptr) {
                 dialogs.message_box("The trend cannot be shown: " + made.error.toStdString());
                 return;
             }
             window = made.window;
+            on_key(frame.context(), window, Qt::Key_F1, [&frame] { frame.show_help("trend"); });
         }
         window->show();
         window->raise();
@@ -167,7 +168,7 @@ void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, QWidget* fra
 } // namespace
 
 QWidget* make_logging(const BindContext& context, frm_DataLogging& form, Dialogs& dialogs,
-                      QWidget* frame) {
+                      MdiFrame& frame) {
     auto* content = new QWidget;
     auto* grid = make_grid(context, form);
     auto* active = new QLabel;

@@ -79,7 +79,7 @@ void MainWindow::make_children() {
     });
     make_on_first_show(app.logging, [this, &app] {
         frame_->add_child(app.logging,
-                          make_logging(frame_->context(), app.logging, dialogs_, frame_.get()));
+                          make_logging(frame_->context(), app.logging, dialogs_, *frame_));
     });
     make_on_first_show(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))

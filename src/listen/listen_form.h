@@ -58,7 +58,7 @@ class frm_Listen : public Form {
     MenuEntry mnuShowTimes;
     MenuEntry mnuSaveCapture;
     MenuEntry mnuHelp{"mnuHelp", "&Help"};
-    MenuEntry mnucontents{"mnucontents", "Contents", "F1"};
+    MenuEntry mnucontents{"mnucontents", "Contents"};
     MenuEntry mnuIndexHelp{"mnuIndexHelp", "Search For Help On..."};
     /// Belongs to no menu bar: it pops up under the right mouse button.
     MenuEntry HiddenMenu{"HiddenMenu"};

@@ -39,7 +39,7 @@ class frm_DataLogging : public Form {
     std::array<ScrollBar, 3> scrl_LoggingInterval;
     std::array<TextBox, 3> txt_LoggingInterval;
     std::array<Label, 3> lbl_LoggingInterval;
-    Label lbl_LogFilename{"lbl_LogFilename", "Log &File"};
+    Label lbl_LogFilename{"lbl_LogFilename", "Log Fil&e"};
     TextBox txt_LogFilename{"txt_LogFilename", "",
                             "Enter the data logging path and filename here."};
     CheckBox chk_LogToFile{
@@ -68,7 +68,7 @@ class frm_DataLogging : public Form {
     MenuEntry mnuStopLogging{"mnuStopLogging", "S&top Logging", "Shift+F5"};
     MenuEntry mnuTrend{"mnuTrend", "T&rend", "Ctrl+T", "Show the latest readings as curves."};
     MenuEntry mnuHelp{"mnuHelp", "&Help"};
-    MenuEntry mnuHelpContents{"mnuHelpContents", "&Contents", "F1"};
+    MenuEntry mnuHelpContents{"mnuHelpContents", "&Contents"};
     MenuEntry mnuIndexHelp{"mnuIndexHelp", "&Search For help On..."};
 
     void Form_Load() override;

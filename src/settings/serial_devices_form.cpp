@@ -6,7 +6,7 @@ frm_SerialDevices::frm_SerialDevices(Services& services, const ConfigState& conf
                                      ChannelTable& channels, DevicePicker::DeviceList devices)
     : Form("frm_SerialDevices", "Serial Devices"),
       picker(services, config, channels, std::move(devices)), config_(config) {
-    set_help_page("port_settings");
+    set_help_page("serial_devices");
     lst_Ports.Click = [this] { lst_Ports_Click(); };
     cmd_Close.Click = [this] { Unload(); };
     picker.assigned = [this] { list_ports(); };

@@ -4,9 +4,14 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenuBar>
 #include <QRadioButton>
+#include <QTabBar>
 #include <QTest>
 
 #include "desktop/main_window.h"
@@ -34,6 +39,30 @@ class MainWindowTest : public ::testing::Test {
     QString line(const char* list, int row) {
         auto* model = find<QAbstractItemView>(list)->model();
         return model->index(row, 0).data().toString();
+    }
+
+    /// Of the menu bar and of what is visible in the active window.
+    QStringList access_keys() {
+        QStringList texts;
+        for (const QAction* menu : window_.frame().menuBar()->actions())
+            texts += menu->text();
+        const QWidget* active = window_.frame().findChild<QMdiArea*>()->activeSubWindow();
+        for (const QWidget* widget : active->findChildren<QWidget*>()) {
+            if (!widget->isVisibleTo(active)) continue;
+            if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->buddy())
+                texts += label->text();
+            if (const auto* button = qobject_cast<const QAbstractButton*>(widget))
+                texts += button->text();
+            if (const auto* box = qobject_cast<const QGroupBox*>(widget)) texts += box->title();
+            if (const auto* tabs = qobject_cast<const QTabBar*>(widget))
+                for (int i = 0; i < tabs->count(); ++i)
+                    texts += tabs->tabText(i);
+        }
+        QStringList keys;
+        for (const QString& text : texts)
+            if (const QKeySequence key = QKeySequence::mnemonic(text); !key.isEmpty())
+                keys += key.toString();
+        return keys;
     }
 
     pelvan::testing::TempDir dir_;
@@ -71,6 +100,30 @@ TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
     auto* responses = find<QAbstractItemView>("lst_CommsResponse");
     responses->setCurrentIndex(responses->model()->index(0, 0));
     EXPECT_EQ(find<QAbstractItemView>("lst_CommsCommand")->currentIndex().row(), 0);
+}
+
+TEST_F(MainWindowTest, EveryWindowAnswersItsHelpKeyAndUsesNoAccessKeyTwice) {
+    std::string page;
+    window_.frame().show_help = [&](const std::string& asked) { page = asked; };
+    Application& app = window_.application();
+    const auto expect_keys = [&](Form& form) {
+        form.Show();
+        QCoreApplication::processEvents();
+        page.clear();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_F1);
+        EXPECT_EQ(page, form.help_page());
+        const QStringList keys = access_keys();
+        EXPECT_EQ(QSet<QString>(keys.begin(), keys.end()).size(), keys.size())
+            << form.Name() << " " << keys.join(' ').toStdString();
+    };
+    for (Form* form :
+         std::initializer_list<Form*>{&app.history.frmCommand, &app.history.frmResponse,
+                                      &app.listen, &app.transfer, &app.logging})
+        expect_keys(*form);
+    for (int protocol = 0; protocol < 4; ++protocol) {
+        app.console.opt_Protocol.set_Value(protocol);
+        expect_keys(app.console);
+    }
 }
 
 TEST_F(MainWindowTest, AClosedHistoryComesBackWithItsLines) {
