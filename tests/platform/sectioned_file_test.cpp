@@ -18,6 +18,12 @@ using testing::TempDir;
 using testing::write_file;
 namespace fs = std::filesystem;
 
+/// Takes a case apart that is written as "what is given->what is expected".
+std::pair<std::string, std::string> sides(const std::string& one) {
+    const auto arrow = one.find("->");
+    return {one.substr(0, arrow), one.substr(arrow + 2)};
+}
+
 class SectionedFile : public ::testing::Test {
   protected:
     std::string read(const std::string& bytes, const std::string& section, const std::string& key,
@@ -38,56 +44,37 @@ class SectionedFile : public ::testing::Test {
 };
 
 TEST_F(SectionedFile, FindsValuesAsTheyStand) {
-    const struct {
-        const char *bytes, *section, *key, *expected;
-    } cases[] = {
-        {"", "S", "K", "none"},
-        {"[S]\r\nL=v\r\n", "S", "K", "none"},
-        {"[T]\r\nK=v\r\n", "S", "K", "none"},
-        {"K=v\n[S]\n", "S", "K", "none"},
-        {"[S]\r\nK=v\r\n", "s", "k", "v"},
-        {"[my s]\nk  k=v", "MY S", "K K", "none"},
-        {"[my s]\nk k=v", "MY S", "K K", "v"},
-        // Line ends: CR LF, LF, mixed, none at the end.
-        {"[S]\nA=1\r\nK=v", "S", "K", "v"},
-        // Blanks round everything; other control characters are content.
-        {" \t[ \vS\t ] \n \t\f\vK \t = \f\t v w\v \f\r\n", "S", "K", "v w"},
-        {"[S]\nK=\xA0v\x01\n", "S", "K", "\xA0v\x01"},
-        {"[S]\n\x02K=v\n", "S", "K", "none"},
-        // The arguments lose their blanks, and only blanks.
-        {"[S]\nDEVICE 0 COMM PORT=3\n", "S", "DEVICE 0 COMM PORT ", "3"},
-        {"[S]\nDEVICE 0 COMM PORT   =3\n", " S ", "DEVICE 0 COMM PORT ", "3"},
-        {"[S]\nDEVICE 0 COMM PORT =3\n", "S", "  DEVICE 0 COMM PORT", "3"},
-        {"[S]\nK=v\n", "S", "K\t", "none"},
-        // What separates and what does not.
-        {"[S]\nK=a=b\n", "S", "K", "a=b"},
-        {"[S] rest [T]\nK=v\n", "S", "K", "v"},
-        {"[S\nK=v\n", "S", "K", "v"},
-        {"[S]]\nK=v\n", "S", "K", "v"},
-        {"\xEF\xBB\xBF[S]\nK=v\n", "S", "K", "none"},
-        {"[S]\n ;K=c\nK=v ;c\n", "S", "K", "v ;c"},
-        {"[S]\n;K=c\n", "S", ";K", "none"},
-        {"[S]\n#K=v\n", "S", "#K", "v"},
-        // The first counts.
-        {"[S]\nK=1\nk=2\n", "S", "K", "1"},
-        {"[S]\nL=1\n[T]\nK=2\n[s]\nK=3\n", "S", "K", "none"},
-        // Quotes.
-        {"[S]\nK= \" v \" \n", "S", "K", " v "},
-        {"[S]\nK=' v '\n", "S", "K", " v "},
-        {"[S]\nK=\"v'\n", "S", "K", "\"v'"},
-        {"[S]\nK=\"v\n", "S", "K", "\"v"},
-        {"[S]\nK=\"\n", "S", "K", "\""},
-        {"[S]\nK=v\"w\"\n", "S", "K", "v\"w\""},
-        {"[S]\nK=\"\"x\"\"\n", "S", "K", "\"x\""},
-        {"[S]\n\"K\"=v\n", "S", "K", "none"},
-        {"[\"S\"]\nK=v\n", "S", "K", "none"},
-        // Empty is not missing.
-        {"[S]\nK=\n", "S", "K", ""},
-        {"[S]\nK=   ", "S", "K", ""},
-        {"[S]\nK=\"\"\n", "S", "K", ""},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(read(c.bytes, c.section, c.key), c.expected) << c.bytes << "\n-> " << c.key;
+    // Sections and keys, line ends and blanks; what separates and what does not; the first counts;
+    // quotes go in pairs; empty is not missing.
+    for (const char* one : {"->none",
+                            "K=v\n[S]\n->none",
+                            "[s]\r\nk=v\r\n->v",
+                            "[S]\nA=1\r\nK=v->v",
+                            " \t[ \vS\t ] \n \t\f\vK \t = \f\t v w\v \f\r\n->v w",
+                            "[S]\n\x02K=v\n->none",
+                            "[S]\nK=\xA0v\x01\n->\xA0v\x01",
+                            "[S]\nK=a=b\n->a=b",
+                            "[S] rest [T]\nK=v\n->v",
+                            "[S\nK=v\n->v",
+                            "\xEF\xBB\xBF[S]\nK=v\n->none",
+                            "[S]\n ;K=c\nK=v ;c\n->v ;c",
+                            "[S]\nK=1\nk=2\n->1",
+                            "[S]\nL=1\n[T]\nK=2\n[s]\nK=3\n->none",
+                            "[S]\nK= \" v \" \n-> v ",
+                            "[S]\nK=' v '\n-> v ",
+                            "[S]\nK=\"v'\n->\"v'",
+                            "[S]\nK=\"\n->\"",
+                            "[S]\nK=v\"w\"\n->v\"w\"",
+                            "[S]\nK=\"\"x\"\"\n->\"x\"",
+                            "[\"S\"]\nK=v\n->none",
+                            "[S]\nK=   ->",
+                            "[S]\nK=\"\"\n->"})
+        EXPECT_EQ(read(sides(one).first, "S", "K"), sides(one).second) << one;
+    // The arguments lose their blanks, and only blanks.
+    EXPECT_EQ(read("[my s]\nK 1   =3\n", " MY S", " K 1 "), "3");
+    EXPECT_EQ(read("[S]\nK=v\n", "S", "K\t"), "none");
+    EXPECT_EQ(read("[S]\n;K=c\n", "S", ";K"), "none");
+    EXPECT_EQ(read("[S]\n#K=v\n", "S", "#K"), "v");
 }
 
 TEST_F(SectionedFile, CutsValuesAndDefaultsToTheBuffer) {
@@ -104,71 +91,32 @@ TEST_F(SectionedFile, CutsValuesAndDefaultsToTheBuffer) {
 }
 
 TEST_F(SectionedFile, ReadsTheIntegerThatAValueBeginsWith) {
-    const struct {
-        const char* value;
-        std::int32_t expected;
-    } cases[] = {
-        {"12", 12},
-        {"+5", 5},
-        {"-5", -5},
-        {"010", 10},
-        {"12abc", 12},
-        {"12 ;c", 12},
-        {"3.7", 3},
-        {"1e3", 1},
-        {"\"12\"", 12},
-        {"4294967297", 1},
-        {"99999", 99999},
-        {"-32769", -32769},
-        {"2147483648", -2147483647 - 1},
-        {"abc", 0},
-        {"-", 0},
-        {"- 5", 0},
-        {"--5", 0},
-        {".5", 0},
-        {"", 77},
-        {"   ", 77},
-        {"\"\"", 77},
-    };
-    for (const auto& c : cases) {
-        write_file(file_, std::string("[S]\r\nK=") + c.value + "\r\n");
-        EXPECT_EQ(static_cast<std::int32_t>(GetPrivateProfileIntA("S", "K", 77, file_)), c.expected)
-            << c.value;
+    for (const char* one : {"+5->5", "010->10", "12abc->12", "12 ;c->12", "3.7->3", "\"12\"->12",
+                            "4294967297->1", "-32769->-32769", "2147483648->-2147483648", "-x->0",
+                            "--5->0", "->77", "   ->77", "\"\"->77"}) {
+        write_file(file_, "[S]\r\nK=" + sides(one).first + "\r\n");
+        EXPECT_EQ(static_cast<std::int32_t>(GetPrivateProfileIntA("S", "K", 77, file_)),
+                  std::stoi(sides(one).second))
+            << one;
     }
     EXPECT_EQ(static_cast<std::int32_t>(GetPrivateProfileIntA("S", "L", -7, file_)), -7);
 }
 
 TEST_F(SectionedFile, WritesInPlaceByteForByte) {
-    const struct {
-        const char *bytes, *section, *key, *value, *expected;
-    } cases[] = {
-        // New sections and keys.
-        {"", "S", "K", "v", "[S]\r\nK=v\r\n"},
-        {"[T]\nA=1", " S ", " K ", "v", "[T]\nA=1\r\n[S]\r\nK=v\r\n"},
-        {"[T]\nA=1\n\n;c\n", "S", "K", "v", "[T]\nA=1\n\n;c\n[S]\r\nK=v\r\n"},
-        {"[S]\nA=1\n\n; about T\n[T]\nK=2", "S", "K", "v",
-         "[S]\nA=1\nK=v\r\n\n; about T\n[T]\nK=2"},
-        {"[S] x\n;c\n", "S", "K", "v", "[S] x\nK=v\r\n;c\n"},
-        {"[S]", "S", "K", "v", "[S]\r\nK=v\r\n"},
-        {"[S]\nA=1", "S", "K", "v", "[S]\nA=1\r\nK=v\r\n"},
-        {"[S]\nA=1\n[T]\n[S]\nK=2\n", "S", "K", "v", "[S]\nA=1\nK=v\r\n[T]\n[S]\nK=2\n"},
-        // Replaced keys keep their spelling; the lines round them keep everything.
-        {"\n ;c\n [ s ] x\nA = 1\r\nkEy=old\nkey=2\n\n", "S", "KEY", "v",
-         "\n ;c\n [ s ] x\nA = 1\r\nkEy=v\r\nkey=2\n\n"},
-        {"[S]\nK=old", "S", "K", "v", "[S]\nK=v\r\n"},
-        {"[S]\r\nDEVICE 0 COMM PORT   =3\r\n", "S", "DEVICE 0 COMM PORT ", "4",
-         "[S]\r\nDEVICE 0 COMM PORT   =4\r\n"},
-        {"[S]\r\n;K=1\r\n", "S", "K", "v", "[S]\r\nK=v\r\n;K=1\r\n"},
-        {"", "S", "DEVICE 0 COMM PORT ", "3", "[S]\r\nDEVICE 0 COMM PORT=3\r\n"},
-        // Values go out as given.
-        {"[S]\nK=\"old\"\n", "S", "K", "", "[S]\nK=\r\n"},
-        {"", "S", "K", "\" a=;[\xE9\" ", "[S]\r\nK=\" a=;[\xE9\" \r\n"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(written(c.bytes, c.section, c.key, c.value), c.expected) << c.bytes;
-
-    const std::string long_value(1000, 'x');
-    EXPECT_EQ(written("", "S", "K", long_value), "[S]\r\nK=" + long_value + "\r\n");
+    // New sections and keys; replaced keys keep their spelling, the lines round them everything.
+    for (const char* one :
+         {"->[S]\r\nK=v\r\n", "[T]\nA=1->[T]\nA=1\r\n[S]\r\nK=v\r\n",
+          "[T]\nA=1\n\n;c\n->[T]\nA=1\n\n;c\n[S]\r\nK=v\r\n",
+          "[S]\nA=1\n\n; about T\n[T]\nK=2->[S]\nA=1\nK=v\r\n\n; about T\n[T]\nK=2",
+          "[S] x\n;c\n->[S] x\nK=v\r\n;c\n", "[S]\nA=1->[S]\nA=1\r\nK=v\r\n",
+          "[S]\nA=1\n[T]\n[S]\nK=2\n->[S]\nA=1\nK=v\r\n[T]\n[S]\nK=2\n",
+          "[S]\r\n;K=1\r\n->[S]\r\nK=v\r\n;K=1\r\n",
+          "\n ;c\n [ s ] x\nA = 1\r\nk   =old\nK=2\n\n->"
+          "\n ;c\n [ s ] x\nA = 1\r\nk   =v\r\nK=2\n\n"})
+        EXPECT_EQ(written(sides(one).first, " S ", " K ", "v"), sides(one).second) << one;
+    for (const std::string& value :
+         {std::string(), std::string("\" a=;[\xE9\" "), std::string(1000, 'x')})
+        EXPECT_EQ(written("[S]\nK=\"old\"\n", "S", "K", value), "[S]\nK=" + value + "\r\n");
 }
 
 TEST_F(SectionedFile, KeepsModeAndLink) {
@@ -190,13 +138,12 @@ TEST_F(SectionedFile, RefusesAndLeavesTheFileWhole) {
     const auto refused = [](const std::string& path, const std::string& value = "v") {
         return !WritePrivateProfileStringA("S", "L", value, path);
     };
-    EXPECT_TRUE(refused(directory_.file("missing/test.ini")));
-    EXPECT_TRUE(refused(directory_.path()));
-    EXPECT_TRUE(refused(file_ + "/below"));
-    EXPECT_TRUE(refused("/dev/null"));
-    EXPECT_TRUE(refused(file_, "v\r\nM=w")); // would become a key of its own
     fs::create_symlink("loop", directory_.file("loop"));
-    EXPECT_TRUE(refused(directory_.file("loop")));
+    for (const std::string& path :
+         {directory_.file("missing/test.ini"), directory_.path(), file_ + "/below",
+          std::string("/dev/null"), directory_.file("loop")})
+        EXPECT_TRUE(refused(path)) << path;
+    EXPECT_TRUE(refused(file_, "v\r\nM=w")); // would become a key of its own
     {
         const FileSizeLimit full(1000);
         EXPECT_TRUE(refused(file_));

