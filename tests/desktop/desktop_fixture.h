@@ -1,16 +1,16 @@
-// A bare window and a runner that collects run-time errors.
+// A bare window with a runner that collects run-time errors, and the whole windowed program.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QTest>
-#include <QWidget>
-#include <vector>
+#include <QtWidgets>
 
 #include "desktop/bind.h"
+#include "desktop/main_window.h"
 #include "desktop/qt_text.h"
 #include "platform/run_time_error.h"
+#include "support/temp_dir.h"
 
 namespace pelvan::desktop::testing {
 
@@ -19,15 +19,9 @@ inline void run_events() {
 }
 
 /// Ends a window's widgets before the models that stand above it in the test.
-class WidgetsEnd {
-  public:
-    explicit WidgetsEnd(QWidget& window) : window_(window) {}
-    WidgetsEnd(const WidgetsEnd&) = delete;
-    WidgetsEnd& operator=(const WidgetsEnd&) = delete;
-    ~WidgetsEnd() { qDeleteAll(window_.children()); }
-
-  private:
-    QWidget& window_;
+struct WidgetsEnd {
+    QWidget& window;
+    ~WidgetsEnd() { qDeleteAll(window.children()); }
 };
 
 class WindowTest : public ::testing::Test {
@@ -51,6 +45,33 @@ class WindowTest : public ::testing::Test {
                              }
                          },
                          &window_, nullptr};
+};
+
+/// A configuration of two channels; channel 1 is port 2, on the given device.
+inline void write_configuration(const pelvan::testing::TempDir& dir, const std::string& device) {
+    pelvan::testing::write_file(
+        dir.file("pelvan7.ini"),
+        "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=1\r\nDEVICE 0 PORT SETTING=300,E,7,2\r\n"
+        "DEVICE 1 COMM PORT=2\r\nDEVICE 1 PORT SETTING=9600,N,8,1\r\nDEVICE 1 RTS Mode=1\r\n"
+        "[SERIAL DEVICES]\r\nPORT 2=" +
+            device + "\r\n");
+}
+
+class ProgramTest : public ::testing::Test {
+  protected:
+    void open(const std::string& device) {
+        write_configuration(dir_, device);
+        main_ = std::make_unique<MainWindow>(dir_.path());
+        main_->open();
+        run_events();
+    }
+    Application& app() { return main_->application(); }
+    template <class Object = QWidget> Object* find(const char* name) {
+        return main_->frame().findChild<Object*>(QLatin1String(name));
+    }
+
+    pelvan::testing::TempDir dir_;
+    std::unique_ptr<MainWindow> main_;
 };
 
 } // namespace pelvan::desktop::testing
