@@ -1,4 +1,3 @@
-#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -20,7 +19,6 @@ void follow(QAbstractItemView* view, const ScrollBar& bar) {
 
 LineView* make_list(const BindContext& context, ListBox& model) {
     auto* view = new LineView;
-    view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     bind(context, model, view);
     return view;
