@@ -5,9 +5,10 @@
 namespace pelvan {
 namespace {
 
-/// An exchange on a port that is not open shows the same text a few times by rule; a message that
-/// waits for somebody to mend something comes without end.
-constexpr int kMostRepeats = 5;
+/// A command of several exchanges on a port that is not open shows the same text up to 18 times by
+/// rule; a message that waits for somebody to mend something comes without end, perhaps in turn
+/// with another one.
+constexpr int kMostTimes = 20;
 
 std::string one_line(const std::string& text) {
     std::string line;
@@ -25,12 +26,12 @@ std::string one_line(const std::string& text) {
 
 MessageAnswer TerminalDialogs::message_box(const std::string& text, const std::string& title,
                                            MessageButtons buttons, MessageIcon) {
-    repeats_ = text == last_ ? repeats_ + 1 : 0;
+    const bool repeated = text == last_;
     last_ = text;
-    if (repeats_ == 0)
+    if (!repeated)
         err_ << "pelvan7: " << (title.empty() ? "" : one_line(title) + ": ") << one_line(text)
              << "\n";
-    if (repeats_ >= kMostRepeats) throw CommandAborted{"stopped: " + one_line(text)};
+    if (++times_[text] > kMostTimes) throw CommandAborted{"stopped: " + one_line(text)};
     if (buttons == MessageButtons::YesNo) return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
     if (buttons == MessageButtons::RetryCancel)
         return retries_-- > 0 ? MessageAnswer::Retry : MessageAnswer::Cancel;

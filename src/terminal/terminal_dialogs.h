@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <ostream>
 
 #include "platform/desktop_services.h"
@@ -30,11 +31,11 @@ class TerminalDialogs : public Dialogs {
     void choose_file(const std::string& path) { file_ = path; }
     /// Work went on since the last message, so the same text may come again; it is not printed
     /// again.
-    void allow_last() { repeats_ = 0; }
+    void allow_last() { times_.clear(); }
     /// As `allow_last`, but the same text is printed again.
     void forget_last() {
         last_.clear();
-        repeats_ = 0;
+        times_.clear();
     }
 
   private:
@@ -43,7 +44,7 @@ class TerminalDialogs : public Dialogs {
     int retries_ = 0;
     std::optional<std::string> file_;
     std::string last_;
-    int repeats_ = 0;
+    std::map<std::string, int> times_; // each text since work last went on
 };
 
 class TerminalDesktop : public DesktopServices {
