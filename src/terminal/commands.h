@@ -3,8 +3,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <map>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "terminal/terminal.h"
 
@@ -23,8 +25,31 @@ void add_log_command(CLI::App& cli, ChosenCommand& chosen);
 /// save, restore and compare.
 void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen);
 
-/// The protocols under the names that options have for them, "full", "modbus", "xon", "tellura".
-[[nodiscard]] const std::map<std::string, int>& protocol_names();
+/// What an option may be set to: its words, and what each stands for.
+template <class Value> using Choices = std::vector<std::pair<std::string, Value>>;
+
+/// An option that takes one of the words, in any case. The parser's own transformer would also take
+/// the number behind a word, and its refusal shows the program's inside.
+template <class Value>
+CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& target,
+                        const Choices<Value>& choices, const std::string& description) {
+    const auto choose = [&target, choices, name](const std::string& text) {
+        std::string words;
+        for (std::size_t i = 0; i < choices.size(); ++i) {
+            const auto& [word, value] = choices[i];
+            if (CLI::detail::to_lower(text) == word) {
+                target = value;
+                return;
+            }
+            words += (i == 0 ? "" : i + 1 == choices.size() ? " or " : ", ") + word;
+        }
+        throw CLI::ValidationError(name, "\"" + text + "\" is no choice, choose " + words);
+    };
+    return command.add_option_function<std::string>(name, choose, description);
+}
+
+/// The protocols under the names that options have for them.
+[[nodiscard]] const Choices<int>& protocol_names();
 
 /// Sends what stands in the protocol's panel and prints both lines of the history. Exit code.
 int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environment,

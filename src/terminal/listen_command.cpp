@@ -1,7 +1,6 @@
 #include <poll.h>
 
 #include <cctype>
-#include <map>
 
 #include "listen/capture_file.h"
 #include "terminal/commands.h"
@@ -134,28 +133,21 @@ int listen(const ListenOptions& options, TerminalEnvironment& environment) {
     return well ? exit_code::kDone : exit_code::kFailed;
 }
 
-template <class Value>
-void add_choice(CLI::App& command, const std::string& name, int& target,
-                const std::map<std::string, Value>& choices, const std::string& text) {
-    command.add_option(name, target, text)
-        ->transform(CLI::CheckedTransformer(choices, CLI::ignore_case));
-}
-
 } // namespace
 
 void add_listen_command(CLI::App& cli, ChosenCommand& chosen) {
     auto options = std::make_shared<ListenOptions>();
     CLI::App* command = cli.add_subcommand(
         "listen", "Print what arrives on a channel, sending nothing; Ctrl+C ends with statistics");
-    using Choices = std::map<std::string, int>;
     command->add_option("--channel", options->channel, "Channel 0 to 3; 1 is shown, all counted")
         ->check(CLI::Range(0, kHighestChannel))
         ->capture_default_str();
     add_choice(*command, "--format", options->format,
-               Choices{{"decimal", 0}, {"hex", 1}, {"raw", 2}}, "decimal, hex or raw");
-    add_choice(*command, "--direction", options->direction, Choices{{"to", 0}, {"from", 1}},
+               Choices<int>{{"decimal", 0}, {"hex", 1}, {"raw", 2}}, "decimal, hex or raw");
+    add_choice(*command, "--direction", options->direction, Choices<int>{{"to", 0}, {"from", 1}},
                "to (requests) or from (replies) the device");
-    add_choice(*command, "--timeout", options->timeout, Choices{{".5", 0}, {"1", 1}, {"10", 2}},
+    add_choice(*command, "--timeout", options->timeout,
+               Choices<int>{{".5", 0}, {"1", 1}, {"10", 2}},
                "Longest reception of one burst: .5, 1 or 10, as in the window");
     command->add_option("--seconds", options->seconds, "End after so many seconds")
         ->check(CLI::NonNegativeNumber);

@@ -1,5 +1,3 @@
-#include <map>
-
 #include "terminal/commands.h"
 
 namespace pelvan {
@@ -72,9 +70,9 @@ int send(const SendOptions& options, TerminalEnvironment& environment) {
 }
 
 void add_modbus_options(CLI::App& command, SendOptions& options) {
-    const std::map<std::string, DataFormat> formats{{"decimal", DataFormat::Decimal},
-                                                    {"hex", DataFormat::Hex},
-                                                    {"smart", DataFormat::SmartDec}};
+    const Choices<DataFormat> formats{{"decimal", DataFormat::Decimal},
+                                      {"hex", DataFormat::Hex},
+                                      {"smart", DataFormat::SmartDec}};
     command.add_option("--function", options.function, "Modbus function: 1-6, 8, 15 or 16")
         ->capture_default_str()
         ->group("Modbus");
@@ -92,8 +90,7 @@ void add_modbus_options(CLI::App& command, SendOptions& options) {
         .add_flag("--long", options.long_values,
                   "32-bit values in two registers each, with functions 3 and 16")
         ->group("Modbus");
-    command.add_option("--format", options.format, "decimal, hex or smart")
-        ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case))
+    add_choice(command, "--format", options.format, formats, "decimal, hex or smart")
         ->group("Modbus");
     command
         .add_flag("--bad-checksum", options.bad_checksum,
@@ -102,8 +99,7 @@ void add_modbus_options(CLI::App& command, SendOptions& options) {
 }
 
 void add_tellura_options(CLI::App& command, SendOptions& options) {
-    const std::map<std::string, TelluraCheck> checks{{"bcc", TelluraCheck::Bcc},
-                                                     {"crc", TelluraCheck::Crc}};
+    const Choices<TelluraCheck> checks{{"bcc", TelluraCheck::Bcc}, {"crc", TelluraCheck::Crc}};
     command
         .add_option("--parameter", options.tellura.parameter_address,
                     "Parameter address, four hexadecimal digits")
@@ -118,18 +114,17 @@ void add_tellura_options(CLI::App& command, SendOptions& options) {
         command.add_option("--write", options.tellura.data, "Bytes to write, in hexadecimal")
             ->excludes(read)
             ->group("Tellura/AB");
-    command.add_option("--check", options.tellura.check, "bcc or crc")
-        ->transform(CLI::CheckedTransformer(checks, CLI::ignore_case))
+    add_choice(command, "--check", options.tellura.check, checks, "bcc or crc")
         ->group("Tellura/AB");
 }
 
 } // namespace
 
-const std::map<std::string, int>& protocol_names() {
-    static const std::map<std::string, int> names{{"full", protocol::kFull},
-                                                  {"modbus", protocol::kModbus},
-                                                  {"xon", protocol::kXon},
-                                                  {"tellura", protocol::kTellura}};
+const Choices<int>& protocol_names() {
+    static const Choices<int> names{{"full", protocol::kFull},
+                                    {"modbus", protocol::kModbus},
+                                    {"xon", protocol::kXon},
+                                    {"tellura", protocol::kTellura}};
     return names;
 }
 
@@ -153,9 +148,8 @@ int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environme
 void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
     auto options = std::make_shared<SendOptions>();
     CLI::App* command = cli.add_subcommand("send", "Send one command and print it and its reply");
-    command
-        ->add_option("--protocol", options->protocol, "full, modbus (the default), xon or tellura")
-        ->transform(CLI::CheckedTransformer(protocol_names(), CLI::ignore_case));
+    add_choice(*command, "--protocol", options->protocol, protocol_names(),
+               "full, modbus (the default), xon or tellura");
     command->add_option("--address", options->address, "Address of the controller")
         ->capture_default_str();
     options->text_option = command->add_option(

@@ -13,10 +13,12 @@ constexpr int kDefaultPauseSeconds = 10;
 constexpr int kLongestPauseSeconds = 600;
 constexpr double kMillisecondsPerSecond = 1000;
 
+enum class Jumper { Asked, In, Out };
+
 struct VerifyOptions {
     int protocol = kNotGiven; // then the one that the console has selected
     int pause_seconds = kNotGiven;
-    std::string jumper = "asked";
+    Jumper jumper = Jumper::Asked;
 };
 
 bool is_simulated_channel(const Application& app, int channel) {
@@ -47,8 +49,8 @@ int verify(const VerifyOptions& options, TerminalEnvironment& environment) {
     const int channel = options.protocol == kNotGiven ? saved : options.protocol;
     int pause = options.pause_seconds;
     if (pause == kNotGiven) pause = is_simulated_channel(app, channel) ? 0 : kDefaultPauseSeconds;
-    if (options.jumper == "in") app.console.mnuJumperIn.choose();
-    if (options.jumper == "out") app.console.mnuJumperOut.choose();
+    if (options.jumper == Jumper::In) app.console.mnuJumperIn.choose();
+    if (options.jumper == Jumper::Out) app.console.mnuJumperOut.choose();
     app.console.move_simulated_jumper = [&](bool in) {
         app.simulators.set_jumper(in);
         wait_for_jumper(environment, pause);
@@ -63,20 +65,17 @@ void add_verify_port_command(CLI::App& cli, ChosenCommand& chosen) {
     auto options = std::make_shared<VerifyOptions>();
     CLI::App* command =
         cli.add_subcommand("verify-port", "Loop-back test of a port and its wiring");
-    command
-        ->add_option("--protocol", options->protocol,
-                     "Whose channel to test: full, modbus, xon or tellura (default: the one that "
-                     "the console has selected)")
-        ->transform(CLI::CheckedTransformer(protocol_names(), CLI::ignore_case));
+    add_choice(*command, "--protocol", options->protocol, protocol_names(),
+               "Whose channel to test: full, modbus, xon or tellura (default: the one that the "
+               "console has selected)");
     command
         ->add_option("--pause", options->pause_seconds,
                      "Seconds for moving the jumper at each message (default: 10; 0 on simulated "
                      "devices)")
         ->check(CLI::Range(0, kLongestPauseSeconds));
-    command
-        ->add_option("--jumper", options->jumper,
-                     "Jumper of simulated:loopback: asked (moved as the messages ask), in or out")
-        ->check(CLI::IsMember({"asked", "in", "out"}));
+    add_choice(*command, "--jumper", options->jumper,
+               Choices<Jumper>{{"asked", Jumper::Asked}, {"in", Jumper::In}, {"out", Jumper::Out}},
+               "Jumper of simulated:loopback: asked (moved as the messages ask), in or out");
     command->callback([options, &chosen] {
         chosen = [options](TerminalEnvironment& environment) {
             return verify(*options, environment);

@@ -7,6 +7,7 @@
 #include "support/modbus_slave.h"
 #include "support/temp_dir.h"
 #include "terminal/terminal.h"
+#include "terminal/terminal_dialogs.h"
 
 namespace pelvan {
 namespace {
@@ -91,7 +92,10 @@ TEST_F(TerminalTest, FailuresAreOneLineAndAnExitCode) {
         {{"send", "--values", "40000", "--function", "6"},
          exit_code::kFailed,
          "pelvan7: Bad DATA VALUE entered.\n"},
-        {{"send", "--format", "octal"}, exit_code::kBadOption, ""},
+        {{"send", "--format", "octal"},
+         exit_code::kBadOption,
+         "pelvan7: --format: \"octal\" is no choice, choose decimal, hex or smart\n"},
+        {{"send", "--protocol", "1"}, exit_code::kBadOption, ""},
         {{"send", "--function", "three"}, exit_code::kBadOption, ""},
         {{"send", "--nonsense"}, exit_code::kBadOption, ""},
         {{"dance"}, exit_code::kBadOption, ""},
@@ -115,6 +119,12 @@ TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
     EXPECT_EQ(run({"send"}), exit_code::kFailed);
     EXPECT_EQ(err.str(), "pelvan7: Port number is not valid in 'sub init_comms*'\n"
                          "pelvan7: stopped: Port number is not valid in 'sub init_comms*'\n");
+    TerminalDialogs in_turn(err);
+    const auto show_both = [&in_turn] {
+        for (const char* text : {"first", "second"})
+            in_turn.message_box(text, "", MessageButtons::Ok, MessageIcon::None);
+    };
+    EXPECT_THROW(for (int i = 0; i < 100; ++i) show_both(), CommandAborted);
 }
 
 TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
