@@ -11,8 +11,11 @@ namespace {
 
 std::atomic<bool> stop_requested{false};
 
-void request_stop(int) {
+/// The first interrupt asks the command to come to its end; the next one ends the process, also
+/// where a command waits for something else than the flag.
+void request_stop(int signal_number) {
     stop_requested = true;
+    std::signal(signal_number, SIG_DFL);
 }
 
 } // namespace
