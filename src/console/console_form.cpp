@@ -74,6 +74,11 @@ void frm_Pelvan5VB::handle_keys() {
                          &modbus.txt_Register, &modbus.txt_Values, &tellura.TxtTelluraAddress,
                          &tellura.TxtParameterAddress, &tellura.TxtNoBytes, &tellura.TxtData})
         box->KeyDown = [this](Key key) { return handle_key(key); };
+    // The arrow keys move within these; Enter sends from here too.
+    for (Control* choice : std::initializer_list<Control*>{
+             &opt_Protocol, &opt_DataFormat, &modbus.cmb_CommandType, &modbus.opt_NumberBase,
+             &tellura.OptReadWrite, &tellura.OptErrorChecking})
+        choice->KeyDown = [this](Key key) { return key == Key::Enter && handle_key(key); };
 }
 
 void frm_Pelvan5VB::Form_Load() {
@@ -106,7 +111,13 @@ void frm_Pelvan5VB::opt_Protocol_Click(int index) {
 void frm_Pelvan5VB::cmd_SendCommand_Click() {
     const Hourglass busy(*this);
     lbl_Status.set_Caption("Sending ...");
-    lbl_Status.set_Caption(send(opt_Protocol.Value()).status);
+    std::string status = "The command ended in an error.";
+    struct Show { // also when an error leaves the handler
+        Label& label;
+        std::string& status;
+        ~Show() { label.set_Caption(status); }
+    } const show{lbl_Status, status};
+    status = send(opt_Protocol.Value()).status;
 }
 
 SendOutcome frm_Pelvan5VB::send(int protocol_number) {

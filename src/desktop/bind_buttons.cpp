@@ -1,6 +1,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QRadioButton>
 
@@ -27,6 +28,13 @@ class OptionMirror : public QObject {
         model_.watch_focus({});
     }
 
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::KeyPress) return QObject::eventFilter(watched, event);
+        return hand_key(model_, *static_cast<QKeyEvent*>(event),
+                        [this](const std::function<void()>& action) { tell(action); });
+    }
+
   private:
     void adopt(QRadioButton* radio, int index) {
         const OptionGroup::Option& option = model_.option(index);
@@ -36,12 +44,16 @@ class OptionMirror : public QObject {
         radio->setAccessibleName(option.caption.empty() ? to_qt(option.tool_tip)
                                                         : without_marks(radio->text()));
         group_->addButton(radio, index);
-        connect(radio, &QRadioButton::clicked, this, [this, index] {
-            const QPointer<OptionMirror> self(this);
-            const EventRunner run = context_.run; // outlives this, which the handler may end
-            run([this, index] { model_.set_Value(index); });
-            if (self) refresh();
-        });
+        radio->installEventFilter(this);
+        connect(radio, &QRadioButton::clicked, this,
+                [this, index] { tell([this, index] { model_.set_Value(index); }); });
+    }
+
+    void tell(const std::function<void()>& action) {
+        const QPointer<OptionMirror> self(this);
+        const EventRunner run = context_.run; // outlives this, which the handler may end
+        run(action);
+        if (self) refresh();
     }
 
     void refresh() {

@@ -34,6 +34,16 @@ std::optional<Key> form_key(int key) {
 
 } // namespace
 
+bool hand_key(const Control& control, const QKeyEvent& event,
+              const std::function<void(const std::function<void()>&)>& tell) {
+    if (!control.KeyDown || (event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
+        return false;
+    const auto key = form_key(event.key());
+    bool handled = false;
+    if (key) tell([&control, &handled, key] { handled = control.KeyDown(*key); });
+    return handled;
+}
+
 Mirror::Mirror(const BindContext& context, Control& control, QWidget* widget,
                std::function<void()> show_kind)
     : QObject(widget), context_(context), control_(control), widget_(widget),
@@ -95,18 +105,10 @@ void Mirror::move_focus() {
     if (control_.GotFocus) control_.GotFocus();
 }
 
-bool Mirror::hand_key(const QKeyEvent& event) {
-    if (!control_.KeyDown || (event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
-        return false;
-    const auto key = form_key(event.key());
-    bool handled = false;
-    if (key) tell([this, &handled, key] { handled = control_.KeyDown(*key); });
-    return handled;
-}
-
 bool Mirror::eventFilter(QObject* watched, QEvent* event) {
     if (watched == widget_ && event->type() == QEvent::KeyPress)
-        return hand_key(*static_cast<QKeyEvent*>(event));
+        return hand_key(control_, *static_cast<QKeyEvent*>(event),
+                        [this](const std::function<void()>& action) { tell(action); });
     if (watched == widget_ && event->type() == QEvent::FocusIn && !moving_focus_ &&
         control_.GotFocus && is_arrival(*static_cast<QFocusEvent*>(event)))
         tell_later([this] { control_.GotFocus(); });

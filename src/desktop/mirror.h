@@ -26,6 +26,10 @@ struct BindContext {
     ActivationTracker* activation = nullptr; // of the forms' windows
 };
 
+/// Offers a key to the control's own handler, which `tell` runs; true when the handler took it.
+bool hand_key(const Control& control, const QKeyEvent& event,
+              const std::function<void(const std::function<void()>&)>& tell);
+
 class Mirror : public QObject {
   public:
     /// `show_kind` copies the kind's own properties into the widget.
@@ -47,8 +51,6 @@ class Mirror : public QObject {
   private:
     void show_common();
     void move_focus();
-    /// Offers a key to the control's own handler; true when it took it.
-    bool hand_key(const QKeyEvent& event);
 
     BindContext context_;
     Control& control_;

@@ -87,6 +87,13 @@ TEST_F(ConsoleWindowTest, EnterSendsAndTheArrowKeysRecall) {
     command->clear();
     QTest::keyClick(command, Qt::Key_Up);
     EXPECT_EQ(command->text(), "? MODEL");
+    choose_protocol(1);
+    const ListBox& replies = window_->application().history.frmResponse.list;
+    for (const char* name : {"cmb_CommandType", "opt_DataFormat(2)"}) {
+        const int before = replies.ListCount();
+        QTest::keyClick(find(name), Qt::Key_Enter, Qt::KeypadModifier);
+        EXPECT_EQ(replies.ListCount(), before + 1) << name;
+    }
 }
 
 TEST_F(ConsoleWindowTest, TheLoopBackTestBreaksItsLinesAndEnds) {
