@@ -28,15 +28,14 @@ class MessageGate : public Dialogs {
         MessageGate& gate_;
     };
 
-    /// Only untitled messages without a choice are diverted. A warning with a title stays a box:
-    /// the one about an unavailable port comes back until somebody has mended the cause, and
-    /// diverted it would turn for ever.
+    /// Messages without a choice are diverted and answered with Skip: nobody has read them, so a
+    /// routine that waits at its message for somebody to mend something must go on instead.
     MessageAnswer message_box(const std::string& text, const std::string& title,
                               MessageButtons buttons, MessageIcon icon) override {
-        if (!receiver_ || !title.empty() || buttons != MessageButtons::Ok)
+        if (!receiver_ || buttons != MessageButtons::Ok)
             return dialogs_.message_box(text, title, buttons, icon);
         receiver_(text);
-        return MessageAnswer::Ok;
+        return MessageAnswer::Skip;
     }
     std::string input_box(const std::string& prompt, const std::string& title,
                           const std::string& default_text) override {

@@ -194,12 +194,14 @@ std::int16_t ChannelTable::open_port(std::int16_t& channel) {
     ErrorTrap trap(log_, dialogs_, "open_port");
     const auto table = [&](const RunTimeError& error) {
         if (error.number() == error_number::kDeviceUnavailable) {
-            dialogs_.message_box(
+            const MessageAnswer answer = dialogs_.message_box(
                 "Cannot open comm port #" +
                     std::to_string(devices[static_cast<std::size_t>(target)]->CommPort()) +
                     ", it is not available",
                 "WARNING");
-            return Resume::Retry;
+            // Tried again after every acknowledgement. Where nobody is there to give one, the
+            // statement is tried again with the next exchange.
+            return answer == MessageAnswer::Skip ? Resume::Leave : Resume::Retry;
         }
         if (const char* text = port_error_text(error.number())) {
             dialogs_.message_box(text);

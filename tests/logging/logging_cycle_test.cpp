@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "logging/logging_rig.h"
+#include "support/file_size_limit.h"
 
 namespace pelvan {
 namespace {
@@ -163,6 +164,22 @@ TEST_F(LoggingCycleTest, AFileThatCannotBeWrittenWarnsAndKeepsTheLines) {
     tick(10);
     const std::string text = read_file(rig.dir.file("missing/log.txt"));
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 4);
+    rig.dialogs.shown.clear();
+    rig.dialogs.on_message = {};
+    {
+        // A disk that fills in the middle of a line leaves no part of it.
+        const testing::FileSizeLimit full(text.size() + 5);
+        tick(10);
+    }
+    EXPECT_EQ(rig.dialogs.shown.size(), 1U);
+    EXPECT_EQ(read_file(rig.dir.file("missing/log.txt")), text);
+    std::filesystem::remove_all(rig.dir.file("missing"));
+    tick(10);
+    EXPECT_EQ(rig.dialogs.shown.size(), 2U);
+    std::filesystem::create_directory(rig.dir.file("missing"));
+    tick(10);
+    const std::string later = read_file(rig.dir.file("missing/log.txt"));
+    EXPECT_EQ(std::count(later.begin(), later.end(), '\n'), 3);
 }
 
 } // namespace
