@@ -165,7 +165,7 @@ TEST_F(SectionedFile, SurvivesAnyContents) {
     std::mt19937 random(20260731);
     const std::string alphabet = "[]SsKk==;#\"' \t\r\n\n\v\f\x80\xFF";
     const auto below = [&](std::size_t n) { return random() % n; };
-    for (int round = 0; round < 500; ++round) {
+    for (int round = 0; round < 150; ++round) {
         std::string bytes;
         for (auto n = below(200); n > 0; --n)
             bytes +=
