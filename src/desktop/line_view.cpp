@@ -152,6 +152,11 @@ void LineView::scrollContentsBy(int, int) {
     viewport()->update();
 }
 
+void LineView::verticalScrollbarValueChanged(int) {
+    // Not the base's: it asks the display where the pointer is, for events that nobody takes, and
+    // waits for the answer. A line that scrolls the list would cost twice what others cost.
+}
+
 void LineView::changeEvent(QEvent* event) {
     QAbstractItemView::changeEvent(event);
     if (event->type() != QEvent::FontChange && event->type() != QEvent::StyleChange) return;

@@ -26,6 +26,7 @@ class LineView : public QAbstractItemView {
     void setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) override;
     [[nodiscard]] QRegion visualRegionForSelection(const QItemSelection& selection) const override;
     void scrollContentsBy(int dx, int dy) override;
+    void verticalScrollbarValueChanged(int) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
 
