@@ -1,9 +1,9 @@
 #include <QAbstractItemView>
 #include <QAbstractListModel>
 #include <QListView>
-#include <QTimer>
 
 #include "desktop/bind.h"
+#include "desktop/paint_pacer.h"
 #include "desktop/qt_text.h"
 
 namespace pelvan::desktop {
@@ -43,12 +43,10 @@ class LineModel : public QAbstractListModel {
 class ListMirror : public QObject {
   public:
     ListMirror(const BindContext& context, ListBox& list, QAbstractItemView* view)
-        : QObject(view), list_(list), view_(view), lines_(new LineModel(list, this)),
+        : QObject(view), list_(list), view_(view), pacer_(new PaintPacer(view)),
+          lines_(new LineModel(list, this)),
           mirror_(new Mirror(context, list, view, [this] { show_selected(); })) {
         view->setModel(lines_);
-        pause_.setSingleShot(true);
-        pause_.setInterval(kPaintPauseMs);
-        connect(&pause_, &QTimer::timeout, this, [this] { paint_changes(); });
         list.watch_lines([this](ListChange change, int index) { changed(change, index); });
         mirror_->refresh();
         connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -60,7 +58,7 @@ class ListMirror : public QObject {
 
   private:
     void changed(ListChange change, int index) {
-        pace_painting();
+        pacer_->change();
         switch (change) {
         case ListChange::Added:
         case ListChange::Inserted:
@@ -79,20 +77,6 @@ class ListMirror : public QObject {
         }
     }
 
-    /// A list that grows with every register of a transfer would be painted as often, and the line
-    /// would wait for it. The first change is painted at once, those that follow together.
-    void pace_painting() {
-        if (pause_.isActive())
-            view_->setUpdatesEnabled(false);
-        else
-            pause_.start();
-    }
-    void paint_changes() {
-        if (view_->updatesEnabled()) return;
-        view_->setUpdatesEnabled(true);
-        pause_.start();
-    }
-
     void show_selected() {
         if (view_->model() != lines_) return;
         const int row = view_->currentIndex().row(); // -1 when there is none
@@ -103,11 +87,9 @@ class ListMirror : public QObject {
             view_->setCurrentIndex(lines_->index(list_.ListIndex(), 0));
     }
 
-    static constexpr int kPaintPauseMs = 200;
-
     ListBox& list_;
     QAbstractItemView* view_;
-    QTimer pause_;
+    PaintPacer* pacer_;
     LineModel* lines_;
     Mirror* mirror_;
 };
