@@ -10,10 +10,10 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QLineSeries>
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QTableWidget>
 #include <QValueAxis>
 #include <QWheelEvent>
@@ -21,18 +21,19 @@
 #include <cmath>
 #include <limits>
 
+#include "desktop/trend_export.h"
+
 namespace pelvan::desktop {
 namespace {
 
 constexpr int kLookEveryMs = 500;
-constexpr std::size_t kPointBudget = 20000; // over all curves: more only slows the picture
+constexpr std::size_t kPointBudget = 10000; // over all curves: more only slows the picture
 constexpr std::size_t kFewestBuckets = 50;
 constexpr double kShortestMs = 2000;
 constexpr double kZoomStep = 0.8;
 constexpr double kPanStep = 0.1;
 constexpr double kCursorStep = 0.01;
 constexpr int kLegendWidth = 300;
-constexpr int kLegendRows = 8; // the chart's own legend; the table beside it names every row
 
 /// Calendar time as the chart counts it. The chart shows the machine's local time.
 qint64 chart_time(double calendar_ms) {
@@ -45,6 +46,12 @@ QString time_text(double calendar_ms) {
         .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
 }
 
+/// The table's cell, made when it is not there.
+QTableWidgetItem& cell(QTableWidget& table, int row, int column) {
+    if (table.item(row, column) == nullptr) table.setItem(row, column, new QTableWidgetItem);
+    return *table.item(row, column);
+}
+
 } // namespace
 
 TrendView::TrendView(Trend& trend, QWidget* parent) : QWidget(parent, Qt::Window), trend_(trend) {
@@ -54,7 +61,7 @@ TrendView::TrendView(Trend& trend, QWidget* parent) : QWidget(parent, Qt::Window
     build();
     connect(&timer_, &QTimer::timeout, this, [this] { look_for_news(); });
     timer_.start(kLookEveryMs);
-    refresh();
+    // The first drawing comes with the size that the window is shown at.
 }
 
 void TrendView::build() {
@@ -79,17 +86,9 @@ void TrendView::build() {
     line_->setPen(QPen(Qt::darkGray, 1, Qt::DashLine));
     line_->setZValue(10);
 
-    legend_ = new QTableWidget(0, 2);
-    legend_->setObjectName(QStringLiteral("trend_legend"));
-    legend_->setAccessibleName(tr("Values at the cursor"));
-    legend_->setHorizontalHeaderLabels({tr("Row"), tr("Value")});
-    legend_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    legend_->setTabKeyNavigation(false);
-    legend_->verticalHeader()->hide();
-    legend_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-    legend_->setFixedWidth(kLegendWidth);
-    cursor_time_ = new QLabel;
-    cursor_time_->setObjectName(QStringLiteral("trend_cursor"));
+    chart_->legend()->hide(); // the table beside it names every row
+    curves_ = std::make_unique<TrendCurves>(chart_, times_, values_);
+    build_legend();
 
     auto* buttons = new QHBoxLayout;
     add_button(*buttons, tr("Show &All"), tr("The whole span (Home)"), [this] { show_all(); });
@@ -109,6 +108,23 @@ void TrendView::build() {
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(middle, 1);
     layout->addLayout(buttons);
+}
+
+void TrendView::build_legend() {
+    legend_ = new QTableWidget(0, 2);
+    legend_->setObjectName(QStringLiteral("trend_legend"));
+    legend_->setAccessibleName(tr("Values at the cursor"));
+    legend_->setHorizontalHeaderLabels({tr("Row"), tr("Value")});
+    legend_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    legend_->setTabKeyNavigation(false);
+    legend_->setToolTip(tr("A row without its tick is not drawn, and the scale fits the others."));
+    connect(legend_, &QTableWidget::itemChanged, this,
+            [this](const QTableWidgetItem* item) { take_tick(*item); });
+    legend_->verticalHeader()->hide();
+    legend_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    legend_->setFixedWidth(kLegendWidth);
+    cursor_time_ = new QLabel;
+    cursor_time_->setObjectName(QStringLiteral("trend_cursor"));
 }
 
 void TrendView::add_button(QLayout& layout, const QString& text, const QString& tip,
@@ -132,62 +148,61 @@ void TrendView::refresh() {
         visible_ = {all.from_ms, std::max(all.to_ms, all.from_ms + kShortestMs)};
     else if (following_)
         visible_ = {visible_.from_ms + all.to_ms - visible_.to_ms, all.to_ms};
-    const std::vector<int> rows = trend_.rows();
-    show_rows(rows);
+    show_rows();
+    draw_curves();
+    show_cursor();
+}
+
+void TrendView::show_rows() {
+    const QSignalBlocker quiet(legend_);
+    shown_ = trend_.rows();
+    curves_->keep(shown_);
+    legend_->setRowCount(static_cast<int>(shown_.size()));
+    for (int i = 0; i < legend_->rowCount(); ++i) {
+        const int row = shown_[static_cast<std::size_t>(i)];
+        QTableWidgetItem& item = cell(*legend_, i, 0);
+        item.setText(QString::fromStdString(trend_.name(row)));
+        item.setData(Qt::DecorationRole, TrendCurves::color(row));
+        item.setData(Qt::UserRole, row);
+        item.setCheckState(hidden_.count(row) ? Qt::Unchecked : Qt::Checked);
+    }
+}
+
+void TrendView::take_tick(const QTableWidgetItem& item) {
+    if (item.column() != 0) return;
+    const int row = item.data(Qt::UserRole).toInt();
+    if (item.checkState() == Qt::Checked)
+        hidden_.erase(row);
+    else
+        hidden_.insert(row);
+    refresh();
+}
+
+void TrendView::draw_curves() {
     const auto width = static_cast<std::size_t>(std::max(view_->width(), 100));
-    const std::size_t buckets =
-        std::clamp(kPointBudget / 2 / std::max<std::size_t>(rows.size(), 1), kFewestBuckets, width);
+    const std::size_t buckets = std::clamp(
+        kPointBudget / 2 / std::max<std::size_t>(shown_.size(), 1), kFewestBuckets, width);
     const double shift =
         static_cast<double>(chart_time(visible_.to_ms)) - std::round(visible_.to_ms);
     double low = std::numeric_limits<double>::max();
     double high = std::numeric_limits<double>::lowest();
-    for (const int row : rows) {
-        QList<QPointF> points;
+    std::vector<QList<QPointF>> curves;
+    for (const int row : shown_) {
+        QList<QPointF>& points = curves.emplace_back();
+        if (hidden_.count(row)) continue;
         for (const TrendPoint& point : trend_.points(row, visible_, buckets)) {
             points.append({point.time_ms + shift, point.value});
+            if (std::isnan(point.value)) continue;
             low = std::min(low, point.value);
             high = std::max(high, point.value);
         }
-        curves_[row]->replace(points);
     }
+    curves_->clear();
     times_->setRange(QDateTime::fromMSecsSinceEpoch(chart_time(visible_.from_ms)),
                      QDateTime::fromMSecsSinceEpoch(chart_time(visible_.to_ms)));
     scale_values(low, high);
-    show_cursor();
-}
-
-void TrendView::drop_curves_without(const std::vector<int>& rows) {
-    std::erase_if(curves_, [&](const auto& entry) {
-        if (std::binary_search(rows.begin(), rows.end(), entry.first)) return false;
-        chart_->removeSeries(entry.second);
-        delete entry.second;
-        return true;
-    });
-}
-
-void TrendView::show_rows(const std::vector<int>& rows) {
-    shown_ = rows;
-    drop_curves_without(rows);
-    for (const int row : rows) {
-        QLineSeries*& curve = curves_[row];
-        if (curve == nullptr) {
-            curve = new QLineSeries(chart_);
-            chart_->addSeries(curve);
-            // Golden-angle steps round the colour circle: neighbours in the legend differ.
-            curve->setColor(QColor::fromHsv(row * 137 % 360, 220, row % 2 == 0 ? 190 : 140));
-            curve->attachAxis(times_);
-            curve->attachAxis(values_);
-        }
-        curve->setName(QString::fromStdString(trend_.name(row)));
-    }
-    chart_->legend()->setVisible(rows.size() <= kLegendRows);
-    legend_->setRowCount(static_cast<int>(rows.size()));
-    for (int i = 0; i < legend_->rowCount(); ++i) {
-        const QLineSeries* curve = curves_[rows[static_cast<std::size_t>(i)]];
-        auto* item = new QTableWidgetItem(curve->name());
-        item->setData(Qt::DecorationRole, curve->color());
-        legend_->setItem(i, 0, item);
-    }
+    for (std::size_t i = 0; i < curves.size(); ++i)
+        curves_->draw(shown_[i], curves[i]);
 }
 
 void TrendView::scale_values(double low, double high) {
@@ -227,6 +242,7 @@ void TrendView::show_all() {
 }
 
 void TrendView::follow() {
+    if (trend_.passes() == 0) return show_all(); // there is no width to keep yet
     whole_ = false;
     following_ = true;
     refresh();
@@ -254,33 +270,23 @@ void TrendView::show_cursor() {
     line_->setVisible(share >= 0 && share <= 1);
     line_->setLine(x, plot.top(), x, plot.bottom());
     cursor_time_->setText(time_text(at));
+    const QSignalBlocker quiet(legend_);
     for (int i = 0; i < legend_->rowCount(); ++i) {
         const double value = trend_.nearest(shown_[static_cast<std::size_t>(i)], at).value;
-        legend_->setItem(i, 1,
-                         new QTableWidgetItem(std::isnan(value) ? tr("no value")
-                                                                : QString::number(value, 'g', 15)));
-    }
-}
-
-bool TrendView::save_png(const QString& path) {
-    return view_->grab().save(path, "PNG");
-}
-
-bool TrendView::save_csv(const QString& path) {
-    try {
-        trend_.write_csv(path.toStdString());
-        return true;
-    } catch (const std::exception&) {
-        return false;
+        cell(*legend_, i, 1)
+            .setText(std::isnan(value) ? tr("no value") : QString::number(value, 'g', 15));
     }
 }
 
 void TrendView::ask_and_save(bool png) {
-    const QString path = QFileDialog::getSaveFileName(this, png ? tr("Save PNG") : tr("Save CSV"),
-                                                      png ? QStringLiteral("trend.png")
-                                                          : QStringLiteral("trend.csv"));
+    const QString path = QFileDialog::getSaveFileName(
+        this, png ? tr("Save PNG") : tr("Save CSV"),
+        png ? QStringLiteral("trend.png") : QStringLiteral("trend.csv"),
+        (png ? tr("Pictures (*.png)") : tr("Tables (*.csv)")) + tr(";;All Files (*)"));
     if (path.isEmpty()) return;
-    if (!(png ? save_png(path) : save_csv(path)))
+    const bool saved = png ? save_trend_picture(view_->grab(), *legend_, cursor_time_->text(), path)
+                           : save_trend_csv(trend_, path, this);
+    if (!saved)
         QMessageBox::warning(this, windowTitle(), tr("The file could not be written:\n") + path);
 }
 

@@ -5,9 +5,11 @@
 
 #include <QTimer>
 #include <QWidget>
-#include <map>
+#include <memory>
+#include <set>
 #include <vector>
 
+#include "desktop/trend_curves.h"
 #include "logging/trend.h"
 
 class QChart;
@@ -15,8 +17,8 @@ class QChartView;
 class QDateTimeAxis;
 class QGraphicsLineItem;
 class QLabel;
-class QLineSeries;
 class QTableWidget;
+class QTableWidgetItem;
 class QValueAxis;
 
 namespace pelvan::desktop {
@@ -33,9 +35,6 @@ class TrendView : public QWidget {
     void show_all();
     void follow();
     void set_cursor(double time_ms);
-    /// False when the file could not be written.
-    bool save_png(const QString& path);
-    bool save_csv(const QString& path);
 
     [[nodiscard]] const TrendSpan& visible_span() const { return visible_; }
 
@@ -48,8 +47,10 @@ class TrendView : public QWidget {
     void add_button(QLayout& layout, const QString& text, const QString& tip,
                     const std::function<void()>& action);
     void look_for_news();
-    void drop_curves_without(const std::vector<int>& rows);
-    void show_rows(const std::vector<int>& rows);
+    void build_legend();
+    void show_rows();
+    void draw_curves();
+    void take_tick(const QTableWidgetItem& item);
     void scale_values(double low, double high);
     void show_cursor();
     bool key_pressed(int key, bool shift);
@@ -65,8 +66,9 @@ class TrendView : public QWidget {
     QGraphicsLineItem* line_ = nullptr;
     QLabel* cursor_time_ = nullptr;
     QTableWidget* legend_ = nullptr;
-    std::map<int, QLineSeries*> curves_;
+    std::unique_ptr<TrendCurves> curves_;
     std::vector<int> shown_; // row of each line of the legend
+    std::set<int> hidden_;
     QTimer timer_;
     TrendSpan visible_;
     double cursor_ms_ = 0;

@@ -1,33 +1,16 @@
 #include "logging/trend.h"
 
-#include <array>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 #include "platform/run_time_error.h"
-#include "platform/text_file.h"
-#include "text/numbers.h"
 
 namespace pelvan {
 namespace {
 
 constexpr double kGap = std::numeric_limits<double>::quiet_NaN();
 constexpr double kDayMs = 86400000;
-
-std::string time_cell(double time_ms) {
-    const double day = std::floor(time_ms / kDayMs);
-    const std::chrono::year_month_day date{
-        std::chrono::sys_days{std::chrono::days{static_cast<int>(day)}}};
-    const int ms = static_cast<int>(time_ms - day * kDayMs);
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d.%03d",
-                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
-                  ms % 1000);
-    return text.data();
-}
 
 /// The lowest and the highest reading of a stretch of passes.
 class Extremes {
@@ -44,6 +27,7 @@ class Extremes {
         if (low_.time_ms != high_.time_ms) points.push_back(low_first ? high_ : low_);
         empty_ = true;
     }
+    [[nodiscard]] bool empty() const { return empty_; }
 
   private:
     bool empty_ = true;
@@ -122,16 +106,19 @@ std::vector<TrendPoint> Trend::points(int row, TrendSpan part, std::size_t bucke
     const std::size_t stretch = count <= 2 * buckets ? 1 : (count + buckets - 1) / buckets;
     out.reserve(count / stretch * (stretch == 1 ? 1 : 2) + 2);
     Extremes extremes;
+    bool gap = false;
     std::size_t left = stretch;
     std::size_t at = slot(first);
     for (std::size_t i = first; i < end; ++i) {
         if (!std::isnan(values[at])) extremes.add({times_[at], values[at]});
+        if (--left == 0 || i + 1 == end) {
+            if (gap && !extremes.empty() && !out.empty()) out.push_back({out.back().time_ms, kGap});
+            gap = extremes.empty();
+            extremes.move_to(out);
+            left = stretch;
+        }
         if (++at == times_.size()) at = 0;
-        if (--left > 0) continue;
-        extremes.move_to(out);
-        left = stretch;
     }
-    extremes.move_to(out);
     return out;
 }
 
@@ -141,24 +128,6 @@ TrendPoint Trend::nearest(int row, double time_ms) const {
     std::size_t index = std::min(first_from(time_ms), times_.size() - 1);
     if (index > 0 && time_ms - time_at(index - 1) < time_at(index) - time_ms) --index;
     return {time_at(index), values[slot(index)]};
-}
-
-void Trend::write_csv(const std::string& path) const {
-    const auto file = CreateTextFile(path, true);
-    const std::vector<int> used = rows();
-    std::string line = "Time";
-    for (const int row : used)
-        line += "," + name(row);
-    file->writeline(line);
-    for (std::size_t i = 0; i < times_.size(); ++i) {
-        line = time_cell(time_at(i));
-        for (const int row : used) {
-            const double value = columns_[static_cast<std::size_t>(row)].values[slot(i)];
-            line += std::isnan(value) ? "," : "," + plain_number(value);
-        }
-        file->writeline(line);
-    }
-    file->Close();
 }
 
 std::size_t Trend::slot(std::size_t index) const {

@@ -10,7 +10,7 @@
 // program runs can call them without holding a copy of this code.
 #pragma once
 
-#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -29,6 +29,18 @@ struct TrendPoint {
 struct TrendSpan {
     double from_ms = 0;
     double to_ms = 0;
+};
+
+/// A CSV file under way: every pass a line of time, then each row's value or nothing. New passes
+/// may come in meanwhile; old ones that they push out are left out. A file that is not finished is
+/// removed.
+class TrendExport {
+  public:
+    virtual ~TrendExport() = default;
+    /// Writes that many passes more; false when the file is finished. Raises file errors.
+    virtual bool write_some(std::size_t passes) = 0;
+    /// What is written of the whole, 0 to 1.
+    [[nodiscard]] virtual double share() const = 0;
 };
 
 class Trend {
@@ -55,17 +67,20 @@ class Trend {
     [[nodiscard]] virtual TrendSpan span() const;
     /// The row's readings in a span, at most about 2 x `buckets` of them: of each stretch of passes
     /// the lowest and the highest, in the order of their times. One reading beyond each end is
-    /// included, so that a curve reaches the edges.
+    /// included, so that a curve reaches the edges. Between two of them a point without value
+    /// (not-a-number) stands for stretches in which the row gave none.
     [[nodiscard]] virtual std::vector<TrendPoint> points(int row, TrendSpan part,
                                                          std::size_t buckets) const;
     /// The row's reading nearest in time; not-a-number when it has a gap there.
     [[nodiscard]] virtual TrendPoint nearest(int row, double time_ms) const;
-    /// Every pass a line: time, then each row's value or nothing. Raises file errors.
-    virtual void write_csv(const std::string& path) const;
+    /// A file of the passes that are there now, still to be written. It must not outlive this.
+    /// Raises file errors.
+    [[nodiscard]] virtual std::unique_ptr<TrendExport> export_csv(const std::string& path) const;
     /// Counts the passes ever begun: a drawing that saw another number is out of date.
     [[nodiscard]] virtual unsigned long passes() const { return passes_; }
 
   private:
+    friend class TrendCsv;
     struct Column {
         std::string name;
         std::vector<double> values; // empty until the row is first in use

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModel>
+#include <QGraphicsView>
 #include <QScrollBar>
 #include <QTableView>
 #include <QTableWidget>
@@ -92,6 +93,13 @@ TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     EXPECT_EQ(legend->item(0, 0)->text(), QStringLiteral("Address 1 register 0"));
     EXPECT_EQ(legend->item(0, 1)->text(), QStringLiteral("742"));
     EXPECT_EQ(legend->item(1, 1)->text(), QStringLiteral("no value"));
+    auto* values = trend.window->findChild<QGraphicsView*>("trend_chart");
+    const auto drawn = [&] { return values->grab().toImage(); };
+    const QImage with_all = drawn();
+    legend->item(0, 0)->setCheckState(Qt::Unchecked);
+    EXPECT_NE(drawn(), with_all);
+    legend->item(0, 0)->setCheckState(Qt::Checked);
+    EXPECT_EQ(drawn(), with_all);
     for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Left, Qt::Key_Home, Qt::Key_End})
         QTest::keyClick(chart, key);
     EXPECT_TRUE(form().in_use(1));

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/text_file.h"
 #include "support/temp_dir.h"
 
 namespace pelvan {
@@ -55,6 +56,20 @@ TEST(Trend, ThinningKeepsEverySpike) {
     EXPECT_EQ(trend.points(0, {4310, 4330}, 50).size(), 22U);
 }
 
+TEST(Trend, ARowWithoutValueIsAGap) {
+    Trend trend(1);
+    for (int i = 0; i < 100; ++i)
+        add(trend, i, i < 3 || i > 95 || i == 10 || (i >= 40 && i < 60) ? kGap : i);
+    const auto gaps = [&](std::size_t buckets) {
+        const auto points = trend.points(0, trend.span(), buckets);
+        EXPECT_FALSE(std::isnan(points.front().value) || std::isnan(points.back().value));
+        return std::count_if(points.begin(), points.end(),
+                             [](auto& point) { return std::isnan(point.value); });
+    };
+    EXPECT_EQ(gaps(100), 2);
+    EXPECT_EQ(gaps(20), 1); // a reading stands in every stretch round the short one
+}
+
 TEST(Trend, ANewNameBeginsAnew) {
     Trend trend(1);
     add(trend, 0, 1);
@@ -81,10 +96,33 @@ TEST(Trend, ExportsEveryPass) {
     add(trend, start, 72.5);
     trend.record(2, "Address 1 register 101", -4);
     add(trend, start + 1250, kGap);
-    trend.write_csv(dir.file("trend.csv"));
+    const auto file = trend.export_csv(dir.file("trend.csv"));
+    EXPECT_TRUE(file->write_some(1));
+    EXPECT_EQ(file->share(), 0.5);
+    trend.forget(2);
+    add(trend, start + 2000, 1); // came in after the export was begun
+    EXPECT_FALSE(file->write_some(5));
     EXPECT_EQ(testing::read_file(dir.file("trend.csv")),
               "Time,Address 1 register 100,Address 1 register 101\r\n"
               "2026-11-15 16:30:05.000,72.5,-4\r\n2026-11-15 16:30:06.250,,\r\n");
+}
+
+TEST(Trend, AnExportLeavesOutWhatIsPushedOutAndNoUnfinishedFile) {
+    const testing::TempDir dir;
+    Trend trend(1, 3);
+    for (int i = 0; i < 3; ++i)
+        add(trend, i * 1000, i);
+    auto file = trend.export_csv(dir.file("trend.csv"));
+    EXPECT_TRUE(file->write_some(1));
+    for (int i = 3; i < 5; ++i)
+        add(trend, i * 1000, i);
+    EXPECT_FALSE(file->write_some(5));
+    EXPECT_EQ(testing::read_file(dir.file("trend.csv")),
+              "Time,Address 1 register 100\r\n1970-01-01 00:00:00.000,0\r\n"
+              "1970-01-01 00:00:02.000,2\r\n");
+    file = trend.export_csv(dir.file("trend.csv"));
+    file.reset();
+    EXPECT_FALSE(fileexists(dir.file("trend.csv")));
 }
 
 } // namespace

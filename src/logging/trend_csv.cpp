@@ -1,0 +1,101 @@
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
+#include "logging/trend.h"
+#include "platform/text_file.h"
+#include "text/numbers.h"
+
+namespace pelvan {
+namespace {
+
+constexpr double kDayMs = 86400000;
+
+std::string time_cell(double time_ms) {
+    const double day = std::floor(time_ms / kDayMs);
+    const std::chrono::year_month_day date{
+        std::chrono::sys_days{std::chrono::days{static_cast<int>(day)}}};
+    const int ms = static_cast<int>(time_ms - day * kDayMs);
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d.%03d",
+                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
+                  ms % 1000);
+    return text.data();
+}
+
+} // namespace
+
+class TrendCsv : public TrendExport {
+  public:
+    TrendCsv(const Trend& trend, const std::string& path)
+        : trend_(trend), path_(path), file_(CreateTextFile(path, true)),
+          first_(trend.passes_ - trend.times_.size()), next_(first_), end_(trend.passes_) {
+        std::string line = "Time";
+        for (const int row : trend.rows()) {
+            columns_.push_back({static_cast<std::size_t>(row), trend.name(row)});
+            line += "," + trend.name(row);
+        }
+        file_->writeline(line);
+    }
+    TrendCsv(const TrendCsv&) = delete;
+    TrendCsv& operator=(const TrendCsv&) = delete;
+    ~TrendCsv() override {
+        if (finished_) return;
+        file_.reset();
+        std::remove(path_.c_str());
+    }
+
+    bool write_some(std::size_t passes) override {
+        for (; passes > 0 && next_ < end_; --passes) {
+            const std::size_t oldest = trend_.passes_ - trend_.times_.size();
+            next_ = std::max(next_, oldest);
+            if (next_ >= end_) break;
+            write_pass(next_++ - oldest);
+        }
+        if (next_ < end_) return true;
+        file_->Close();
+        finished_ = true;
+        return false;
+    }
+
+    [[nodiscard]] double share() const override {
+        if (end_ == first_) return 1;
+        return static_cast<double>(next_ - first_) / static_cast<double>(end_ - first_);
+    }
+
+  private:
+    struct Column {
+        std::size_t row;
+        std::string name;
+    };
+
+    void write_pass(std::size_t index) {
+        std::string line = time_cell(trend_.time_at(index));
+        for (const Column& each : columns_) {
+            const Trend::Column& column = trend_.columns_[each.row];
+            line += ',';
+            // The row may have gone, or have become another, since the header was written.
+            if (column.values.empty() || column.name != each.name) continue;
+            const double value = column.values[trend_.slot(index)];
+            if (!std::isnan(value)) line += plain_number(value);
+        }
+        file_->writeline(line);
+    }
+
+    const Trend& trend_;
+    std::string path_;
+    std::unique_ptr<TextWriter> file_;
+    std::vector<Column> columns_;
+    std::size_t first_; // numbers of passes, counted from the first one ever begun
+    std::size_t next_;
+    std::size_t end_;
+    bool finished_ = false;
+};
+
+std::unique_ptr<TrendExport> Trend::export_csv(const std::string& path) const {
+    return std::make_unique<TrendCsv>(*this, path);
+}
+
+} // namespace pelvan
