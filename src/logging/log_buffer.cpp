@@ -1,5 +1,7 @@
 #include "logging/log_buffer.h"
 
+#include <algorithm>
+
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
 
@@ -22,6 +24,16 @@ bool LogBuffer::FlushLogBuffer() {
                              MessageButtons::Ok, MessageIcon::Exclamation);
         return false;
     }
+}
+
+void LogBuffer::make_room(std::size_t lines) {
+    const std::size_t held = static_cast<std::size_t>(waiting());
+    const std::size_t most = kLogBufferSize - std::min(lines, kLogBufferSize);
+    if (held <= most) return;
+    const auto begin = state_.gLogBuffer.begin();
+    std::move(begin + static_cast<std::ptrdiff_t>(held - most),
+              begin + static_cast<std::ptrdiff_t>(held), begin);
+    state_.gLogBufferCount = static_cast<std::int16_t>(most);
 }
 
 int LogBuffer::waiting() const {

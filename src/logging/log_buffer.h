@@ -19,6 +19,9 @@ class LogBuffer {
     /// the warning and returns false.
     bool FlushLogBuffer();
 
+    /// Drops as many of the oldest lines as it takes to hold that many more.
+    void make_room(std::size_t lines);
+
     [[nodiscard]] int waiting() const;
 
   private:

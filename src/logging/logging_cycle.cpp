@@ -124,7 +124,11 @@ void frm_DataLogging::poll_and_flush() {
         state_.gLogBufferCount > kMostGathered || state_.gLogIntervalSeconds >= kEveryPassFrom;
     // The count starts anew only when the lines are in the file: those that could not be written
     // are tried again with the next flush.
-    if (chk_LogToFile.checked() && due && FlushLogBuffer()) state_.gLogBufferCount = kNothingAdded;
+    if (!chk_LogToFile.checked() || !due) return;
+    if (FlushLogBuffer())
+        state_.gLogBufferCount = kNothingAdded;
+    else
+        buffer_.make_room(kLogRows); // the next pass must find room: logging goes on
 }
 
 bool frm_DataLogging::FlushLogBuffer() {
