@@ -124,6 +124,7 @@ ControllerAccess::Outcome ControllerAccess::write_once(float Register_No, float 
     last_accepted_ = false;
     const std::string frame = request(kWriteSingle, Register_No, DataValue);
     reply_ = is_refusal(frame) ? frame : exchange(frame);
+    write_reply_ = reply_;
     if (reply_.empty()) return Outcome::NoReply;
     if (is_refusal(frame) || reply_begins("134")) return Outcome::Refused;
     const auto value = static_cast<long>(round_half_even(static_cast<double>(DataValue)));
@@ -136,9 +137,9 @@ void ControllerAccess::record_refusal(float Register_No, float DataValue, TextWr
     const std::string number = plain_single(Register_No);
     const std::string value = plain_single(DataValue);
     if (run_.error_count == 0) TextFile.writeline("Response From Control\tReg No\tValue\t");
-    TextFile.writeline(reply_ + "\t" + number + "\t" + value + "\tError");
+    TextFile.writeline(write_reply_ + "\t" + number + "\t" + value + "\tError");
     const int position = std::min(static_cast<int>(run_.error_count), errors_.ListCount());
-    errors_.AddItem(reply_ + "               " + number + "           " + value + "    Error",
+    errors_.AddItem(write_reply_ + "               " + number + "           " + value + "    Error",
                     position);
     run_.error_count += 1;
     ++run_.faults;
@@ -189,7 +190,7 @@ void ControllerAccess::list_error(const std::string& response, float register_nu
 }
 
 void ControllerAccess::list_damaged(float register_number, float value) {
-    list_error(reply_, register_number, plain_single(value));
+    list_error(write_reply_, register_number, plain_single(value));
 }
 
 void ControllerAccess::list_line(const std::string& line) {

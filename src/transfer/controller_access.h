@@ -85,8 +85,9 @@ class ControllerAccess {
     const ComboBox& address_;
     ListBox& errors_;
     TransferRun& run_;
-    std::string reply_;  // the last reply's rendering
-    bool whole_ = false; // it is the answer to what was asked, undamaged
+    std::string reply_;       // the last reply's rendering
+    std::string write_reply_; // that of the last write
+    bool whole_ = false;      // it is the answer to what was asked, undamaged
     bool last_accepted_ = false;
 };
 

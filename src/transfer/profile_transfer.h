@@ -71,7 +71,7 @@ class ProfileTransfer {
     [[nodiscard]] ControllerAccess::Outcome erase_selected();
     [[nodiscard]] bool CreateDeleteProfile(int number, TextWriter& errors);
     [[nodiscard]] bool fill_numbers_below(int number, TextWriter& errors);
-    [[nodiscard]] bool erase_filler(int number);
+    [[nodiscard]] ControllerAccess::Outcome erase_filler(int number);
     /// Acts and records a refusal; asks the user while no reply comes.
     Restored act_recorded(Action action, TextWriter& errors);
     Restored select_line(const SetupLine& line, TextWriter& errors);

@@ -120,8 +120,8 @@ bool ProfileTransfer::clear_profiles(TextWriter& errors) {
 
 /// A profile that stands in only to keep the numbering, to be deleted at the end.
 bool ProfileTransfer::CreateDeleteProfile(int number, TextWriter& errors) {
-    Outcome outcome = try_select(registers_.number, static_cast<float>(number));
-    if (outcome == Outcome::Accepted) outcome = create_selected();
+    const Outcome selected = try_select(registers_.number, static_cast<float>(number));
+    const Outcome outcome = selected == Outcome::Accepted ? create_selected() : selected;
     if (outcome == Outcome::Accepted) {
         created_.insert(number);
         present_.insert(number);
@@ -129,7 +129,10 @@ bool ProfileTransfer::CreateDeleteProfile(int number, TextWriter& errors) {
         return !run_.cancel;
     }
     if (outcome == Outcome::Refused) {
-        access_.record_refusal(registers_.action, static_cast<float>(Action::Create), errors);
+        if (selected == Outcome::Refused)
+            access_.record_refusal(registers_.number, static_cast<float>(number), errors);
+        else
+            access_.record_refusal(registers_.action, static_cast<float>(Action::Create), errors);
         return false;
     }
     services_.dialogs.message_box("Comm Error when creating the Delete Profile. Upload Canceled!");
@@ -221,23 +224,26 @@ ProfileTransfer::Restored ProfileTransfer::restore_line(const SetupLine& line, T
     return plain_line(line, errors);
 }
 
-bool ProfileTransfer::erase_filler(int number) {
-    return try_select(registers_.number, static_cast<float>(number)) == Outcome::Accepted &&
-           erase_selected() == Outcome::Accepted;
+Outcome ProfileTransfer::erase_filler(int number) {
+    const Outcome selected = try_select(registers_.number, static_cast<float>(number));
+    return selected == Outcome::Accepted ? erase_selected() : selected;
 }
 
 void ProfileTransfer::erase_created() {
     const bool canceled_before = run_.cancel;
+    bool silent = false; // the line: one message tells it
     for (const int number : created_) {
         if (in_file_.contains(number)) continue;
         const std::string text = std::to_string(number);
         // The cancel of the upload leaves this clean-up to be done; a cancel of the clean-up itself
         // must not leave unsaid what stays.
-        if (run_.cancel && !canceled_before) {
+        if (silent || (run_.cancel && !canceled_before)) {
             access_.list_error("Profile not erased", registers_.number, text);
             continue;
         }
-        const bool erased = erase_filler(number);
+        const Outcome outcome = erase_filler(number);
+        const bool erased = outcome == Outcome::Accepted;
+        silent = outcome == Outcome::NoReply;
         log_("Profile " + text + (erased ? " erased" : " not erased"));
         if (erased) continue;
         services_.dialogs.message_box(

@@ -179,6 +179,28 @@ TEST_F(ProfileUpload, AFillingProfileThatStaysIsTold) {
     EXPECT_EQ(texts.back(), "Upload Complete");
 }
 
+TEST_F(ProfileUpload, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
+    write_setup("4000 4\r\n4002 1\r\n25 0\r\n");
+    desktop.on_turn = [&] {
+        if (lines(form.List1).back() == "25 0 Successful") silent[4000] = 1000;
+    };
+    upload_from("a.txt");
+    const auto texts = rig.dialogs.texts();
+    EXPECT_EQ(std::count_if(texts.begin(), texts.end(),
+                            [](const std::string& text) { return text.starts_with("Could not"); }),
+              1);
+    EXPECT_TRUE(lines(form.List2).back().starts_with("Profile not erased"));
+    EXPECT_EQ(form.List2.ListCount(), 2);
+}
+
+TEST_F(ProfileUpload, ARefusedActionIsRecordedWithItsOwnReply) {
+    refused = {4002};
+    write_setup("4000 1\r\n4002 1\r\n25 0\r\n");
+    upload_from("a.txt");
+    EXPECT_EQ(saved("742_Upload_Error.TXT"),
+              "Response From Control\tReg No\tValue\t\r\n1 134 3 2 97 \t4002\t1\tError\r\n");
+}
+
 TEST_F(ProfileUpload, LinesOfAProfileThatCannotBeSelectedAreWrittenNowhere) {
     write_setup("4000 300\r\n4002 1\r\n4003 1\r\n25 0\r\n");
     refused = {4000};
