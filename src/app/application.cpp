@@ -81,6 +81,14 @@ void MDIPelvan6::mnuDataLogging_Click() {
     logging.Move({0, 0, console.width, console.height + response.height});
 }
 
+bool MDIPelvan6::Form_Unload() {
+    frm_DownloadParm& transfer = application_.transfer;
+    if (transfer.run().running) transfer.cmdCancel_Click();
+    if (transfer.run().running && !transfer.run().cancel) return false;
+    application_.logging.Unload();
+    return application_.console.Unload();
+}
+
 Application::Application(Services given, LineOpener opener)
     : messages(given.dialogs), services{given.tick, given.clock, messages, given.desktop,
                                         std::move(given.application_directory)},

@@ -53,6 +53,9 @@ class MDIPelvan6 : public Form {
     void mnuDataLogging_Click();
 
     void Form_Load() override { MDIForm_Load(); }
+    /// Closing the frame closes its windows: a running transfer asks and may refuse, data logging
+    /// writes what it has gathered, and the console ends the program.
+    bool Form_Unload() override;
 
   private:
     Application& application_;

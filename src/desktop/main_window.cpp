@@ -32,8 +32,8 @@ MainWindow::MainWindow(const std::string& directory)
     Application& app = application_;
     watch_ports();
     frame_->show_help = [this](const std::string& page) { desktop_.show_help(page); };
-    // Closing the frame closes the console, which ends the program: no questions, no saving.
-    frame_->before_close = [&app] { return app.console.Unload(); };
+    frame_->before_close = [&app] { return app.frame.Unload(); };
+    // Closing the console alone ends the program at once: no questions, no saving.
     app.console.end_program = [&app] {
         app.transfer.cancel_transfer();
         QCoreApplication::exit(0);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "app/application.h"
 #include "config/ini.h"
 #include "support/fake_dialogs.h"
@@ -101,6 +103,37 @@ TEST_F(ApplicationTest, ReadsASimulatedControllerEndToEnd) {
     app.console.cmd_SendCommand.press();
     EXPECT_EQ(app.history.frmResponse.list.List(2), "-15");
     EXPECT_TRUE(dialogs.shown.empty());
+}
+
+TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
+    write_ini("[COMMS CONTROLS]\r\n" + channel(0, "1") + channel(1, "2") +
+              "[SERIAL DEVICES]\r\nPORT 2=simulated:742\r\n");
+    bool ended = false;
+    app.console.end_program = [&] { ended = true; };
+    app.frame.Load();
+    app.logging.Show();
+    testing::write_file(dir.file("set.PV5"),
+                        "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOG TO FILE=TRUE\r\n"
+                        "LOGGING INTERVAL=2\r\nLOGGING FILENAME=" +
+                            dir.file("log") + "\r\n1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n");
+    app.logging.ReadLogSet(dir.file("set.PV5"));
+    app.logging.mnuStartLogging.choose();
+    EXPECT_EQ(testing::read_file(dir.file("log")), "");
+
+    std::filesystem::create_directory(dir.file("Download Sequences"));
+    testing::write_file(dir.file("Download Sequences/742.cds"), "NO\n-\n-\n-\n0\n1\n2\n3\n");
+    dialogs.files.push_back(dir.file("setup.txt"));
+    dialogs.answers = {MessageAnswer::No, MessageAnswer::Yes};
+    desktop.on_turn = [&, turn = 0]() mutable {
+        if (++turn > 2) return;
+        EXPECT_EQ(app.frame.Unload(), turn == 2);
+        EXPECT_EQ(ended, turn == 2);
+    };
+    app.transfer.Show();
+    app.transfer.cmdDownload.press();
+    EXPECT_TRUE(ended);
+    EXPECT_FALSE(app.transfer.run().completed);
+    EXPECT_NE(testing::read_file(dir.file("log")).find("742"), std::string::npos);
 }
 
 TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
