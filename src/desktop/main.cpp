@@ -3,20 +3,32 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <string>
 
 #include "desktop/main_window.h"
 #include "terminal/terminal.h"
 
 namespace {
 
-/// Qt ends the process without a word for the user when there is no screen.
+[[noreturn]] void no_display(const std::string& reason) {
+    std::cerr << "pelvan7: " << reason << "; name a command to work in the terminal (--help)\n";
+    std::_Exit(pelvan::exit_code::kFailed);
+}
+
 bool has_screen() {
 #ifdef Q_OS_LINUX
-    const bool named = std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY");
-    return named || std::getenv("QT_QPA_PLATFORM");
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        if (const char* value = std::getenv(name); value && *value) return true;
+    return false;
 #else
     return true;
 #endif
+}
+
+/// Qt ends the process with a signal when the screen that is named cannot be reached.
+void say_why_no_window(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtFatalMsg) no_display("the display cannot be used");
+    if (type != QtDebugMsg && type != QtInfoMsg) std::cerr << text.toStdString() << "\n";
 }
 
 } // namespace
@@ -24,11 +36,10 @@ bool has_screen() {
 int main(int argc, char** argv) {
     std::string directory;
     if (const auto code = pelvan::run_terminal_process(argc, argv, directory)) return *code;
-    if (!has_screen()) {
-        std::cerr << "pelvan7: no display; name a command to work in the terminal (--help)\n";
-        return pelvan::exit_code::kFailed;
-    }
+    if (!has_screen()) no_display("no display");
+    const QtMessageHandler usual = qInstallMessageHandler(say_why_no_window);
     QApplication application(argc, argv);
+    qInstallMessageHandler(usual);
     QApplication::setApplicationName("Pelvan 7");
     QApplication::setDesktopFileName("pelvan7");
     pelvan::desktop::MainWindow window(directory);
