@@ -2,6 +2,7 @@
 // that it happened in, its message is shown, and the program goes on.
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <new>
 
@@ -23,12 +24,16 @@ class EventRunner {
             show_error_message(dialogs_, error.number(), error.subject());
         } catch (const std::bad_alloc&) {
             show_error_message(dialogs_, kOutOfMemory);
+        } catch (const std::exception&) {
+            // A fault of the program's own: better told and survived than the end of a session.
+            show_error_message(dialogs_, kInternalError);
         }
         return false;
     }
 
   private:
     static constexpr int kOutOfMemory = 7;
+    static constexpr int kInternalError = 51;
     Dialogs& dialogs_;
 };
 
