@@ -69,6 +69,20 @@ QTimer* bind(const BindContext& context, Timer& model);
 /// Closing the window unloads the form, and the window stays when the form refuses.
 void bind(const BindContext& context, Form& model, QWidget* window);
 
+/// A new widget of the kind, bound to the control.
+template <class Widget, class Model> Widget* bound(const BindContext& context, Model& model) {
+    auto* widget = new Widget;
+    bind(context, model, widget);
+    return widget;
+}
+
+/// A new label bound to the control that names `widget` (see `set_label`).
+[[nodiscard]] QLabel* label_for(const BindContext& context, Label& model, QWidget* widget);
+
+/// A new frame with one radio button an option below each other.
+[[nodiscard]] QGroupBox* option_frame(const BindContext& context, Frame& frame,
+                                      OptionGroup& options);
+
 /// Makes `label` name `widget`, on the screen (access key) and for those who hear the screen; its
 /// own caption or tool tip stays the spoken name where it has one.
 void set_label(QLabel* label, QWidget* widget);

@@ -1,3 +1,4 @@
+#include <QBoxLayout>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QGroupBox>
@@ -127,6 +128,21 @@ std::vector<QRadioButton*> make_radios(const BindContext& context, OptionGroup& 
         radios.push_back(new QRadioButton(parent));
     bind_options(context, model, radios);
     return radios;
+}
+
+QGroupBox* option_frame(const BindContext& context, Frame& frame, OptionGroup& options) {
+    auto* box = bound<QGroupBox>(context, frame);
+    auto* layout = new QVBoxLayout(box);
+    for (QRadioButton* radio : make_radios(context, options, box))
+        layout->addWidget(radio);
+    layout->addStretch();
+    return box;
+}
+
+QLabel* label_for(const BindContext& context, Label& model, QWidget* widget) {
+    auto* label = bound<QLabel>(context, model);
+    set_label(label, widget);
+    return label;
 }
 
 void set_label(QLabel* label, QWidget* widget) {

@@ -23,37 +23,21 @@ template <class Layout> Layout* tight(Layout* layout) {
     return layout;
 }
 
-/// A frame with the options of a group in it, along the given direction.
-QGroupBox* option_frame(const BindContext& context, Frame& frame, OptionGroup& options,
-                        QBoxLayout::Direction direction) {
-    auto* box = new QGroupBox;
-    bind(context, frame, box);
-    auto* layout = tight(new QBoxLayout(direction, box));
-    for (QRadioButton* radio : make_radios(context, options, box))
-        layout->addWidget(radio);
-    layout->addStretch();
+QGroupBox* tight_options(const BindContext& context, Frame& frame, OptionGroup& options) {
+    QGroupBox* box = option_frame(context, frame, options);
+    tight(box->layout());
     return box;
 }
 
 QLineEdit* edit_for(const BindContext& context, TextBox& model, int width) {
-    auto* edit = new QLineEdit;
-    bind(context, model, edit);
+    auto* edit = bound<QLineEdit>(context, model);
     if (width > 0) edit->setFixedWidth(width);
     return edit;
 }
 
-QLabel* label_for(const BindContext& context, Label& model, QWidget* widget) {
-    auto* label = new QLabel;
-    bind(context, model, label);
-    set_label(label, widget);
-    return label;
-}
-
 QGroupBox* modbus_frame(const BindContext& context, ModbusPanel& panel) {
-    auto* box = new QGroupBox;
-    bind(context, panel.Fram_Modbus, box);
-    auto* type = new QComboBox;
-    bind(context, panel.cmb_CommandType, type);
+    auto* box = bound<QGroupBox>(context, panel.Fram_Modbus);
+    auto* type = bound<QComboBox>(context, panel.cmb_CommandType);
     auto* address = edit_for(context, panel.txt_Address, kNumberWidth);
     auto* start = edit_for(context, panel.txt_Register, kNumberWidth);
     auto* values = edit_for(context, panel.txt_Values, 0);
@@ -76,8 +60,7 @@ QGroupBox* modbus_frame(const BindContext& context, ModbusPanel& panel) {
 }
 
 QGroupBox* text_frame(const BindContext& context, TextPanel& panel) {
-    auto* box = new QGroupBox;
-    bind(context, panel.Fram_CommsCommand, box);
+    auto* box = bound<QGroupBox>(context, panel.Fram_CommsCommand);
     auto* address = edit_for(context, panel.txt_DeviceAddress, kNumberWidth);
     auto* command = edit_for(context, panel.txt_CommsCommand, 0);
     auto* grid = tight(new QGridLayout(box));
@@ -91,8 +74,7 @@ QGroupBox* text_frame(const BindContext& context, TextPanel& panel) {
 }
 
 QGroupBox* tellura_frame(const BindContext& context, TelluraPanel& panel) {
-    auto* box = new QGroupBox;
-    bind(context, panel.Fram_Tellura, box);
+    auto* box = bound<QGroupBox>(context, panel.Fram_Tellura);
     auto* address = edit_for(context, panel.TxtTelluraAddress, kNumberWidth);
     auto* parameter = edit_for(context, panel.TxtParameterAddress, kNumberWidth);
     auto* count = edit_for(context, panel.TxtNoBytes, kNumberWidth);
@@ -124,13 +106,10 @@ QGroupBox* tellura_frame(const BindContext& context, TelluraPanel& panel) {
 
 /// What the last command came to, and how far a setup file is.
 QHBoxLayout* status_line(const BindContext& context, frm_Pelvan5VB& form) {
-    auto* status = new QLabel;
-    bind(context, form.lbl_Status, status);
+    auto* status = bound<QLabel>(context, form.lbl_Status);
     status->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    auto* progress = new QProgressBar;
-    bind(context, form.setup.prg_SetupFile, progress);
-    auto* cancel = new QPushButton;
-    bind(context, form.setup.cmd_CancelSetup, cancel);
+    auto* progress = bound<QProgressBar>(context, form.setup.prg_SetupFile);
+    auto* cancel = bound<QPushButton>(context, form.setup.cmd_CancelSetup);
     auto* line = new QHBoxLayout;
     line->addWidget(status, 1);
     line->addWidget(progress);
@@ -142,19 +121,16 @@ QHBoxLayout* status_line(const BindContext& context, frm_Pelvan5VB& form) {
 
 QWidget* make_console(const BindContext& context, frm_Pelvan5VB& form) {
     auto* content = new QWidget;
-    auto* send = new QPushButton;
-    bind(context, form.cmd_SendCommand, send);
+    auto* send = bound<QPushButton>(context, form.cmd_SendCommand);
     send->setDefault(true);
 
     auto* fields = new QHBoxLayout;
     fields->setSpacing(2 * kSpacing);
-    fields->addWidget(
-        option_frame(context, form.fram_Protocol, form.opt_Protocol, QBoxLayout::TopToBottom));
+    fields->addWidget(tight_options(context, form.fram_Protocol, form.opt_Protocol));
     fields->addWidget(modbus_frame(context, form.modbus), 1);
     fields->addWidget(text_frame(context, form.text), 1);
     fields->addWidget(tellura_frame(context, form.tellura), 1);
-    fields->addWidget(
-        option_frame(context, form.fram_DataFormat, form.opt_DataFormat, QBoxLayout::TopToBottom));
+    fields->addWidget(tight_options(context, form.fram_DataFormat, form.opt_DataFormat));
     fields->addWidget(send, 0, Qt::AlignVCenter);
 
     auto* layout = tight(new QVBoxLayout(content));

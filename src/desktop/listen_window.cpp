@@ -24,16 +24,6 @@ constexpr int kRightButton = 2;
 constexpr int kBoxRows = 3;
 constexpr int kTimesCharacters = 44; // "16:30:05.250  +1200 ms  reply after 12 ms"
 
-QGroupBox* option_frame(const BindContext& context, Frame& frame, OptionGroup& options) {
-    auto* box = new QGroupBox;
-    bind(context, frame, box);
-    auto* layout = new QVBoxLayout(box);
-    for (QRadioButton* radio : make_radios(context, options, box))
-        layout->addWidget(radio);
-    layout->addStretch();
-    return box;
-}
-
 QLayout* statistics(const BindContext& context, frm_Listen& form) {
     const std::pair<Label*, TextBox*> boxes[] = {{&form.lbl_HitCount, &form.txt_HitCount},
                                                  {&form.lbl_LastHitTime, &form.txt_LastHitTime},
@@ -44,13 +34,9 @@ QLayout* statistics(const BindContext& context, frm_Listen& form) {
     auto* grid = new QGridLayout;
     int at = 0;
     for (const auto& [caption, box] : boxes) {
-        auto* edit = new QLineEdit;
-        bind(context, *box, edit);
-        auto* label = new QLabel;
-        bind(context, *caption, label);
-        set_label(label, edit);
+        auto* edit = bound<QLineEdit>(context, *box);
         const int column = 2 * (at / kBoxRows);
-        grid->addWidget(label, at % kBoxRows, column);
+        grid->addWidget(label_for(context, *caption, edit), at % kBoxRows, column);
         grid->addWidget(edit, at % kBoxRows, column + 1);
         ++at;
     }
@@ -131,8 +117,7 @@ QWidget* make_listen(const BindContext& context, frm_Listen& form) {
     tabs->setObjectName(QStringLiteral("tabs"));
     tabs->addTab(lines_tab(context, form), QStringLiteral("&Lines"));
     tabs->addTab(traffic, QStringLiteral("T&raffic"));
-    auto* status = new QLabel;
-    bind(context, form.lbl_Status, status);
+    auto* status = bound<QLabel>(context, form.lbl_Status);
     auto* layout = new QVBoxLayout(content);
     layout->addWidget(tabs, 1);
     layout->addWidget(status);

@@ -92,14 +92,11 @@ QTableView* make_grid(const BindContext& context, frm_DataLogging& form) {
 }
 
 QGroupBox* make_interval(const BindContext& context, frm_DataLogging& form) {
-    auto* box = new QGroupBox;
-    bind(context, form.fram_LoggingInterval, box);
+    auto* box = bound<QGroupBox>(context, form.fram_LoggingInterval);
     auto* row = new QHBoxLayout(box);
     for (std::size_t i = 0; i < form.scrl_LoggingInterval.size(); ++i) {
-        auto* label = new QLabel;
-        bind(context, form.lbl_LoggingInterval[i], label);
-        auto* text = new QLineEdit;
-        bind(context, form.txt_LoggingInterval[i], text);
+        auto* label = bound<QLabel>(context, form.lbl_LoggingInterval[i]);
+        auto* text = bound<QLineEdit>(context, form.txt_LoggingInterval[i]);
         text->setFixedWidth(kNumberWidth);
         text->setAlignment(Qt::AlignRight);
         // Its focus goes on to the bar: the Tab key would never get past it backwards.
@@ -117,21 +114,15 @@ QGroupBox* make_interval(const BindContext& context, frm_DataLogging& form) {
 }
 
 QLayout* make_file_options(const BindContext& context, frm_DataLogging& form) {
-    auto* to_file = new QCheckBox;
-    bind(context, form.chk_LogToFile, to_file);
-    auto* single = new QCheckBox;
-    bind(context, form.chk_SingleLine, single);
-    auto* name = new QLineEdit;
-    bind(context, form.txt_LogFilename, name);
-    auto* label = new QLabel;
-    bind(context, form.lbl_LogFilename, label);
-    set_label(label, name);
+    auto* to_file = bound<QCheckBox>(context, form.chk_LogToFile);
+    auto* single = bound<QCheckBox>(context, form.chk_SingleLine);
+    auto* name = bound<QLineEdit>(context, form.txt_LogFilename);
     auto* checks = new QHBoxLayout;
     checks->addWidget(to_file);
     checks->addWidget(single);
     checks->addStretch();
     auto* line = new QHBoxLayout;
-    line->addWidget(label);
+    line->addWidget(label_for(context, form.lbl_LogFilename, name));
     line->addWidget(name, 1);
     auto* layout = new QVBoxLayout;
     layout->addLayout(checks);
@@ -140,8 +131,7 @@ QLayout* make_file_options(const BindContext& context, frm_DataLogging& form) {
 }
 
 QLabel* make_line(const BindContext& context, Label& model) {
-    auto* label = new QLabel;
-    bind(context, model, label);
+    auto* label = bound<QLabel>(context, model);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setWordWrap(true);
     return label;
@@ -171,8 +161,7 @@ QWidget* make_logging(const BindContext& context, frm_DataLogging& form, Dialogs
                       MdiFrame& frame) {
     auto* content = new QWidget;
     auto* grid = make_grid(context, form);
-    auto* active = new QLabel;
-    bind(context, form.Label4, active);
+    auto* active = bound<QLabel>(context, form.Label4);
     QFont bold = active->font();
     bold.setBold(true);
     active->setFont(bold);

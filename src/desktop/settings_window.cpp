@@ -28,38 +28,27 @@ QWidget* make_dialog(QWidget* frame) {
 }
 
 QPushButton* make_button(const BindContext& context, Button& model) {
-    auto* button = new QPushButton;
-    bind(context, model, button);
+    auto* button = bound<QPushButton>(context, model);
     button->setAutoDefault(true); // Enter presses the button that has the focus
     return button;
 }
 
-QLabel* make_label(const BindContext& context, Label& model, QWidget* widget) {
-    auto* label = new QLabel;
-    bind(context, model, label);
-    set_label(label, widget);
-    return label;
-}
-
 void add_field(const BindContext& context, QFormLayout& form, Label& label, TextBox& model) {
-    auto* edit = new QLineEdit;
-    bind(context, model, edit);
+    auto* edit = bound<QLineEdit>(context, model);
     edit->setFixedWidth(kFieldWidth);
-    form.addRow(make_label(context, label, edit), edit);
+    form.addRow(label_for(context, label, edit), edit);
 }
 
 QGroupBox* protocol_frame(const BindContext& context, frm_CommsSettings& form, std::size_t i) {
-    auto* box = new QGroupBox;
-    bind(context, form.fram_Protocol[i], box);
+    auto* box = bound<QGroupBox>(context, form.fram_Protocol[i]);
     auto* fields = new QFormLayout(box);
     add_field(context, *fields, form.lbl_Port[i], form.txt_Port[i]);
     add_field(context, *fields, form.lbl_Baud[i], form.txt_Baud[i]);
     add_field(context, *fields, form.lbl_Parity[i], form.txt_Parity[i]);
     add_field(context, *fields, form.lbl_DataBits[i], form.txt_DataBits[i]);
     add_field(context, *fields, form.lbl_StopBits[i], form.txt_StopBits[i]);
-    auto* mode = new QComboBox;
-    bind(context, form.ComboRTSMode[i], mode);
-    fields->addRow(make_label(context, form.lbl_RTSMode[i], mode), mode);
+    auto* mode = bound<QComboBox>(context, form.ComboRTSMode[i]);
+    fields->addRow(label_for(context, form.lbl_RTSMode[i], mode), mode);
     auto* save = make_button(context, form.cmd_SaveChanges[i]);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(save);
@@ -69,18 +58,15 @@ QGroupBox* protocol_frame(const BindContext& context, frm_CommsSettings& form, s
 }
 
 QGroupBox* device_frame(const BindContext& context, DevicePicker& picker) {
-    auto* box = new QGroupBox;
-    bind(context, picker.fram_Device, box);
-    auto* state = new QLabel;
-    bind(context, picker.lbl_DeviceState, state);
+    auto* box = bound<QGroupBox>(context, picker.fram_Device);
+    auto* state = bound<QLabel>(context, picker.lbl_DeviceState);
     state->setWordWrap(true);
     state->setMinimumWidth(kStateWidth);
     state->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    auto* devices = new QComboBox;
-    bind(context, picker.cmb_Device, devices);
+    auto* devices = bound<QComboBox>(context, picker.cmb_Device);
     devices->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     auto* row = new QHBoxLayout;
-    row->addWidget(make_label(context, picker.lbl_Device, devices));
+    row->addWidget(label_for(context, picker.lbl_Device, devices));
     row->addWidget(devices, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(make_button(context, picker.cmd_AssignDevice));
@@ -157,7 +143,7 @@ QWidget* make_serial_devices(const BindContext& context, frm_SerialDevices& form
     list->setMinimumHeight((kListHeight + 1) * (list->fontMetrics().height() + 2));
     bind(context, form.lst_Ports, list);
     auto* layout = new QVBoxLayout(window);
-    layout->addWidget(make_label(context, form.lbl_Ports, list));
+    layout->addWidget(label_for(context, form.lbl_Ports, list));
     layout->addWidget(list, 1);
     layout->addWidget(device_frame(context, form.picker));
     layout->addWidget(make_button(context, form.cmd_Close), 0, Qt::AlignRight);

@@ -18,17 +18,9 @@ constexpr int kListHeight = 160;
 constexpr int kListWidth = 300;
 
 QPushButton* button_for(const BindContext& context, Button& model, const char* shortcut = nullptr) {
-    auto* button = new QPushButton;
-    bind(context, model, button);
+    auto* button = bound<QPushButton>(context, model);
     if (shortcut) button->setShortcut(QKeySequence(QLatin1String(shortcut)));
     return button;
-}
-
-QLabel* label_for(const BindContext& context, Label& model, QWidget* widget) {
-    auto* label = new QLabel;
-    bind(context, model, label);
-    if (widget) set_label(label, widget);
-    return label;
 }
 
 LineView* list_for(const BindContext& context, ListBox& model) {
@@ -40,10 +32,8 @@ LineView* list_for(const BindContext& context, ListBox& model) {
 }
 
 QLayout* choices(const BindContext& context, frm_DownloadParm& form) {
-    auto* address = new QComboBox;
-    bind(context, form.cmbAddress, address);
-    auto* compare = new QCheckBox;
-    bind(context, form.chkCompare, compare);
+    auto* address = bound<QComboBox>(context, form.cmbAddress);
+    auto* compare = bound<QCheckBox>(context, form.chkCompare);
     auto* row = new QHBoxLayout;
     row->addWidget(label_for(context, form.LblAddress, address));
     row->addWidget(address);
@@ -68,15 +58,14 @@ QLayout* titled_list(const BindContext& context, Label& title, ListBox& list, Bu
     column->addLayout(head);
     auto* row = new QHBoxLayout;
     for (Label* each : titles)
-        row->addWidget(label_for(context, *each, nullptr), 1);
+        row->addWidget(bound<QLabel>(context, *each), 1);
     column->addLayout(row);
     column->addWidget(view, 1);
     return column;
 }
 
 QLayout* bottom(const BindContext& context, frm_DownloadParm& form) {
-    auto* bar = new QProgressBar;
-    bind(context, form.ProgressBar1, bar);
+    auto* bar = bound<QProgressBar>(context, form.ProgressBar1);
     auto* row = new QHBoxLayout;
     row->addWidget(bar, 1);
     row->addWidget(button_for(context, form.cmdCancel));
