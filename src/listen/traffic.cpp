@@ -1,6 +1,7 @@
 #include "listen/traffic.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -19,17 +20,10 @@ std::string rounded_ms(double ms) {
 }
 
 std::string time_of_day(double epoch_ms) {
-    const auto seconds = static_cast<std::time_t>(std::floor(epoch_ms / 1000));
-    std::tm parts{};
-#ifdef _WIN32
-    localtime_s(&parts, &seconds);
-#else
-    localtime_r(&seconds, &parts);
-#endif
-    const int ms = static_cast<int>(epoch_ms - static_cast<double>(seconds) * 1000);
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%03d", parts.tm_hour, parts.tm_min,
-                  parts.tm_sec, ms);
+    const LocalTime time = local_time(epoch_ms);
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%03d", time.hour, time.minute,
+                  time.second, time.millisecond);
     return text.data();
 }
 

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cmath>
 #include <ctime>
 
 #include "platform/tick.h"
@@ -18,27 +19,30 @@ class SystemTick : public TickSource {
 class SystemClock : public Clock {
   public:
     LocalTime now() override {
-        const auto moment = std::chrono::system_clock::now();
-        const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
-        const auto since_1970 =
-            std::chrono::floor<std::chrono::milliseconds>(moment.time_since_epoch());
-        std::tm parts{};
-#ifdef _WIN32
-        localtime_s(&parts, &seconds);
-#else
-        localtime_r(&seconds, &parts);
-#endif
-        return {parts.tm_year + 1900,
-                parts.tm_mon + 1,
-                parts.tm_mday,
-                parts.tm_hour,
-                parts.tm_min,
-                parts.tm_sec,
-                static_cast<int>(since_1970.count() % 1000)};
+        const auto since_1970 = std::chrono::system_clock::now().time_since_epoch();
+        return local_time(std::chrono::duration<double, std::milli>(since_1970).count());
     }
 };
 
 } // namespace
+
+LocalTime local_time(double epoch_ms) {
+    const double whole = std::floor(epoch_ms / 1000);
+    const auto seconds = static_cast<std::time_t>(whole);
+    std::tm parts{};
+#ifdef _WIN32
+    localtime_s(&parts, &seconds);
+#else
+    localtime_r(&seconds, &parts);
+#endif
+    return {parts.tm_year + 1900,
+            parts.tm_mon + 1,
+            parts.tm_mday,
+            parts.tm_hour,
+            parts.tm_min,
+            parts.tm_sec,
+            static_cast<int>(epoch_ms - whole * 1000)};
+}
 
 std::unique_ptr<TickSource> make_system_tick() {
     return std::make_unique<SystemTick>();

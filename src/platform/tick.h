@@ -27,6 +27,9 @@ struct LocalTime {
     int millisecond = 0;
 };
 
+/// The machine's local time at a moment given in milliseconds since 1970 began (UTC).
+[[nodiscard]] LocalTime local_time(double epoch_ms);
+
 class Clock {
   public:
     virtual ~Clock() = default;
