@@ -5,6 +5,7 @@
 #include <iostream>
 #include <string>
 
+#include "desktop/app_icon.h"
 #include "desktop/main_window.h"
 #include "terminal/terminal.h"
 
@@ -42,6 +43,7 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(usual);
     QApplication::setApplicationName("Pelvan 7");
     QApplication::setDesktopFileName("pelvan7");
+    QApplication::setWindowIcon(pelvan::desktop::app_icon());
     pelvan::desktop::MainWindow window(directory);
     window.open();
     return QApplication::exec();
