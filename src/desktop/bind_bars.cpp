@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "desktop/bind.h"
-#include "desktop/paint_pacer.h"
+#include "desktop/pacer.h"
 
 namespace pelvan::desktop {
 
@@ -36,18 +36,10 @@ void bind(const BindContext& context, ScrollBar& model, QSpinBox* box) {
 void bind(const BindContext& context, ProgressBar& model, QProgressBar* bar) {
     constexpr int kSteps = 1000;
     bar->setRange(0, kSteps);
-    auto* pacer = new PaintPacer(bar);
-    new Mirror(context, model, bar, [&model, bar, pacer] {
-        const int at = static_cast<int>(std::lround(model.Value() / model.Max() * kSteps));
-        if (at == bar->value()) return;
-        pacer->change();
-        // The bar would paint itself at once, outside the events; it shall be painted with the
-        // other widgets.
-        const bool updates = bar->updatesEnabled();
-        bar->setUpdatesEnabled(false);
-        bar->setValue(at);
-        bar->setUpdatesEnabled(updates);
+    auto* pacer = new Pacer(bar, [&model, bar] {
+        bar->setValue(static_cast<int>(std::lround(model.Value() / model.Max() * kSteps)));
     });
+    new Mirror(context, model, bar, [pacer] { pacer->request(); });
 }
 
 namespace {

@@ -3,14 +3,14 @@
 #include <QListView>
 
 #include "desktop/bind.h"
-#include "desktop/paint_pacer.h"
+#include "desktop/pacer.h"
 #include "desktop/qt_text.h"
 
 namespace pelvan::desktop {
 namespace {
 
-/// The control's lines, read where they are. Its own count lags behind the control's while a change
-/// is being announced, as Qt's models must.
+/// The control's lines, read where they are. Its own count lags behind the control's: lines that
+/// were added come in when the pacer says so.
 class LineModel : public QAbstractListModel {
   public:
     LineModel(const ListBox& list, QObject* parent)
@@ -24,14 +24,23 @@ class LineModel : public QAbstractListModel {
         return visible_line(list_.List(index.row()));
     }
 
-    void line_added(int row) {
+    [[nodiscard]] int count() const { return count_; }
+
+    void line_inserted(int row) {
         beginInsertRows({}, row, row);
         ++count_;
         endInsertRows();
     }
-    void cleared() {
+    /// Takes in the lines that were added at the end.
+    void grow() {
+        if (list_.ListCount() <= count_) return;
+        beginInsertRows({}, count_, list_.ListCount() - 1);
+        count_ = list_.ListCount();
+        endInsertRows();
+    }
+    void read_anew() {
         beginResetModel();
-        count_ = 0;
+        count_ = list_.ListCount();
         endResetModel();
     }
 
@@ -43,8 +52,8 @@ class LineModel : public QAbstractListModel {
 class ListMirror : public QObject {
   public:
     ListMirror(const BindContext& context, ListBox& list, QAbstractItemView* view)
-        : QObject(view), list_(list), view_(view), pacer_(new PaintPacer(view)),
-          lines_(new LineModel(list, this)),
+        : QObject(view), list_(list), view_(view), lines_(new LineModel(list, this)),
+          pacer_(new Pacer(this, [this] { catch_up(); })),
           mirror_(new Mirror(context, list, view, [this] { show_selected(); })) {
         view->setModel(lines_);
         list.watch_lines([this](ListChange change, int index) { changed(change, index); });
@@ -58,27 +67,25 @@ class ListMirror : public QObject {
 
   private:
     void changed(ListChange change, int index) {
-        pacer_->change();
-        switch (change) {
-        case ListChange::Added:
-        case ListChange::Inserted:
-            lines_->line_added(index);
-            break;
-        case ListChange::Cleared:
-            lines_->cleared();
-            break;
-        case ListChange::Selected: {
-            // A view scrolls to what becomes its current line; to what is already, it must be told.
-            const bool already = view_->currentIndex().row() == index;
-            mirror_->refresh();
-            if (already && index >= 0) view_->scrollTo(lines_->index(index, 0));
-            break;
-        }
-        }
+        const bool all_others_shown = lines_->count() + 1 == list_.ListCount();
+        if (change == ListChange::Inserted && all_others_shown)
+            lines_->line_inserted(index);
+        else if (change == ListChange::Inserted || change == ListChange::Cleared)
+            lines_->read_anew();
+        scroll_wanted_ = scroll_wanted_ || change == ListChange::Selected;
+        pacer_->request();
+    }
+
+    void catch_up() {
+        lines_->grow();
+        mirror_->refresh();
+        // A view scrolls to what becomes its current line; to what is already, it must be told.
+        if (std::exchange(scroll_wanted_, false) && list_.ListIndex() >= 0)
+            view_->scrollTo(lines_->index(list_.ListIndex(), 0));
     }
 
     void show_selected() {
-        if (view_->model() != lines_) return;
+        if (view_->model() != lines_ || list_.ListIndex() >= lines_->count()) return;
         const int row = view_->currentIndex().row(); // -1 when there is none
         if (row == list_.ListIndex()) return;
         if (list_.ListIndex() < 0)
@@ -89,9 +96,10 @@ class ListMirror : public QObject {
 
     ListBox& list_;
     QAbstractItemView* view_;
-    PaintPacer* pacer_;
     LineModel* lines_;
+    Pacer* pacer_;
     Mirror* mirror_;
+    bool scroll_wanted_ = false;
 };
 
 } // namespace

@@ -31,6 +31,7 @@ TEST_F(HistoryWindowTest, TimesStayBesideTheirLines) {
     show_active();
     for (int i = 0; i < 1000; ++i)
         history_.add("command", "response " + std::to_string(i));
+    testing::run_events();
     EXPECT_FALSE(find<QWidget>("lst_CommsResponseTimes")->isVisible());
     EXPECT_GT(top("lst_CommsResponse"), 900);
     history_.frmCommand.mnuTimes.choose();

@@ -37,6 +37,7 @@ TEST_F(ListTest, TenThousandLinesArriveOneByOneAndTheSelectedOneIsInSight) {
     list_.Clear();
     const std::string line(1000, 'W'); // can be seen in its whole length
     list_.AddItem(line);
+    testing::run_events();
     const int width = view_->fontMetrics().horizontalAdvance(to_qt(line));
     EXPECT_GE(view_->horizontalScrollBar()->maximum(), width - view_->viewport()->width());
 }
@@ -56,6 +57,7 @@ TEST_F(ListTest, SelectionGoesBothWaysWithoutEchoAndMayBeRefused) {
     list_.AddItem("first", 0); // the selection stays on its line, the last one
     EXPECT_EQ(view_->currentIndex().row(), 3);
     list_.set_ListIndex(-1);
+    testing::run_events();
     EXPECT_TRUE(view_->selectionModel()->selectedIndexes().isEmpty());
     QTest::mouseClick(view_->viewport(), Qt::LeftButton, {},
                       view_->visualRect(view_->model()->index(2, 0)).center());

@@ -37,6 +37,7 @@ TEST_F(ListenWindowTest, ShowsCopiesAndLogsWhatArrivesAndSaysWhyItStopped) {
     auto* times = own<LineView>("lst_Times");
     EXPECT_FALSE(times->isVisible());
     find<QAction>("mnuShowTimes")->trigger();
+    testing::run_events();
     EXPECT_TRUE(times->isVisible());
     EXPECT_TRUE(times->model()->index(1, 0).data().toString().contains("reply after "));
     lines->setFocus();

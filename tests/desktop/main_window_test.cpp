@@ -50,6 +50,7 @@ TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
         edit->clear();
         QTest::keyClicks(edit, text);
         QTest::keyClick(edit, Qt::Key_Return);
+        testing::run_events();
     };
     start->setText("0");
     send(count, "2");
@@ -62,6 +63,7 @@ TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
     // A line selected in one list selects its twin.
     auto* responses = find<QAbstractItemView>("lst_CommsResponse");
     responses->setCurrentIndex(responses->model()->index(0, 0));
+    testing::run_events();
     EXPECT_EQ(find<QAbstractItemView>("lst_CommsCommand")->currentIndex().row(), 0);
 
     find("frmCommand")->close();

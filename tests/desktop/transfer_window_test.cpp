@@ -38,12 +38,14 @@ TEST_F(TransferWindow, ADownloadShowsItsStepsAndEndsWithAFullBar) {
     auto* bar = find<QProgressBar>("ProgressBar1");
     auto* download = find<QPushButton>("cmdDownload");
     dialogs.on_message = [&](const std::string&) {
+        run_events(); // as a box does
         EXPECT_EQ(bar->value(), bar->maximum());
         EXPECT_FALSE(download->isEnabled());
     };
     QTest::mouseClick(download, Qt::LeftButton);
     EXPECT_EQ(dialogs.texts().back(), "Downloading Process Complete.");
     EXPECT_TRUE(download->isEnabled());
+    run_events();
     EXPECT_EQ(find<QAbstractItemView>("List1")->currentIndex().row(),
               app.transfer.List1.ListCount() - 1);
 }
