@@ -1,11 +1,8 @@
-// A Modbus RTU slave built on libmodbus: the independent controller that tests talk to.
-//
-//     modbus_slave_process DEVICE
-//
-// Serves slave 1 on DEVICE, a pseudo-terminal, until it is killed or the other end goes away, and
-// prints the line "ready" when it listens. 200 of each kind, from
-// number 0: holding register i is i*10, of 100 to 109 the negative; input register i is i*10 + 1;
-// coil i is on when 3 divides i; discrete input i is on when i is odd. Writes are kept.
+// A Modbus RTU slave built on libmodbus: the independent controller that tests talk to. It serves
+// slave 1 on the pseudo-terminal of its argument until it is killed or the other end goes away, and
+// prints "ready" when it listens. 200 of each kind, from number 0: holding register i is i*10, of
+// 100 to 109 the negative; input register i is i*10 + 1; coil i is on when 3 divides i; discrete
+// input i is on when i is odd. Writes are kept.
 #include <modbus.h>
 
 #include <cerrno>
@@ -16,7 +13,6 @@
 namespace {
 
 constexpr int kItems = 200;
-constexpr int kSlave = 1;
 
 using Context = std::unique_ptr<modbus_t, decltype(&modbus_free)>;
 using Mapping = std::unique_ptr<modbus_mapping_t, decltype(&modbus_mapping_free)>;
@@ -48,7 +44,7 @@ void serve(modbus_t* context, modbus_mapping_t* mapping) {
 int main(int argc, char** argv) {
     const Context context(modbus_new_rtu(argc > 1 ? argv[1] : "", 9600, 'N', 8, 1), &modbus_free);
     const Mapping mapping(modbus_mapping_new(kItems, kItems, kItems, kItems), &modbus_mapping_free);
-    if (!context || !mapping || modbus_set_slave(context.get(), kSlave) != 0 ||
+    if (!context || !mapping || modbus_set_slave(context.get(), 1) != 0 ||
         modbus_connect(context.get()) != 0) {
         std::fprintf(stderr, "%s\n", modbus_strerror(errno));
         return 1;
@@ -57,6 +53,4 @@ int main(int argc, char** argv) {
     std::puts("ready");
     std::fflush(stdout);
     serve(context.get(), mapping.get());
-    modbus_close(context.get());
-    return 0;
 }
