@@ -13,13 +13,13 @@ using Texts = std::vector<std::string>;
 /// Channel 0 on port 1: settle time 2 ms, mode as given.
 class LinkTest : public ::testing::Test {
   protected:
-    void start(const std::string& mode = "1") { rig.build({"1;9600,N,8,1;" + mode}); }
+    LinkTest() { start("1"); }
+    void start(const std::string& mode) { rig.build({"1;9600,N,8,1;" + mode}); }
     FakeSerialPort& port() { return *rig.ports[0]; }
-    std::string exchange(const std::vector<Arrival>& reply, float timeout_ms = 200,
-                         std::int16_t quiet_chars = 8) {
+    std::string exchange(const std::vector<Arrival>& reply) {
         port().replies.push_back(reply);
         begun_ms = rig.tick.now();
-        return rig.link.transmit(0, "ask", timeout_ms, quiet_chars);
+        return rig.link.transmit(0, "ask", 200, 8);
     }
     [[nodiscard]] double taken_ms() const { return rig.tick.now() - begun_ms; }
 
@@ -28,7 +28,6 @@ class LinkTest : public ::testing::Test {
 };
 
 TEST_F(LinkTest, SilenceEndsWithTheTimeOut) {
-    start();
     EXPECT_EQ(exchange({}), "");
     EXPECT_NEAR(taken_ms(), 200, 2);
     EXPECT_EQ(port().outputs, Texts{"ask"});
@@ -36,14 +35,12 @@ TEST_F(LinkTest, SilenceEndsWithTheTimeOut) {
 }
 
 TEST_F(LinkTest, CollectsPiecesUntilTheQuietPause) {
-    start();
     EXPECT_EQ(exchange({{50, "ab"}, {60, "c"}, {75, std::string(1, '\0')}}),
               std::string("abc\0", 4));
     EXPECT_LT(taken_ms(), 100);
 }
 
 TEST_F(LinkTest, RestAfterALongGapIsDiscardedByTheNextExchange) {
-    start();
     EXPECT_EQ(exchange({{10, "first"}, {60, "rest"}}), "first");
     rig.tick.advance(100);
     port().discards_future = false;
@@ -51,7 +48,6 @@ TEST_F(LinkTest, RestAfterALongGapIsDiscardedByTheNextExchange) {
 }
 
 TEST_F(LinkTest, EndlessReplyIsCutByTheTimeOut) {
-    start();
     std::vector<Arrival> endless;
     for (int i = 0; i < 100; ++i)
         endless.push_back({i * 10.0, "x"});
@@ -69,73 +65,47 @@ TEST_F(LinkTest, RtsIsHeldForTheBytesAndRaisedAgain) {
     EXPECT_NEAR(events[8].at_ms - events[7].at_ms, 3 * 2, 1);
 }
 
-TEST_F(LinkTest, UnknownChannelUsesChannelZero) {
-    start();
-    port().replies.push_back({{1, "zero"}});
-    EXPECT_EQ(rig.link.transmit(9, "ask", 200, 8), "zero");
-}
-
-TEST_F(LinkTest, SharedPortKeepsTheChannelsOwnFlagAndSettleTime) {
+TEST_F(LinkTest, SharedPortKeepsTheChannelsOwnFlag) {
     rig.build({"1;9600,N,8,1;1", "1;9600,N,8,1;2"});
-    std::int16_t channel = 0;
-    rig.table.open_port(channel);
+    rig.ports[0]->set_PortOpen(true);
     rig.ports[0]->replies.push_back({{1, "shared"}});
     EXPECT_EQ(rig.link.transmit(1, "ask", 200, 8), "shared");
-    EXPECT_EQ(rig.ports[0]->history().find("escape 3, output 3, escape 4") != std::string::npos,
-              true);
-    EXPECT_TRUE(rig.ports[1]->outputs.empty());
-}
-
-TEST_F(LinkTest, WriteErrorReopensThePortAndGoesOn) {
-    for (const int number : {57, 69}) {
-        SerialRig fresh;
-        fresh.build({"1;9600,N,8,1;1"});
-        fresh.ports[0]->fail_next("Output", number);
-        EXPECT_EQ(fresh.link.transmit(0, "ask", 50, 8), "");
-        EXPECT_EQ(fresh.ports[0]->history(),
-                  "DTREnable 1, RTSEnable 1, Handshaking 0, open, discard, discard, close, open");
-        EXPECT_TRUE(fresh.dialogs.shown.empty());
-        EXPECT_EQ(fresh.log_text(),
-                  "11-15-2026, 16:30:05, transmit, ERROR #,  " + std::to_string(number) + " \r\n");
-    }
+    EXPECT_TRUE(rig.ports[0]->history().ends_with("escape 3, output 3, escape 4, escape 3"));
 }
 
 TEST_F(LinkTest, PortThatCannotBeReopenedIsShownAndLeavesNormally) {
-    start();
-    std::int16_t channel = 0;
-    rig.table.open_port(channel);
+    exchange({});
     port().fail_next("Output", 57);
     port().fail_next("PortOpen", 8002);
-    EXPECT_EQ(rig.link.transmit(0, "ask", 50, 8), "");
+    EXPECT_EQ(exchange({}), "");
     // The reopening's own error, then the collection on the closed port.
     EXPECT_EQ(rig.dialogs.texts(), (Texts{"COMM ERROR NUMBER: 8002.  CHECK PORT/SETTINGS",
                                           "COMM ERROR NUMBER: 8018.  CHECK PORT/SETTINGS"}));
 }
 
-TEST_F(LinkTest, ErrorTableOfTheExchange) {
-    struct Case {
-        int number;
-        Texts messages;
-        std::size_t outputs;
+TEST_F(LinkTest, WhatFollowsAWriteErrorByItsNumber) {
+    const std::string comm_error = "COMM ERROR NUMBER: 8020.  CHECK PORT/SETTINGS";
+    const std::vector<std::tuple<int, Texts, std::string>> cases{
+        {57, {}, ", close, open"}, // reopened
+        {69, {}, ", close, open"},
+        {68, {}, ", output 3"}, // the statement is retried
+        {8010, {}, ""},         // the next statement follows in silence
+        {8020, {comm_error}, ""},
+        {5, {"ILLEGAL FUNCTION CALL ERROR"}, ""},
     };
-    const std::vector<Case> cases{
-        {68, {}, 1},   // the statement is retried
-        {8010, {}, 0}, // the next statement follows in silence
-        {8020, {"COMM ERROR NUMBER: 8020.  CHECK PORT/SETTINGS"}, 0},
-        {5, {"ILLEGAL FUNCTION CALL ERROR"}, 0},
-    };
-    for (const Case& each : cases) {
-        SerialRig fresh;
-        fresh.build({"1;9600,N,8,1;1"});
-        fresh.ports[0]->fail_next("Output", each.number);
-        fresh.link.transmit(0, "ask", 20, 8);
-        EXPECT_EQ(fresh.dialogs.texts(), each.messages) << each.number;
-        EXPECT_EQ(fresh.ports[0]->outputs.size(), each.outputs) << each.number;
+    for (const auto& [number, messages, events] : cases) {
+        start("1");
+        rig.dialogs.shown.clear();
+        port().fail_next("Output", number);
+        EXPECT_EQ(exchange({}), "");
+        EXPECT_EQ(rig.dialogs.texts(), messages) << number;
+        EXPECT_TRUE(port().history().ends_with("open, discard, discard" + events)) << number;
+        EXPECT_TRUE(
+            rig.log_text().ends_with("transmit, ERROR #,  " + std::to_string(number) + " \r\n"));
     }
 }
 
 TEST_F(LinkTest, ReadErrorGivesAnEmptyReplyAndNoLostCountdown) {
-    start();
     for (int i = 0; i < 5; ++i) {
         port().fail_next("InBufferCount", 8020);
         EXPECT_EQ(exchange({{0, "x"}}), "");
@@ -145,7 +115,6 @@ TEST_F(LinkTest, ReadErrorGivesAnEmptyReplyAndNoLostCountdown) {
 }
 
 TEST_F(LinkTest, UnwritableLogIsShownInPlaceOfTheEntry) {
-    start();
     ErrorLog nowhere(rig.clock, rig.dir.file("missing/errors"));
     Link link(rig.table, rig.countdowns, rig.dialogs, nowhere);
     port().fail_next("Output", 8010);
@@ -157,11 +126,8 @@ TEST(Countdown, PoolReusesTheLowestSlotAndGrowsByOne) {
     SerialState state;
     testing::FakeTick tick;
     CountdownPool pool(state, tick);
-    EXPECT_FALSE(state.gTimersInitialised);
-    EXPECT_EQ(pool.start_countdown(10), 0);
-    EXPECT_TRUE(state.gTimersInitialised);
-    EXPECT_EQ(pool.start_countdown(10), 1);
-    EXPECT_EQ(pool.start_countdown(10), 2);
+    for (int slot = 0; slot < 3; ++slot)
+        EXPECT_EQ(pool.start_countdown(10), slot);
     pool.stop_countdown(1);
     pool.stop_countdown(0);
     EXPECT_EQ(pool.start_countdown(5), 0);
