@@ -1,4 +1,5 @@
-// The system's serial lines over real pseudo-terminals.
+// The system's serial lines over real pseudo-terminals. What the program makes of a pulled plug is
+// among the tests of listening.
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -9,8 +10,8 @@
 #include <numeric>
 #include <thread>
 
-#include "platform/line_port.h"
 #include "platform/posix_serial_error.h"
+#include "platform/serial_line.h"
 #include "support/error_of.h"
 #include "support/pty_pair.h"
 #include "support/temp_dir.h"
@@ -34,20 +35,21 @@ int open_error(const std::string& path) {
     return error_of([&] { static_cast<void>(open_serial_device(path, {})); });
 }
 
-TEST(PosixSerialLineTest, PassesEveryByteUnchanged) {
+TEST(PosixSerialLineTest, PassesEveryByteUnchangedWithAnySettings) {
     const PtyPair pty;
-    const auto line = open_serial_device(pty.path(), {});
     std::string bytes(256, '\0');
     std::iota(bytes.begin(), bytes.end(), '\0');
-    pty.send(bytes);
-    std::string received;
-    EXPECT_TRUE(comes_true([&] {
-        EXPECT_TRUE(line->read_into(received));
-        return received.size() >= bytes.size();
-    }));
-    EXPECT_EQ(received, bytes);
-    line->write(bytes);
-    EXPECT_EQ(pty.receive(bytes.size()), bytes);
+    for (const char* text : {"9600,N,8,1", "9600,E,7,2", "115200,M,8,1", "12345,N,5,1.5"}) {
+        const auto line = open_serial_device(pty.path(), parse_line_settings(text).value());
+        line->set_rts(true); // a line without modem wires takes no offence
+        pty.send(bytes);
+        std::string received;
+        EXPECT_TRUE(
+            comes_true([&] { return !line->read_into(received) || received.size() >= 256; }));
+        EXPECT_EQ(received, bytes) << text;
+        line->write(bytes);
+        EXPECT_EQ(pty.receive(bytes.size()), bytes) << text;
+    }
 }
 
 TEST(PosixSerialLineTest, ForgetsWhatCameBeforeTheOpeningAndWhatIsDiscarded) {
@@ -68,17 +70,6 @@ TEST(PosixSerialLineTest, ForgetsWhatCameBeforeTheOpeningAndWhatIsDiscarded) {
     send("reply");
     EXPECT_TRUE(line->read_into(received));
     EXPECT_EQ(received, "reply");
-}
-
-TEST(PosixSerialLineTest, OpensPseudoTerminalsWithAnySettings) {
-    const PtyPair pty;
-    for (const char* text : {"9600,E,7,2", "115200,M,8,1", "12345,N,5,1.5"})
-        EXPECT_EQ(error_of([&] {
-                      // A line without modem wires takes no offence.
-                      open_serial_device(pty.path(), *parse_line_settings(text))->set_rts(true);
-                  }),
-                  0)
-            << text;
 }
 
 TEST(PosixSerialLineTest, RefusesWhatIsNoFreeSerialDevice) {
@@ -119,49 +110,21 @@ TEST(PosixSerialLineTest, EndsAnOutputThatIsNotTaken) {
     EXPECT_EQ(error_of([&] { line->write(std::string(1'000'000, 'x')); }), 57);
     far_end.join();
     EXPECT_FALSE(line->read_into(received));
+    EXPECT_EQ(error_of([&] { line->discard_input(); }), 57);
 }
 
-TEST(PosixSerialPortTest, SurvivesThePlug) {
-    auto pty = std::make_unique<PtyPair>();
-    LinePort port([&pty](int) { return pty->path(); }, open_serial_device);
-    const auto plug_in = [&] {
-        pty = std::make_unique<PtyPair>();
-        port.set_PortOpen(false);
-        port.set_PortOpen(true);
-    };
-    plug_in();
-    pty->send("rep");
-    ASSERT_TRUE(comes_true([&] { return !port.Input().empty(); }));
-    pty->unplug(); // while waiting for more
-    EXPECT_EQ(port.InBufferCount(), 0);
-    EXPECT_EQ(error_of([&] { static_cast<void>(port.InBufferCount()); }), 8020);
-    plug_in();
-    pty->unplug(); // while idle
-    EXPECT_EQ(error_of([&] { port.set_InBufferCount(0); }), 57);
-    plug_in();
-    port.set_Output("!");
-    EXPECT_EQ(pty->receive(1), "!");
-}
-
+/// Those that pseudo-terminals do not meet.
 TEST(SerialErrorTest, TurnsSystemErrorsIntoNumbers) {
     using enum SerialOperation;
     const std::vector<std::tuple<SerialOperation, std::vector<int>, int>> cases{
-        {Open, {ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG, EISDIR, ENOTTY}, 8002},
-        {Open, {ENXIO, ENODEV}, 68},
-        {Open, {EBUSY, EWOULDBLOCK}, 8005},
-        {Open, {EACCES, EPERM, EIO}, 8010},
-        {Open, {EMFILE, ENFILE, ENOMEM}, 57},
-        {Settings, {EINVAL, EIO, ENOTTY}, 8015},
-        {ModemLines, {EIO, ENODEV}, 57},
-        {ModemLines, {ENOTTY, EINVAL}, 0},
-        {Read, {EAGAIN}, 0},
-        {Read, {EIO, ENXIO, ENODEV}, 8020},
-        {Write, {EIO, ENXIO, ENODEV, EAGAIN}, 57},
+        {Open, {ELOOP, EISDIR}, 8002},           {Open, {ENXIO, ENODEV}, 68},
+        {Open, {EACCES, EPERM, EIO}, 8010},      {Open, {EMFILE, ENFILE, ENOMEM}, 57},
+        {Settings, {EINVAL, EIO, ENOTTY}, 8015}, {ModemLines, {EIO, ENODEV}, 57},
+        {Read, {ENXIO, ENODEV}, 8020},
     };
     for (const auto& [operation, errors, number] : cases)
         for (const int error : errors)
-            EXPECT_EQ(serial_error_number(operation, error), number)
-                << static_cast<int>(operation) << " " << error;
+            EXPECT_EQ(serial_error_number(operation, error), number) << error;
 }
 
 } // namespace
