@@ -35,7 +35,6 @@ TEST_F(FaultsTest, EachDoesWhatItSays) {
     EXPECT_TRUE(noise.ends_with(model_reply + "|"));
 
     const std::string flipped = hear(",flip=1");
-    ASSERT_EQ(flipped.size(), model_reply.size() + 1);
     int bits = 0;
     for (std::size_t i = 0; i < model_reply.size(); ++i)
         bits += std::popcount(byte_at(flipped, i) ^ byte_at(model_reply, i));

@@ -16,18 +16,17 @@ class ProfilesTest : public ::testing::Test {
         std::istringstream in(steps);
         for (std::string step; in >> step;) {
             const auto sign = step.find_first_of("=?");
-            const auto refusal = step.find('!');
+            const auto refusal = std::min(step.find('!'), step.size());
             const auto number = static_cast<std::uint16_t>(std::stoi(step));
-            std::int16_t value = 0;
-            if (sign + 1 != refusal)
-                value = static_cast<std::int16_t>(std::stoi(step.substr(sign + 1)));
-            std::int16_t found = step[sign] == '=' ? value : std::int16_t{0};
-            const Answer answer = step[sign] == '=' ? controller.write(number, value)
-                                                    : controller.read(number, found);
+            const bool writes = step[sign] == '=';
+            const int wanted = sign + 1 < refusal ? std::stoi(step.substr(sign + 1)) : 0;
+            std::int16_t value = writes ? static_cast<std::int16_t>(wanted) : std::int16_t{0};
+            const Answer answer =
+                writes ? controller.write(number, value) : controller.read(number, value);
             EXPECT_EQ(static_cast<int>(answer),
-                      refusal == std::string::npos ? 0 : std::stoi(step.substr(refusal + 1)))
+                      refusal < step.size() ? std::stoi(step.substr(refusal + 1)) : 0)
                 << step << " of " << steps;
-            EXPECT_EQ(found, value) << step << " of " << steps;
+            EXPECT_EQ(value, wanted) << step << " of " << steps;
         }
     }
     void repeat(int from, int to, const std::string& before, const std::string& after) {

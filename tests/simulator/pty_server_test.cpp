@@ -10,35 +10,26 @@
 #include "support/temp_dir.h"
 
 using namespace pelvan::simulator;
-using pelvan::testing::frame;
-using pelvan::testing::read_file;
-using pelvan::testing::TempDir;
-using pelvan::testing::write_file;
+using namespace pelvan::testing;
 
 namespace {
 
 /// A server in a thread of its own, ready when constructed and stopped when it goes.
-class Server {
-  public:
+struct Server {
     Server(const std::string& device, const std::string& link) {
         const PtyServerOptions options{parse_simulated_device(device).value(), link};
         std::promise<std::string> reported;
-        result_ = std::async(std::launch::async, [this, options, &reported] {
-            return serve_on_pty(options, stop_,
+        result = std::async(std::launch::async, [this, options, &reported] {
+            return serve_on_pty(options, stop,
                                 [&](const std::string& line) { reported.set_value(line); });
         });
         report = reported.get_future().get();
     }
-    ~Server() { stop_ = true; }
-    int end() {
-        stop_ = true;
-        return result_.get();
-    }
-    std::string report;
+    ~Server() { stop = true; }
 
-  private:
-    std::atomic<bool> stop_{false};
-    std::future<int> result_; // waits for the thread when it goes
+    std::string report;
+    std::atomic<bool> stop{false};
+    std::future<int> result; // waits for the thread when it goes
 };
 
 /// Opens, writes, reads so many bytes (or what comes in 3 s), closes.
@@ -65,7 +56,8 @@ TEST(PtyServer, ServesClientsOneAfterAnotherAndTakesItsLinkAway) {
     const std::string write = frame("01 06 01 2C 0D 0A");
     EXPECT_EQ(exchange(link, write, 8), write);
     EXPECT_EQ(exchange(link, frame("01 03 01 2C 00 01"), 7), frame("01 03 02 0D 0A"));
-    EXPECT_EQ(server.end(), 0);
+    server.stop = true;
+    EXPECT_EQ(server.result.get(), 0);
     EXPECT_NE(::access(link.c_str(), F_OK), 0);
 }
 
@@ -77,6 +69,6 @@ TEST(PtyServer, ReplacesAStaleLinkButNoFile) {
     EXPECT_EQ(exchange(stale, "echo\r\n", 6), "echo\r\n");
     write_file(dir.file("file"), "keep");
     Server refused("simulated:742", dir.file("file"));
-    EXPECT_EQ(refused.end(), 1);
+    EXPECT_EQ(refused.result.get(), 1);
     EXPECT_EQ(read_file(dir.file("file")), "keep");
 }
