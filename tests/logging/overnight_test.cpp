@@ -9,50 +9,22 @@
 namespace pelvan {
 namespace {
 
-/// A line whose plug can be pulled.
-class PluggedLine : public SerialLine {
-  public:
-    PluggedLine(std::unique_ptr<SerialLine> line, const bool& plugged)
-        : line_(std::move(line)), plugged_(plugged) {}
-    bool read_into(std::string& buffer) override {
-        require(error_number::kCannotReadDevice);
-        return line_->read_into(buffer);
-    }
-    void discard_input() override { line_->discard_input(); }
-    void write(const std::string& bytes) override {
-        require(error_number::kDeviceInputOutput);
-        line_->write(bytes);
-    }
-    void set_rts(bool) override {}
-    void set_dtr(bool) override {}
-    [[nodiscard]] int descriptor() const override { return -1; }
-
-  private:
-    void require(int error) const {
-        if (!plugged_) throw RunTimeError(error);
-    }
-    std::unique_ptr<SerialLine> line_;
-    const bool& plugged_;
-};
+constexpr int kRows = 2; // in use
 
 class OvernightTest : public ::testing::Test {
   protected:
-    void start(const std::string& device, int rows, int seconds) {
+    void start(const std::string& device, int seconds) {
         testing::write_file(dir.file("pelvan7.ini"),
                             "[COMMS CONTROLS]\nDEVICE 0 COMM PORT =1\n"
                             "DEVICE 0 PORT SETTING =9600,N,8,1\nDEVICE 1 COMM PORT =2\n"
                             "DEVICE 1 PORT SETTING =9600,N,8,1\n[SERIAL DEVICES]\n"
                             "PORT 1=simulated:loopback\nPORT 2=" +
                                 device + "\n");
-        std::string set = "[LOGGING DATA DEVICE AND REGISTER SET]\nLOG TO FILE=TRUE\nLOGGING "
-                          "INTERVAL=" +
-                          std::to_string(seconds) + "\nLOGGING FILENAME=" + dir.file("log") + "\n";
-        for (int n = 1; n <= rows; ++n) {
-            const std::string number = std::to_string(n);
-            set += number + "DEVICEADDRESS=1\n" + number + "DEVICECOMMAND=3\n" + number +
-                   "DEVICEREGISTER=" + std::to_string(n - 1) + "\n";
-        }
-        testing::write_file(dir.file("set.PV5"), set);
+        testing::write_file(dir.file("set.PV5"),
+                            "[LOGGING DATA DEVICE AND REGISTER SET]\nLOG TO FILE=TRUE\n"
+                            "1DEVICEADDRESS=1\n1DEVICECOMMAND=3\n"
+                            "2DEVICEADDRESS=1\n2DEVICECOMMAND=3\nLOGGING INTERVAL=" +
+                                std::to_string(seconds) + "\n");
         app.console.Load();
         app.logging.Show();
         app.logging.ReadLogSet(dir.file("set.PV5"));
@@ -71,18 +43,15 @@ class OvernightTest : public ::testing::Test {
     testing::FakeClock clock;
     testing::FakeDialogs dialogs;
     testing::FakeDesktop desktop;
-    bool plugged = true;
-    int open_error = error_number::kInvalidPortNumber; // while it is unplugged
+    int open_error = 0; // of a device that is not simulated; 0: there is a controller
     Application app{{tick, clock, dialogs, desktop, dir.path()},
                     [this](const std::string&, const LineSettings& settings) {
-                        if (!plugged) throw RunTimeError(open_error);
-                        return std::make_unique<PluggedLine>(
-                            app.simulators.open("simulated:742", settings), plugged);
+                        if (open_error != 0) throw RunTimeError(open_error);
+                        return app.simulators.open("simulated:742", settings);
                     }};
 };
 
 TEST_F(OvernightTest, TwelveHoursWithLostRepliesLoseNoPass) {
-    constexpr int kRows = 2;
     constexpr int kSeconds = 30;
     constexpr int kTicks = 12 * 3600;
     tick.step_ms = 5;
@@ -93,14 +62,14 @@ TEST_F(OvernightTest, TwelveHoursWithLostRepliesLoseNoPass) {
         for (int row = 1; row <= kRows; ++row)
             silent += app.logging.row_state(row) == RowState::Nothing ? 1 : 0;
     };
-    start("simulated:742,lost=0.01,seed=7", kRows, kSeconds);
+    start("simulated:742,lost=0.01,seed=7", kSeconds);
     run_ticks(60);
     const std::size_t slots = app.session.serial.gTimerStart.size();
     run_ticks(kTicks - 60);
     EXPECT_EQ(passes, kTicks / kSeconds + 1);
     EXPECT_GT(silent, passes * kRows / 200);
     EXPECT_LT(silent, passes * kRows / 50);
-    const std::string text = testing::read_file(dir.file("log"));
+    const std::string text = testing::read_file(dir.file("DATASET.LOG"));
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), passes * kRows);
     EXPECT_EQ(app.session.serial.gTimerStart.size(), slots);
     EXPECT_EQ(app.history.frmCommand.list.ListCount(), 0);
@@ -111,17 +80,17 @@ TEST_F(OvernightTest, TwelveHoursWithLostRepliesLoseNoPass) {
 }
 
 TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
-    start("/dev/adapter", 1, 6);
+    start("/dev/adapter", 6);
     EXPECT_EQ(app.logging.MSFlexGrid1.TextMatrix(1, log_column::kValue), " 742");
     // The device's node may outlive the device, and opening it then is worth a try at any time.
     for (const int error : {error_number::kInvalidPortNumber, error_number::kDeviceUnavailable}) {
         open_error = error;
-        plugged = false;
+        app.channels.init_comms(); // the port has to be opened anew
         run_ticks(12);
         EXPECT_TRUE(dialogs.shown.empty()); // a box would hold the logging until it is answered
         EXPECT_NE(app.logging.lbl_Message.Caption(), "");
         EXPECT_EQ(app.logging.row_state(1), RowState::Nothing);
-        plugged = true;
+        open_error = 0;
         run_ticks(6);
         EXPECT_EQ(app.logging.row_state(1), RowState::Answered);
         EXPECT_EQ(app.logging.lbl_Message.Caption(), "");
