@@ -39,7 +39,7 @@ void ModbusPanel::set_entry(const ModbusEntry& entry) {
 
 SendOutcome ModbusPanel::send(DataFormat format) {
     const ModbusEntry sent = entry();
-    const SendOutcome outcome = send(sent, format);
+    SendOutcome outcome = send(sent, format);
     if (outcome.kind == SendOutcome::Kind::Refused)
         services_.dialogs.message_box(outcome.status);
     else

@@ -124,6 +124,7 @@ void bind_options(const BindContext& context, OptionGroup& model,
 std::vector<QRadioButton*> make_radios(const BindContext& context, OptionGroup& model,
                                        QWidget* parent) {
     std::vector<QRadioButton*> radios;
+    radios.reserve(static_cast<std::size_t>(model.count()));
     for (int i = 0; i < model.count(); ++i)
         radios.push_back(new QRadioButton(parent));
     bind_options(context, model, radios);

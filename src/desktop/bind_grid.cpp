@@ -22,7 +22,7 @@ class CellModel : public QAbstractTableModel {
         return parent.isValid() ? 0 : grid_.Cols();
     }
     [[nodiscard]] QVariant data(const QModelIndex& at, int role) const override {
-        const QVariant own = look_ ? look_(at.row() + 1, at.column(), role) : QVariant();
+        QVariant own = look_ ? look_(at.row() + 1, at.column(), role) : QVariant();
         if (own.isValid() || role != Qt::DisplayRole) return own;
         return visible_line(grid_.TextMatrix(at.row() + 1, at.column()));
     }

@@ -134,7 +134,7 @@ std::string FullProtocol::full_command(const std::string& command, std::int16_t 
     completed_ = false;
     // A device that does not answer its poll was not selected: there is nothing to end.
     if (!full_poll(address)) return kFullNotConnected;
-    const std::string result =
+    std::string result =
         full_send_message(command, timeout_ms) ? answer_of(command) : full_error_query();
     full_end();
     return result;
