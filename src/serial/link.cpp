@@ -82,10 +82,10 @@ std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int1
     return reply;
 }
 
-std::string Link::receive_reply(SerialPort& port, float char_time_ms, float timeout_ms,
+std::string Link::receive_reply(SerialPort& port, float char_time, float timeout_ms,
                                 std::int16_t quiet_chars) {
     CountdownSlot overall(countdowns_, timeout_ms);
-    const float quiet_ms = static_cast<float>(quiet_chars) * char_time_ms;
+    const float quiet_ms = static_cast<float>(quiet_chars) * char_time;
     std::string reply;
     while (reply.empty() && !overall.expired()) {
         while (port.InBufferCount() >= 1 && !overall.expired()) {

@@ -30,7 +30,7 @@ class Link {
 
     /// The collector alone, for a port that was written to or that raised its receive event. Raises
     /// the port's errors.
-    std::string receive_reply(SerialPort& port, float char_time_ms, float timeout_ms,
+    std::string receive_reply(SerialPort& port, float char_time, float timeout_ms,
                               std::int16_t quiet_chars);
 
     [[nodiscard]] CountdownPool& countdowns() { return countdowns_; }
