@@ -28,8 +28,8 @@ class Link {
     virtual std::string receive_more(std::int16_t channel, float timeout_ms,
                                      std::int16_t quiet_chars);
 
-    /// The collector alone, for a port that was written to or that raised its receive event. Raises
-    /// the port's errors.
+    /// The collector alone, for a port that was written to or that raised its receive event.
+    /// `char_time` is the settle time in milliseconds. Raises the port's errors.
     std::string receive_reply(SerialPort& port, float char_time, float timeout_ms,
                               std::int16_t quiet_chars);
 
