@@ -19,111 +19,70 @@ const std::string kRemove = "Now remove the jumper.\r\n\nClick OK to continue.";
 const std::string kEcho = "This message should echo back!";
 const std::string kNoEcho = "This message should not echo back!";
 
-TEST(LoopbackTest, EndsInOneOfThreeMessages) {
-    SimulatedConsole rig(Texts(4, "simulated:loopback"), protocol::kXon);
+TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
+    SimulatedConsole rig({"simulated:742", "simulated:742", "simulated:loopback"}, protocol::kXon);
     frm_Pelvan5VB& console = rig.app.console;
-    struct Case {
-        MenuEntry& jumper;
-        Texts messages;
-        Texts received;
-    };
-    const std::vector<Case> cases{
-        {console.mnuJumperAsAsked, {kIntroduction, kRemove, "Test Passed!"}, {kEcho, ""}},
-        {console.mnuJumperIn,
+    const std::vector<std::tuple<MenuEntry*, MenuEntry*, Texts, Texts>> cases{
+        {&console.mnuJumperAsAsked,
+         &console.mnuverifyport,
+         {kIntroduction, kRemove, "Test Passed!"},
+         {kEcho + " > " + kEcho, kNoEcho + " > "}},
+        {&console.mnuJumperIn,
+         &rig.app.history.frmCommand.mnuverifyport,
          {kIntroduction, kRemove,
           "Test failed. Check the wiring and verify the comm port and it's settings."},
-         {kEcho, kNoEcho}},
-        {console.mnuJumperOut,
+         {kEcho + " > " + kEcho, kNoEcho + " > " + kNoEcho}},
+        {&console.mnuJumperOut,
+         &rig.app.history.frmResponse.mnuverifyport,
          {kIntroduction,
           "Test failed. Check the wiring or verify the comm port and it's settings."},
-         {""}},
+         {kEcho + " > "}},
     };
-    MenuEntry* const entries[] = {&console.mnuverifyport, &rig.app.history.frmCommand.mnuverifyport,
-                                  &rig.app.history.frmResponse.mnuverifyport};
-    for (std::size_t i = 0; i < cases.size(); ++i) {
+    for (const auto& [jumper, entry, messages, pairs] : cases) {
         rig.dialogs.shown.clear();
         rig.app.history.clear();
-        cases[i].jumper.choose();
-        entries[i]->choose();
-        EXPECT_EQ(rig.dialogs.texts(), cases[i].messages);
-        for (const auto& message : rig.dialogs.shown) {
-            EXPECT_EQ(message.title, "Verify Communications Port");
-            EXPECT_EQ(message.buttons, MessageButtons::Ok);
-        }
-        const Texts sent{kEcho, kNoEcho};
-        ASSERT_EQ(rig.pairs(), static_cast<int>(cases[i].received.size()));
-        for (int n = 0; n < rig.pairs(); ++n) {
-            EXPECT_EQ(rig.app.history.frmCommand.list.List(n), sent[static_cast<std::size_t>(n)]);
-            EXPECT_EQ(rig.app.history.frmResponse.list.List(n),
-                      cases[i].received[static_cast<std::size_t>(n)]);
-        }
-    }
-}
-
-TEST(LoopbackTest, UsesTheChosenProtocolsChannel) {
-    SimulatedConsole rig({"simulated:742", "simulated:742", "simulated:742", "simulated:loopback"},
-                         protocol::kFull);
-    rig.app.console.mnuverifyport.choose();
-    EXPECT_EQ(rig.dialogs.shown.size(), 2U);
-    rig.app.console.opt_Protocol.set_Value(protocol::kTellura);
-    rig.app.console.mnuverifyport.choose();
-    EXPECT_EQ(rig.dialogs.shown.back().text, "Test Passed!");
-}
-
-TEST(LoopbackTest, TheTenThousandAndFirstEntryStartsTheListsAnew) {
-    SimulatedConsole rig({"simulated:loopback"}, protocol::kFull);
-    for (int i = 0; i < 10000; ++i)
-        rig.app.history.add("command", "response");
-    rig.app.console.mnuverifyport.choose();
-    EXPECT_EQ(rig.pairs(), 2);
-    EXPECT_EQ(rig.app.history.frmResponse.list.ListCount(), 2);
-}
-
-TEST(BadChecksum, TicksFollowTheSwitch) {
-    SimulatedConsole rig({"simulated:742", "simulated:742"}, protocol::kModbus);
-    frm_Pelvan5VB& console = rig.app.console;
-    MenuEntry* const entries[] = {&console.mnuGenbadCS, &rig.app.history.frmCommand.mnuGenbadCS,
-                                  &rig.app.history.frmResponse.mnuGenbadCS};
-    const auto expect_ticks = [&](bool on) {
-        for (const MenuEntry* entry : entries)
-            EXPECT_EQ(entry->Checked(), on);
-    };
-    EXPECT_EQ(console.chk_GenerateBadChecksum.Value(), 0);
-    bool on = false;
-    for (MenuEntry* entry : entries) {
+        jumper->choose();
         entry->choose();
-        on = !on;
-        EXPECT_EQ(console.chk_GenerateBadChecksum.Value(), on ? 1 : 0);
-        expect_ticks(on);
+        EXPECT_EQ(rig.dialogs.texts(), messages);
+        EXPECT_EQ(rig.dialogs.shown.back().title, "Verify Communications Port");
+        EXPECT_EQ(rig.pairs(), pairs);
     }
-    console.chk_GenerateBadChecksum.set_Value(2);
-    expect_ticks(false);
-    console.mnuGenbadCS.choose();
-    EXPECT_EQ(console.chk_GenerateBadChecksum.Value(), 2);
+    console.mnuJumperAsAsked.choose();
+    console.opt_Protocol.set_Value(protocol::kFull);
+    console.mnuverifyport.choose();
+    EXPECT_EQ(rig.dialogs.texts().back(), std::get<2>(cases[2]).back());
 }
 
-TEST(BadChecksum, SpoilsTheLastByteOfModbusRequestsOnly) {
+TEST(BadChecksum, SpoilsTheLastByteOfModbusRequestsOnlyAndItsTicksFollowTheSwitch) {
     const std::vector<std::pair<std::string, std::string>> cases{
-        {"a\x01", "a\xFF"}, {"a\xFE", "a\xFF"}, {"a\xFF", std::string("a\0", 2)}, {"", ""}};
+        {"a\x01", "a\xFF"}, {"a\xFF", std::string("a\0", 2)}, {"", ""}};
     for (const auto& [frame, spoiled] : cases) {
         std::string text = frame;
         spoil_last_byte(text);
         EXPECT_EQ(text, spoiled);
     }
-    SimulatedConsole rig(Texts(4, "simulated:742"), protocol::kModbus);
+    SimulatedConsole rig(Texts(3, "simulated:742"), protocol::kModbus);
     frm_Pelvan5VB& console = rig.app.console;
+    MenuEntry* const entries[] = {&console.mnuGenbadCS, &rig.app.history.frmCommand.mnuGenbadCS,
+                                  &rig.app.history.frmResponse.mnuGenbadCS};
+    const auto expect_ticks = [&](int value) {
+        EXPECT_EQ(console.chk_GenerateBadChecksum.Value(), value);
+        for (const MenuEntry* entry : entries)
+            EXPECT_EQ(entry->Checked(), value == 1);
+    };
+    console.chk_GenerateBadChecksum.set_Value(2); // neither on nor off
     console.mnuGenbadCS.choose();
+    expect_ticks(2);
+    console.chk_GenerateBadChecksum.set_Value(0);
+    for (const auto& [entry, value] : {std::pair{0, 1}, {1, 0}, {2, 1}}) {
+        entries[entry]->choose();
+        expect_ticks(value);
+    }
     console.modbus.set_entry({2, "1", "0", "1", false});
-    console.cmd_SendCommand.press();
-    EXPECT_EQ(rig.last_pair(), "1 3 0 1 132 255  > No response from the controller at address 1.");
+    EXPECT_EQ(rig.send(), "1 3 0 1 132 255  > No response from the controller at address 1.");
     console.opt_Protocol.set_Value(protocol::kXon);
     console.text.txt_CommsCommand.set_Text("? MODEL");
-    console.cmd_SendCommand.press();
-    EXPECT_EQ(rig.last_pair(), "? MODEL > 742");
-    console.opt_Protocol.set_Value(protocol::kModbus);
-    console.mnuGenbadCS.choose();
-    console.cmd_SendCommand.press();
-    EXPECT_EQ(rig.last_pair().substr(0, 14), "1 3 0 1 132 10");
+    EXPECT_EQ(rig.send(), "? MODEL > 742");
 }
 
 } // namespace

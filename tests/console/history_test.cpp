@@ -42,31 +42,35 @@ TEST_F(HistoryTest, SavesBothListsSideBySide) {
                            " | 1 3 2 725\r\n" + pad("? C1") + " | OK<0D><0A><06>\r\n" +
                            std::string(70, 'x') + " | long\r\n");
     EXPECT_TRUE(dialogs.requests[0].overwrite_prompt);
-    EXPECT_EQ(dialogs.requests[0].default_extension, "txt");
-
     history.frmResponse.mnuTimes.choose();
     EXPECT_NE(saved().find("16:30:05.007  " + pad("1 3 100 1") + " | 16:30:05.250  1 3 2 725\r\n"),
               std::string::npos);
 }
 
-TEST_F(HistoryTest, SavesNothingWhenThereIsNothingOrNobodyNamesAFile) {
+TEST_F(HistoryTest, SavesAndPrintsNothingWhenThereIsNothingOrNobodyNamesAFile) {
+    std::vector<HistoryDocument> printed;
+    history.print = history.print_preview = [&](const HistoryDocument& document) {
+        printed.push_back(document);
+    };
     history.mnuSaveHistory.choose();
     history.mnuPrint.choose();
-    EXPECT_TRUE(dialogs.requests.empty());
+    EXPECT_TRUE(dialogs.requests.empty() && printed.empty());
     fill();
+    history.mnuPrint.choose();
+    history.mnuPrintPreview.choose();
+    ASSERT_EQ(printed.size(), 2U);
+    EXPECT_EQ(printed[1].rows[0].response, "1 3 2 725");
     history.mnuSaveHistory.choose(); // cancelled
     EXPECT_EQ(dialogs.requests.size(), 1U);
     dialogs.files = {dir.file("no/such/place.txt")};
     EXPECT_EQ(testing::error_of([&] { history.mnuSaveHistory.choose(); }), 76);
 }
 
-TEST_F(HistoryTest, TimesStandBesideTheLinesAndAreNeverCopied) {
+TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreTenThousand) {
     fill();
     EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
     history.frmCommand.mnuTimes.choose();
     EXPECT_TRUE(history.frmResponse.lst_Times.Visible()) << "both at once";
-    EXPECT_EQ(history.frmCommand.lst_Times.List(0), "16:30:05.007") << "when it was sent";
-    EXPECT_EQ(history.frmResponse.lst_Times.List(0), "16:30:05.250");
     EXPECT_EQ(history.frmCommand.lst_Times.List(1), "16:30:05.250") << "told nothing of a sending";
     history.frmCommand.lst_Times.set_ListIndex(0);
     EXPECT_EQ(history.frmResponse.list.ListIndex(), 0);
@@ -74,8 +78,14 @@ TEST_F(HistoryTest, TimesStandBesideTheLinesAndAreNeverCopied) {
     EXPECT_EQ(desktop.clipboard, "1 3 100 1");
     history.frmResponse.mnuTimes.choose();
     EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
-    history.clear();
-    EXPECT_EQ(history.frmCommand.lst_Times.ListCount(), 0);
+    for (int lines = 3; lines < 10000; ++lines)
+        history.add("ask", "answer");
+    EXPECT_EQ(history.frmCommand.list.ListCount(), 10000);
+    history.add("next", "reply");
+    EXPECT_EQ(history.frmCommand.list.ListCount(), 1);
+    EXPECT_EQ(history.frmCommand.lst_Times.ListCount(), 1);
+    history.frmResponse.mnuCopyAll.choose();
+    EXPECT_EQ(desktop.clipboard, "reply\r\n");
 }
 
 TEST_F(HistoryTest, FindGoesRoundAndSaysWhenThereIsNone) {
@@ -96,20 +106,6 @@ TEST_F(HistoryTest, FindGoesRoundAndSaysWhenThereIsNone) {
     EXPECT_EQ(dialogs.texts(),
               std::vector<std::string>{"\"nowhere\" was not found in Command Response."});
     EXPECT_EQ(dialogs.last_default, "ALPHA");
-    EXPECT_EQ(form.list.ListIndex(), 0);
-}
-
-TEST_F(HistoryTest, HandsThePrinterTheDocument) {
-    fill();
-    std::vector<HistoryDocument> printed;
-    history.print = history.print_preview = [&](const HistoryDocument& document) {
-        printed.push_back(document);
-    };
-    history.mnuPrint.choose();
-    history.mnuPrintPreview.choose();
-    ASSERT_EQ(printed.size(), 2U);
-    EXPECT_EQ(printed[1].rows[0].response, "1 3 2 725");
-    EXPECT_FALSE(printed[1].with_times);
 }
 
 } // namespace

@@ -20,21 +20,26 @@ struct SimulatedConsole {
             const std::string number = std::to_string(n);
             const std::string port = std::to_string(n + 1);
             channels += "DEVICE " + number + " COMM PORT =" + port + "\r\nDEVICE " + number +
-                        " PORT SETTING =9600,N,8,1\r\nDEVICE " + number + " RTS Mode =1\r\n";
+                        " PORT SETTING =9600,N,8,1\r\n";
             ports += "PORT " + port + "=" + devices[n] + "\r\n";
         }
         write_file(dir.file("pelvan7.ini"), channels + ports);
         app.console.Load();
     }
 
-    /// "command > reply" of the newest pair.
-    [[nodiscard]] std::string last_pair() const {
-        const int last = app.history.frmCommand.list.ListCount() - 1;
-        if (last < 0) return {};
-        return app.history.frmCommand.list.List(last) + " > " +
-               app.history.frmResponse.list.List(last);
+    /// "command > reply" of every pair in the history.
+    [[nodiscard]] std::vector<std::string> pairs() const {
+        std::vector<std::string> out;
+        for (int i = 0; i < app.history.frmCommand.list.ListCount(); ++i)
+            out.push_back(app.history.frmCommand.list.List(i) + " > " +
+                          app.history.frmResponse.list.List(i));
+        return out;
     }
-    [[nodiscard]] int pairs() const { return app.history.frmCommand.list.ListCount(); }
+    /// Presses Send; the newest pair.
+    std::string send() {
+        app.console.cmd_SendCommand.press();
+        return pairs().back();
+    }
 
     TempDir dir;
     FakeTick tick;
