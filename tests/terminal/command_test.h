@@ -1,0 +1,73 @@
+// Commands of the terminal in a directory of their own, on simulated controllers and a fake tick.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+
+#include "support/configuration.h"
+#include "support/fake_time.h"
+#include "terminal/terminal.h"
+
+namespace pelvan {
+
+class CommandTest : public ::testing::Test {
+  protected:
+    CommandTest() { configure("simulated:742"); }
+
+    void configure(const std::string& device) {
+        testing::configure_device(dir, device, "DEFAULT PROTOCOL=3\r\n");
+    }
+    /// Runs a command line, its words parted by blanks, those with blanks in them 'quoted'; the
+    /// exit code, -1 when the windows are wanted.
+    int run(const std::string& line) {
+        std::vector<std::string> arguments;
+        std::istringstream words(line);
+        for (std::string word; words >> std::quoted(word, '\'');)
+            arguments.push_back(word);
+        out.str("");
+        err.str("");
+        TerminalEnvironment environment{out,         err,        *tick_source, clock,
+                                        open_device, dir.path(), stop};
+        environment.wait_ms = [this](int ms) {
+            tick.advance(ms);
+            if (on_wait) on_wait();
+        };
+        return run_terminal(arguments, environment).value_or(-1);
+    }
+    void expect(const std::string& line, int code, const std::string& output,
+                const std::string& error = {}) {
+        EXPECT_EQ(run(line), code) << line;
+        EXPECT_EQ(out.str(), output) << line;
+        EXPECT_EQ(err.str(), error) << line;
+    }
+    /// Expects one line on standard error, of any text where none is given.
+    void expect_failure(const std::string& line, int code, const std::string& error = {}) {
+        EXPECT_EQ(run(line), code) << line;
+        const std::string text = err.str();
+        EXPECT_EQ(std::ranges::count(text, '\n'), 1) << line << ": " << text;
+        if (!error.empty()) {
+            EXPECT_EQ(text, "pelvan7: " + error + "\n");
+        }
+    }
+    [[nodiscard]] bool printed(const std::string& text) const {
+        return out.str().find(text) != std::string::npos;
+    }
+    [[nodiscard]] bool told(const std::string& text) const {
+        return err.str().find(text) != std::string::npos;
+    }
+
+    testing::TempDir dir;
+    testing::FakeTick tick;
+    TickSource* tick_source = &tick;
+    testing::FakeClock clock;
+    std::ostringstream out;
+    std::ostringstream err;
+    std::atomic<bool> stop{false};
+    LineOpener open_device = open_serial_device;
+    std::function<void()> on_wait;
+};
+
+} // namespace pelvan
