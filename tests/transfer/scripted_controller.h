@@ -8,17 +8,20 @@
 #include <map>
 #include <set>
 
+#include "support/frames.h"
 #include "support/serial_rig.h"
 #include "transfer/download_parm_form.h"
 
 namespace pelvan::testing {
 
-class ScriptedController {
-  public:
+using Lines = std::vector<std::string>;
+using Writes = std::vector<std::pair<int, int>>;
+
+class ScriptedController : public ::testing::Test {
+  protected:
     ScriptedController() {
         rig.build({"1;9600,N,8,1;0", "2;9600,N,8,1;0"});
         rig.ports[1]->responder = [this](const std::string& request) { return answer(request); };
-        registers = {{0, 742}, {1, 7421}, {2, 1518}, {3, 17}, {4, 203}, {1602, 0}};
         std::filesystem::create_directory(rig.dir.file("Reg Downloads"));
         std::filesystem::create_directory(rig.dir.file("Download Sequences"));
         form.cmbAddress.set_Text("1");
@@ -27,28 +30,35 @@ class ScriptedController {
     void write_sequence(const std::string& name, const std::string& text) {
         write_file(rig.dir.file("Download Sequences/" + name), text);
     }
-    [[nodiscard]] std::string saved(const std::string& name) const {
-        return read_file(rig.dir.file("Reg Downloads/" + name));
-    }
     [[nodiscard]] std::string path(const std::string& name) const {
         return rig.dir.file("Reg Downloads/" + name);
     }
+    [[nodiscard]] std::string saved(const std::string& name) const { return read_file(path(name)); }
     [[nodiscard]] bool exists(const std::string& name) const {
         return std::filesystem::exists(path(name));
     }
-    [[nodiscard]] static std::vector<std::string> lines(const ListBox& list) {
-        std::vector<std::string> out;
+    [[nodiscard]] static Lines lines(const ListBox& list) {
+        Lines out;
         for (int i = 0; i < list.ListCount(); ++i)
             out.push_back(list.List(i));
         return out;
     }
-    void download_to(const std::string& name) {
-        rig.dialogs.files.push_back(path(name));
-        form.cmdDownload.press();
+    [[nodiscard]] std::string last_message() const { return rig.dialogs.shown.back().text; }
+    void press(Button& button, const std::string& name = "a.txt") {
+        rig.dialogs.files = {path(name)};
+        button.press();
     }
-    void upload_from(const std::string& name) {
-        rig.dialogs.files.push_back(path(name));
-        form.cmdUpload.press();
+    void download(const std::string& name = "a.txt") { press(form.cmdDownload, name); }
+    void upload() { press(form.cmdUpload); }
+    void compare() { press(form.cmdCompare); }
+
+    void expect_usable(bool completed) {
+        EXPECT_TRUE(form.cmdDownload.Enabled());
+        EXPECT_TRUE(form.cmbAddress.Enabled());
+        EXPECT_FALSE(form.cmdCancel.Enabled());
+        EXPECT_EQ(form.Pointer(), MousePointer::Normal);
+        EXPECT_EQ(form.ProgressBar1.Value(), 0);
+        EXPECT_EQ(form.run().completed, completed);
     }
 
     SerialRig rig;
@@ -58,44 +68,36 @@ class ScriptedController {
     Modbus modbus{state};
     frm_DownloadParm form{services, rig.link, modbus};
 
-    std::map<int, int> registers;
+    std::map<int, int> registers{{0, 742}, {1, 7421}, {2, 1518}, {3, 17}, {4, 203}, {1602, 0}};
     std::set<int> refused;              // writes answered with exception 3
     std::map<int, int> silent;          // requests to a register that stay unanswered yet
     std::map<int, std::string> instead; // replies (whole) to a read of a register
-    std::vector<std::pair<int, int>> writes;
+    Writes writes;
+    std::function<void(int number)> on_write;
 
   private:
     std::vector<Arrival> answer(const std::string& request) {
         const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(request[i]); };
+        const std::string address = request.substr(0, 1);
         const int number = byte(2) * 256 + byte(3);
         const int value = static_cast<std::int16_t>(byte(4) * 256 + byte(5));
-        if (byte(1) == 6) writes.emplace_back(number, value);
+        const bool is_write = byte(1) == 6;
+        if (is_write) writes.emplace_back(number, value);
+        if (is_write && on_write) on_write(number);
         if (silent[number] > 0) {
             --silent[number];
             return {};
         }
-        if (byte(1) == 3 && instead.contains(number)) return {{5, instead[number]}};
-        if (byte(1) == 6 && refused.contains(number)) return {{5, sealed({byte(0), 0x86, 3})}};
-        if (byte(1) == 6) {
+        if (is_write && refused.contains(number)) return {{5, sealed(address + "\x86\x03")}};
+        if (is_write) {
             registers[number] = value;
             return {{5, request}};
         }
-        if (!registers.contains(number)) return {{5, sealed({byte(0), 0x83, 2})}};
+        if (instead.contains(number)) return {{5, instead[number]}};
+        if (!registers.contains(number)) return {{5, sealed(address + "\x83\x02")}};
         const int held = registers[number];
-        return {{5, sealed({byte(0), 3, 2, (held >> 8) & 0xFF, held & 0xFF})}};
-    }
-
-  public:
-    /// A frame of these bytes with its CRC.
-    std::string sealed(const std::vector<int>& bytes) {
-        std::string frame;
-        for (const int byte : bytes)
-            frame += static_cast<char>(byte);
-        ModbusState crc_state;
-        Modbus(crc_state).ModbusCrc(frame);
-        frame += static_cast<char>(crc_state.gCrcLow);
-        frame += static_cast<char>(crc_state.gCrcHigh);
-        return frame;
+        return {{5, sealed(address + "\3\2" + static_cast<char>(held >> 8) +
+                           static_cast<char>(held & 0xFF))}};
     }
 };
 

@@ -3,12 +3,11 @@
 namespace pelvan::testing {
 namespace {
 
-using Lines = std::vector<std::string>;
-using Writes = std::vector<std::pair<int, int>>;
-
 const Writes kErase{{1789, 1512}, {1415, 1600}, {1602, 800}};
+constexpr char kEraseQuestion[] = "This erase all current settings. Do you want to continue?";
+const std::string kRefusal = "1 134 3 2 97 "; // the reply to a refused write
 
-class Upload : public ::testing::Test, public ScriptedController {
+class Upload : public ScriptedController {
   protected:
     Upload() {
         write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n");
@@ -26,19 +25,20 @@ class Upload : public ::testing::Test, public ScriptedController {
 };
 
 TEST_F(Upload, WritesEveryLineInOrder) {
-    write_setup("5 1\r\n\r\n6 -12\r\n7\r\n25 0\r\n");
+    write_setup("5 1\r\n\r\n6  -12\r\n7\r\n8 77<--CRC\r\n9 cter\r\n10x3 4\r\n25 0\r\n");
     write_file(path("742_ERROR.TXT"), "x");
     form.List2.AddItem("old");
-    upload_from("a.txt");
-    EXPECT_EQ(restored(), (Writes{{5, 1}, {6, -12}, {7, 0}, {25, 0}})) << "the empty line has none";
+    upload();
+    EXPECT_EQ(restored(), (Writes{{5, 1}, {6, -12}, {7, 0}, {8, 77}, {9, 0}, {10, 4}, {25, 0}}))
+        << "the empty line has none";
     EXPECT_EQ(lines(form.List1),
               (Lines{"******Erasing Old Settings******", "******Beginning  Upload******",
-                     "5 1 Successful", "6 -12 Successful", "7 0 Successful", "25 0 Successful",
+                     "5 1 Successful", "6 -12 Successful", "7 0 Successful", "8 77 Successful",
+                     "9 0 Successful", "10 4 Successful", "25 0 Successful",
                      "*******Upload Complete*******"}));
-    EXPECT_EQ(
-        rig.dialogs.texts(),
-        (Lines{"This erase all current settings. Do you want to continue?", "Upload Complete"}));
+    EXPECT_EQ(rig.dialogs.texts(), (Lines{kEraseQuestion, "Upload Complete"}));
     EXPECT_EQ(form.List2.ListCount(), 0);
+    EXPECT_TRUE(exists("742_Upload_Error.TXT"));
     EXPECT_EQ(saved("742_Upload_Error.TXT"), "");
     EXPECT_FALSE(exists("742_ERROR.TXT"));
 }
@@ -47,14 +47,14 @@ TEST_F(Upload, RefusedWritesAreRecordedAndTheUploadGoesOn) {
     write_setup("5 1\r\n6 2\r\n7 40000\r\n70000 1\r\n8 3\r\n");
     write_file(path("742_ERROR.TXT"), "x");
     refused = {5, 6};
-    upload_from("a.txt");
-    const std::string reply = "1 134 3 2 97 ";
-    EXPECT_EQ(saved("742_Upload_Error.TXT"),
-              "Response From Control\tReg No\tValue\t\r\n" + reply + "\t5\t1\tError\r\n" + reply +
-                  "\t6\t2\tError\r\nBad DATA VALUE entered.\t7\t40000\tError\r\n"
-                  "Bad REGISTER entered.\t70000\t1\tError\r\n");
+    upload();
+    EXPECT_EQ(saved("742_Upload_Error.TXT"), "Response From Control\tReg No\tValue\t\r\n" +
+                                                 kRefusal + "\t5\t1\tError\r\n" + kRefusal +
+                                                 "\t6\t2\tError\r\n"
+                                                 "Bad DATA VALUE entered.\t7\t40000\tError\r\n"
+                                                 "Bad REGISTER entered.\t70000\t1\tError\r\n");
     ASSERT_EQ(form.List2.ListCount(), 4);
-    EXPECT_EQ(form.List2.List(1), reply + "               6           2    Error");
+    EXPECT_EQ(form.List2.List(1), kRefusal + "               6           2    Error");
     EXPECT_EQ(form.List1.List(2), "5 1 ***UNSUCCESSFUL***");
     EXPECT_EQ(form.List1.List(6), "8 3 Successful");
     EXPECT_TRUE(exists("742_ERROR.TXT")) << "deleted only when no write was refused";
@@ -65,7 +65,7 @@ TEST_F(Upload, RefusalsAtALongerAddressDoNotCountButAreListed) {
     write_setup("5 1\r\n");
     refused = {5};
     form.cmbAddress.set_Text("12");
-    upload_from("a.txt");
+    upload();
     EXPECT_EQ(saved("742_Upload_Error.TXT"), "");
     EXPECT_EQ(form.List1.List(2), "5 1 ***UNSUCCESSFUL***");
     EXPECT_EQ(form.List2.ListCount(), 1);
@@ -78,162 +78,123 @@ TEST_F(Upload, ErasesBeforeItFindsTheModelsDifferent) {
         writes.clear();
         rig.dialogs.answers = {MessageAnswer::Yes};
         write_setup("5 1\r\n", model);
-        upload_from("a.txt");
+        upload();
         EXPECT_EQ(restored(), Writes{}) << model;
-        EXPECT_EQ(rig.dialogs.texts().back(),
+        EXPECT_EQ(last_message(),
                   "Model number from the controller does not match the model number from the text "
                   "file so Upload of values is canceled.");
+        expect_usable(false);
     }
 }
 
-TEST_F(Upload, NothingIsWrittenWhenTheUserDeclines) {
+TEST_F(Upload, NothingIsWrittenUnlessTheModelIsReadAndTheUserAgrees) {
     write_setup("5 1\r\n");
-    rig.dialogs.answers = {MessageAnswer::No};
-    upload_from("a.txt");
+    silent[0] = 3;
+    rig.dialogs.answers = {MessageAnswer::Cancel};
+    upload();
+    EXPECT_FALSE(exists("742_Upload_Error.TXT"));
+    upload();
     std::filesystem::remove(rig.dir.file("Download Sequences/742.cds"));
-    rig.dialogs.answers = {MessageAnswer::No};
-    upload_from("a.txt");
-    rig.dialogs.answers = {MessageAnswer::Yes, MessageAnswer::No, MessageAnswer::No};
-    upload_from("a.txt");
+    upload();
+    rig.dialogs.answers = {MessageAnswer::Yes};
+    upload();
     EXPECT_EQ(writes, Writes{});
     const std::string missing = "Can not find the 742.cds file to check whether this model has "
                                 "Profiles. Do you want to continue with the upload?";
-    const std::string erase = "This erase all current settings. Do you want to continue?";
     EXPECT_EQ(rig.dialogs.texts(),
-              (Lines{erase, "Upload Canceled!", missing, "Upload Canceled!", missing,
-                     "Does model 742 have Profiles?", erase, "Upload Canceled!"}));
+              (Lines{"Comm Error!", "Download has been canceled. Need to check Comm Port Settings.",
+                     kEraseQuestion, "Upload Canceled!", missing, "Upload Canceled!", missing,
+                     "Does model 742 have Profiles?", kEraseQuestion, "Upload Canceled!"}));
     EXPECT_EQ(form.List1.List(0), "*******Upload Canceled*******");
 }
 
 TEST_F(Upload, AControllerSilentAfterTheEraseIsAskedAgain) {
     write_setup("5 1\r\n");
-    desktop.on_turn = [&] {
-        if (writes.size() == 1) silent[0] = 3 * 13 * 2;
+    on_write = [&](int number) {
+        if (number == 1602) silent[0] = 1000;
     };
-    silent[1602] = 1;
     rig.dialogs.answers = {MessageAnswer::Yes, MessageAnswer::Retry, MessageAnswer::Cancel};
-    // Silent from the reset on: every read of the model goes unanswered.
-    rig.ports[1]->responder = [this, inner = rig.ports[1]->responder](const std::string& request) {
-        if (request[1] == 6 && request[2] == 6 && request[3] == 66) silent[0] = 1000;
-        return inner(request);
-    };
-    upload_from("a.txt");
+    upload();
     EXPECT_EQ(rig.dialogs.texts(),
-              (Lines{"This erase all current settings. Do you want to continue?", "Comm Error!",
-                     "Comm Error!, Retry or Cancel", "Communication Error,Upload Canceled."}));
+              (Lines{kEraseQuestion, "Comm Error!", "Comm Error!, Retry or Cancel",
+                     "Communication Error,Upload Canceled."}));
     EXPECT_EQ(writes.size(), 6U) << "the erase was done twice, nothing else";
 }
 
 TEST_F(Upload, AWriteWithoutAReplyIsRepeatedAndThenAskedFor) {
     write_setup("5 1\r\n6 2\r\n7 3\r\n");
-    silent[5] = 4;
-    silent[6] = 1000;
+    silent = {{5, 4}, {6, 1000}};
     rig.dialogs.answers = {MessageAnswer::Yes, MessageAnswer::Retry, MessageAnswer::Cancel};
-    upload_from("a.txt");
+    upload();
     EXPECT_EQ(restored().size(), 5U + 10U);
     EXPECT_EQ(form.List1.List(3), "Download Canceled ");
-    EXPECT_EQ(rig.dialogs.texts().back(), "Comm Error!");
+    EXPECT_EQ(last_message(), "Comm Error!");
     EXPECT_FALSE(form.run().completed);
-}
-
-TEST_F(Upload, UnreadableModelStopsWithTheDownloadsWords) {
-    write_setup("5 1\r\n");
-    silent[0] = 3;
-    rig.dialogs.answers = {MessageAnswer::Cancel};
-    upload_from("a.txt");
-    EXPECT_EQ(rig.dialogs.texts().back(),
-              "Download has been canceled. Need to check Comm Port Settings.");
-    EXPECT_FALSE(exists("742_Upload_Error.TXT"));
-}
-
-class ProfileUpload : public Upload {
-  protected:
-    ProfileUpload() {
-        write_sequence("742.cds", "YES\r\n4000\r\n4002\r\n4040\r\n");
-        registers[4040] = 0;
-        write_setup("4000 2\r\n4002 1\r\n25 0\r\n");
-    }
-};
-
-TEST_F(ProfileUpload, ANumberThatCannotBeFilledEndsTheUpload) {
-    silent[4002] = 1000;
-    upload_from("a.txt");
-    EXPECT_EQ(rig.dialogs.texts().back(),
-              "Comm Error when creating the Delete Profile. Upload Canceled!");
-    EXPECT_FALSE(form.run().completed);
-    EXPECT_NE(writes.back(), (std::pair{25, 0}));
-}
-
-TEST_F(ProfileUpload, AFillingProfileThatStaysIsTold) {
-    desktop.on_turn = [&] {
-        if (lines(form.List1).back() != "25 0 Successful") return;
-        registers[4040] = 1;
-        silent[4002] = 1000;
-    };
-    upload_from("a.txt");
-    const auto texts = rig.dialogs.texts();
-    EXPECT_EQ(texts[texts.size() - 2],
-              "Could not erase a profile that the program created to keep the indexing correct. "
-              "Profile Number 1 did not exist in the upload file. You should manually delete "
-              "Profile Number 1.");
-    EXPECT_EQ(texts.back(), "Upload Complete");
-}
-
-TEST_F(ProfileUpload, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
-    write_setup("4000 4\r\n4002 1\r\n25 0\r\n");
-    desktop.on_turn = [&] {
-        if (lines(form.List1).back() == "25 0 Successful") silent[4000] = 1000;
-    };
-    upload_from("a.txt");
-    const auto texts = rig.dialogs.texts();
-    EXPECT_EQ(std::count_if(texts.begin(), texts.end(),
-                            [](const std::string& text) { return text.starts_with("Could not"); }),
-              1);
-    EXPECT_TRUE(lines(form.List2).back().starts_with("Profile not erased"));
-    EXPECT_EQ(form.List2.ListCount(), 2);
-}
-
-TEST_F(ProfileUpload, ARefusedActionIsRecordedWithItsOwnReply) {
-    refused = {4002};
-    write_setup("4000 1\r\n4002 1\r\n25 0\r\n");
-    upload_from("a.txt");
-    EXPECT_EQ(saved("742_Upload_Error.TXT"),
-              "Response From Control\tReg No\tValue\t\r\n1 134 3 2 97 \t4002\t1\tError\r\n");
-}
-
-TEST_F(ProfileUpload, LinesOfAProfileThatCannotBeSelectedAreWrittenNowhere) {
-    write_setup("4000 300\r\n4002 1\r\n4003 1\r\n25 0\r\n");
-    refused = {4000};
-    upload_from("a.txt");
-    EXPECT_EQ(writes.back(), (std::pair{25, 0}));
-    EXPECT_EQ(writes[writes.size() - 2], (std::pair{4000, 300}));
-    EXPECT_EQ(form.List2.ListCount(), 3);
-}
-
-TEST_F(ProfileUpload, LinesOfAStepThatCannotBeSelectedAreWrittenNowhere) {
-    write_setup("4000 1\r\n4001 9\r\n4003 1\r\n25 0\r\n");
-    refused = {4001};
-    upload_from("a.txt");
-    EXPECT_EQ(writes.back(), (std::pair{25, 0}));
-    EXPECT_EQ(writes[writes.size() - 2], (std::pair{4001, 9}));
-    EXPECT_EQ(form.List2.List(1), "No step selected               4003           1    Error");
-}
-
-TEST_F(ProfileUpload, AProfileThatStaysGetsNoStepsOnTopOfItsOwn) {
-    write_setup("4000 1\r\n4002 3\r\n25 0\r\n");
-    registers[4040] = 3;
-    refused = {4002};
-    upload_from("a.txt");
-    EXPECT_EQ(writes.back(), (std::pair{25, 0}));
-    EXPECT_EQ(std::count(writes.begin(), writes.end(), std::pair{4002, 3}), 0);
 }
 
 TEST_F(Upload, ComparingWritesNothingToAControllerWithoutProfiles) {
     write_setup("4000 1\r\n4001 1\r\n5 1\r\n");
-    rig.dialogs.files.push_back(path("a.txt"));
-    form.cmdCompare.press();
+    compare();
     EXPECT_EQ(writes, Writes{});
     EXPECT_EQ(form.run().differences, 3);
+}
+
+/// Lines 2 to 4 name the registers; a line without a number leaves the usual one, 4040.
+class ProfileUpload : public Upload {
+  protected:
+    ProfileUpload() {
+        write_sequence("742.cds", "YES\r\n5000 number\r\n5002\r\n-\r\n");
+        registers[4040] = 0;
+    }
+};
+
+TEST_F(ProfileUpload, ANumberThatCannotBeFilledEndsTheUpload) {
+    write_setup("5000 2\r\n5002 1\r\n25 0\r\n");
+    silent[5002] = 1000;
+    upload();
+    EXPECT_EQ(last_message(), "Comm Error when creating the Delete Profile. Upload Canceled!");
+    EXPECT_FALSE(form.run().completed);
+    EXPECT_NE(writes.back(), (std::pair{25, 0}));
+}
+
+TEST_F(ProfileUpload, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
+    write_setup("5000 4\r\n5002 1\r\n25 0\r\n");
+    on_write = [&](int number) {
+        if (number == 25) silent[5000] = 1000;
+    };
+    upload();
+    EXPECT_EQ(rig.dialogs.texts(),
+              (Lines{kEraseQuestion,
+                     "Could not erase a profile that the program created to keep the indexing "
+                     "correct. Profile Number 1 did not exist in the upload file. You should "
+                     "manually delete Profile Number 1.",
+                     "Upload Complete"}));
+    EXPECT_EQ(lines(form.List2),
+              (Lines{"Profile not erased               5000           2    Error",
+                     "Profile not erased               5000           3    Error"}));
+}
+
+TEST_F(ProfileUpload, NothingIsWrittenIntoWhatWasNotSelectedOrErased) {
+    /// Faults and the last of them; `last_writes` are those ahead of the last line's.
+    const auto restore = [&](const std::string& setup, int refusing, Writes last_writes) {
+        write_setup(setup + "25 0\r\n");
+        refused = {refusing};
+        rig.dialogs.answers = {MessageAnswer::Yes};
+        upload();
+        last_writes.emplace_back(25, 0);
+        EXPECT_EQ(Writes(writes.end() - std::ssize(last_writes), writes.end()), last_writes);
+        return std::to_string(form.run().faults) + ": " + lines(form.List2).back();
+    };
+    EXPECT_EQ(restore("5000 1\r\n5002 1\r\n", 5002, {{5000, 1}, {5002, 1}}),
+              "1: " + kRefusal + "               5002           1    Error")
+        << "its own reply";
+    EXPECT_EQ(restore("5000 300\r\n5002 1\r\n5003 1\r\n", 5000, {{5000, 300}}),
+              "3: No profile selected               5003           1    Error");
+    EXPECT_EQ(restore("5000 1\r\n5001 9\r\n5003 1\r\n", 5001, {{5001, 9}}),
+              "2: No step selected               5003           1    Error");
+    registers[4040] = 3; // a profile that stays, of 255, gets no steps on top of its own
+    EXPECT_EQ(restore("5000 1\r\n5002 3\r\n", 5002, {{5000, 1}, {5002, 2}}),
+              "257: No profile selected               5002           3    Error");
 }
 
 } // namespace
