@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "settings_rig.h"
 
 namespace pelvan {
@@ -16,7 +14,7 @@ class SerialDevicesTest : public ::testing::Test {
         form.lst_Ports.set_ListIndex(port - 1);
         const auto& items = form.picker.cmb_Device.items();
         for (std::size_t i = 0; i < items.size(); ++i)
-            if (items[i].rfind(beginning, 0) == 0)
+            if (items[i].starts_with(beginning))
                 form.picker.cmb_Device.set_ListIndex(static_cast<int>(i));
         form.picker.cmd_AssignDevice.press();
     }
@@ -28,12 +26,15 @@ class SerialDevicesTest : public ::testing::Test {
     frm_SerialDevices form{rig.services, rig.config, rig.table, rig.list_devices};
 };
 
-TEST_F(SerialDevicesTest, AssignsByIdNamesAndSimulatedDevicesToAnyNumber) {
+TEST_F(SerialDevicesTest, AssignsDevicesToAnyNumberAndClosesTheOpenPorts) {
+    std::int16_t channel = 0;
+    static_cast<void>(rig.table.open_port(channel));
     EXPECT_EQ(form.lst_Ports.ListCount(), 16);
     assign(16, "/dev/serial/by-id/usb-Maker_Adapter-if00 (/dev/ttyUSB7), Maker Adapter");
     EXPECT_EQ(assigned(16), "/dev/serial/by-id/usb-Maker_Adapter-if00");
     EXPECT_EQ(line(16), "PORT 16  /dev/serial/by-id/usb-Maker_Adapter-if00: not there");
     EXPECT_EQ(form.lst_Ports.ListIndex(), 15) << "the selection stays";
+    EXPECT_EQ(rig.closings, std::vector<std::string>{"port 3"});
     for (const std::string device : {"simulated:742", "simulated:730", "simulated:loopback"}) {
         assign(1, device);
         EXPECT_EQ(assigned(1), device);
@@ -44,19 +45,13 @@ TEST_F(SerialDevicesTest, AssignsByIdNamesAndSimulatedDevicesToAnyNumber) {
     EXPECT_EQ(line(16), "PORT 16  no device");
 }
 
-TEST_F(SerialDevicesTest, AnAssignmentClosesTheOpenPorts) {
-    std::int16_t channel = 0;
-    static_cast<void>(rig.table.open_port(channel));
-    assign(3, "simulated:742");
-    EXPECT_EQ(rig.closings, std::vector<std::string>{"port 3"});
-}
-
 TEST_F(SerialDevicesTest, AHandWrittenDeviceStaysInTheList) {
-    for (const auto& [device, meaning] : std::vector<std::pair<std::string, std::string>>{
-             {"/nowhere", "not there"},
-             {"/dev/null", "not a serial device"},
-             {"simulated:742,address=5", "simulated, may be opened"},
-             {"simulated:900", "not understood"}}) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"/nowhere", "not there"},
+        {"/dev/null", "not a serial device"},
+        {"simulated:742,address=5", "simulated, may be opened"},
+        {"simulated:900", "not understood"}};
+    for (const auto& [device, meaning] : cases) {
         ini_write_string("SERIAL DEVICES", "PORT 4", device, rig.config.gIniFile);
         form.picker.cmd_RefreshDevices.press();
         form.lst_Ports.set_ListIndex(3);

@@ -2,6 +2,8 @@
 // test's own.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include "settings/comms_settings_form.h"
 #include "settings/serial_devices_form.h"
 #include "support/serial_rig.h"
@@ -12,15 +14,13 @@ struct SettingsRig : SerialRig {
     [[nodiscard]] std::string key(const std::string& section, const std::string& name) const {
         return ini_read_string(section, name, "(none)", config.gIniFile);
     }
-    [[nodiscard]] std::string comms_key(const std::string& name) const {
-        return key(ini_key::kCommsSection, name);
-    }
 
     FakeDesktop desktop;
     Services services{tick, clock, dialogs, desktop, dir.path()};
-    std::vector<SerialDevice> devices{
-        {"/dev/serial/by-id/usb-Maker_Adapter-if00", "/dev/ttyUSB7", "Maker Adapter"}};
-    DevicePicker::DeviceList list_devices{[this] { return devices; }};
+    DevicePicker::DeviceList list_devices{[] {
+        return std::vector<SerialDevice>{
+            {"/dev/serial/by-id/usb-Maker_Adapter-if00", "/dev/ttyUSB7", "Maker Adapter"}};
+    }};
 };
 
 } // namespace pelvan::testing
