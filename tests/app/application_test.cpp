@@ -3,10 +3,9 @@
 #include <filesystem>
 
 #include "app/application.h"
-#include "config/ini.h"
+#include "support/configuration.h"
 #include "support/fake_dialogs.h"
 #include "support/fake_time.h"
-#include "support/temp_dir.h"
 
 namespace pelvan {
 namespace {
@@ -15,11 +14,12 @@ using Texts = std::vector<std::string>;
 
 class ApplicationTest : public ::testing::Test {
   protected:
-    void write_ini(const std::string& text) { testing::write_file(dir.file("pelvan7.ini"), text); }
-    [[nodiscard]] std::string ini() const { return testing::read_file(dir.file("pelvan7.ini")); }
-    static std::string channel(int n, const std::string& port) {
-        const std::string device = "DEVICE " + std::to_string(n);
-        return device + " COMM PORT =" + port + "\r\n" + device + " PORT SETTING =9600,N,8,1\r\n";
+    void send(std::size_t type, const std::string& start, const std::string& values) {
+        app.console.modbus.set_entry({type, "1", start, values, false});
+        app.console.cmd_SendCommand.press();
+    }
+    [[nodiscard]] const std::string& response(int line) const {
+        return app.history.frmResponse.list.List(line);
     }
 
     testing::TempDir dir;
@@ -37,7 +37,8 @@ TEST_F(ApplicationTest, StartsWithoutAConfigurationFile) {
     EXPECT_EQ(app.console.opt_Protocol.Value(), 1);
     ASSERT_EQ(app.session.serial.gCommDevice.size(), 1U);
     EXPECT_EQ(app.session.serial.gCommDevice[0]->CommPort(), 2);
-    EXPECT_EQ(ini(), "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=1\r\n");
+    EXPECT_EQ(testing::read_file(dir.file("pelvan7.ini")),
+              "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=1\r\n");
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
@@ -59,55 +60,54 @@ TEST_F(ApplicationTest, HostileConfigurationFilesStillStart) {
     std::string binary;
     for (int i = 0; i < 3000; ++i)
         binary += static_cast<char>(i * 37 % 256);
-    std::string five = "[COMMS CONTROLS]\r\n";
-    for (int n = 0; n < 5; ++n)
-        five += channel(n, "3");
-    struct Case {
-        std::string text;
-        Texts messages;
-        int protocol;
+    testing::configure_device(dir, "",
+                              "DEVICE 4 COMM PORT=3\r\nDEVICE 4 PORT SETTING=9600,N,8,1\r\n");
+    const std::string five_channels = testing::read_file(dir.file("pelvan7.ini"));
+    const Texts out_of_range{"SUBSCRIPT OUT OF RANGE ERROR"};
+    const std::pair<std::string, Texts> cases[] = {
+        {"", {}},
+        {binary, {}},
+        {"[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=9\r\n", out_of_range},
+        {"[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=-1\r\n", out_of_range},
+        {five_channels, out_of_range},
     };
-    const std::vector<Case> cases{
-        {"", {}, 1},
-        {binary, {}, 1},
-        {"[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=9\r\n", {"SUBSCRIPT OUT OF RANGE ERROR"}, 1},
-        {"[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=-1\r\n", {"SUBSCRIPT OUT OF RANGE ERROR"}, 1},
-        {five, {"SUBSCRIPT OUT OF RANGE ERROR"}, 1},
-    };
-    for (const Case& each : cases) {
-        write_ini(each.text);
+    for (const auto& [text, messages] : cases) {
+        testing::write_file(dir.file("pelvan7.ini"), text);
         testing::FakeDialogs own;
         Application fresh({tick, clock, own, desktop, dir.path()}, open_serial_device);
         fresh.frame.Load();
-        EXPECT_EQ(own.texts(), each.messages) << each.text;
-        EXPECT_EQ(fresh.console.opt_Protocol.Value(), each.protocol);
+        EXPECT_EQ(own.texts(), messages) << text;
+        EXPECT_EQ(fresh.console.opt_Protocol.Value(), 1);
         EXPECT_GE(fresh.session.serial.gCommDevice.size(), 1U);
         EXPECT_LE(fresh.session.serial.gCommDevice.size(), 4U);
     }
 }
 
-TEST_F(ApplicationTest, ReadsASimulatedControllerEndToEnd) {
-    write_ini("[COMMS CONTROLS]\r\n" + channel(0, "1") + channel(1, "2") +
-              "[SERIAL DEVICES]\r\nPORT 2=simulated:742\r\n");
+TEST_F(ApplicationTest, ReadsASimulatedControllerThatOutlivesTheRebuildingOfTheChannels) {
+    testing::configure_device(dir, "simulated:742");
     app.frame.Load();
     app.console.opt_DataFormat.set_Value(2);
-    app.console.modbus.set_entry({2, "1", "0", "1", false});
-    app.console.cmd_SendCommand.press();
-    EXPECT_EQ(app.history.frmResponse.list.List(0), "742");
-    // The controller outlives the rebuilding of the channels.
-    app.console.modbus.set_entry({5, "1", "300", "-15", false});
-    app.console.cmd_SendCommand.press();
+    send(2, "0", "1");
+    EXPECT_EQ(response(0), "742");
+    send(5, "300", "-15");
     app.console.opt_Protocol.set_Value(0);
     app.console.opt_Protocol.set_Value(1);
-    app.console.modbus.set_entry({2, "1", "300", "1", false});
-    app.console.cmd_SendCommand.press();
-    EXPECT_EQ(app.history.frmResponse.list.List(2), "-15");
+    send(2, "300", "1");
+    EXPECT_EQ(response(2), "-15");
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
+TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
+    testing::configure_device(dir, dir.file("unplugged"));
+    app.frame.Load();
+    app.console.cmd_SendCommand.press();
+    ASSERT_FALSE(dialogs.shown.empty());
+    EXPECT_EQ(dialogs.shown[0].text, "INVALID PORT NUMBER");
+    EXPECT_EQ(response(0), "No response from the controller at address 1.");
+}
+
 TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
-    write_ini("[COMMS CONTROLS]\r\n" + channel(0, "1") + channel(1, "2") +
-              "[SERIAL DEVICES]\r\nPORT 2=simulated:742\r\n");
+    testing::configure_device(dir, "simulated:742");
     bool ended = false;
     app.console.end_program = [&] { ended = true; };
     app.frame.Load();
@@ -134,17 +134,6 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     EXPECT_TRUE(ended);
     EXPECT_FALSE(app.transfer.run().completed);
     EXPECT_NE(testing::read_file(dir.file("log")).find("742"), std::string::npos);
-}
-
-TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
-    write_ini("[COMMS CONTROLS]\r\n" + channel(0, "1") + channel(1, "2") +
-              "[SERIAL DEVICES]\r\nPORT 2=" + dir.file("unplugged") + "\r\n");
-    app.frame.Load();
-    app.console.cmd_SendCommand.press();
-    ASSERT_FALSE(dialogs.shown.empty());
-    EXPECT_EQ(dialogs.shown[0].text, "INVALID PORT NUMBER");
-    EXPECT_EQ(app.history.frmResponse.list.List(0),
-              "No response from the controller at address 1.");
 }
 
 } // namespace
