@@ -78,7 +78,7 @@ std::string ControllerAccess::value_in_reply() const {
 
 std::string ControllerAccess::ReadDataFromControl(float Register_No) {
     if (!read_reply(Register_No)) return kReadFailed;
-    const std::string value = value_in_reply();
+    std::string value = value_in_reply();
     if (!whole_) list_error(reply_, Register_No, value);
     return value;
 }

@@ -77,7 +77,7 @@ bool frm_DownloadParm::read_serial_number(ControllerIdentity& identity) {
 }
 
 std::string frm_DownloadParm::read_for_header(float register_number) {
-    const std::string value = access_.ReadDataFromControl(register_number);
+    std::string value = access_.ReadDataFromControl(register_number);
     if (value == kReadFailed) access_.list_error("No reply", register_number, value);
     return value;
 }

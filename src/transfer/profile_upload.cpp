@@ -9,6 +9,15 @@ using Outcome = ControllerAccess::Outcome;
 constexpr int kAttempts = 5;
 constexpr int kMostProfiles = 255;
 
+std::string could_not_erase(const std::string& number) {
+    return "Could not erase a profile that the program created to keep the indexing "
+           "correct. Profile Number " +
+           number +
+           " did not exist in the "
+           "upload file. You should manually delete Profile Number " +
+           number + ".";
+}
+
 } // namespace
 
 void ProfileTransfer::begin_upload(const ProfileRegisters& registers) {
@@ -246,13 +255,7 @@ void ProfileTransfer::erase_created() {
         silent = outcome == Outcome::NoReply;
         log_("Profile " + text + (erased ? " erased" : " not erased"));
         if (erased) continue;
-        services_.dialogs.message_box(
-            "Could not erase a profile that the program created to keep the indexing "
-            "correct. Profile Number " +
-            text +
-            " did not exist in the "
-            "upload file. You should manually delete Profile Number " +
-            text + ".");
+        services_.dialogs.message_box(could_not_erase(text));
     }
 }
 
