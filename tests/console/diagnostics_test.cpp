@@ -2,13 +2,13 @@
 #include <gtest/gtest.h>
 
 #include "console/loopback_test.h"
-#include "simulated_console.h"
+#include "support/simulated_program.h"
 
 namespace pelvan {
 namespace {
 
 using Texts = std::vector<std::string>;
-using testing::SimulatedConsole;
+using testing::SimulatedProgram;
 
 const std::string kIntroduction =
     "This will verify your Communications Port selection.\r"
@@ -20,7 +20,7 @@ const std::string kEcho = "This message should echo back!";
 const std::string kNoEcho = "This message should not echo back!";
 
 TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
-    SimulatedConsole rig({"simulated:742", "simulated:742", "simulated:loopback"}, protocol::kXon);
+    SimulatedProgram rig({"simulated:742", "simulated:742", "simulated:loopback"}, protocol::kXon);
     frm_Pelvan5VB& console = rig.app.console;
     const std::vector<std::tuple<MenuEntry*, MenuEntry*, Texts, Texts>> cases{
         {&console.mnuJumperAsAsked,
@@ -61,7 +61,7 @@ TEST(BadChecksum, SpoilsTheLastByteOfModbusRequestsOnlyAndItsTicksFollowTheSwitc
         spoil_last_byte(text);
         EXPECT_EQ(text, spoiled);
     }
-    SimulatedConsole rig(Texts(3, "simulated:742"), protocol::kModbus);
+    SimulatedProgram rig(Texts(3, "simulated:742"), protocol::kModbus);
     frm_Pelvan5VB& console = rig.app.console;
     MenuEntry* const entries[] = {&console.mnuGenbadCS, &rig.app.history.frmCommand.mnuGenbadCS,
                                   &rig.app.history.frmResponse.mnuGenbadCS};

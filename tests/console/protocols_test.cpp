@@ -1,18 +1,18 @@
 // The console's exchanges in the protocols Full, Xon and Tellura/AB.
 #include <gtest/gtest.h>
 
-#include "simulated_console.h"
+#include "support/simulated_program.h"
 
 namespace pelvan {
 namespace {
 
 using Texts = std::vector<std::string>;
-using testing::SimulatedConsole;
+using testing::SimulatedProgram;
 
 constexpr char kDevice[] = "simulated:742,address=9";
 
 TEST(ConsoleProtocols, FullCommands) {
-    SimulatedConsole rig(Texts(4, kDevice), protocol::kFull);
+    SimulatedProgram rig(Texts(4, kDevice), protocol::kFull);
     TextPanel& panel = rig.app.console.text;
     MousePointer during = MousePointer::Normal;
     rig.app.history.frmCommand.list.watch_lines(
@@ -35,7 +35,7 @@ TEST(ConsoleProtocols, FullCommands) {
 }
 
 TEST(ConsoleProtocols, XonCommands) {
-    SimulatedConsole rig({kDevice, kDevice, kDevice}, protocol::kXon);
+    SimulatedProgram rig({kDevice, kDevice, kDevice}, protocol::kXon);
     EXPECT_EQ(rig.send(), "? C1 > 25.0");
     rig.app.console.text.set_entry({"1", ""});
     EXPECT_EQ(rig.send(), " > No response from the controller.");
@@ -50,7 +50,7 @@ TEST(ConsoleProtocols, RepliesThatAreNoTextAreShownAsBytes) {
 }
 
 TEST(ConsoleProtocols, TelluraPackets) {
-    SimulatedConsole rig(Texts(4, kDevice), protocol::kTellura);
+    SimulatedProgram rig(Texts(4, kDevice), protocol::kTellura);
     TelluraPanel& panel = rig.app.console.tellura;
     const std::vector<std::pair<TelluraEntry, std::string>> cases{
         {{"9", "0000", "2", "", false, TelluraCheck::Bcc},
@@ -78,7 +78,7 @@ TEST(ConsoleProtocols, TelluraPackets) {
 }
 
 TEST(ConsoleProtocols, ADamagedTelluraReplyIsToldSo) {
-    SimulatedConsole rig(Texts(4, "simulated:742,crc=1"), protocol::kTellura);
+    SimulatedProgram rig(Texts(4, "simulated:742,crc=1"), protocol::kTellura);
     for (const auto& [check, mark] : {std::pair{TelluraCheck::Bcc, "  <--BCC ERROR!"},
                                       std::pair{TelluraCheck::Crc, "  <--CRC ERROR!"}}) {
         rig.app.console.tellura.set_entry({"1", "0000", "2", "", false, check});
@@ -87,7 +87,7 @@ TEST(ConsoleProtocols, ADamagedTelluraReplyIsToldSo) {
 }
 
 TEST(ConsoleProtocols, EachProtocolRecallsItsOwnCommands) {
-    SimulatedConsole rig(Texts(4, kDevice), protocol::kFull);
+    SimulatedProgram rig(Texts(4, kDevice), protocol::kFull);
     frm_Pelvan5VB& console = rig.app.console;
     TextBox& command = console.text.txt_CommsCommand;
     console.text.set_entry({"8", "? C1"});

@@ -1,13 +1,13 @@
 // Sending a setup file from the console.
 #include <gtest/gtest.h>
 
-#include "simulated_console.h"
+#include "support/simulated_program.h"
 
 namespace pelvan {
 namespace {
 
 using Texts = std::vector<std::string>;
-using testing::SimulatedConsole;
+using testing::SimulatedProgram;
 
 class SetupFile : public ::testing::Test {
   protected:
@@ -20,7 +20,7 @@ class SetupFile : public ::testing::Test {
         console.mnuSendSetupFile.choose();
     }
 
-    SimulatedConsole rig{Texts(4, "simulated:742"), protocol::kFull};
+    SimulatedProgram rig{Texts(4, "simulated:742"), protocol::kFull};
     frm_Pelvan5VB& console = rig.app.console;
 };
 

@@ -3,44 +3,29 @@
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 
-#include "app/application.h"
-#include "support/fake_dialogs.h"
-#include "support/fake_time.h"
 #include "support/frames.h"
 #include "support/modbus_slave.h"
-#include "support/temp_dir.h"
+#include "support/simulated_program.h"
 
 namespace pelvan {
 namespace {
 
 using testing::PtyPair;
 
-constexpr int kExchanges = 600;
+constexpr int kRounds = 25;
 constexpr int kReplyAfterMs = 25;
-constexpr int kQuietMs = 4; // four settle times of 19200 baud, in which the line waits
+constexpr int kQuietMs = 8; // four settle times of 9600 baud, in which the line waits
 
 std::size_t byte_of(const std::string& bytes, std::size_t at) {
     return static_cast<unsigned char>(bytes.at(at));
 }
 
-/// Request `i` of the master: reads, writes, and now and then a register that is not there.
-std::string request(int i) {
-    const auto word = [](int value) {
-        return std::string{static_cast<char>(value >> 8), static_cast<char>(value)};
-    };
-    const int count = 1 + i % 17;
-    const std::string range = word(i % 90) + word(count);
-    std::string values(1, static_cast<char>(2 * count));
-    for (int n = 0; n < count; ++n)
-        values += word(7 * i + n);
-    const std::string frames[] = {"\1\3" + range,
-                                  "\1\4" + range,
-                                  "\1\6" + word(i % 90) + word(i),
-                                  "\1\x10" + range + values,
-                                  "\1\1" + range,
-                                  "\1\3" + word(2000) + word(1)};
-    return testing::sealed(frames[i % 6]);
-}
+/// Reads and writes of several lengths, and a register that is not there.
+const std::vector<std::string> kRequests{
+    testing::frame("01 03 00 00 00 01"),          testing::frame("01 03 00 62 00 04"),
+    testing::frame("01 04 00 09 00 11"),          testing::frame("01 01 00 00 00 11"),
+    testing::frame("01 02 00 00 00 09"),          testing::frame("01 06 00 07 FF FE"),
+    testing::frame("01 10 00 07 00 01 02 00 01"), testing::frame("01 03 07 D0 00 01")};
 
 std::string receive_reply(const PtyPair& from) {
     const std::string head = from.receive(5);
@@ -61,17 +46,12 @@ std::string output_of(const std::string& command) {
 class TapTest : public ::testing::Test {
   protected:
     TapTest() {
-        testing::write_file(ini, "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=1\r\n"
-                                 "DEVICE 0 PORT SETTING=19200,N,8,1\r\nDEVICE 1 COMM PORT=2\r\n"
-                                 "DEVICE 1 PORT SETTING=19200,N,8,1\r\n");
-        app.session.config.gIniFile = ini;
-        app.channels.init_comms();
         app.listen.Load();
         plug_in(tap);
     }
     /// The adapter is at this device now, and Start is chosen.
     void plug_in(const PtyPair& device) {
-        ini_write_string("SERIAL DEVICES", "PORT 2", device.path(), ini);
+        ini_write_string("SERIAL DEVICES", "PORT 2", device.path(), app.session.config.gIniFile);
         app.listen.ListenStart(1);
         EXPECT_TRUE(listening());
     }
@@ -94,38 +74,36 @@ class TapTest : public ::testing::Test {
         ASSERT_EQ(app.listen.traffic().bursts().back().bytes, frame);
     }
 
-    testing::TempDir dir;
-    const std::string ini = dir.file("pelvan7.ini");
     PtyPair tap{PtyPair::Slave::KeepOpen};
-    testing::FakeTick tick;
-    testing::FakeClock clock;
-    testing::FakeDialogs dialogs;
-    testing::FakeDesktop desktop;
-    Application app{Services{tick, clock, dialogs, desktop, dir.path()}, open_serial_device};
+    testing::SimulatedProgram rig{
+        {"simulated:loopback", tap.path()}, protocol::kModbus, open_serial_device};
+    Application& app = rig.app;
     std::vector<std::string> frames; // heard so far
 };
 
 TEST_F(TapTest, ShowsAndPairsEveryFrameAndSavesWhatWiresharkReads) {
     const PtyPair master{PtyPair::Slave::KeepOpen};
     const testing::ModbusSlaveProcess slave(PELVAN_MODBUS_SLAVE, master.path());
-    for (int i = 0; i < kExchanges && !HasFatalFailure(); ++i) {
-        hear(request(i));
-        master.send(request(i));
-        const std::string reply = receive_reply(master);
-        tick.advance(kReplyAfterMs);
-        hear(reply);
-    }
+    for (int round = 0; round < kRounds && !HasFatalFailure(); ++round)
+        for (const std::string& request : kRequests) {
+            hear(request);
+            master.send(request);
+            const std::string reply = receive_reply(master);
+            rig.tick.advance(kReplyAfterMs);
+            hear(reply);
+        }
+    const int exchanges = kRounds * static_cast<int>(kRequests.size());
     EXPECT_EQ(tap.receive(1, 0), "") << "the monitor has sent something";
-    EXPECT_TRUE(dialogs.shown.empty());
+    EXPECT_TRUE(rig.dialogs.shown.empty());
     const Traffic& traffic = app.listen.traffic();
     EXPECT_EQ(traffic.damaged(), 0);
-    EXPECT_EQ(traffic.all().requests, kExchanges);
-    EXPECT_EQ(traffic.all().exceptions, kExchanges / 6);
-    EXPECT_EQ(traffic.all().reply.count, kExchanges);
+    EXPECT_EQ(traffic.all().requests, exchanges);
+    EXPECT_EQ(traffic.all().exceptions, kRounds);
+    EXPECT_EQ(traffic.all().reply.count, exchanges);
     EXPECT_NEAR(traffic.all().reply.minimum, kReplyAfterMs + kQuietMs, 1);
     EXPECT_NEAR(traffic.all().reply.maximum, kReplyAfterMs + kQuietMs, 1);
-    const std::string file = dir.file("line.pcapng");
-    dialogs.files.emplace_back(file);
+    const std::string file = rig.dir.file("line.pcapng");
+    rig.dialogs.files.emplace_back(file);
     app.listen.mnuSaveCapture.choose();
     if (output_of("tshark --version 2>/dev/null").empty()) GTEST_SKIP() << "no tshark here";
     std::string expected;
@@ -150,7 +128,7 @@ TEST_F(TapTest, UnpluggedLineIsSaidAndStartWorksWhenItIsBack) {
     for (int i = 0; i < 3 && listening(); ++i)
         check_receive();
     EXPECT_FALSE(listening());
-    EXPECT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_EQ(rig.dialogs.shown.size(), 1U);
     app.listen.ListenStart(1);
     EXPECT_FALSE(listening());
     PtyPair other;
@@ -159,7 +137,7 @@ TEST_F(TapTest, UnpluggedLineIsSaidAndStartWorksWhenItIsBack) {
     other.unplug(); // while nobody listens
     const PtyPair third;
     plug_in(third);
-    EXPECT_EQ(dialogs.shown.size(), 2U) << "the loss and the start in vain, no more";
+    EXPECT_EQ(rig.dialogs.shown.size(), 2U) << "the loss and the start in vain, no more";
 }
 
 } // namespace

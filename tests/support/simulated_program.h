@@ -1,4 +1,4 @@
-// The whole application on simulated devices and a fake tick, its console loaded.
+// The whole program on a fake tick, its console loaded; its devices are simulated as a rule.
 #pragma once
 
 #include <vector>
@@ -10,9 +10,12 @@
 
 namespace pelvan::testing {
 
-struct SimulatedConsole {
-    /// `devices` stand behind channels 0, 1 ... at 9600.
-    explicit SimulatedConsole(const std::vector<std::string>& devices, int protocol_number) {
+struct SimulatedProgram {
+    /// `devices` stand behind channels 0, 1 ... at 9600; those that are not simulated are opened by
+    /// `open_line`, and do not exist without one.
+    explicit SimulatedProgram(const std::vector<std::string>& devices, int protocol_number,
+                              const LineOpener& open_line = no_device)
+        : app(Services{tick, clock, dialogs, desktop, dir.path()}, open_line) {
         std::string channels =
             "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=" + std::to_string(protocol_number) + "\r\n";
         std::string ports = "[SERIAL DEVICES]\r\n";
@@ -40,16 +43,16 @@ struct SimulatedConsole {
         app.console.cmd_SendCommand.press();
         return pairs().back();
     }
+    static std::unique_ptr<SerialLine> no_device(const std::string&, const LineSettings&) {
+        throw RunTimeError(error_number::kInvalidPortNumber);
+    }
 
     TempDir dir;
     FakeTick tick;
     FakeClock clock;
     FakeDialogs dialogs;
     FakeDesktop desktop;
-    Application app{Services{tick, clock, dialogs, desktop, dir.path()},
-                    [](const std::string&, const LineSettings&) -> std::unique_ptr<SerialLine> {
-                        throw RunTimeError(error_number::kInvalidPortNumber);
-                    }};
+    Application app;
 };
 
 } // namespace pelvan::testing
