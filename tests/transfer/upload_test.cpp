@@ -139,6 +139,49 @@ TEST_F(Upload, ComparingWritesNothingToAControllerWithoutProfiles) {
     EXPECT_EQ(form.run().differences, 3);
 }
 
+TEST_F(Upload, FilesAndFoldersThatAreMissing) {
+    upload();
+    EXPECT_EQ(last_message(), "INSTALL DISK WITH FILE " + path("a.txt") + " INTO DRIVE A");
+    expect_usable(false);
+    writes.clear();
+    std::filesystem::remove_all(rig.dir.file("Reg Downloads"));
+    for (Button* button : {&form.cmdDownload, &form.cmdUpload, &form.cmdCompare}) {
+        rig.dialogs.shown.clear();
+        press(*button);
+        EXPECT_EQ(rig.dialogs.texts(), Lines{"PATH NOT FOUND ERROR"});
+        expect_usable(false);
+    }
+    EXPECT_EQ(writes, Writes{}) << "nothing is erased without a place for the error file";
+}
+
+TEST_F(Upload, SetupFilesOfAnyContent) {
+    const std::string head = "*\n   Model #:  742\n\n\n\n\n*\n";
+    std::string binary;
+    for (int i = 0; i < 4000; ++i)
+        binary += static_cast<char>(i * 37 % 251);
+    const std::pair<std::string, Writes> cases[] = {
+        {"", {}},
+        {binary, {}},
+        {"*\n   Model #:  74", {}},
+        {"*\n   Model #:  1e99\n\n\n\n\n*\n5 1\n", {}},
+        {"*\nab742\n\n\n\n\n*\n5 1\n", {{5, 1}}},
+        {"*\n   Model #:   742\n\n\n\n\n*\n5 1\n", {{5, 1}}},
+        {head, {}},
+        {head + "5 1\n6 2", {{5, 1}, {6, 2}}},
+        {head + "5 1e99\n6 99999999999999999999\n8 4\n", {{8, 4}}},
+        {head + "x 1\nRegister 6 2\n 7 3\n8 4\n", {{8, 4}}},
+    };
+    for (const auto& [text, expected] : cases) {
+        write_file(path("a.txt"), text);
+        writes.clear();
+        rig.dialogs.answers = {MessageAnswer::Yes};
+        upload();
+        EXPECT_EQ(restored(), expected) << text.substr(0, 80);
+        EXPECT_TRUE(form.cmdUpload.Enabled());
+    }
+    EXPECT_EQ(form.run().faults, 3) << "the lines that say nothing";
+}
+
 /// Lines 2 to 4 name the registers; a line without a number leaves the usual one, 4040.
 class ProfileUpload : public Upload {
   protected:
@@ -175,7 +218,7 @@ TEST_F(ProfileUpload, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
 }
 
 TEST_F(ProfileUpload, NothingIsWrittenIntoWhatWasNotSelectedOrErased) {
-    /// Faults and the last of them; `last_writes` are those ahead of the last line's.
+    // Faults and the last of them; `last_writes` are those ahead of the last line's.
     const auto restore = [&](const std::string& setup, int refusing, Writes last_writes) {
         write_setup(setup + "25 0\r\n");
         refused = {refusing};

@@ -1,29 +1,11 @@
-#include "transfer/setup_file.h"
+#include "transfer/sequence_file.h"
 
 #include <gtest/gtest.h>
 
 #include "support/temp_dir.h"
-#include "transfer/sequence_file.h"
 
 namespace pelvan::testing {
 namespace {
-
-TEST(SetupFile, ModelBehindOneBlankLosesADigit) {
-    const std::pair<const char*, float> cases[] = {{"   Model #:  742", 742},
-                                                   {"   Model #: 742", 42},
-                                                   {"   Model #:   742", 742},
-                                                   {"Model:", 0},
-                                                   {"", 0},
-                                                   {"ab742", 742},
-                                                   {"   Model #:  1e99", 3.402823466e38F}};
-    for (const auto& [line, model] : cases)
-        EXPECT_EQ(model_in_header(line), model) << line;
-}
-
-TEST(SetupFile, OnlyANameWithoutAPointGetsTheExtension) {
-    EXPECT_EQ(with_text_extension("/a.b/setup"), "/a.b/setup.txt");
-    EXPECT_EQ(with_text_extension("/a/setup.dat"), "/a/setup.dat");
-}
 
 TEST(SequenceFile, FlagInThreeCharactersAndAListFromLineFiveToALineWithoutADigit) {
     const TempDir dir;
