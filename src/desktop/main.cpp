@@ -6,6 +6,7 @@
 #include <string>
 
 #include "desktop/app_icon.h"
+#include "desktop/end_signals.h"
 #include "desktop/main_window.h"
 #include "terminal/terminal.h"
 
@@ -46,5 +47,6 @@ int main(int argc, char** argv) {
     QApplication::setWindowIcon(pelvan::desktop::app_icon());
     pelvan::desktop::MainWindow window(directory);
     window.open();
+    pelvan::desktop::EndSignals signals([&window] { window.end(); });
     return QApplication::exec();
 }

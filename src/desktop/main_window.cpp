@@ -55,6 +55,13 @@ void MainWindow::open() {
     application_.frame.Load();
 }
 
+void MainWindow::end() {
+    application_.events.run([this] {
+        application_.logging.Unload();
+        application_.console.Unload();
+    });
+}
+
 void MainWindow::make_children() {
     Application& app = application_;
     const BindContext& context = frame_->context();

@@ -23,6 +23,9 @@ class MainWindow {
     /// start-up has to say (a bad port number, say) is said in front of a window. Returns then.
     void open();
 
+    /// Ends the program without questions; what data logging has gathered is written first.
+    void end();
+
     [[nodiscard]] Application& application() { return application_; }
     [[nodiscard]] MdiFrame& frame() { return *frame_; }
 
