@@ -60,8 +60,7 @@ TEST_F(ApplicationTest, HostileConfigurationFilesStillStart) {
     std::string binary;
     for (int i = 0; i < 3000; ++i)
         binary += static_cast<char>(i * 37 % 256);
-    testing::configure_device(dir, "",
-                              "DEVICE 4 COMM PORT=3\r\nDEVICE 4 PORT SETTING=9600,N,8,1\r\n");
+    testing::configure_devices(dir, Texts(5));
     const std::string five_channels = testing::read_file(dir.file("pelvan7.ini"));
     const Texts out_of_range{"SUBSCRIPT OUT OF RANGE ERROR"};
     const std::pair<std::string, Texts> cases[] = {
@@ -84,7 +83,7 @@ TEST_F(ApplicationTest, HostileConfigurationFilesStillStart) {
 }
 
 TEST_F(ApplicationTest, ReadsASimulatedControllerThatOutlivesTheRebuildingOfTheChannels) {
-    testing::configure_device(dir, "simulated:742");
+    testing::configure_devices(dir, {"", "simulated:742"});
     app.frame.Load();
     app.console.opt_DataFormat.set_Value(2);
     send(2, "0", "1");
@@ -98,7 +97,7 @@ TEST_F(ApplicationTest, ReadsASimulatedControllerThatOutlivesTheRebuildingOfTheC
 }
 
 TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
-    testing::configure_device(dir, dir.file("unplugged"));
+    testing::configure_devices(dir, {"", dir.file("unplugged")});
     app.frame.Load();
     app.console.cmd_SendCommand.press();
     ASSERT_FALSE(dialogs.shown.empty());
@@ -107,7 +106,7 @@ TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
 }
 
 TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
-    testing::configure_device(dir, "simulated:742");
+    testing::configure_devices(dir, {"", "simulated:742"});
     bool ended = false;
     app.console.end_program = [&] { ended = true; };
     app.frame.Load();

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "app/application.h"
+#include "support/configuration.h"
 #include "support/fake_dialogs.h"
 #include "support/fake_time.h"
-#include "support/temp_dir.h"
 
 namespace pelvan::testing {
 
@@ -16,17 +16,8 @@ struct SimulatedProgram {
     explicit SimulatedProgram(const std::vector<std::string>& devices, int protocol_number,
                               const LineOpener& open_line = no_device)
         : app(Services{tick, clock, dialogs, desktop, dir.path()}, open_line) {
-        std::string channels =
-            "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=" + std::to_string(protocol_number) + "\r\n";
-        std::string ports = "[SERIAL DEVICES]\r\n";
-        for (std::size_t n = 0; n < devices.size(); ++n) {
-            const std::string number = std::to_string(n);
-            const std::string port = std::to_string(n + 1);
-            channels += "DEVICE " + number + " COMM PORT =" + port + "\r\nDEVICE " + number +
-                        " PORT SETTING =9600,N,8,1\r\n";
-            ports += "PORT " + port + "=" + devices[n] + "\r\n";
-        }
-        write_file(dir.file("pelvan7.ini"), channels + ports);
+        configure_devices(dir, devices,
+                          "DEFAULT PROTOCOL=" + std::to_string(protocol_number) + "\r\n");
         app.console.Load();
     }
 

@@ -18,7 +18,8 @@ class CommandTest : public ::testing::Test {
     CommandTest() { configure("simulated:742"); }
 
     void configure(const std::string& device) {
-        testing::configure_device(dir, device, "DEFAULT PROTOCOL=3\r\n");
+        testing::configure_devices(dir, std::vector<std::string>(4, device),
+                                   "DEFAULT PROTOCOL=3\r\n");
     }
     /// Runs a command line, its words parted by blanks, those with blanks in them 'quoted'; the
     /// exit code, -1 when the windows are wanted.

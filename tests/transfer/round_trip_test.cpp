@@ -3,27 +3,27 @@
 
 #include <filesystem>
 
-#include "app/application.h"
-#include "support/configuration.h"
-#include "support/fake_dialogs.h"
-#include "support/fake_time.h"
+#include "support/simulated_program.h"
 
 namespace pelvan::testing {
 namespace {
 
 using Values = std::map<int, int>;
 
-class RoundTrip : public ::testing::Test {
+class RoundTrip : public ::testing::Test, public SimulatedProgram {
   protected:
-    void start(const std::string& device) {
+    RoundTrip()
+        : SimulatedProgram(
+              {"", "the station"}, 1, [this](const std::string&, const LineSettings& settings) {
+                  return std::make_unique<simulator::SimulatedLine>(line_clock, station, settings);
+              }) {
         tick.step_ms = 0.5;
-        station = simulator::make_station(*simulator::parse_simulated_device(device));
-        configure_device(dir, "the station");
-        app.session.config.gIniFile = dir.file("pelvan7.ini");
-        app.channels.init_comms();
         std::filesystem::create_directory(dir.file("Reg Downloads"));
         std::filesystem::copy(std::string(PELVAN_SAMPLES) + "/Download Sequences",
                               dir.file("Download Sequences"));
+    }
+    void start(const std::string& device) {
+        station = simulator::make_station(*simulator::parse_simulated_device(device));
     }
     void set_all(const std::vector<std::pair<int, int>>& values) {
         for (const auto& [number, value] : values)
@@ -100,19 +100,9 @@ class RoundTrip : public ::testing::Test {
         EXPECT_EQ(form.run().faults, form.run().differences) << form.List2.List(0);
     }
 
-    TempDir dir;
     const std::string file = dir.file("Reg Downloads/setup.txt");
-    FakeTick tick;
-    FakeClock clock;
-    FakeDialogs dialogs;
-    FakeDesktop desktop;
-    std::shared_ptr<simulator::Station> station; // what the serial device leads to
+    std::shared_ptr<simulator::Station> station;
     std::shared_ptr<simulator::LineClock> line_clock = std::make_shared<simulator::LineClock>(tick);
-    Application app{Services{tick, clock, dialogs, desktop, dir.path()},
-                    [this](const std::string&, const LineSettings& settings) {
-                        return std::make_unique<simulator::SimulatedLine>(line_clock, station,
-                                                                          settings);
-                    }};
     frm_DownloadParm& form = app.transfer;
 };
 
