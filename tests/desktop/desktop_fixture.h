@@ -52,20 +52,25 @@ class WindowTest : public ::testing::Test {
                          &window_, nullptr};
 };
 
-/// A configuration of two channels; channel 1 is port 2, on the given device.
-inline void write_configuration(const pelvan::testing::TempDir& dir, const std::string& device) {
-    pelvan::testing::write_file(
-        dir.file("pelvan7.ini"),
-        "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=1\r\nDEVICE 0 PORT SETTING=300,E,7,2\r\n"
-        "DEVICE 1 COMM PORT=2\r\nDEVICE 1 PORT SETTING=9600,N,8,1\r\nDEVICE 1 RTS Mode=1\r\n"
-        "[SERIAL DEVICES]\r\nPORT 2=" +
-            device + "\r\n");
+/// A configuration with a channel at 9600 baud for each device, on ports 1, 2 and so on.
+inline void write_configuration(const pelvan::testing::TempDir& dir,
+                                const std::vector<std::string>& devices, int protocol = 1) {
+    std::string text = "[COMMS CONTROLS]\nDEFAULT PROTOCOL=" + std::to_string(protocol) + "\n";
+    for (std::size_t n = 0; n < devices.size(); ++n) {
+        const std::string channel = "DEVICE " + std::to_string(n);
+        text += channel + " COMM PORT=" + std::to_string(n + 1) + "\n" + channel +
+                " PORT SETTING=9600,N,8,1\n";
+    }
+    text += "[SERIAL DEVICES]\n";
+    for (std::size_t n = 0; n < devices.size(); ++n)
+        text += "PORT " + std::to_string(n + 1) + "=" + devices[n] + "\n";
+    pelvan::testing::write_file(dir.file("pelvan7.ini"), text);
 }
 
 class ProgramTest : public ::testing::Test {
   protected:
-    void open(const std::string& device) {
-        write_configuration(dir_, device);
+    void open(const std::vector<std::string>& devices, int protocol = 1) {
+        write_configuration(dir_, devices, protocol);
         main_ = std::make_unique<MainWindow>(dir_.path());
         main_->open();
         run_events();

@@ -11,7 +11,7 @@ namespace {
 class ListenWindowTest : public testing::ProgramTest {
   protected:
     ListenWindowTest() {
-        open(line_.path());
+        open({"", line_.path()});
         app().frame.mnuListen.choose();
         find<QAction>("mnuStartListen")->trigger();
     }

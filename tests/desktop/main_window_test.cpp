@@ -1,5 +1,5 @@
-// The whole windowed program on a simulated controller: start-up, a command, its reply, and the
-// port settings.
+// The whole windowed program on a simulated controller: a command, its reply, the histories, the
+// keys and the port settings.
 #include "desktop_fixture.h"
 
 namespace pelvan::desktop {
@@ -7,7 +7,7 @@ namespace {
 
 class MainWindowTest : public testing::ProgramTest {
   protected:
-    MainWindowTest() { open("simulated:742"); }
+    MainWindowTest() { open({"", "simulated:742"}); }
     static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(QApplication::focusWidget(), key, modifiers);
         testing::run_events();
@@ -23,43 +23,34 @@ class MainWindowTest : public testing::ProgramTest {
         const QWidget* active = main_->frame().findChild<QMdiArea*>()->activeSubWindow();
         for (const QWidget* widget : active->findChildren<QWidget*>()) {
             if (!widget->isVisibleTo(active)) continue;
-            if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->buddy())
-                texts += label->text();
-            if (const auto* button = qobject_cast<const QAbstractButton*>(widget))
-                texts += button->text();
-            if (const auto* box = qobject_cast<const QGroupBox*>(widget)) texts += box->title();
+            const auto* label = qobject_cast<const QLabel*>(widget);
+            if (qobject_cast<const QAbstractButton*>(widget) || (label && label->buddy()))
+                texts += widget->property("text").toString();
+            texts += widget->property("title").toString();
             if (const auto* tabs = qobject_cast<const QTabBar*>(widget))
                 for (int i = 0; i < tabs->count(); ++i)
                     texts += tabs->tabText(i);
         }
         QStringList keys;
         for (const QString& text : texts)
-            if (const QKeySequence key = QKeySequence::mnemonic(text); !key.isEmpty())
-                keys += key.toString();
+            keys += QKeySequence::mnemonic(text).toString();
+        keys.removeAll(QString());
         return keys;
     }
 };
 
 TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
-    for (const char* name : {"frm_Pelvan5VB", "frmCommand", "frmResponse"})
-        EXPECT_TRUE(find(name)->isVisible()) << name;
     find<QRadioButton>("opt_DataFormat(2)")->click();
     auto* start = find<QLineEdit>("txt_Register");
-    auto* count = find<QLineEdit>("txt_Values");
-    const auto send = [](QLineEdit* edit, const char* text) {
-        edit->clear();
-        QTest::keyClicks(edit, text);
-        QTest::keyClick(edit, Qt::Key_Return);
+    for (const char* text : {"0", "100"}) {
+        start->clear();
+        QTest::keyClicks(start, text);
+        QTest::keyClick(start, Qt::Key_Return);
         testing::run_events();
-    };
-    start->setText("0");
-    send(count, "2");
-    EXPECT_EQ(line("lst_CommsCommand", 0), "0 2");
-    EXPECT_TRUE(line("lst_CommsResponse", 0).startsWith("742 "));
-    send(start, "100");
-    EXPECT_EQ(line("lst_CommsCommand", 1), "100 2");
-    QTest::keyClick(start, Qt::Key_Up); // back to the command before
-    EXPECT_EQ(start->text(), "0");
+    }
+    EXPECT_EQ(line("lst_CommsCommand", 0), "0 1");
+    EXPECT_EQ(line("lst_CommsResponse", 0), "742");
+    EXPECT_EQ(line("lst_CommsCommand", 1), "100 1");
     // A line selected in one list selects its twin.
     auto* responses = find<QAbstractItemView>("lst_CommsResponse");
     responses->setCurrentIndex(responses->model()->index(0, 0));
@@ -70,7 +61,32 @@ TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
     EXPECT_FALSE(find("frmCommand")->isVisible());
     app().frame.mnuShowCommand.choose();
     EXPECT_TRUE(find("frmCommand")->isVisible());
-    EXPECT_EQ(line("lst_CommsCommand", 1), "100 2");
+    EXPECT_EQ(line("lst_CommsCommand", 1), "100 1");
+}
+
+TEST_F(MainWindowTest, TimesStayBesideTheirLines) {
+    History& history = app().history;
+    const auto top = [this](const char* list) {
+        return find<QAbstractItemView>(list)->indexAt(QPoint(2, 2)).row();
+    };
+    for (int i = 0; i < 1000; ++i)
+        history.add("command", "response " + std::to_string(i));
+    testing::run_events();
+    EXPECT_FALSE(find("lst_CommsResponseTimes")->isVisible());
+    EXPECT_GT(top("lst_CommsResponse"), 900);
+    history.frmCommand.mnuTimes.choose();
+    testing::run_events();
+    EXPECT_EQ(top("lst_CommsResponseTimes"), top("lst_CommsResponse"));
+
+    history.frmCommand.mnuTimes.choose(); // hidden, the times take no part
+    history.frmResponse.list.set_ListIndex(500);
+    EXPECT_EQ(top("lst_CommsResponse"), 500);
+    history.frmCommand.mnuTimes.choose();
+    testing::run_events();
+    EXPECT_EQ(top("lst_CommsResponse"), 500);
+    EXPECT_EQ(top("lst_CommsResponseTimes"), 500);
+    find<QAbstractItemView>("lst_CommsResponseTimes")->scrollToTop();
+    EXPECT_EQ(top("lst_CommsResponse"), 0);
 }
 
 TEST_F(MainWindowTest, EveryWindowAnswersItsHelpKeyAndUsesNoAccessKeyTwice) {
@@ -96,25 +112,21 @@ TEST_F(MainWindowTest, EveryWindowAnswersItsHelpKeyAndUsesNoAccessKeyTwice) {
     }
 }
 
-TEST_F(MainWindowTest, SettingsHoldTheOtherWindowsUntilEscape) {
+TEST_F(MainWindowTest, SettingsHoldTheOtherWindowsUntilEscapeOrEnter) {
     EXPECT_EQ(find("frm_CommsSettings"), nullptr) << "made when it is first shown";
-    press(Qt::Key_F9);
-    EXPECT_TRUE(find("frm_CommsSettings")->isVisible());
-    EXPECT_FALSE(find("frmResponse")->isEnabled());
-    EXPECT_EQ(find<QLineEdit>("txt_Baud(1)")->text(), "9600");
-    press(Qt::Key_Escape);
-    EXPECT_FALSE(find("frm_CommsSettings")->isVisible());
-    EXPECT_TRUE(find("frmResponse")->isEnabled());
-    main_->frame().activateWindow();
-    testing::run_events();
-    EXPECT_EQ(QApplication::focusWidget(), find("txt_Register"));
-}
-
-TEST_F(MainWindowTest, EnterSavesTheSettings) {
-    press(Qt::Key_F9);
-    QTest::keyClicks(QApplication::focusWidget(), "12"); // over the selected 2
-    press(Qt::Key_Return);
-    EXPECT_FALSE(find("frm_CommsSettings")->isVisible());
+    for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
+        press(Qt::Key_F9);
+        EXPECT_TRUE(find("frm_CommsSettings")->isVisible());
+        EXPECT_FALSE(find("frmResponse")->isEnabled());
+        if (key == Qt::Key_Return)
+            QTest::keyClicks(QApplication::focusWidget(), "12"); // over the selected 2
+        press(key);
+        EXPECT_FALSE(find("frm_CommsSettings")->isVisible());
+        EXPECT_TRUE(find("frmResponse")->isEnabled());
+        main_->frame().activateWindow();
+        testing::run_events();
+        EXPECT_EQ(QApplication::focusWidget(), find("txt_Register"));
+    }
     EXPECT_EQ(app().session.serial.gCommDevice[1]->CommPort(), 12);
 }
 

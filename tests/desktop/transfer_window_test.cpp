@@ -14,7 +14,7 @@ class TransferWindow : public WindowTest {
     TransferWindow() {
         tick.step_ms = 0.5;
         desktop.on_turn = run_events;
-        write_configuration(dir, "simulated:742");
+        write_configuration(dir, {"", "simulated:742"});
         std::filesystem::create_directory(dir.file("Reg Downloads"));
         std::filesystem::copy(std::string(PELVAN_SAMPLES) + "/Download Sequences",
                               dir.file("Download Sequences"));
