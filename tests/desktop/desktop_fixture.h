@@ -10,7 +10,7 @@
 #include "desktop/main_window.h"
 #include "desktop/qt_text.h"
 #include "platform/run_time_error.h"
-#include "support/temp_dir.h"
+#include "support/configuration.h"
 
 namespace pelvan::desktop::testing {
 
@@ -52,25 +52,11 @@ class WindowTest : public ::testing::Test {
                          &window_, nullptr};
 };
 
-/// A configuration with a channel at 9600 baud for each device, on ports 1, 2 and so on.
-inline void write_configuration(const pelvan::testing::TempDir& dir,
-                                const std::vector<std::string>& devices, int protocol = 1) {
-    std::string text = "[COMMS CONTROLS]\nDEFAULT PROTOCOL=" + std::to_string(protocol) + "\n";
-    for (std::size_t n = 0; n < devices.size(); ++n) {
-        const std::string channel = "DEVICE " + std::to_string(n);
-        text += channel + " COMM PORT=" + std::to_string(n + 1) + "\n" + channel +
-                " PORT SETTING=9600,N,8,1\n";
-    }
-    text += "[SERIAL DEVICES]\n";
-    for (std::size_t n = 0; n < devices.size(); ++n)
-        text += "PORT " + std::to_string(n + 1) + "=" + devices[n] + "\n";
-    pelvan::testing::write_file(dir.file("pelvan7.ini"), text);
-}
-
 class ProgramTest : public ::testing::Test {
   protected:
     void open(const std::vector<std::string>& devices, int protocol = 1) {
-        write_configuration(dir_, devices, protocol);
+        pelvan::testing::configure_devices(dir_, devices,
+                                           "DEFAULT PROTOCOL=" + std::to_string(protocol) + "\r\n");
         main_ = std::make_unique<MainWindow>(dir_.path());
         main_->open();
         run_events();

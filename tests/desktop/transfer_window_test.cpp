@@ -1,36 +1,24 @@
 // The window of the setup transfer on a simulated controller: what a person presses and sees.
 #include "desktop/transfer_window.h"
 #include "desktop_fixture.h"
-#include "support/fake_dialogs.h"
-#include "support/fake_time.h"
+#include "support/simulated_program.h"
 
 namespace pelvan::desktop::testing {
 namespace {
 
-namespace fakes = pelvan::testing;
-
-class TransferWindow : public WindowTest {
+class TransferWindow : public WindowTest, protected pelvan::testing::SimulatedProgram {
   protected:
-    TransferWindow() {
+    TransferWindow() : SimulatedProgram({"simulated:742", "simulated:742"}, 1) {
         tick.step_ms = 0.5;
         desktop.on_turn = run_events;
-        write_configuration(dir, {"", "simulated:742"});
         std::filesystem::create_directory(dir.file("Reg Downloads"));
         std::filesystem::copy(std::string(PELVAN_SAMPLES) + "/Download Sequences",
                               dir.file("Download Sequences"));
-        app.session.config.gIniFile = dir.file("pelvan7.ini");
-        app.channels.init_comms();
         dialogs.files.push_back(dir.file("setup.txt"));
         (new QVBoxLayout(&window_))->addWidget(make_transfer(context_, app.transfer));
         show_active();
     }
 
-    fakes::TempDir dir;
-    fakes::FakeTick tick;
-    fakes::FakeClock clock;
-    fakes::FakeDialogs dialogs;
-    fakes::FakeDesktop desktop;
-    Application app{Services{tick, clock, dialogs, desktop, dir.path()}, open_serial_device};
     WidgetsEnd widgets_end_{window_};
 };
 
