@@ -8,7 +8,6 @@ namespace {
 
 using Outcome = ControllerAccess::Outcome;
 
-constexpr float kModel = 0;
 constexpr float kInsertStep = 3;
 
 } // namespace
@@ -38,8 +37,7 @@ std::string Comparison::outcome(int faults_before) const {
 }
 
 bool Comparison::same_model(const std::string& file) {
-    const std::string model =
-        access_.CheckCommErrorRead(kModel, access_.ReadDataFromControl(kModel));
+    const std::string model = access_.read_model();
     if (model == kReadFailed) {
         run_.cancel = true;
         return false;
@@ -72,10 +70,13 @@ void Comparison::compare_lines(const std::string& file) {
         progress_.set_Value(progress_.Value() + 1);
         services_.desktop.let_events_run();
     }
+    if (!run_.cancel) check_step_count();
 }
 
 void Comparison::compare_line(const SetupLine& line) {
     ++compared_;
+    if (line.register_number != registers_.action) check_step_count();
+    if (run_.cancel) return;
     if (!has_profiles_ || !registers_.contains(line.register_number)) return compare_register(line);
     if (line.register_number == registers_.number) return select_profile(line);
     compare_profile_line(line);
@@ -96,14 +97,13 @@ void Comparison::compare_profile_line(const SetupLine& line) {
         if (line.value == kInsertStep) ++steps_wanted_;
         return;
     }
-    check_step_count();
-    if (!profile_there_ || run_.cancel) return;
     if (line.register_number == registers_.step()) return select_step(line);
     if (step_there_) compare_register(line);
 }
 
+/// Called while the profile is still the selected one.
 void Comparison::check_step_count() {
-    if (steps_wanted_ == 0) return;
+    if (!profile_there_ || steps_wanted_ == 0) return;
     const auto steps = profiles_.step_count();
     if (steps && *steps != steps_wanted_)
         list_difference({registers_.step_count, static_cast<float>(steps_wanted_)},

@@ -25,7 +25,6 @@ constexpr float kEraseKey2 = 1415;
 constexpr float kEraseValue2 = 1600;
 constexpr float kEraseRegister = 1602;
 constexpr float kEraseValue = 800;
-constexpr float kModelRegister = 0;
 
 constexpr char kCrcMark[] = "<--CRC ERROR!";
 
@@ -87,6 +86,10 @@ std::string ControllerAccess::CheckCommErrorRead(float Register_No, std::string 
     while (response == kReadFailed && ask_retry())
         response = ReadDataFromControl(Register_No);
     return response;
+}
+
+std::string ControllerAccess::read_model() {
+    return CheckCommErrorRead(kModelRegister, ReadDataFromControl(kModelRegister));
 }
 
 bool ControllerAccess::WriteDataToControl(float Register_No, float DataValue,

@@ -33,6 +33,9 @@ class ControllerAccess {
     /// Asks the user and reads again while the value is "ERROR"; "ERROR" when the user gives up.
     [[nodiscard]] std::string CheckCommErrorRead(float Register_No, std::string response);
 
+    /// The model as the controller tells it; asks like `CheckCommErrorRead`.
+    [[nodiscard]] std::string read_model();
+
     /// Writes a register with up to five attempts; false when no reply came (blocks up to 1.25 s).
     ///
     /// A refusal counts as answered: it is recorded in `TextFile` and among the errors.
@@ -67,7 +70,10 @@ class ControllerAccess {
     /// A line of the setup file that says nothing.
     void list_line(const std::string& line);
 
+    static constexpr float kModelRegister = 0;
     static constexpr char kCommError[] = "Comm Error!";
+    static constexpr char kCheckPort[] =
+        "Download has been canceled. Need to check Comm Port Settings.";
     static constexpr char kError[] = "Error";
 
   private:

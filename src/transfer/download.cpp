@@ -4,13 +4,11 @@
 namespace pelvan {
 namespace {
 
-constexpr float kModel = 0;
 constexpr float kSerialFirst = 1;
 constexpr float kSerialSecond = 2;
 constexpr float kSoftware = 3;
 constexpr float kRevision = 4;
 
-constexpr char kCheckPort[] = "Download has been canceled. Need to check Comm Port Settings.";
 constexpr char kCanceledEntry[] = "*******Download Canceled*******";
 
 /// Slots of held-back lines that are written; one more is held before it is an error.
@@ -21,9 +19,9 @@ constexpr int kHeldBackTooMany = 17;
 
 void frm_DownloadParm::download() {
     List1.Clear();
-    const std::string model = read_model();
+    const std::string model = access_.read_model();
     if (model.empty() || model == kReadFailed) {
-        services_.dialogs.message_box(kCheckPort);
+        services_.dialogs.message_box(ControllerAccess::kCheckPort);
         return;
     }
     const std::string sequence_file =
@@ -71,7 +69,7 @@ bool frm_DownloadParm::read_serial_number(ControllerIdentity& identity) {
         if (identity.serial_first != kReadFailed && identity.serial_second != kReadFailed)
             return true;
         if (access_.ask_retry("Comm error!")) continue;
-        services_.dialogs.message_box(kCheckPort);
+        services_.dialogs.message_box(ControllerAccess::kCheckPort);
         return false;
     }
 }
@@ -99,7 +97,7 @@ bool frm_DownloadParm::CreateTextFile(std::unique_ptr<TextWriter>& TextFile) {
     TextFile = pelvan::CreateTextFile(path, true);
     // The header asks the controller again, also for what named the file; a register that does not
     // answer now stands there as "ERROR".
-    identity.model = read_for_header(kModel);
+    identity.model = read_for_header(ControllerAccess::kModelRegister);
     identity.serial_first = read_for_header(kSerialFirst);
     identity.serial_second = read_for_header(kSerialSecond);
     identity.software = read_for_header(kSoftware);

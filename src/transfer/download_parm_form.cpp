@@ -118,11 +118,6 @@ void frm_DownloadParm::show_new_errors() {
     List2.SetFocus();
 }
 
-std::string frm_DownloadParm::read_model() {
-    constexpr float kModel = 0;
-    return access_.CheckCommErrorRead(kModel, access_.ReadDataFromControl(kModel));
-}
-
 std::optional<std::string> frm_DownloadParm::choose_setup_file() {
     FileDialogRequest request;
     request.filter = kSetupFileFilter;

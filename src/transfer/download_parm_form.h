@@ -68,7 +68,6 @@ class frm_DownloadParm : public Form {
     void transfer(const std::function<void()>& work);
     void log(const std::string& text);
     void show_new_errors();
-    [[nodiscard]] std::string read_model();
     [[nodiscard]] std::optional<std::string> choose_setup_file();
 
     // Download.

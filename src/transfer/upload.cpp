@@ -19,11 +19,10 @@ void frm_DownloadParm::upload() {
     if (!file) return;
     Plan plan;
     plan.file = *file;
-    const std::string model = read_model();
+    const std::string model = access_.read_model();
     if (model == kReadFailed) {
         // The download's words, here too.
-        services_.dialogs.message_box(
-            "Download has been canceled. Need to check Comm Port Settings.");
+        services_.dialogs.message_box(ControllerAccess::kCheckPort);
         return;
     }
     plan.model = static_cast<float>(leading_number(model));

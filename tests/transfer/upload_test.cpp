@@ -217,6 +217,19 @@ TEST_F(ProfileUpload, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
                      "Profile not erased               5000           3    Error"}));
 }
 
+TEST_F(ProfileUpload, ComparingCountsTheStepsOfEveryProfile) {
+    registers[4040] = 3;
+    registers[25] = 0;
+    // Two steps; three; and one, in a file that ends with the profile.
+    write_setup("5000 1\r\n5002 1\r\n5002 3\r\n25 0\r\n"
+                "5000 2\r\n5002 1\r\n5002 3\r\n5002 3\r\n5000 3\r\n5002 1\r\n");
+    compare();
+    EXPECT_EQ(lines(form.List2),
+              (Lines{"Controller holds: 3               4040           2    Different",
+                     "Controller holds: 3               4040           1    Different"}));
+    EXPECT_EQ(writes, (Writes{{5000, 1}, {5000, 2}, {5000, 3}}));
+}
+
 TEST_F(ProfileUpload, NothingIsWrittenIntoWhatWasNotSelectedOrErased) {
     // Faults and the last of them; `last_writes` are those ahead of the last line's.
     const auto restore = [&](const std::string& setup, int refusing, Writes last_writes) {
