@@ -40,19 +40,11 @@ TEST_F(ConsoleWindowTest, ShowsTheFieldsOfTheChosenProtocolAlone) {
     }
 }
 
-TEST_F(ConsoleWindowTest, EnterSendsAndTheArrowKeysRecall) {
-    auto* command = find<QLineEdit>("txt_CommsCommand");
-    EXPECT_TRUE(command->hasFocus());
-    command->setText({});
-    QTest::keyClicks(command, "? MODEL");
-    QTest::keyClick(command, Qt::Key_Return);
-    const ListBox& replies = app().history.frmResponse.list;
-    EXPECT_EQ(replies.List(0), "742");
-    command->clear();
-    QTest::keyClick(command, Qt::Key_Up);
-    EXPECT_EQ(command->text(), "? MODEL");
+TEST_F(ConsoleWindowTest, EnterSendsFromEveryControlOfACommand) {
+    EXPECT_TRUE(find("txt_CommsCommand")->hasFocus());
     choose_protocol(1);
-    for (const char* name : {"cmb_CommandType", "opt_DataFormat(2)"}) {
+    const ListBox& replies = app().history.frmResponse.list;
+    for (const char* name : {"txt_Register", "cmb_CommandType", "opt_DataFormat(2)"}) {
         const int before = replies.ListCount();
         QTest::keyClick(find(name), Qt::Key_Enter, Qt::KeypadModifier);
         EXPECT_EQ(replies.ListCount(), before + 1) << name;

@@ -51,6 +51,8 @@ TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
     EXPECT_EQ(line("lst_CommsCommand", 0), "0 1");
     EXPECT_EQ(line("lst_CommsResponse", 0), "742");
     EXPECT_EQ(line("lst_CommsCommand", 1), "100 1");
+    QTest::keyClick(start, Qt::Key_Up); // back to the command before
+    EXPECT_EQ(start->text(), "0");
     // A line selected in one list selects its twin.
     auto* responses = find<QAbstractItemView>("lst_CommsResponse");
     responses->setCurrentIndex(responses->model()->index(0, 0));
