@@ -1,4 +1,7 @@
 // Dialogs, desktop services and the watcher of received bytes.
+#include <csignal>
+
+#include "desktop/end_signals.h"
 #include "desktop/port_watcher.h"
 #include "desktop/qt_desktop_services.h"
 #include "desktop/qt_dialogs.h"
@@ -149,6 +152,16 @@ TEST_F(PortWatcherTest, HandlerIsNeverEnteredTwiceAndItsErrorsEndInTheRunner) {
     testing::run_events();
     EXPECT_EQ(deepest, 1);
     EXPECT_EQ(errors_, std::vector<int>{error_number::kOverflow});
+}
+
+TEST(EndSignalsTest, ASignalBecomesOneEvent) {
+    int ended = 0;
+    const EndSignals signals([&] { ++ended; });
+    std::raise(SIGTERM);
+    EXPECT_EQ(ended, 0);
+    testing::run_events();
+    testing::run_events();
+    EXPECT_EQ(ended, 1);
 }
 
 } // namespace

@@ -126,10 +126,14 @@ TEST_F(ModbusDecode, AnyBytesEndInAText) {
             // Often a byte count that fits this length, where one byte can say it.
             if (length > 6 && random() % 2 == 0) any[2] = static_cast<char>(length - 3);
             if (length > 6 && random() % 2 == 0) any[6] = static_cast<char>(length - 7);
-            for (const std::string& frame : {any, sealed(any)})
+            for (const std::string& frame : {any, sealed(any)}) {
+                // Memory of just this size: the sanitizer sees a byte read behind it.
+                const std::vector<char> exact(frame.begin(), frame.end());
+                const std::string_view view(exact.data(), exact.size());
                 for (const auto decode : kRenderings)
                     for (const auto request : {std::int16_t{0}, std::int16_t{1}})
-                        EXPECT_NO_THROW((void)(modbus.*decode)(request, frame));
+                        EXPECT_NO_THROW((void)(modbus.*decode)(request, view));
+            }
         }
 }
 
