@@ -20,10 +20,11 @@ struct ButtonFace {
     MessageAnswer answer;
 };
 
-/// The first one is the default; the last one is what closing the box means.
+/// The last one is what closing the box means.
 std::vector<ButtonFace> faces(MessageButtons buttons) {
     switch (buttons) {
     case MessageButtons::YesNo:
+    case MessageButtons::YesNoPreferNo:
         return {{QMessageBox::Yes, "&Yes", MessageAnswer::Yes},
                 {QMessageBox::No, "&No", MessageAnswer::No}};
     case MessageButtons::RetryCancel:
@@ -102,7 +103,8 @@ MessageAnswer QtDialogs::message_box(const std::string& text, const std::string&
     const std::vector<ButtonFace> shown = faces(buttons);
     for (const ButtonFace& face : shown)
         box.addButton(face.button)->setText(QString::fromLatin1(face.text));
-    box.setDefaultButton(shown.front().button);
+    box.setDefaultButton(buttons == MessageButtons::YesNoPreferNo ? QMessageBox::No
+                                                                  : shown.front().button);
     box.setEscapeButton(shown.back().button);
     const int pressed = box.exec();
     for (const ButtonFace& face : shown)

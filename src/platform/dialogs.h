@@ -8,7 +8,9 @@
 
 namespace pelvan {
 
-enum class MessageButtons { Ok, YesNo, RetryCancel, RetrySkipCancel };
+/// Enter presses the first button; with `YesNoPreferNo` it presses No, where a Yes by mistake could
+/// not be taken back.
+enum class MessageButtons { Ok, YesNo, YesNoPreferNo, RetryCancel, RetrySkipCancel };
 enum class MessageIcon { None, Exclamation };
 enum class MessageAnswer { Ok, Yes, No, Retry, Skip, Cancel };
 

@@ -32,7 +32,8 @@ MessageAnswer TerminalDialogs::message_box(const std::string& text, const std::s
         err_ << "pelvan7: " << (title.empty() ? "" : one_line(title) + ": ") << one_line(text)
              << "\n";
     if (++times_[text] > kMostTimes) throw CommandAborted{"stopped: " + one_line(text)};
-    if (buttons == MessageButtons::YesNo) return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
+    if (buttons == MessageButtons::YesNo || buttons == MessageButtons::YesNoPreferNo)
+        return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
     if (buttons == MessageButtons::RetryCancel)
         return retries_-- > 0 ? MessageAnswer::Retry : MessageAnswer::Cancel;
     if (buttons == MessageButtons::RetrySkipCancel) return MessageAnswer::Cancel;

@@ -92,7 +92,7 @@ bool frm_DownloadParm::CreateTextFile(std::unique_ptr<TextWriter>& TextFile) {
     const std::string path = with_text_extension(*chosen);
     if (fileexists(path) &&
         services_.dialogs.message_box("File already exists. Do you want to overwrite this file?",
-                                      {}, MessageButtons::YesNo) != MessageAnswer::Yes)
+                                      {}, MessageButtons::YesNoPreferNo) != MessageAnswer::Yes)
         return false;
     TextFile = pelvan::CreateTextFile(path, true);
     // The header asks the controller again, also for what named the file; a register that does not

@@ -154,7 +154,7 @@ void frm_DownloadParm::compare(const std::string& file) {
 void frm_DownloadParm::cmdCancel_Click() {
     if (!run_.running || run_.cancel) return;
     const auto answer = services_.dialogs.message_box("Do you want to cancel the transfer?", {},
-                                                      MessageButtons::YesNo);
+                                                      MessageButtons::YesNoPreferNo);
     // The transfer may have ended while the question stood there.
     if (answer == MessageAnswer::Yes && run_.running) run_.cancel = true;
 }

@@ -66,7 +66,7 @@ void frm_DownloadParm::upload() {
 bool frm_DownloadParm::upload_wanted(Plan& plan) {
     return find_profiles(plan) && services_.dialogs.message_box(
                                       "This erase all current settings. Do you want to continue?",
-                                      {}, MessageButtons::YesNo) == MessageAnswer::Yes;
+                                      {}, MessageButtons::YesNoPreferNo) == MessageAnswer::Yes;
 }
 
 bool frm_DownloadParm::find_profiles(Plan& plan) {
@@ -79,7 +79,7 @@ bool frm_DownloadParm::find_profiles(Plan& plan) {
         return true;
     }
     const auto ask = [&](const std::string& question) {
-        return services_.dialogs.message_box(question, {}, MessageButtons::YesNo) ==
+        return services_.dialogs.message_box(question, {}, MessageButtons::YesNoPreferNo) ==
                MessageAnswer::Yes;
     };
     if (!ask("Can not find the " + model + ".cds" +

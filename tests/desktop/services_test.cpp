@@ -29,6 +29,8 @@ TEST(QtDialogsTest, MessageBoxShowsItsTextAsItIsAndAnswersByButton) {
         {MessageButtons::Ok, "", MessageAnswer::Ok}, // no button: the box is closed
         {MessageButtons::YesNo, "&Yes", MessageAnswer::Yes},
         {MessageButtons::YesNo, "", MessageAnswer::No},
+        {MessageButtons::YesNo, "Enter", MessageAnswer::Yes},
+        {MessageButtons::YesNoPreferNo, "Enter", MessageAnswer::No},
         {MessageButtons::RetryCancel, "&Retry", MessageAnswer::Retry},
         {MessageButtons::RetryCancel, "", MessageAnswer::Cancel},
     };
@@ -39,6 +41,7 @@ TEST(QtDialogsTest, MessageBoxShowsItsTextAsItIsAndAnswersByButton) {
             EXPECT_EQ(box.text(), "<b> &\nmore");
             for (QAbstractButton* button : box.buttons())
                 if (button->text() == wanted) return button->click();
+            if (wanted == std::string("Enter")) return QTest::keyClick(&box, Qt::Key_Return);
             box.close();
         });
         EXPECT_EQ(QtDialogs().message_box("<b> &\r\nmore", "", buttons, MessageIcon::None), answer)

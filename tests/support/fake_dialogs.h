@@ -25,8 +25,9 @@ class FakeDialogs : public Dialogs {
         shown.push_back({text, title, buttons, icon});
         if (on_message) on_message(text);
         if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
-        return take(answers,
-                    buttons == MessageButtons::YesNo ? MessageAnswer::No : MessageAnswer::Cancel);
+        const bool yes_no =
+            buttons == MessageButtons::YesNo || buttons == MessageButtons::YesNoPreferNo;
+        return take(answers, yes_no ? MessageAnswer::No : MessageAnswer::Cancel);
     }
     std::string input_box(const std::string& prompt, const std::string& title,
                           const std::string& default_text) override {
