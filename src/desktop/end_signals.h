@@ -10,7 +10,7 @@ namespace pelvan::desktop {
 class EndSignals : public QObject {
   public:
     /// From now on SIGTERM, SIGINT and SIGHUP run `end` from the event loop, once; a second one
-    /// ends the process at once. One object at a time.
+    /// ends the process at once. Signals that are ignored stay so. One object at a time.
     explicit EndSignals(std::function<void()> end);
     ~EndSignals() override;
 };

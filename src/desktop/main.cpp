@@ -1,7 +1,6 @@
 // `pelvan7` opens the windows, `pelvan7 COMMAND` works without a screen.
 #include <QApplication>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 #include <string>
 
@@ -47,6 +46,8 @@ int main(int argc, char** argv) {
     QApplication::setWindowIcon(pelvan::desktop::app_icon());
     pelvan::desktop::MainWindow window(directory);
     window.open();
-    pelvan::desktop::EndSignals signals([&window] { window.end(); });
+#ifdef Q_OS_UNIX
+    const pelvan::desktop::EndSignals signals([&window] { window.end(); });
+#endif
     return QApplication::exec();
 }

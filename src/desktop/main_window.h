@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "app/application.h"
 #include "desktop/mdi_frame.h"
@@ -23,7 +24,8 @@ class MainWindow {
     /// start-up has to say (a bad port number, say) is said in front of a window. Returns then.
     void open();
 
-    /// Ends the program without questions; what data logging has gathered is written first.
+    /// Ends the program without questions or messages; what data logging has gathered is written
+    /// first.
     void end();
 
     [[nodiscard]] Application& application() { return application_; }
@@ -42,6 +44,7 @@ class MainWindow {
     Application application_;
     PortWatcher watcher_;
     std::unique_ptr<MdiFrame> frame_;
+    std::optional<MessageGate::Diversion> unattended_; // from `end` on
 };
 
 } // namespace pelvan::desktop

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <utility>
 
 #include "platform/dialogs.h"
 
@@ -17,15 +18,15 @@ class MessageGate : public Dialogs {
     /// Diverts messages for as long as it lives.
     class Diversion {
       public:
-        Diversion(MessageGate& gate, Receiver receiver) : gate_(gate) {
-            gate_.receiver_ = std::move(receiver);
-        }
+        Diversion(MessageGate& gate, Receiver receiver)
+            : gate_(gate), former_(std::exchange(gate.receiver_, std::move(receiver))) {}
         Diversion(const Diversion&) = delete;
         Diversion& operator=(const Diversion&) = delete;
-        ~Diversion() { gate_.receiver_ = nullptr; }
+        ~Diversion() { gate_.receiver_ = std::move(former_); }
 
       private:
         MessageGate& gate_;
+        Receiver former_;
     };
 
     /// Messages without a choice are diverted and answered with Skip: nobody has read them, so a

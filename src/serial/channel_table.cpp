@@ -126,8 +126,11 @@ bool ChannelTable::build_channel(int n) {
         if (port == 0) return false;
         if (valid_port(port)) break;
         // Required: the same key is read again, so the message comes back after every
-        // acknowledgement until somebody mends the file.
-        dialogs_.message_box("Port number is not valid in 'sub init_comms*'");
+        // acknowledgement until somebody mends the file. Where nobody is there any more to give
+        // one, the list ends.
+        if (dialogs_.message_box("Port number is not valid in 'sub init_comms*'") ==
+            MessageAnswer::Skip)
+            return false;
     }
     // A fifth channel is refused before it exists: the table stays at channels 0 to 3.
     static_cast<void>(checked_index(n, kChannelLimit));

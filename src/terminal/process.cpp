@@ -1,3 +1,4 @@
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -11,12 +12,35 @@ namespace {
 
 std::atomic<bool> stop_requested{false};
 
+constexpr std::array kSignals{SIGINT, SIGTERM};
+
 /// The first interrupt asks the command to come to its end; the next one ends the process, also
 /// where a command waits for something else than the flag.
-void request_stop(int signal_number) {
+void request_stop(int) {
     stop_requested = true;
-    std::signal(signal_number, SIG_DFL);
+    for (const int each : kSignals)
+        std::signal(each, SIG_DFL);
 }
+
+/// Interrupts set the flag for as long as this lives; those that were ignored still are.
+class Interrupts {
+  public:
+    Interrupts() {
+        for (std::size_t i = 0; i < kSignals.size(); ++i) {
+            former_[i] = std::signal(kSignals[i], request_stop);
+            if (former_[i] == SIG_IGN) std::signal(kSignals[i], SIG_IGN);
+        }
+    }
+    Interrupts(const Interrupts&) = delete;
+    Interrupts& operator=(const Interrupts&) = delete;
+    ~Interrupts() {
+        for (std::size_t i = 0; i < kSignals.size(); ++i)
+            std::signal(kSignals[i], former_[i]);
+    }
+
+  private:
+    std::array<void (*)(int), kSignals.size()> former_{};
+};
 
 } // namespace
 
@@ -33,12 +57,8 @@ std::optional<int> run_terminal_process(int argc, char** argv, std::string& dire
     const auto clock = make_system_clock();
     TerminalEnvironment environment{std::cout,          std::cerr, *tick,         *clock,
                                     open_serial_device, directory, stop_requested};
-    std::signal(SIGINT, request_stop);
-    std::signal(SIGTERM, request_stop);
+    const Interrupts interrupts; // not for the windows: they take them as events
     const auto code = run_terminal(std::vector<std::string>(argv + 1, argv + argc), environment);
-    // The windows have no use for the flag: an interrupt ends them as it ends any program.
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
     directory = environment.directory;
     return code;
 }
