@@ -83,8 +83,12 @@ void MDIPelvan6::mnuDataLogging_Click() {
 
 bool MDIPelvan6::Form_Unload() {
     frm_DownloadParm& transfer = application_.transfer;
-    if (transfer.run().running) transfer.cmdCancel_Click();
-    if (transfer.run().running && !transfer.run().cancel) return false;
+    if (transfer.run().running) {
+        transfer.cmdCancel_Click();
+        // The end of the transfer still has things to do with the controller, and to tell.
+        if (transfer.run().cancel) transfer.ended = [this] { Unload(); };
+    }
+    if (transfer.run().running) return false;
     application_.logging.Unload();
     return application_.console.Unload();
 }

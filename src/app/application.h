@@ -53,8 +53,9 @@ class MDIPelvan6 : public Form {
     void mnuDataLogging_Click();
 
     void Form_Load() override { MDIForm_Load(); }
-    /// Closing the frame closes its windows: a running transfer asks and may refuse, data logging
-    /// writes what it has gathered, and the console ends the program.
+    /// Closing the frame closes its windows: data logging writes what it has gathered, and the
+    /// console ends the program. A running transfer asks whether to cancel; the frame then closes
+    /// when it has ended.
     bool Form_Unload() override;
 
   private:

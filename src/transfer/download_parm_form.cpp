@@ -1,6 +1,7 @@
 #include "transfer/download_parm_form.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/run_time_error.h"
 #include "serial/errors.h"
@@ -107,6 +108,7 @@ void frm_DownloadParm::transfer(const std::function<void()>& work) {
         show_new_errors();
     }
     if (run_.close_when_done) Unload();
+    if (const auto next = std::exchange(ended, nullptr)) next();
 }
 
 /// Nobody shall trust a file or a controller without having seen what went wrong.

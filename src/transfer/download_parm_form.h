@@ -54,6 +54,9 @@ class frm_DownloadParm : public Form {
     /// Closing during a transfer asks; the window goes when the transfer has ended as cancelled.
     bool Form_Unload() override;
 
+    /// Called once, when the transfer that runs has ended.
+    std::function<void()> ended;
+
     /// Cancels without asking: an interrupt, or the end of the program.
     void cancel_transfer();
     /// How the last transfer ended.
