@@ -90,14 +90,11 @@ void frm_DataLogging::RunLoggingPass() {
         const Hourglass busy(*this);
         poll_and_flush();
         in_pass_ = false;
-    } catch (const RunTimeError&) {
+    } catch (...) {
         // Going on would bring the same message back with every pass. What the buffer holds stays.
         in_pass_ = false;
         tick_count_ = 0;
         show_stopped();
-        throw;
-    } catch (...) {
-        in_pass_ = false;
         throw;
     }
     tmr_LoggingInterval.start();
