@@ -7,6 +7,9 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
 
 #include "desktop/trend_library.h"
 

@@ -1,6 +1,7 @@
 #include <QAbstractItemView>
 #include <QAbstractListModel>
 #include <QListView>
+#include <utility>
 
 #include "desktop/bind.h"
 #include "desktop/pacer.h"

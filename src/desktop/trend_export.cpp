@@ -90,7 +90,7 @@ bool save_trend_csv(const Trend& trend, const QString& path, QWidget* parent) {
                                  kProgressSteps, parent);
         progress.setWindowModality(Qt::WindowModal);
         progress.setMinimumDuration(500);
-        while (file->write_some(kPassesAtOnce) && !progress.wasCanceled())
+        while (!progress.wasCanceled() && file->write_some(kPassesAtOnce))
             progress.setValue(static_cast<int>(file->share() * (kProgressSteps - 1)));
         return true;
     } catch (const std::exception&) {

@@ -61,6 +61,8 @@ TrendView::TrendView(Trend& trend, QWidget* parent) : QWidget(parent, Qt::Window
     build();
     connect(&timer_, &QTimer::timeout, this, [this] { look_for_news(); });
     timer_.start(kLookEveryMs);
+    // The place of the curves follows the size of the window and of the axes' labels.
+    connect(chart_, &QChart::plotAreaChanged, this, [this] { show_cursor(); });
     // The first drawing comes with the size that the window is shown at.
 }
 

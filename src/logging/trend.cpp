@@ -1,5 +1,6 @@
 #include "logging/trend.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -107,13 +108,22 @@ std::vector<TrendPoint> Trend::points(int row, TrendSpan part, std::size_t bucke
     out.reserve(count / stretch * (stretch == 1 ? 1 : 2) + 2);
     Extremes extremes;
     bool gap = false;
+    std::size_t missing = 0; // passes in a row without a value
     std::size_t left = stretch;
     std::size_t at = slot(first);
     for (std::size_t i = first; i < end; ++i) {
-        if (!std::isnan(values[at])) extremes.add({times_[at], values[at]});
+        if (std::isnan(values[at])) {
+            ++missing;
+        } else {
+            gap = gap || missing >= stretch;
+            missing = 0;
+            extremes.add({times_[at], values[at]});
+        }
         if (--left == 0 || i + 1 == end) {
-            if (gap && !extremes.empty() && !out.empty()) out.push_back({out.back().time_ms, kGap});
-            gap = extremes.empty();
+            if (!extremes.empty()) {
+                if (gap && !out.empty()) out.push_back({out.back().time_ms, kGap});
+                gap = false;
+            }
             extremes.move_to(out);
             left = stretch;
         }

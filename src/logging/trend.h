@@ -68,7 +68,7 @@ class Trend {
     /// The row's readings in a span, at most about 2 x `buckets` of them: of each stretch of passes
     /// the lowest and the highest, in the order of their times. One reading beyond each end is
     /// included, so that a curve reaches the edges. Between two of them a point without value
-    /// (not-a-number) stands for stretches in which the row gave none.
+    /// (not-a-number) stands for a gap as long as a stretch; shorter ones are seen zoomed in.
     [[nodiscard]] virtual std::vector<TrendPoint> points(int row, TrendSpan part,
                                                          std::size_t buckets) const;
     /// The row's reading nearest in time; not-a-number when it has a gap there.

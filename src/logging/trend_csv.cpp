@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 #include "logging/trend.h"
 #include "platform/text_file.h"
@@ -32,12 +34,8 @@ class TrendCsv : public TrendExport {
     TrendCsv(const Trend& trend, const std::string& path)
         : trend_(trend), path_(path), file_(CreateTextFile(path, true)),
           first_(trend.passes_ - trend.times_.size()), next_(first_), end_(trend.passes_) {
-        std::string line = "Time";
-        for (const int row : trend.rows()) {
+        for (const int row : trend.rows())
             columns_.push_back({static_cast<std::size_t>(row), trend.name(row)});
-            line += "," + trend.name(row);
-        }
-        file_->writeline(line);
     }
     TrendCsv(const TrendCsv&) = delete;
     TrendCsv& operator=(const TrendCsv&) = delete;
@@ -48,6 +46,7 @@ class TrendCsv : public TrendExport {
     }
 
     bool write_some(std::size_t passes) override {
+        if (!std::exchange(header_written_, true)) write_header();
         for (; passes > 0 && next_ < end_; --passes) {
             const std::size_t oldest = trend_.passes_ - trend_.times_.size();
             next_ = std::max(next_, oldest);
@@ -71,6 +70,13 @@ class TrendCsv : public TrendExport {
         std::string name;
     };
 
+    void write_header() {
+        std::string line = "Time";
+        for (const Column& each : columns_)
+            line += "," + each.name;
+        file_->writeline(line);
+    }
+
     void write_pass(std::size_t index) {
         std::string line = time_cell(trend_.time_at(index));
         for (const Column& each : columns_) {
@@ -91,6 +97,7 @@ class TrendCsv : public TrendExport {
     std::size_t first_; // numbers of passes, counted from the first one ever begun
     std::size_t next_;
     std::size_t end_;
+    bool header_written_ = false;
     bool finished_ = false;
 };
 
