@@ -36,25 +36,23 @@ void frm_DownloadParm::download() {
     std::unique_ptr<TextWriter> setup;
     if (!CreateTextFile(setup)) return;
     HeldBack held;
-    {
-        const Hourglass hourglass(*this);
-        ProgressBar1.set_Value(0);
-        DisableButtons();
-        log("******Beginning  Download******");
-        download_registers(sequence, *setup, held);
-        if (!run_.cancel) log("*******Download Sequence Complete*******");
-        if (!run_.cancel && sequence.has_profiles()) {
-            profiles_.DownLoadProfiles(*setup, model);
-            // All sixteen are written, those never filled as empty lines.
-            for (std::size_t i = 0; i < kHeldBackWritten && !run_.cancel; ++i)
-                setup->writeline(held.lines[i]);
-        }
-        if (run_.cancel)
-            log(kCanceledEntry);
-        else
-            setup->writeline(kLastSetupLine);
-        setup->Close();
+    const Hourglass hourglass(*this); // until the closing message is answered
+    ProgressBar1.set_Value(0);
+    DisableButtons();
+    log("******Beginning  Download******");
+    download_registers(sequence, *setup, held);
+    if (!run_.cancel) log("*******Download Sequence Complete*******");
+    if (!run_.cancel && sequence.has_profiles()) {
+        profiles_.DownLoadProfiles(*setup, model);
+        // All sixteen are written, those never filled as empty lines.
+        for (std::size_t i = 0; i < kHeldBackWritten && !run_.cancel; ++i)
+            setup->writeline(held.lines[i]);
     }
+    if (run_.cancel)
+        log(kCanceledEntry);
+    else
+        setup->writeline(kLastSetupLine);
+    setup->Close();
     run_.completed = !run_.cancel;
     if (run_.cancel)
         services_.dialogs.message_box("Download was Canceled.", "Download Canceled");
