@@ -23,6 +23,13 @@ template <class Layout> Layout* tight(Layout* layout) {
     return layout;
 }
 
+/// Lines close to each other, a label apart from the box beside it.
+QGridLayout* field_grid(QGroupBox* box) {
+    auto* grid = tight(new QGridLayout(box));
+    grid->setHorizontalSpacing(2 * kSpacing);
+    return grid;
+}
+
 QGroupBox* tight_options(const BindContext& context, Frame& frame, OptionGroup& options) {
     QGroupBox* box = option_frame(context, frame, options);
     tight(box->layout());
@@ -41,7 +48,7 @@ QGroupBox* modbus_frame(const BindContext& context, ModbusPanel& panel) {
     auto* address = edit_for(context, panel.txt_Address, kNumberWidth);
     auto* start = edit_for(context, panel.txt_Register, kNumberWidth);
     auto* values = edit_for(context, panel.txt_Values, 0);
-    auto* grid = tight(new QGridLayout(box));
+    QGridLayout* grid = field_grid(box);
     grid->addWidget(label_for(context, panel.lbl_CommandType, type), 0, 0);
     grid->addWidget(type, 0, 1, 1, 3);
     grid->addWidget(label_for(context, panel.lbl_Address, address), 1, 0);
@@ -63,7 +70,7 @@ QGroupBox* text_frame(const BindContext& context, TextPanel& panel) {
     auto* box = bound<QGroupBox>(context, panel.Fram_CommsCommand);
     auto* address = edit_for(context, panel.txt_DeviceAddress, kNumberWidth);
     auto* command = edit_for(context, panel.txt_CommsCommand, 0);
-    auto* grid = tight(new QGridLayout(box));
+    QGridLayout* grid = field_grid(box);
     grid->addWidget(label_for(context, panel.lbl_DeviceAddress, address), 0, 0);
     grid->addWidget(address, 0, 1, Qt::AlignLeft);
     grid->addWidget(label_for(context, panel.lbl_CommsCommand, command), 1, 0);
@@ -79,7 +86,7 @@ QGroupBox* tellura_frame(const BindContext& context, TelluraPanel& panel) {
     auto* parameter = edit_for(context, panel.TxtParameterAddress, kNumberWidth);
     auto* count = edit_for(context, panel.TxtNoBytes, kNumberWidth);
     auto* data = edit_for(context, panel.TxtData, 0);
-    auto* grid = tight(new QGridLayout(box));
+    QGridLayout* grid = field_grid(box);
     grid->addWidget(label_for(context, panel.LblTelluraAddress, address), 0, 0);
     grid->addWidget(address, 0, 1);
     grid->addWidget(label_for(context, panel.LblParameterAddress, parameter), 0, 2);
