@@ -6,7 +6,8 @@
 #include <string>
 
 #include "console/history_document.h"
-#include "platform/controls.h"
+#include "forms/form.h"
+#include "forms/lists.h"
 #include "platform/services.h"
 
 namespace pelvan {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "console/send_outcome.h"
-#include "platform/controls.h"
+#include "forms/controls.h"
 #include "platform/services.h"
 
 namespace pelvan {

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "platform/controls.h"
+#include "forms/form.h"
 
 namespace pelvan::desktop {
 

@@ -8,7 +8,7 @@
 #include <QWidget>
 #include <functional>
 
-#include "platform/controls.h"
+#include "forms/controls.h"
 
 class QKeyEvent;
 

@@ -11,7 +11,8 @@
 
 #include "listen/listen_state.h"
 #include "listen/traffic.h"
-#include "platform/controls.h"
+#include "forms/form.h"
+#include "forms/lists.h"
 #include "platform/run_time_error.h"
 #include "platform/services.h"
 #include "protocols/modbus/modbus.h"

@@ -17,7 +17,6 @@ constexpr int kDesignerSeconds = 10;
 constexpr char kLoadLogFile[] = "LOG.DAT";
 constexpr char kActivateLogFile[] = "PELVAN7_LOG.txt";
 constexpr std::int16_t kDefaultTickMs = 1000;
-constexpr int kInvalidPropertyValue = 380;
 
 } // namespace
 
@@ -108,7 +107,7 @@ void frm_DataLogging::Form_Load() {
 void frm_DataLogging::Form_Activate() {
     const int tick_ms = ini_read_int(ini_key::kCommsSection, ini_key::kTimerOffset, kDefaultTickMs,
                                      config_.gIniFile);
-    if (tick_ms < 0) throw RunTimeError(kInvalidPropertyValue);
+    if (tick_ms < 0) throw RunTimeError(error_number::kInvalidPropertyValue);
     tmr_LoggingInterval.set_Interval(tick_ms);
     recompute_interval();
     // Required: coming back to the window overrides a name that was typed or loaded, and takes

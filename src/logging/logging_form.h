@@ -8,7 +8,8 @@
 #include "logging/log_buffer.h"
 #include "logging/log_poller.h"
 #include "logging/trend.h"
-#include "platform/controls.h"
+#include "forms/form.h"
+#include "forms/lists.h"
 #include "platform/message_gate.h"
 #include "platform/services.h"
 

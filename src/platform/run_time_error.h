@@ -24,6 +24,7 @@ inline constexpr int kCommBufferFull = 69;
 inline constexpr int kPermissionDenied = 70;
 inline constexpr int kPathFileAccess = 75;
 inline constexpr int kPathNotFound = 76;
+inline constexpr int kInvalidPropertyValue = 380;
 inline constexpr int kOpenNotAllowed = 8000;
 inline constexpr int kInvalidPortNumber = 8002;
 inline constexpr int kPortAlreadyOpen = 8005;

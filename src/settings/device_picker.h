@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/controls.h"
+#include "forms/lists.h"
 #include "platform/serial_devices.h"
 #include "platform/services.h"
 #include "serial/channel_table.h"

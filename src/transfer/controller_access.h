@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/controls.h"
+#include "forms/lists.h"
 #include "platform/services.h"
 #include "platform/text_file.h"
 #include "protocols/modbus/modbus.h"

@@ -9,7 +9,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/controls.h"
+#include "forms/form.h"
+#include "forms/lists.h"
 #include "platform/services.h"
 #include "platform/text_file.h"
 #include "transfer/controller_access.h"

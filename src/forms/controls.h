@@ -7,7 +7,6 @@
 // Handlers may throw RunTimeError; it passes through to whoever raised the outermost event.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -54,8 +53,9 @@ class Control {
         notify();
         return true;
     }
-    void notify() {
-        if (watcher_) watcher_();
+    void notify() { raise(watcher_); }
+    static void raise(const std::function<void()>& event) {
+        if (event) event();
     }
 
   private:
@@ -151,61 +151,6 @@ class OptionGroup : public Control {
     int value_;
 };
 
-/// What changed in a list, so that a watcher need not read 10,000 lines for one.
-enum class ListChange { Added, Inserted, Cleared, Selected };
-
-class ListBox : public Control {
-  public:
-    using Control::Control;
-    [[nodiscard]] int ListCount() const { return static_cast<int>(items_.size()); }
-    [[nodiscard]] const std::string& List(int index) const;
-    void AddItem(const std::string& text);
-    /// At a position 0..ListCount; 5 outside.
-    void AddItem(const std::string& text, int index);
-    void Clear();
-    /// Selected line, -1 for none; setting it raises Click; 5 outside -1..ListCount-1.
-    [[nodiscard]] int ListIndex() const { return list_index_; }
-    void set_ListIndex(int index);
-    std::function<void()> Click;
-
-    /// Hears of line changes with the index that they concern, instead of `watch`.
-    void watch_lines(std::function<void(ListChange, int)> watcher) {
-        line_watcher_ = std::move(watcher);
-    }
-
-  private:
-    void lines_changed(ListChange change, int index) {
-        if (line_watcher_) line_watcher_(change, index);
-    }
-    std::vector<std::string> items_;
-    int list_index_ = -1;
-    std::function<void(ListChange, int)> line_watcher_;
-};
-
-/// A drop-down list; with `editable` its text may be typed as well.
-class ComboBox : public Control {
-  public:
-    ComboBox(std::string name, std::vector<std::string> items, int list_index, bool editable,
-             std::string tool_tip = {});
-    [[nodiscard]] const std::vector<std::string>& items() const { return items_; }
-    void set_items(std::vector<std::string> items);
-    [[nodiscard]] int ListIndex() const { return list_index_; }
-    /// -1 (none) to the last item, else 380 (invalid property value); raises Click.
-    void set_ListIndex(int index);
-    [[nodiscard]] const std::string& Text() const { return text_; }
-    /// Typed text of an editable box; selects the item of that text if there is one. Raises Change.
-    void set_Text(const std::string& text);
-    [[nodiscard]] bool editable() const { return editable_; }
-    std::function<void()> Click;
-    std::function<void()> Change;
-
-  private:
-    std::vector<std::string> items_;
-    int list_index_;
-    std::string text_;
-    bool editable_;
-};
-
 class ScrollBar : public Control {
   public:
     ScrollBar(std::string name, int min, int max, int value = 0, std::string tool_tip = {})
@@ -238,37 +183,6 @@ class ProgressBar : public Control {
   private:
     double max_ = 100;
     double value_ = 0;
-};
-
-/// A grid of texts with a 32-bit data word a row. Row 0 is the header.
-class Grid : public Control {
-  public:
-    /// The header line's titles stand between "|"; `rows` counts the header row too.
-    Grid(std::string name, const std::string& header, int rows);
-    [[nodiscard]] int Rows() const { return rows_; }
-    [[nodiscard]] int Cols() const { return cols_; }
-    [[nodiscard]] const std::string& TextMatrix(int row, int column) const; // 9 outside
-    void set_TextMatrix(int row, int column, const std::string& text);
-    [[nodiscard]] std::int32_t RowData(int row) const;
-    void set_RowData(int row, std::int32_t word);
-    /// Current cell.
-    [[nodiscard]] int Row() const { return row_; }
-    [[nodiscard]] int Col() const { return col_; }
-    void set_cell(int row, int column);
-    /// Mouse pressed in the current cell; `left` tells the button.
-    std::function<void(bool left)> MouseUp;
-    /// Hears which cell changed (column -1: the row's data word), instead of `watch`.
-    void watch_cells(std::function<void(int, int)> watcher) { cell_watcher_ = std::move(watcher); }
-
-  private:
-    [[nodiscard]] std::size_t cell(int row, int column) const;
-    int rows_;
-    int cols_;
-    int row_ = 1;
-    int col_ = 0;
-    std::vector<std::string> cells_;
-    std::vector<std::int32_t> row_data_;
-    std::function<void(int, int)> cell_watcher_;
 };
 
 class Timer : public Control {
@@ -316,85 +230,6 @@ class MenuEntry : public Control {
     std::string shortcut_;
     bool checked_ = false;
     bool checkable_ = false;
-};
-
-enum class MousePointer { Normal, Hourglass };
-enum class WindowState { Normal, Minimized, Maximized };
-
-/// Place and size in twips (1/1440 inch, 15 to the pixel at 96 dots per inch).
-struct TwipRect {
-    int left = 0;
-    int top = 0;
-    int width = 0;
-    int height = 0;
-    bool operator==(const TwipRect&) const = default;
-};
-
-/// A window. Derived forms hold the controls and override the handlers.
-class Form : public Control {
-  public:
-    explicit Form(std::string name, std::string caption = {})
-        : Control(std::move(name), std::move(caption)) {
-        set_Visible(false);
-    }
-
-    /// The window's menus; borrowed entries, as in `MenuEntry::children`.
-    std::vector<MenuEntry*> menus;
-
-    [[nodiscard]] MousePointer Pointer() const { return pointer_; }
-    void set_Pointer(MousePointer pointer) { assign(pointer_, pointer); }
-    [[nodiscard]] WindowState State() const { return state_; }
-    void set_State(WindowState state) { assign(state_, state); }
-    [[nodiscard]] const TwipRect& Position() const { return position_; }
-    /// Told to the move watcher also when unchanged: the window may have been moved by hand.
-    void Move(const TwipRect& position);
-    [[nodiscard]] const std::string& help_page() const { return help_page_; }
-
-    [[nodiscard]] bool loaded() const { return loaded_; }
-    /// Runs Form_Load when the form is not loaded, makes it visible and runs Form_Activate, the
-    /// last not when the person is in this window already.
-    void Show();
-    /// Loads without showing; nothing when loaded.
-    void Load();
-    /// Runs Form_Unload and, when that allows it, hides the form. False when it stays.
-    bool Unload();
-
-    virtual void Form_Load() {}
-    /// The user came here from another window of the program.
-    virtual void Form_Activate() {}
-    /// False keeps the window open.
-    virtual bool Form_Unload() { return true; }
-
-    /// Hears of `Move` alone: a new caption must not put a window back that was moved by hand.
-    void watch_move(std::function<void()> watcher) { move_watcher_ = std::move(watcher); }
-    /// Hears of every `Show`, also of a window that is visible already: it comes to the front.
-    /// Called before `Form_Activate`, which `Show` runs itself. True when the window was the active
-    /// one of the program before.
-    void watch_show(std::function<bool()> watcher) { show_watcher_ = std::move(watcher); }
-
-  protected:
-    void set_help_page(std::string page) { help_page_ = std::move(page); }
-
-  private:
-    MousePointer pointer_ = MousePointer::Normal;
-    WindowState state_ = WindowState::Normal;
-    TwipRect position_;
-    std::string help_page_;
-    bool loaded_ = false;
-    std::function<void()> move_watcher_;
-    std::function<bool()> show_watcher_;
-};
-
-/// Shows the hourglass on a form for as long as it lives.
-class Hourglass {
-  public:
-    explicit Hourglass(Form& form) : form_(form) { form_.set_Pointer(MousePointer::Hourglass); }
-    Hourglass(const Hourglass&) = delete;
-    Hourglass& operator=(const Hourglass&) = delete;
-    ~Hourglass() { form_.set_Pointer(MousePointer::Normal); }
-
-  private:
-    Form& form_;
 };
 
 } // namespace pelvan

@@ -1,4 +1,4 @@
-#include "platform/controls.h"
+#include "forms/lists.h"
 
 #include <algorithm>
 
@@ -6,63 +6,6 @@
 #include "text/strings.h"
 
 namespace pelvan {
-namespace {
-
-constexpr int kInvalidPropertyValue = 380;
-
-void raise(const std::function<void()>& event) {
-    if (event) event();
-}
-
-} // namespace
-
-std::string control_name(const std::string& array, int index) {
-    return array + "(" + std::to_string(index) + ")";
-}
-
-void Control::SetFocus() {
-    if (focus_mover_)
-        focus_mover_();
-    else
-        raise(GotFocus);
-}
-
-void Button::press() {
-    if (Enabled()) raise(Click);
-}
-
-void TextBox::set_Text(const std::string& text) {
-    if (text == text_) return;
-    text_ = text;
-    sel_start_ = sel_length_ = 0;
-    notify();
-    raise(Change);
-}
-
-void TextBox::select(int start, int length) {
-    const int size = static_cast<int>(text_.size());
-    sel_start_ = std::clamp(start, 0, size);
-    sel_length_ = std::clamp(length, 0, size - sel_start_);
-    notify();
-}
-
-void CheckBox::set_Value(int value) {
-    if (value < 0 || value > 2) throw RunTimeError(kInvalidPropertyValue);
-    if (assign(value_, value)) raise(Click);
-}
-
-void OptionGroup::set_Value(int index) {
-    static_cast<void>(checked_index(index, options_.size()));
-    if (assign(value_, index) && Click) Click(index);
-}
-
-const OptionGroup::Option& OptionGroup::option(int index) const {
-    return options_[checked_index(index, options_.size())];
-}
-
-void OptionGroup::set_option_enabled(int index, bool on) {
-    assign(options_[checked_index(index, options_.size())].enabled, on);
-}
 
 const std::string& ListBox::List(int index) const {
     return items_[checked_index(index, items_.size())];
@@ -111,7 +54,7 @@ void ComboBox::set_items(std::vector<std::string> items) {
 
 void ComboBox::set_ListIndex(int index) {
     if (index < -1 || index >= static_cast<int>(items_.size()))
-        throw RunTimeError(kInvalidPropertyValue);
+        throw RunTimeError(error_number::kInvalidPropertyValue);
     if (index == list_index_) return;
     list_index_ = index;
     text_ = index < 0 ? std::string() : items_[static_cast<std::size_t>(index)];
@@ -126,16 +69,6 @@ void ComboBox::set_Text(const std::string& text) {
     list_index_ = found == items_.end() ? -1 : static_cast<int>(found - items_.begin());
     notify();
     raise(Change);
-}
-
-void ScrollBar::set_Value(int value) {
-    if (value < std::min(min_, max_) || value > std::max(min_, max_))
-        throw RunTimeError(kInvalidPropertyValue);
-    if (assign(value_, value)) raise(Change);
-}
-
-void ProgressBar::set_Value(double value) {
-    assign(value_, std::clamp(value, 0.0, max_));
 }
 
 Grid::Grid(std::string name, const std::string& header, int rows)
@@ -177,38 +110,6 @@ void Grid::set_cell(int row, int column) {
     row_ = row;
     col_ = column;
     notify();
-}
-
-void MenuEntry::choose() {
-    if (Enabled()) raise(Click);
-}
-
-void Form::Move(const TwipRect& position) {
-    position_ = position;
-    raise(move_watcher_);
-}
-
-void Form::Load() {
-    if (loaded_) return;
-    loaded_ = true;
-    Form_Load();
-}
-
-void Form::Show() {
-    const bool opening = !Visible();
-    Load();
-    set_Visible(true);
-    const auto watcher = show_watcher_;
-    const bool was_active = watcher && watcher();
-    if (opening || !was_active) Form_Activate();
-}
-
-bool Form::Unload() {
-    if (!loaded_) return true;
-    if (!Form_Unload()) return false;
-    loaded_ = false;
-    set_Visible(false);
-    return true;
 }
 
 } // namespace pelvan
