@@ -1,4 +1,30 @@
-# One folder is one target. A target sees only the folders that it names in USES.
+# One folder is one target. A target sees only the folders that it names in USES: each folder is
+# reached through an include directory of its own, which holds nothing but a link to it, and targets
+# are linked privately, so that nothing is seen through another.
+
+# Lets whoever uses the target include the files of its folder, as "serial/link.h".
+function(pelvan_offer_folder target)
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR}/src ${CMAKE_CURRENT_SOURCE_DIR})
+  set(root ${PROJECT_BINARY_DIR}/include/${target})
+  get_filename_component(parent ${root}/${folder} DIRECTORY)
+  file(MAKE_DIRECTORY ${parent})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${folder} SYMBOLIC)
+  target_include_directories(${target} PUBLIC ${root})
+endfunction()
+
+# pelvan_use(pelvan7_trend HEADERS logging platform): links the folders' targets, or with HEADERS
+# only lets their files be included, for modules that find the code in the program.
+function(pelvan_use target)
+  cmake_parse_arguments(ARG "HEADERS" "" "" ${ARGN})
+  foreach(used ${ARG_UNPARSED_ARGUMENTS})
+    if(ARG_HEADERS)
+      target_include_directories(${target} PRIVATE
+        $<TARGET_PROPERTY:pelvan_${used},INTERFACE_INCLUDE_DIRECTORIES>)
+    else()
+      target_link_libraries(${target} PRIVATE pelvan_${used})
+    endif()
+  endforeach()
+endfunction()
 
 # Warnings and sanitizers, the same for every target.
 function(pelvan_compile_options target)
@@ -23,14 +49,12 @@ endfunction()
 function(pelvan_library name)
   cmake_parse_arguments(ARG "SMALL" "" "SOURCES;USES" ${ARGN})
   add_library(pelvan_${name} STATIC ${ARG_SOURCES})
-  target_include_directories(pelvan_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  pelvan_offer_folder(pelvan_${name})
   pelvan_compile_options(pelvan_${name})
   if(ARG_SMALL)
     target_compile_options(pelvan_${name} PRIVATE $<$<CONFIG:Release>:-Os>)
   endif()
-  foreach(used ${ARG_USES})
-    target_link_libraries(pelvan_${name} PUBLIC pelvan_${used})
-  endforeach()
+  pelvan_use(pelvan_${name} ${ARG_USES})
 endfunction()
 
 # pelvan_test(serial SOURCES transmit_test.cpp ... USES serial support)
@@ -41,9 +65,7 @@ function(pelvan_test name)
   target_include_directories(${name}_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(${name}_tests PRIVATE ${ARG_DEFINES})
   pelvan_compile_options(${name}_tests)
-  foreach(used ${ARG_USES})
-    target_link_libraries(${name}_tests PRIVATE pelvan_${used})
-  endforeach()
+  pelvan_use(${name}_tests ${ARG_USES})
   if(ARG_OWN_MAIN)
     target_link_libraries(${name}_tests PRIVATE GTest::gtest)
   else()

@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "forms/form.h"
 #include "settings/device_picker.h"
 
 namespace pelvan {

@@ -2,6 +2,7 @@
 // of another device.
 #pragma once
 
+#include "forms/form.h"
 #include "settings/device_picker.h"
 
 namespace pelvan {
