@@ -1,5 +1,5 @@
-// Control models that hold many texts: list, drop-down list, grid. The watchers of the first and the
-// last are told which line or cell changed, so that none of them reads 10,000 lines for one.
+// Control models that hold many texts: list, drop-down list, grid. The watchers of the first and
+// the last are told which line or cell changed, so that none of them reads 10,000 lines for one.
 #pragma once
 
 #include <cstdint>
