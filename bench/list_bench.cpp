@@ -5,8 +5,8 @@
 #include <chrono>
 #include <cstdio>
 
-#include "desktop/bind.h"
-#include "desktop/line_view.h"
+#include "desktop/bindings/bind.h"
+#include "desktop/bindings/line_view.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 #include <vector>
 
 #ifndef PELVAN_BENCH_BARE
-#include "desktop/main_window.h"
+#include "desktop/windows/main_window.h"
 #endif
 
 namespace {

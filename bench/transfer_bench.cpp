@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "app/application.h"
-#include "desktop/transfer_window.h"
+#include "desktop/windows/transfer_window.h"
 #include "support/fake_dialogs.h"
 #include "support/pty_pair.h"
 #include "support/temp_dir.h"

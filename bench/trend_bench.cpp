@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "desktop/trend_library.h"
+#include "desktop/charts/trend_library.h"
 
 namespace {
 

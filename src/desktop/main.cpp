@@ -4,9 +4,9 @@
 #include <iostream>
 #include <string>
 
-#include "desktop/app_icon.h"
-#include "desktop/end_signals.h"
-#include "desktop/main_window.h"
+#include "desktop/system/app_icon.h"
+#include "desktop/system/end_signals.h"
+#include "desktop/windows/main_window.h"
 #include "terminal/terminal.h"
 
 namespace {

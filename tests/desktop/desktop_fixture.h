@@ -6,9 +6,9 @@
 #include <QTest>
 #include <QtWidgets>
 
-#include "desktop/bind.h"
-#include "desktop/main_window.h"
-#include "desktop/qt_text.h"
+#include "desktop/bindings/bind.h"
+#include "desktop/bindings/qt_text.h"
+#include "desktop/windows/main_window.h"
 #include "platform/run_time_error.h"
 #include "support/configuration.h"
 

@@ -1,5 +1,5 @@
 // Windows: forms bound to them, the frame, and the activation rule.
-#include "desktop/mdi_frame.h"
+#include "desktop/windows/mdi_frame.h"
 #include "desktop_fixture.h"
 
 namespace pelvan::desktop {

@@ -1,4 +1,4 @@
-#include "desktop/line_view.h"
+#include "desktop/bindings/line_view.h"
 #include "desktop_fixture.h"
 
 namespace pelvan::desktop {

@@ -1,7 +1,7 @@
 // The listen window of the whole program, on a pseudo-terminal: bytes reach it through the event
 // loop.
-#include "desktop/line_view.h"
-#include "desktop/traffic_view.h"
+#include "desktop/bindings/line_view.h"
+#include "desktop/windows/traffic_view.h"
 #include "desktop_fixture.h"
 #include "support/pty_pair.h"
 

@@ -1,5 +1,5 @@
 // Data Logging as a technician sees it, and the trend library beside the program.
-#include "desktop/trend_library.h"
+#include "desktop/charts/trend_library.h"
 #include "desktop_fixture.h"
 
 namespace pelvan::desktop {

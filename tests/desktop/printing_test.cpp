@@ -1,6 +1,6 @@
 // The history on paper: its lines, and a PDF written through the module that the program loads.
-#include "desktop/print_module.h"
 #include "desktop/printing/page_lines.h"
+#include "desktop/printing/print_module.h"
 #include "desktop_fixture.h"
 
 namespace pelvan::desktop {

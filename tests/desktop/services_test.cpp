@@ -1,10 +1,10 @@
 // Dialogs, desktop services and the watcher of received bytes.
 #include <csignal>
 
-#include "desktop/end_signals.h"
-#include "desktop/port_watcher.h"
-#include "desktop/qt_desktop_services.h"
-#include "desktop/qt_dialogs.h"
+#include "desktop/system/end_signals.h"
+#include "desktop/system/port_watcher.h"
+#include "desktop/system/qt_desktop_services.h"
+#include "desktop/system/qt_dialogs.h"
 #include "desktop_fixture.h"
 #include "support/fake_serial_port.h"
 

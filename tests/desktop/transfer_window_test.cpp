@@ -1,5 +1,5 @@
 // The window of the setup transfer on a simulated controller: what a person presses and sees.
-#include "desktop/transfer_window.h"
+#include "desktop/windows/transfer_window.h"
 #include "desktop_fixture.h"
 #include "support/simulated_program.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "desktop/qt_text.h"
+#include "desktop/bindings/qt_text.h"
 
 namespace pelvan::desktop {
 namespace {

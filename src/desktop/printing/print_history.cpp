@@ -9,8 +9,8 @@
 #include <QPrinter>
 #include <algorithm>
 
+#include "desktop/bindings/qt_text.h"
 #include "desktop/printing/page_lines.h"
-#include "desktop/qt_text.h"
 
 namespace pelvan::desktop {
 namespace {

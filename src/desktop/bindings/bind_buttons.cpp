@@ -1,0 +1,154 @@
+#include <QBoxLayout>
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QRadioButton>
+
+#include "desktop/bindings/bind.h"
+#include "desktop/bindings/qt_text.h"
+
+namespace pelvan::desktop {
+namespace {
+
+/// An option group has no widget of its own: its options' buttons show it together.
+class OptionMirror : public QObject {
+  public:
+    OptionMirror(const BindContext& context, OptionGroup& model, std::vector<QRadioButton*> radios)
+        : QObject(radios.front()), context_(context), model_(model), radios_(std::move(radios)),
+          group_(new QButtonGroup(this)) {
+        for (std::size_t i = 0; i < radios_.size(); ++i)
+            adopt(radios_[i], static_cast<int>(i));
+        model_.watch([this] { refresh(); });
+        model_.watch_focus([this] { move_focus(); });
+        refresh();
+    }
+    ~OptionMirror() override {
+        model_.watch({});
+        model_.watch_focus({});
+    }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::KeyPress) return QObject::eventFilter(watched, event);
+        return hand_key(model_, *static_cast<QKeyEvent*>(event),
+                        [this](const std::function<void()>& action) { tell(action); });
+    }
+
+  private:
+    void adopt(QRadioButton* radio, int index) {
+        const OptionGroup::Option& option = model_.option(index);
+        radio->setObjectName(to_qt(control_name(model_.Name(), index)));
+        radio->setText(to_qt(option.caption));
+        radio->setToolTip(plain_tip(option.tool_tip));
+        radio->setAccessibleName(option.caption.empty() ? to_qt(option.tool_tip)
+                                                        : without_marks(radio->text()));
+        group_->addButton(radio, index);
+        radio->installEventFilter(this);
+        connect(radio, &QRadioButton::clicked, this,
+                [this, index] { tell([this, index] { model_.set_Value(index); }); });
+    }
+
+    void tell(const std::function<void()>& action) {
+        const QPointer<OptionMirror> self(this);
+        const EventRunner run = context_.run; // outlives this, which the handler may end
+        run(action);
+        if (self) refresh();
+    }
+
+    void refresh() {
+        // An exclusive group refuses to have no button set.
+        group_->setExclusive(false);
+        for (std::size_t i = 0; i < radios_.size(); ++i)
+            show(*radios_[i], static_cast<int>(i));
+        group_->setExclusive(true);
+    }
+
+    void show(QRadioButton& radio, int index) {
+        radio.setChecked(model_.Value() == index);
+        radio.setEnabled(model_.Enabled() && model_.option(index).enabled);
+        if (shown_visible_.at(static_cast<std::size_t>(index)) == model_.Visible()) return;
+        shown_visible_[static_cast<std::size_t>(index)] = model_.Visible();
+        radio.setVisible(model_.Visible());
+    }
+
+    void move_focus() {
+        radios_[static_cast<std::size_t>(std::max(0, model_.Value()))]->setFocus();
+        if (model_.GotFocus) model_.GotFocus();
+    }
+
+    BindContext context_;
+    OptionGroup& model_;
+    std::vector<QRadioButton*> radios_;
+    QButtonGroup* group_;
+    std::vector<bool> shown_visible_ = std::vector<bool>(radios_.size(), true);
+};
+
+} // namespace
+
+void bind(const BindContext& context, Label& model, QLabel* label) {
+    label->setTextFormat(Qt::PlainText);
+    new Mirror(context, model, label, [&model, label] { label->setText(to_qt(model.Caption())); });
+}
+
+void bind(const BindContext& context, Frame& model, QGroupBox* box) {
+    new Mirror(context, model, box, [&model, box] { box->setTitle(to_qt(model.Caption())); });
+}
+
+void bind(const BindContext& context, Button& model, QAbstractButton* button) {
+    auto* mirror = new Mirror(context, model, button,
+                              [&model, button] { button->setText(to_qt(model.Caption())); });
+    QObject::connect(button, &QAbstractButton::clicked, mirror,
+                     [mirror, &model] { mirror->tell([&model] { model.press(); }); });
+}
+
+void bind(const BindContext& context, CheckBox& model, QCheckBox* box) {
+    auto* mirror = new Mirror(context, model, box, [&model, box] {
+        constexpr Qt::CheckState kStates[] = {Qt::Unchecked, Qt::Checked, Qt::PartiallyChecked};
+        box->setText(to_qt(model.Caption()));
+        box->setTristate(model.Value() == 2);
+        box->setCheckState(kStates[model.Value()]);
+    });
+    // A press clears a greyed box; it never makes one.
+    QObject::connect(box, &QCheckBox::clicked, mirror, [mirror, &model] {
+        mirror->tell([&model] { model.set_Value(model.Value() == 0 ? 1 : 0); });
+    });
+}
+
+void bind_options(const BindContext& context, OptionGroup& model,
+                  const std::vector<QRadioButton*>& radios) {
+    if (!radios.empty()) new OptionMirror(context, model, radios);
+}
+
+std::vector<QRadioButton*> make_radios(const BindContext& context, OptionGroup& model,
+                                       QWidget* parent) {
+    std::vector<QRadioButton*> radios;
+    radios.reserve(static_cast<std::size_t>(model.count()));
+    for (int i = 0; i < model.count(); ++i)
+        radios.push_back(new QRadioButton(parent));
+    bind_options(context, model, radios);
+    return radios;
+}
+
+QGroupBox* option_frame(const BindContext& context, Frame& frame, OptionGroup& options) {
+    auto* box = bound<QGroupBox>(context, frame);
+    auto* layout = new QVBoxLayout(box);
+    for (QRadioButton* radio : make_radios(context, options, box))
+        layout->addWidget(radio);
+    layout->addStretch();
+    return box;
+}
+
+QLabel* label_for(const BindContext& context, Label& model, QWidget* widget) {
+    auto* label = bound<QLabel>(context, model);
+    set_label(label, widget);
+    return label;
+}
+
+void set_label(QLabel* label, QWidget* widget) {
+    label->setBuddy(widget);
+    if (widget->accessibleName().isEmpty()) widget->setAccessibleName(without_marks(label->text()));
+}
+
+} // namespace pelvan::desktop

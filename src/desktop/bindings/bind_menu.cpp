@@ -1,0 +1,69 @@
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
+
+#include "desktop/bindings/bind.h"
+#include "desktop/bindings/qt_text.h"
+
+namespace pelvan::desktop {
+namespace {
+
+class ActionMirror : public QObject {
+  public:
+    ActionMirror(MenuEntry& entry, QAction* action) : QObject(action), entry_(entry) {
+        action->setObjectName(to_qt(entry.Name()));
+        action->setShortcut(QKeySequence(to_qt(entry.shortcut()), QKeySequence::PortableText));
+        entry.watch([this, action] { show(*action); });
+        show(*action);
+    }
+    ~ActionMirror() override { entry_.watch({}); }
+
+    void show(QAction& action) {
+        action.setText(to_qt(entry_.Caption()));
+        action.setToolTip(plain_tip(entry_.ToolTipText()));
+        action.setStatusTip(to_qt(entry_.ToolTipText()));
+        action.setEnabled(entry_.Enabled());
+        action.setVisible(entry_.Visible());
+        action.setCheckable(entry_.checkable() || entry_.Checked());
+        action.setChecked(entry_.Checked());
+    }
+
+  private:
+    MenuEntry& entry_;
+};
+
+void add_entry(const BindContext& context, MenuEntry* entry, QMenu* menu) {
+    if (entry == nullptr || (entry->Caption().empty() && entry->children.empty()))
+        menu->addSeparator();
+    else if (!entry->children.empty())
+        menu->addMenu(make_menu(context, *entry, menu));
+    else
+        bind(context, *entry, menu->addAction(QString()));
+}
+
+} // namespace
+
+void bind(const BindContext& context, MenuEntry& model, QAction* action) {
+    auto* mirror = new ActionMirror(model, action);
+    // Qt has ticked the action by itself when this arrives; the model decides what it shows.
+    QObject::connect(action, &QAction::triggered, mirror, [context, &model, action, mirror] {
+        const QPointer<ActionMirror> alive(mirror);
+        context.run([&model] { model.choose(); });
+        if (alive) mirror->show(*action);
+    });
+}
+
+QMenu* make_menu(const BindContext& context, MenuEntry& model, QWidget* parent) {
+    auto* menu = new QMenu(parent);
+    menu->setObjectName(to_qt(model.Name()) + QStringLiteral("_menu"));
+    menu->setToolTipsVisible(true);
+    new ActionMirror(model, menu->menuAction());
+    for (MenuEntry* child : model.children)
+        add_entry(context, child, menu);
+    // A menu may prepare its entries when it opens: that is what its Click is for.
+    QObject::connect(menu, &QMenu::aboutToShow, menu,
+                     [context, &model] { context.run([&model] { model.choose(); }); });
+    return menu;
+}
+
+} // namespace pelvan::desktop

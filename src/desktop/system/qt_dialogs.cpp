@@ -1,0 +1,135 @@
+#include "desktop/system/qt_dialogs.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "desktop/bindings/qt_text.h"
+
+namespace pelvan::desktop {
+namespace {
+
+struct ButtonFace {
+    QMessageBox::StandardButton button;
+    const char* text; // with its access key
+    MessageAnswer answer;
+};
+
+/// The last one is what closing the box means.
+std::vector<ButtonFace> faces(MessageButtons buttons) {
+    switch (buttons) {
+    case MessageButtons::YesNo:
+    case MessageButtons::YesNoPreferNo:
+        return {{QMessageBox::Yes, "&Yes", MessageAnswer::Yes},
+                {QMessageBox::No, "&No", MessageAnswer::No}};
+    case MessageButtons::RetryCancel:
+        return {{QMessageBox::Retry, "&Retry", MessageAnswer::Retry},
+                {QMessageBox::Cancel, "&Cancel", MessageAnswer::Cancel}};
+    case MessageButtons::RetrySkipCancel:
+        return {{QMessageBox::Retry, "&Retry", MessageAnswer::Retry},
+                {QMessageBox::Ignore, "&Skip", MessageAnswer::Skip},
+                {QMessageBox::Cancel, "&Cancel", MessageAnswer::Cancel}};
+    case MessageButtons::Ok:
+        break;
+    }
+    return {{QMessageBox::Ok, "&OK", MessageAnswer::Ok}};
+}
+
+QString title_or_application(const std::string& title) {
+    return title.empty() ? QString::fromLatin1(kApplicationTitle) : to_qt(title);
+}
+
+void prepare(QFileDialog& dialog, const FileDialogRequest& request) {
+    if (!request.title.empty()) dialog.setWindowTitle(to_qt(request.title));
+    const QStringList filters = name_filters(request.filter);
+    if (!filters.isEmpty()) dialog.setNameFilters(filters);
+    if (!request.initial_directory.empty()) dialog.setDirectory(to_qt(request.initial_directory));
+    if (!request.file_name.empty()) dialog.selectFile(to_qt(request.file_name));
+    dialog.setDefaultSuffix(to_qt(request.default_extension));
+    dialog.setFileMode(request.must_exist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite, !request.overwrite_prompt);
+}
+
+std::optional<std::string> choose(const FileDialogRequest& request, QFileDialog::AcceptMode mode) {
+    for (;;) {
+        QFileDialog dialog(QApplication::activeWindow());
+        dialog.setAcceptMode(mode);
+        prepare(dialog, request);
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+            return std::nullopt;
+        const QString path = dialog.selectedFiles().constFirst();
+        if (!request.refuse_read_only || !is_read_only(path)) return from_qt(path);
+        QtDialogs().message_box(from_qt(path) +
+                                    "\nThis file may only be read. Choose another name.",
+                                request.title, MessageButtons::Ok, MessageIcon::Exclamation);
+    }
+}
+
+} // namespace
+
+QStringList name_filters(const std::string& filter) {
+    const QStringList parts = to_qt(filter).split(u'|');
+    QStringList out;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QStringList patterns = parts[i + 1].split(u';', Qt::SkipEmptyParts);
+        // "All files" of the filter's own world; here names without a point are files as well.
+        patterns.replaceInStrings(QStringLiteral("*.*"), QStringLiteral("*"));
+        const QString words = parts[i].section(u'(', 0, 0).trimmed();
+        if (!patterns.isEmpty()) out += words + QStringLiteral(" (") + patterns.join(u' ') + u')';
+    }
+    return out;
+}
+
+bool is_read_only(const QString& path) {
+    const QFileInfo file(path);
+    constexpr QFile::Permissions kAnyWrite =
+        QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+    return file.exists() && (!file.isWritable() || !(file.permissions() & kAnyWrite));
+}
+
+MessageAnswer QtDialogs::message_box(const std::string& text, const std::string& title,
+                                     MessageButtons buttons, MessageIcon icon) {
+    QMessageBox box(QApplication::activeWindow());
+    box.setWindowTitle(title_or_application(title));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(
+        to_qt(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n'));
+    box.setIcon(icon == MessageIcon::Exclamation ? QMessageBox::Warning : QMessageBox::NoIcon);
+    const std::vector<ButtonFace> shown = faces(buttons);
+    for (const ButtonFace& face : shown)
+        box.addButton(face.button)->setText(QString::fromLatin1(face.text));
+    box.setDefaultButton(buttons == MessageButtons::YesNoPreferNo ? QMessageBox::No
+                                                                  : shown.front().button);
+    box.setEscapeButton(shown.back().button);
+    const int pressed = box.exec();
+    for (const ButtonFace& face : shown)
+        if (pressed == face.button) return face.answer;
+    return shown.back().answer;
+}
+
+std::string QtDialogs::input_box(const std::string& prompt, const std::string& title,
+                                 const std::string& default_text) {
+    QInputDialog box(QApplication::activeWindow());
+    box.setWindowTitle(title_or_application(title));
+    box.setInputMode(QInputDialog::TextInput);
+    box.setLabelText(to_qt(prompt));
+    box.setTextValue(to_qt(default_text));
+    if (auto* label = box.findChild<QLabel*>()) label->setTextFormat(Qt::PlainText);
+    if (auto* entry = box.findChild<QLineEdit*>()) entry->setAccessibleName(to_qt(prompt));
+    return box.exec() == QDialog::Accepted ? from_qt(box.textValue()) : std::string();
+}
+
+std::optional<std::string> QtDialogs::open_file(const FileDialogRequest& request) {
+    return choose(request, QFileDialog::AcceptOpen);
+}
+
+std::optional<std::string> QtDialogs::save_file(const FileDialogRequest& request) {
+    return choose(request, QFileDialog::AcceptSave);
+}
+
+} // namespace pelvan::desktop

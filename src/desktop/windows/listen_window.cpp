@@ -1,0 +1,128 @@
+#include "desktop/windows/listen_window.h"
+
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPointer>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QSplitter>
+#include <QTabWidget>
+
+#include "desktop/bindings/line_view.h"
+#include "desktop/bindings/qt_text.h"
+#include "desktop/windows/traffic_view.h"
+
+namespace pelvan::desktop {
+namespace {
+
+constexpr int kRightButton = 2;
+constexpr int kBoxRows = 3;
+constexpr int kTimesCharacters = 44; // "16:30:05.250  +1200 ms  reply after 12 ms"
+
+QLayout* statistics(const BindContext& context, frm_Listen& form) {
+    const std::pair<Label*, TextBox*> boxes[] = {{&form.lbl_HitCount, &form.txt_HitCount},
+                                                 {&form.lbl_LastHitTime, &form.txt_LastHitTime},
+                                                 {&form.lbl_TotalHitTime, &form.txt_TotalHitTime},
+                                                 {&form.lbl_HitsPerMinute, &form.txt_HitsPerMinute},
+                                                 {&form.lbl_MaxHits, &form.txt_MaxHits},
+                                                 {&form.lbl_BurstHitRate, &form.txt_BurstHitRate}};
+    auto* grid = new QGridLayout;
+    int at = 0;
+    for (const auto& [caption, box] : boxes) {
+        auto* edit = bound<QLineEdit>(context, *box);
+        const int column = 2 * (at / kBoxRows);
+        grid->addWidget(label_for(context, *caption, edit), at % kBoxRows, column);
+        grid->addWidget(edit, at % kBoxRows, column + 1);
+        ++at;
+    }
+    return grid;
+}
+
+LineView* line_view(const BindContext& context, ListBox& list) {
+    auto* view = new LineView;
+    view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    // Both lists have the bar, or neither would keep its lines level with the other's.
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    bind(context, list, view);
+    return view;
+}
+
+/// The lines, with their times on the left when these are shown; both scroll together.
+QWidget* captured_lines(const BindContext& context, frm_Listen& form) {
+    auto* times = line_view(context, form.lst_Times);
+    times->setMinimumWidth(times->fontMetrics().averageCharWidth() * kTimesCharacters);
+    auto* lines = line_view(context, form.lst_CommsCommand);
+    const auto follow = [](LineView* leader, LineView* follower) {
+        QObject::connect(leader->verticalScrollBar(), &QScrollBar::valueChanged,
+                         follower->verticalScrollBar(), &QScrollBar::setValue);
+    };
+    follow(lines, times);
+    follow(times, lines);
+    for (LineView* view : {times, lines}) {
+        auto* copy = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_C), view);
+        copy->setContext(Qt::WidgetShortcut);
+        QObject::connect(copy, &QShortcut::activated, view, [context, &form] {
+            context.run([&form] { form.lst_CommsCommand_KeyDown(true, 'C'); });
+        });
+    }
+    auto* splitter = new QSplitter;
+    splitter->addWidget(times);
+    splitter->addWidget(lines);
+    splitter->setStretchFactor(1, 1);
+    splitter->setChildrenCollapsible(false);
+    return splitter;
+}
+
+QWidget* lines_tab(const BindContext& context, frm_Listen& form) {
+    auto* tab = new QWidget;
+    auto* top = new QHBoxLayout;
+    top->addWidget(option_frame(context, form.fram_DataDirection, form.opt_DataDirection));
+    top->addWidget(option_frame(context, form.fram_DataFormat, form.opt_DataFormat));
+    top->addWidget(option_frame(context, form.fram_CharacterDelay, form.opt_CharacterDelay));
+    top->addLayout(statistics(context, form), 1);
+    auto* layout = new QVBoxLayout(tab);
+    layout->addLayout(top);
+    layout->addWidget(captured_lines(context, form), 1);
+    return tab;
+}
+
+/// The pop-up of the right mouse button, which the menu key opens as well.
+void add_pop_up(const BindContext& context, frm_Listen& form, QWidget* content) {
+    auto* menu = make_menu(context, form.HiddenMenu, content);
+    content->setContextMenuPolicy(Qt::CustomContextMenu);
+    QObject::connect(content, &QWidget::customContextMenuRequested, menu,
+                     [context, &form, content, menu](const QPoint& at) {
+                         form.pop_up = [menu, place = content->mapToGlobal(at)](MenuEntry&) {
+                             menu->popup(place);
+                         };
+                         context.run([&form] { form.Form_MouseUp(kRightButton); });
+                     });
+}
+
+} // namespace
+
+QWidget* make_listen(const BindContext& context, frm_Listen& form) {
+    auto* content = new QWidget;
+    auto* traffic = new TrafficView(form.traffic());
+    const QPointer<TrafficView> alive(traffic);
+    form.traffic_changed = [alive](const Burst*) {
+        if (alive) alive->touch();
+    };
+    auto* tabs = new QTabWidget;
+    tabs->setObjectName(QStringLiteral("tabs"));
+    tabs->addTab(lines_tab(context, form), QStringLiteral("&Lines"));
+    tabs->addTab(traffic, QStringLiteral("T&raffic"));
+    auto* status = bound<QLabel>(context, form.lbl_Status);
+    auto* layout = new QVBoxLayout(content);
+    layout->addWidget(tabs, 1);
+    layout->addWidget(status);
+    add_pop_up(context, form, content);
+    return content;
+}
+
+} // namespace pelvan::desktop

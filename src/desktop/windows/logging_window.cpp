@@ -1,0 +1,183 @@
+#include "desktop/windows/logging_window.h"
+
+#include <QBoxLayout>
+#include <QCheckBox>
+#include <QColor>
+#include <QCoreApplication>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QScrollBar>
+#include <QTableView>
+
+#include "desktop/bindings/qt_text.h"
+#include "desktop/charts/trend_library.h"
+
+namespace pelvan::desktop {
+namespace {
+
+constexpr int kMargin = 8;
+constexpr int kNumberWidth = 44;
+constexpr int kBarHeight = 40;
+constexpr int kLogWidth = 150;
+constexpr int kColumnWidth = 90;
+
+struct StateLook {
+    const char* mark; // behind the "Yes" of the row: colour alone says nothing to some
+    const char* text;
+    QColor background;
+};
+
+const StateLook* look_of(RowState state) {
+    static const StateLook answered{" \u2713", "The controller answered in the last pass.",
+                                    QColor(214, 240, 214)};
+    static const StateLook exception{" ! exception",
+                                     "The controller answered the last pass with an exception.",
+                                     QColor(255, 236, 179)};
+    static const StateLook nothing{" \u2717 no reply",
+                                   "No valid reply in the last pass, or nothing could be sent.",
+                                   QColor(255, 214, 209)};
+    switch (state) {
+    case RowState::Answered:
+        return &answered;
+    case RowState::Exception:
+        return &exception;
+    case RowState::Nothing:
+        return &nothing;
+    case RowState::NotPolled:
+        break;
+    }
+    return nullptr;
+}
+
+QVariant cell_look(const frm_DataLogging& form, int row, int column, int role) {
+    const StateLook* look = look_of(form.row_state(row));
+    if (look == nullptr) return {};
+    const bool log = column == log_column::kLog;
+    switch (role) {
+    case Qt::DisplayRole:
+        if (!log) return {};
+        return visible_line(form.MSFlexGrid1.TextMatrix(row, column)) +
+               QString::fromUtf8(look->mark);
+    case Qt::ToolTipRole:
+        return QString::fromUtf8(look->text);
+    case Qt::BackgroundRole:
+        if (log || column == log_column::kValue) return look->background;
+        return {};
+    case Qt::ForegroundRole: // readable on these colours in a dark theme too
+        if (log || column == log_column::kValue) return QColor(Qt::black);
+        return {};
+    default:
+        return {};
+    }
+}
+
+QTableView* make_grid(const BindContext& context, frm_DataLogging& form) {
+    auto* view = new QTableView;
+    bind(context, form.MSFlexGrid1, view,
+         [&form](int row, int column, int role) { return cell_look(form, row, column, role); });
+    form.row_state_changed = [view = QPointer<QTableView>(view)](int) {
+        if (view) view->viewport()->update();
+    };
+    view->setAlternatingRowColors(true);
+    view->setTabKeyNavigation(false); // Tab leaves the grid; the arrow keys move in it
+    view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + 6);
+    for (int column = 0; column < form.MSFlexGrid1.Cols(); ++column)
+        view->setColumnWidth(column, column == log_column::kLog ? kLogWidth : kColumnWidth);
+    view->horizontalHeader()->setStretchLastSection(true);
+    return view;
+}
+
+QGroupBox* make_interval(const BindContext& context, frm_DataLogging& form) {
+    auto* box = bound<QGroupBox>(context, form.fram_LoggingInterval);
+    auto* row = new QHBoxLayout(box);
+    for (std::size_t i = 0; i < form.scrl_LoggingInterval.size(); ++i) {
+        auto* label = bound<QLabel>(context, form.lbl_LoggingInterval[i]);
+        auto* text = bound<QLineEdit>(context, form.txt_LoggingInterval[i]);
+        text->setFixedWidth(kNumberWidth);
+        text->setAlignment(Qt::AlignRight);
+        // Its focus goes on to the bar: the Tab key would never get past it backwards.
+        text->setFocusPolicy(Qt::ClickFocus);
+        auto* bar = new QScrollBar(Qt::Vertical);
+        bind(context, form.scrl_LoggingInterval[i], bar);
+        bar->setFocusPolicy(Qt::StrongFocus);
+        bar->setFixedHeight(kBarHeight);
+        bar->setAccessibleName(label->text().trimmed());
+        row->addWidget(label);
+        row->addWidget(text);
+        row->addWidget(bar);
+    }
+    return box;
+}
+
+QLayout* make_file_options(const BindContext& context, frm_DataLogging& form) {
+    auto* to_file = bound<QCheckBox>(context, form.chk_LogToFile);
+    auto* single = bound<QCheckBox>(context, form.chk_SingleLine);
+    auto* name = bound<QLineEdit>(context, form.txt_LogFilename);
+    auto* checks = new QHBoxLayout;
+    checks->addWidget(to_file);
+    checks->addWidget(single);
+    checks->addStretch();
+    auto* line = new QHBoxLayout;
+    line->addWidget(label_for(context, form.lbl_LogFilename, name));
+    line->addWidget(name, 1);
+    auto* layout = new QVBoxLayout;
+    layout->addLayout(checks);
+    layout->addLayout(line);
+    return layout;
+}
+
+QLabel* make_line(const BindContext& context, Label& model) {
+    auto* label = bound<QLabel>(context, model);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setWordWrap(true);
+    return label;
+}
+
+void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, MdiFrame& frame) {
+    form.mnuTrend.Click = [&form, &dialogs, &frame, window = QPointer<QWidget>()]() mutable {
+        if (!window) {
+            const TrendWindow made =
+                make_trend_window(QCoreApplication::applicationDirPath(), form.trend(), &frame);
+            if (made.window == nullptr) {
+                dialogs.message_box("The trend cannot be shown: " + made.error.toStdString());
+                return;
+            }
+            window = made.window;
+            on_key(frame.context(), window, Qt::Key_F1, [&frame] { frame.show_help("trend"); });
+        }
+        window->show();
+        window->raise();
+        window->activateWindow();
+    };
+}
+
+} // namespace
+
+QWidget* make_logging(const BindContext& context, frm_DataLogging& form, Dialogs& dialogs,
+                      MdiFrame& frame) {
+    auto* content = new QWidget;
+    auto* grid = make_grid(context, form);
+    auto* active = bound<QLabel>(context, form.Label4);
+    QFont bold = active->font();
+    bold.setBold(true);
+    active->setFont(bold);
+    auto* settings = new QHBoxLayout;
+    settings->addWidget(make_interval(context, form));
+    settings->addLayout(make_file_options(context, form), 1);
+    settings->addWidget(active);
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    layout->addLayout(settings);
+    layout->addWidget(grid, 1);
+    layout->addWidget(make_line(context, form.lbl_Status));
+    layout->addWidget(make_line(context, form.lbl_Message));
+    bind(context, form.tmr_LoggingInterval);
+    open_trend_on_request(form, dialogs, frame);
+    return content;
+}
+
+} // namespace pelvan::desktop

@@ -1,0 +1,124 @@
+#include "desktop/windows/main_window.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QMdiSubWindow>
+#include <QScreen>
+
+#include "desktop/bindings/qt_text.h"
+#include "desktop/printing/print_module.h"
+#include "desktop/windows/console_window.h"
+#include "desktop/windows/first_paint.h"
+#include "desktop/windows/first_show.h"
+#include "desktop/windows/listen_window.h"
+#include "desktop/windows/logging_window.h"
+#include "desktop/windows/settings_window.h"
+#include "desktop/windows/transfer_window.h"
+
+namespace pelvan::desktop {
+namespace {
+
+constexpr QRect kListenPlace{60, 60, 900, 560};
+constexpr QRect kTransferPlace{100, 80, 1000, 560};
+
+} // namespace
+
+MainWindow::MainWindow(const std::string& directory)
+    : tick_(make_system_tick()), clock_(make_system_clock()),
+      desktop_((QCoreApplication::applicationDirPath() + "/help").toStdString()),
+      application_(Services{*tick_, *clock_, dialogs_, desktop_, directory}, open_serial_device),
+      watcher_(bind_context().run),
+      frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame)) {
+    Application& app = application_;
+    watch_ports();
+    frame_->show_help = [this](const std::string& page) { desktop_.show_help(page); };
+    frame_->before_close = [&app] { return app.frame.Unload(); };
+    // Closing the console alone ends the program at once: no questions, no saving.
+    app.console.end_program = [&app] {
+        app.transfer.cancel_transfer();
+        QCoreApplication::exit(0);
+    };
+    for (MenuEntry* entry : app.frame.mnuWindow.children)
+        if (entry) frame_->add_window_entry(*entry);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::open() {
+    frame_->setGeometry(QApplication::primaryScreen()->availableGeometry());
+    application_.frame.set_Visible(true);
+    frame_->showMaximized();
+    QEventLoop until_painted;
+    new FirstPaint(frame_->canvas(), [&until_painted] { until_painted.quit(); });
+    until_painted.exec(QEventLoop::ExcludeUserInputEvents);
+    make_children();
+    application_.frame.Load();
+}
+
+void MainWindow::end() {
+    // A box that nobody answers would hold the end; those that stand are closed by it.
+    unattended_.emplace(application_.messages, [](const std::string&) {});
+    application_.events.run([this] {
+        application_.logging.Unload();
+        application_.console.Unload();
+    });
+}
+
+void MainWindow::make_children() {
+    Application& app = application_;
+    const BindContext& context = frame_->context();
+    frame_->add_child(app.console, make_console(context, app.console));
+    for (HistoryForm* form : {&app.history.frmCommand, &app.history.frmResponse})
+        frame_->add_child(*form, make_history(context, *form));
+    app.history.print = [this](const HistoryDocument& document) {
+        print(document, PrintAction::Print);
+    };
+    app.history.print_preview = [this](const HistoryDocument& document) {
+        print(document, PrintAction::Preview);
+    };
+    make_on_first_show(app.comms_settings, [this, &app] {
+        make_comms_settings(frame_->context(), app.comms_settings, *frame_);
+    });
+    make_on_first_show(app.serial_devices, [this, &app] {
+        make_serial_devices(frame_->context(), app.serial_devices, *frame_);
+    });
+    make_on_first_show(app.listen, [this, &app] {
+        frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
+            ->setGeometry(kListenPlace);
+    });
+    make_on_first_show(app.logging, [this, &app] {
+        frame_->add_child(app.logging,
+                          make_logging(frame_->context(), app.logging, dialogs_, *frame_));
+    });
+    make_on_first_show(app.transfer, [this, &app] {
+        frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))
+            ->setGeometry(kTransferPlace);
+    });
+}
+
+void MainWindow::print(const HistoryDocument& document, PrintAction action) {
+    const QString problem = print_with_module(QCoreApplication::applicationDirPath(), document,
+                                              {action, frame_.get(), {}});
+    if (!problem.isEmpty())
+        dialogs_.message_box(from_qt(problem), {}, MessageButtons::Ok, MessageIcon::Exclamation);
+}
+
+BindContext MainWindow::bind_context() {
+    EventRunner run = [this](const std::function<void()>& handler) {
+        application_.events.run(handler);
+    };
+    return {std::move(run), nullptr, nullptr};
+}
+
+void MainWindow::watch_ports() {
+    application_.comms.element_changed = [this](SerialPort* port) {
+        if (port) {
+            watcher_.watch(*port);
+            return;
+        }
+        for (const auto& gone : application_.comms.com_Device)
+            watcher_.forget(*gone);
+    };
+}
+
+} // namespace pelvan::desktop

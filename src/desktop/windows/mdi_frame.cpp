@@ -1,0 +1,160 @@
+#include "desktop/windows/mdi_frame.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScopedValueRollback>
+#include <QShortcut>
+
+#include "desktop/bindings/qt_text.h"
+
+namespace pelvan::desktop {
+
+MdiFrame::MdiFrame(const BindContext& context, Form& form)
+    : activation_(context.run), context_(context), form_(form), area_(new QMdiArea(this)) {
+    context_.activation = &activation_;
+    if (context_.owner == nullptr) context_.owner = this;
+    setObjectName(to_qt(form.Name()));
+    setCentralWidget(area_);
+    area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    own_menus_ = make_menus(form);
+    form_.watch([this] {
+        setWindowTitle(to_qt(form_.Caption()));
+        if (isHidden() == form_.Visible()) setVisible(form_.Visible());
+    });
+    setWindowTitle(to_qt(form_.Caption()));
+    connect(area_, &QMdiArea::subWindowActivated, this,
+            [this](QMdiSubWindow* child) { child_activated(child); });
+    add_keys();
+    show_menus();
+}
+
+MdiFrame::~MdiFrame() {
+    form_.watch({});
+    // The children go first: they tell the tracker, and the area would announce each one's end.
+    area_->disconnect(this);
+    delete area_;
+}
+
+QMdiSubWindow* MdiFrame::add_child(Form& form, QWidget* content) {
+    auto* child = new QMdiSubWindow(area_);
+    child->setWidget(content);
+    child->hide(); // until the form is shown
+    // A key that a form's menu has as well would run neither the one nor the other.
+    for (QAction* action : child->systemMenu()->actions())
+        action->setShortcuts(QList<QKeySequence>());
+    area_->addSubWindow(child);
+    children_[child] = {&form, make_menus(form)};
+    bind(context_, form, child);
+    return child;
+}
+
+void MdiFrame::add_window_entry(MenuEntry& entry) {
+    if (window_menu_ == nullptr) {
+        window_menu_ = new QMenu(tr("&Window"), this);
+        window_menu_->setObjectName(QStringLiteral("window_menu"));
+        connect(window_menu_, &QMenu::aboutToShow, this, [this] { list_children(); });
+        show_menus();
+    }
+    bind(context_, entry, window_menu_->addAction(QString()));
+}
+
+QWidget& MdiFrame::canvas() const {
+    return *area_->viewport();
+}
+
+Form* MdiFrame::active_form() const {
+    const auto found = children_.find(area_->activeSubWindow());
+    return found == children_.end() ? nullptr : found->second.form;
+}
+
+void MdiFrame::setVisible(bool visible) {
+    // The area activates one of its windows when it appears: nobody came to it.
+    const QScopedValueRollback<bool> guard(becoming_visible_, visible);
+    QMainWindow::setVisible(visible);
+}
+
+void MdiFrame::closeEvent(QCloseEvent* event) {
+    bool may_close = true;
+    context_.run([this, &may_close] { may_close = !before_close || before_close(); });
+    event->setAccepted(may_close);
+}
+
+void MdiFrame::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    // Back from a window of the program that is no child of this one.
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || becoming_visible_) return;
+    if (Form* form = active_form()) activation_.entered(*form);
+}
+
+void MdiFrame::child_activated(QMdiSubWindow* child) {
+    show_menus();
+    const auto found = children_.find(child);
+    if (found == children_.end()) return;
+    if (becoming_visible_)
+        activation_.shown(*found->second.form);
+    else
+        activation_.entered(*found->second.form);
+}
+
+std::vector<QMenu*> MdiFrame::make_menus(Form& form) {
+    std::vector<QMenu*> menus;
+    for (MenuEntry* entry : form.menus)
+        if (entry != nullptr) menus.push_back(make_menu(context_, *entry, this));
+    return menus;
+}
+
+void MdiFrame::show_menus() {
+    const auto found = children_.find(area_->activeSubWindow());
+    std::vector<QMenu*> menus;
+    if (found != children_.end()) menus = found->second.menus;
+    // The frame's own before the help menu, where everybody looks for it.
+    const bool help_is_last =
+        !menus.empty() && without_marks(menus.back()->title()) == QStringLiteral("Help");
+    auto at = menus.end() - (help_is_last ? 1 : 0);
+    at = menus.insert(at, own_menus_.begin(), own_menus_.end());
+    if (window_menu_ != nullptr)
+        menus.insert(at + static_cast<std::ptrdiff_t>(own_menus_.size()), window_menu_);
+    for (QAction* action : menuBar()->actions())
+        menuBar()->removeAction(action);
+    for (QMenu* menu : menus)
+        menuBar()->addMenu(menu);
+}
+
+void MdiFrame::list_children() {
+    for (QAction* action : listed_)
+        delete action;
+    listed_ = {window_menu_->addSeparator()};
+    for (QMdiSubWindow* child : area_->subWindowList()) {
+        if (child->isHidden()) continue;
+        QAction* action =
+            window_menu_->addAction(child->windowTitle().replace(u'&', QStringLiteral("&&")));
+        action->setCheckable(true);
+        action->setChecked(child == area_->activeSubWindow());
+        connect(action, &QAction::triggered, child,
+                [this, child] { area_->setActiveSubWindow(child); });
+        listed_.push_back(action);
+    }
+}
+
+void MdiFrame::add_keys() {
+    const auto on = [this](const char* key, auto handler) {
+        connect(new QShortcut(QKeySequence(QLatin1String(key)), this), &QShortcut::activated, this,
+                handler);
+    };
+    on("Ctrl+F6", [this] { area_->activateNextSubWindow(); });
+    on("Ctrl+Shift+F6", [this] { area_->activatePreviousSubWindow(); });
+    on("F1", [this] {
+        const Form* form = active_form();
+        const std::string page = form == nullptr ? form_.help_page() : form->help_page();
+        context_.run([this, page] {
+            if (show_help) show_help(page);
+        });
+    });
+}
+
+} // namespace pelvan::desktop
