@@ -9,10 +9,10 @@
 #include <functional>
 #include <optional>
 
-#include "listen/listen_state.h"
-#include "listen/traffic.h"
 #include "forms/form.h"
 #include "forms/lists.h"
+#include "listen/listen_state.h"
+#include "listen/traffic.h"
 #include "platform/run_time_error.h"
 #include "platform/services.h"
 #include "protocols/modbus/modbus.h"

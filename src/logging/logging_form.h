@@ -5,11 +5,11 @@
 #pragma once
 
 #include "config/ini.h"
+#include "forms/form.h"
+#include "forms/lists.h"
 #include "logging/log_buffer.h"
 #include "logging/log_poller.h"
 #include "logging/trend.h"
-#include "forms/form.h"
-#include "forms/lists.h"
 #include "platform/message_gate.h"
 #include "platform/services.h"
 
