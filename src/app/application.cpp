@@ -102,7 +102,8 @@ Application::Application(Services given, LineOpener opener)
       countdowns(session.serial, services.tick),
       link(channels, countdowns, services.dialogs, error_log), modbus(session.modbus),
       history(services), console(services, session.config, channels, link, modbus, history),
-      listen(services, link, modbus, session.listen,
+      listen_monitor(link, modbus, session.listen, services.clock, services.application_directory),
+      listen(services, listen_monitor,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
       transfer(services, link, modbus),
       logging(services, messages, session.config, link, modbus, session.logging),
@@ -113,8 +114,8 @@ Application::Application(Services given, LineOpener opener)
              std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
             form->set_State(WindowState::Normal);
     };
-    channels.before_rebuild = [this] { listen.ports_rebuilt(); };
-    channels.before_close = [this](SerialPort& port) { listen.port_closing(port); };
+    channels.before_rebuild = [this] { listen_monitor.ports_rebuilt(); };
+    channels.before_close = [this](SerialPort& port) { listen_monitor.port_closing(port); };
     history.join_console(console, console.mnuFile);
     join_settings();
     console.busy_changed = [this](bool busy) {

@@ -82,6 +82,7 @@ class Application {
     Modbus modbus;
     History history;
     frm_Pelvan5VB console;
+    ListenMonitor listen_monitor;
     frm_Listen listen;
     frm_DownloadParm transfer;
     frm_DataLogging logging;

@@ -5,7 +5,7 @@
 namespace pelvan {
 namespace {
 
-constexpr std::size_t kShortestFrame = 4;
+constexpr std::size_t kMinFrame = 4;
 constexpr std::size_t kExceptionLength = 5;
 constexpr std::size_t kFixedLength = 8;
 constexpr std::size_t kWriteHeadAndCrc = 9;
@@ -75,7 +75,7 @@ bool answers(std::string_view bytes, std::string_view pending) {
 
 FrameInfo classify_frame(std::string_view bytes, std::string_view pending) {
     FrameInfo info;
-    if (bytes.size() < kShortestFrame || !crc_fits(bytes)) return info;
+    if (bytes.size() < kMinFrame || !crc_fits(bytes)) return info;
     info.address = byte_at(bytes, 0);
     const int code = byte_at(bytes, 1);
     info.function = code & ~kExceptionBit;

@@ -5,10 +5,8 @@
 namespace pelvan {
 namespace {
 
-constexpr int kRaw = 2;
 constexpr int kRightButton = 2;
-/// Required: the option called "1 Sec" waits two seconds.
-constexpr float kTimeoutsMs[] = {500, 2000, 10000};
+constexpr int kLineLimit = 10000;
 
 /// Selects an option and runs its click handler, also when it was selected already.
 void click_option(OptionGroup& group, int index) {
@@ -20,60 +18,34 @@ void click_option(OptionGroup& group, int index) {
 
 } // namespace
 
-frm_Listen::frm_Listen(Services& services, Link& link, Modbus& modbus, ListenState& state,
+frm_Listen::frm_Listen(Services& services, ListenMonitor& monitor,
                        std::function<std::int16_t()> selected_channel)
-    : Form("frm_Listen", "Listening Mode"),
-      fram_DataDirection("fram_DataDirection", "Data Direction",
-                         "Select in which direction to monitor the data."),
-      // "recieved" is spelled as it always was here; keep it.
-      opt_DataDirection("opt_DataDirection",
-                        {{"To Device", "Logged data being transmitted to the device."},
-                         {"From Device", "Logged data being recieved from the device."}}),
-      fram_DataFormat("fram_DataFormat", "Data Format",
-                      "Select the format to display the data in."),
-      // The blank before the last full stop belongs to the text.
-      opt_DataFormat("opt_DataFormat",
-                     {{"Decimal", "Display the logged data in a decimal format."},
-                      {"Hex", "Display the logged data in a hexadecimal format."},
-                      {"Raw", "Display the logged data as \"Raw\" decimal byte values ."}}),
-      fram_CharacterDelay("fram_CharacterDelay", "Timeout", "Select the Timeout duration."),
-      opt_CharacterDelay("opt_CharacterDelay", {{".5 Sec", "Timeout after .5 Seconds"},
-                                                {"1 Sec", "Timeout after 1 Second."},
-                                                {"10 Sec", "Timeout after 10 Seconds."}}),
-      lst_CommsCommand("lst_CommsCommand", "", "Displays data recorded from the port."),
-      lst_Times("lst_Times", "",
-                "When each line began, how long after the one before, and what it is."),
-      txt_HitCount("txt_HitCount", "", "Number of bursts."),
-      txt_LastHitTime("txt_LastHitTime", "", "How long the last burst took to come in."),
-      txt_TotalHitTime("txt_TotalHitTime", "", "Time since the first burst."),
-      txt_HitsPerMinute("txt_HitsPerMinute", "", "Average rate since the first burst."),
-      txt_MaxHits("txt_MaxHits", "", "Highest average seen."),
-      txt_BurstHitRate("txt_BurstHitRate", "", "Rate that the shortest gap would give."),
-      mnuClearScreen("mnuClearScreen", "&Clear Screen", "Ctrl+L"),
-      mnuStartListen("mnuStartListen", "&Start Listen", "F5"),
-      mnuStopListen("mnuStopListen", "Stop &Listen", "Shift+F5"),
-      mnuExitListen("mnuExitListen", "&Exit Listen", "Ctrl+F4"),
-      mnuShowTimes("mnuShowTimes", "&Times and Gaps", "Ctrl+T",
-                   "Show beside each line when it came, and which request a reply belongs to."),
-      mnuSaveCapture("mnuSaveCapture", "&Save Capture...", "Ctrl+S",
-                     "Save the bursts as a file for Wireshark."),
-      Loglistenlist("Loglistenlist", "Log to file", "", "Append every line to listenlog.txt."),
-      services_(services), link_(link), modbus_(modbus), state_(state),
+    : Form("frm_Listen", "Listening Mode"), services_(services), monitor_(monitor),
       selected_channel_(std::move(selected_channel)) {
     set_help_page("listen");
-    for (TextBox* box : {&txt_HitCount, &txt_LastHitTime, &txt_TotalHitTime, &txt_HitsPerMinute,
-                         &txt_MaxHits, &txt_BurstHitRate})
-        box->set_Locked(true);
+    join_statistics();
+    join_options();
+    join_menus();
     lst_Times.set_Visible(false);
-    opt_DataFormat.Click = [this](int index) { opt_DataFormat_Click(index); };
-    opt_DataDirection.Click = [](int) {}; // looked at when a burst is rendered
-    opt_CharacterDelay.Click = [this](int index) { opt_CharacterDelay_Click(index); };
     lst_CommsCommand.Click = [this] {
         if (lst_CommsCommand.ListIndex() < lst_Times.ListCount())
             lst_Times.set_ListIndex(lst_CommsCommand.ListIndex());
     };
     lst_Times.Click = [this] { lst_CommsCommand.set_ListIndex(lst_Times.ListIndex()); };
-    join_menus();
+}
+
+void frm_Listen::join_statistics() {
+    const auto& statistics = monitor_.statistics().all();
+    for (std::size_t i = 0; i < statistics.size(); ++i) {
+        statistic_boxes()[i].label->set_Caption(statistics[i]->caption());
+        statistic_boxes()[i].box->set_Locked(true);
+    }
+}
+
+void frm_Listen::join_options() {
+    opt_DataFormat.Click = [this](int index) { opt_DataFormat_Click(index); };
+    opt_DataDirection.Click = [this](int index) { opt_DataDirection_Click(index); };
+    opt_CharacterDelay.Click = [this](int index) { opt_CharacterDelay_Click(index); };
 }
 
 void frm_Listen::join_menus() {
@@ -97,34 +69,43 @@ void frm_Listen::join_menus() {
     Loglistenlist.Click = [this] { Loglistenlist_Click(); };
 }
 
+void frm_Listen::join_monitor() {
+    results_ = {monitor_.line_added.subscribe(
+                    [this](const std::string& line, const Burst& burst) { add_line(line, burst); }),
+                monitor_.hit_counted.subscribe([this](const Burst*) { show_statistics(); }),
+                monitor_.status_changed.subscribe(
+                    [this](const std::string& status) { show_status(status); })};
+}
+
 void frm_Listen::Form_Load() {
-    // A window that is opened again begins as it did the first time.
+    join_monitor();
     mnuClearScreen_Click();
-    Loglistenlist.set_Checked(false);
+    monitor_.options.log_to_file = false;
     mnuShowTimes.set_Checked(false);
     lst_Times.set_Visible(false);
-    lbl_Status.set_Caption("Not listening.");
-    // Through the handlers, so that the time-out is never 0.
+    show_status("Not listening.");
+    // Through the handlers, so that the monitor has what is shown.
     click_option(opt_DataDirection, 0);
     click_option(opt_DataFormat, 0);
     click_option(opt_CharacterDelay, 0);
 }
 
 bool frm_Listen::Form_Unload() {
-    ListenStop();
+    monitor_.ListenStop();
+    results_ = {};
     return true;
 }
 
 void frm_Listen::Form_MouseUp(int button) {
-    if (button == kRightButton && pop_up) pop_up(HiddenMenu);
+    if (button == kRightButton) pop_up.raise(HiddenMenu);
 }
 
 void frm_Listen::mnuStartListen_Click() {
-    ListenStart(selected_channel_());
+    monitor_.ListenStart(selected_channel_());
 }
 
 void frm_Listen::mnuStopListen_Click() {
-    ListenStop();
+    monitor_.ListenStop();
 }
 
 void frm_Listen::mnuExitListen_Click() {
@@ -132,15 +113,12 @@ void frm_Listen::mnuExitListen_Click() {
 }
 
 void frm_Listen::mnuClearScreen_Click() {
-    for (TextBox* box : {&txt_HitCount, &txt_LastHitTime, &txt_TotalHitTime, &txt_HitsPerMinute,
-                         &txt_MaxHits, &txt_BurstHitRate})
-        box->set_Text("");
-    clear_list();
-    traffic_.clear();
-    if (traffic_changed) traffic_changed(nullptr);
+    monitor_.clear();
+    show_statistics();
+    clear_lists();
 }
 
-void frm_Listen::clear_list() {
+void frm_Listen::clear_lists() {
     lst_CommsCommand.Clear();
     lst_Times.Clear();
 }
@@ -155,8 +133,8 @@ void frm_Listen::mnuSaveCapture_Click() {
     request.overwrite_prompt = true;
     const auto path = services_.dialogs.save_file(request);
     if (!path) return;
-    save_capture(*path, traffic_.bursts());
-    lbl_Status.set_Caption(std::to_string(traffic_.bursts().size()) + " bursts saved.");
+    save_capture(*path, traffic().bursts());
+    lbl_Status.set_Caption(std::to_string(traffic().bursts().size()) + " bursts saved.");
 }
 
 void frm_Listen::mnucontents_Click() {
@@ -167,12 +145,18 @@ void frm_Listen::mnuIndexHelp_Click() {
     services_.desktop.show_help(""); // the contents, which can be searched
 }
 
+void frm_Listen::opt_DataDirection_Click(int index) {
+    monitor_.options.direction = static_cast<ListenDirection>(index);
+}
+
 void frm_Listen::opt_CharacterDelay_Click(int index) {
-    state_.gListenTimeout = kTimeoutsMs[checked_index(index, std::size(kTimeoutsMs))];
+    monitor_.choose_timeout(index);
 }
 
 void frm_Listen::opt_DataFormat_Click(int index) {
-    const bool decoded = index != kRaw; // bytes are bytes in either direction
+    monitor_.options.format = static_cast<ListenFormat>(index);
+    // Bytes are bytes in either direction.
+    const bool decoded = monitor_.options.format != ListenFormat::Raw;
     fram_DataDirection.set_Enabled(decoded);
     for (int i = 0; i < opt_DataDirection.count(); ++i)
         opt_DataDirection.set_option_enabled(i, decoded);
@@ -180,6 +164,7 @@ void frm_Listen::opt_DataFormat_Click(int index) {
 
 void frm_Listen::Loglistenlist_Click() {
     Loglistenlist.set_Checked(!Loglistenlist.Checked());
+    monitor_.options.log_to_file = Loglistenlist.Checked();
 }
 
 bool frm_Listen::lst_CommsCommand_KeyDown(bool control, char key) {
@@ -189,6 +174,36 @@ bool frm_Listen::lst_CommsCommand_KeyDown(bool control, char key) {
         text += lst_CommsCommand.List(i) + "\r\n";
     services_.desktop.set_clipboard_text(text);
     return true;
+}
+
+void frm_Listen::add_line(const std::string& line, const Burst& burst) {
+    // Required: the list is emptied when it holds more than 10,000 lines, so it may hold 10,001.
+    if (lst_CommsCommand.ListCount() > kLineLimit) clear_lists();
+    lst_CommsCommand.AddItem(line);
+    lst_CommsCommand.set_ListIndex(lst_CommsCommand.ListCount() - 1);
+    lst_Times.AddItem(burst_note(burst));
+    lst_Times.set_ListIndex(lst_Times.ListCount() - 1);
+}
+
+std::array<frm_Listen::StatisticBox, ListenStatistics::kCount> frm_Listen::statistic_boxes() {
+    return {{{&lbl_HitCount, &txt_HitCount},
+             {&lbl_LastHitTime, &txt_LastHitTime},
+             {&lbl_TotalHitTime, &txt_TotalHitTime},
+             {&lbl_HitsPerMinute, &txt_HitsPerMinute},
+             {&lbl_MaxHits, &txt_MaxHits},
+             {&lbl_BurstHitRate, &txt_BurstHitRate}}};
+}
+
+void frm_Listen::show_statistics() {
+    const auto& statistics = monitor_.statistics().all();
+    for (std::size_t i = 0; i < statistics.size(); ++i)
+        statistic_boxes()[i].box->set_Text(statistics[i]->text());
+}
+
+/// The log may have been switched off with it.
+void frm_Listen::show_status(const std::string& status) {
+    lbl_Status.set_Caption(status);
+    Loglistenlist.set_Checked(monitor_.options.log_to_file);
 }
 
 } // namespace pelvan

@@ -1,69 +1,86 @@
-// The window "Listening Mode": captures what arrives on one serial channel without sending
-// anything. Every burst is a hit, counted in six boxes, and on the Modbus channel a line in the
-// list and, if wanted, in a text file. Collecting a burst is the link's business, rendering it the
-// Modbus decoders', telling requests from replies `Traffic`'s.
-//
-// The handlers of the window are in listen_form.cpp, the listening itself in listen_process.cpp.
+// The window "Listening Mode": the options of the listen monitor, the lines that it has captured,
+// with their times beside them if wanted, and its six statistics. The monitor itself works without
+// the window; opened again, the window begins as it did the first time.
 #pragma once
 
 #include <functional>
-#include <optional>
 
 #include "forms/form.h"
 #include "forms/lists.h"
-#include "listen/listen_state.h"
-#include "listen/traffic.h"
-#include "platform/run_time_error.h"
+#include "listen/listen_monitor.h"
 #include "platform/services.h"
-#include "protocols/modbus/modbus.h"
-#include "serial/link.h"
 
 namespace pelvan {
 
 class frm_Listen : public Form {
   public:
     /// `selected_channel` answers the channel that is selected on the console.
-    frm_Listen(Services& services, Link& link, Modbus& modbus, ListenState& state,
+    frm_Listen(Services& services, ListenMonitor& monitor,
                std::function<std::int16_t()> selected_channel);
 
-    Frame fram_DataDirection;
-    OptionGroup opt_DataDirection;
-    Frame fram_DataFormat;
-    OptionGroup opt_DataFormat;
-    Frame fram_CharacterDelay;
-    OptionGroup opt_CharacterDelay;
-    ListBox lst_CommsCommand;
+    Frame fram_DataDirection{"fram_DataDirection", "Data Direction",
+                             "Select in which direction to monitor the data."};
+    /// "recieved" is spelled as it always was here; keep it.
+    OptionGroup opt_DataDirection{"opt_DataDirection",
+                                  {{"To Device", "Logged data being transmitted to the device."},
+                                   {"From Device", "Logged data being recieved from the device."}}};
+    Frame fram_DataFormat{"fram_DataFormat", "Data Format",
+                          "Select the format to display the data in."};
+    /// The space before the last full stop belongs to the text.
+    OptionGroup opt_DataFormat{
+        "opt_DataFormat",
+        {{"Decimal", "Display the logged data in a decimal format."},
+         {"Hex", "Display the logged data in a hexadecimal format."},
+         {"Raw", "Display the logged data as \"Raw\" decimal byte values ."}}};
+    Frame fram_CharacterDelay{"fram_CharacterDelay", "Timeout", "Select the Timeout duration."};
+    OptionGroup opt_CharacterDelay{"opt_CharacterDelay",
+                                   {{".5 Sec", "Timeout after .5 Seconds"},
+                                    {"1 Sec", "Timeout after 1 Second."},
+                                    {"10 Sec", "Timeout after 10 Seconds."}}};
+    ListBox lst_CommsCommand{"lst_CommsCommand", "", "Displays data recorded from the port."};
     /// Time, gap and kind of the line of the same number; hidden at first.
-    ListBox lst_Times;
-    Label lbl_HitCount{"lbl_HitCount", "Hits"};
-    TextBox txt_HitCount;
-    Label lbl_LastHitTime{"lbl_LastHitTime", "Hit Time (mS)"};
-    TextBox txt_LastHitTime;
-    Label lbl_TotalHitTime{"lbl_TotalHitTime", "Time (sec)"};
-    TextBox txt_TotalHitTime;
-    Label lbl_HitsPerMinute{"lbl_HitsPerMinute", "Avg Hits/Min"};
-    TextBox txt_HitsPerMinute;
-    Label lbl_MaxHits{"lbl_MaxHits", "Max Hits/Min"};
-    TextBox txt_MaxHits;
-    Label lbl_BurstHitRate{"lbl_BurstHitRate", "Burst Hit Rate"};
-    TextBox txt_BurstHitRate;
+    ListBox lst_Times{"lst_Times", "",
+                      "When each line began, how long after the one before, and what it is."};
+    Label lbl_HitCount{"lbl_HitCount"};
+    TextBox txt_HitCount{"txt_HitCount", "", "Number of bursts."};
+    Label lbl_LastHitTime{"lbl_LastHitTime"};
+    TextBox txt_LastHitTime{"txt_LastHitTime", "", "How long the last burst took to come in."};
+    Label lbl_TotalHitTime{"lbl_TotalHitTime"};
+    TextBox txt_TotalHitTime{"txt_TotalHitTime", "", "Time since the first burst."};
+    Label lbl_HitsPerMinute{"lbl_HitsPerMinute"};
+    TextBox txt_HitsPerMinute{"txt_HitsPerMinute", "", "Average rate since the first burst."};
+    Label lbl_MaxHits{"lbl_MaxHits"};
+    TextBox txt_MaxHits{"txt_MaxHits", "", "Highest average seen."};
+    Label lbl_BurstHitRate{"lbl_BurstHitRate"};
+    TextBox txt_BurstHitRate{"txt_BurstHitRate", "", "Rate that the shortest gap would give."};
     /// Whether the window listens, to what, and why it stopped.
     Label lbl_Status{"lbl_Status"};
 
     MenuEntry mnuFile{"mnuFile", "&File"};
-    MenuEntry mnuClearScreen;
-    MenuEntry mnuStartListen;
-    MenuEntry mnuStopListen;
-    MenuEntry mnuExitListen;
+    MenuEntry mnuClearScreen{"mnuClearScreen", "&Clear Screen", "Ctrl+L"};
+    MenuEntry mnuStartListen{"mnuStartListen", "&Start Listen", "F5"};
+    MenuEntry mnuStopListen{"mnuStopListen", "Stop &Listen", "Shift+F5"};
+    MenuEntry mnuExitListen{"mnuExitListen", "&Exit Listen", "Ctrl+F4"};
     MenuEntry mnuCapture{"mnuCapture", "&Capture"};
-    MenuEntry mnuShowTimes;
-    MenuEntry mnuSaveCapture;
+    MenuEntry mnuShowTimes{
+        "mnuShowTimes", "&Times and Gaps", "Ctrl+T",
+        "Show beside each line when it came, and which request a reply belongs to."};
+    MenuEntry mnuSaveCapture{"mnuSaveCapture", "&Save Capture...", "Ctrl+S",
+                             "Save the bursts as a file for Wireshark."};
     MenuEntry mnuHelp{"mnuHelp", "&Help"};
     MenuEntry mnucontents{"mnucontents", "Contents"};
     MenuEntry mnuIndexHelp{"mnuIndexHelp", "Search For Help On..."};
     /// Belongs to no menu bar: it pops up under the right mouse button.
     MenuEntry HiddenMenu{"HiddenMenu"};
-    MenuEntry Loglistenlist;
+    MenuEntry Loglistenlist{"Loglistenlist", "Log to file", "",
+                            "Append every line to listenlog.txt."};
+
+    /// The boxes of the statistics, in the order of `ListenStatistics::all`.
+    struct StatisticBox {
+        Label* label;
+        TextBox* box;
+    };
+    [[nodiscard]] std::array<StatisticBox, ListenStatistics::kCount> statistic_boxes();
 
     void Form_Load() override;
     bool Form_Unload() override;
@@ -76,54 +93,31 @@ class frm_Listen : public Form {
     void mnuSaveCapture_Click();
     void mnucontents_Click();
     void mnuIndexHelp_Click();
+    void opt_DataDirection_Click(int index);
     void opt_CharacterDelay_Click(int index);
     void opt_DataFormat_Click(int index);
     void Loglistenlist_Click();
     /// True when the key was Ctrl+C and all lines are on the clipboard.
     bool lst_CommsCommand_KeyDown(bool control, char key);
 
-    /// Opens the channel's port and lets its receive event come here. Not listening afterwards when
-    /// the port did not open; its message was shown then.
-    void ListenStart(std::int16_t channel);
-    void ListenStop();
-    /// Takes in one burst. Blocks as `Link::receive_reply` does, up to the chosen time-out. An
-    /// error of the port ends the listening and is raised.
-    void ListenProcessEvent();
-    /// Appends one line to "listenlog.txt"; opens and closes the file for it. Raises file errors.
-    void ListenLogLine(const std::string& line);
-
-    /// The ports are about to be destroyed: ends the listening and says so.
-    void ports_rebuilt();
-    /// The port is about to be closed for another channel: ends the listening on it and says so.
-    void port_closing(const SerialPort& port);
-
-    [[nodiscard]] const Traffic& traffic() const { return traffic_; }
-    /// Called when `traffic()` has changed; the burst, or null when everything was cleared. What it
-    /// raises is passed on and disturbs nothing.
-    std::function<void(const Burst*)> traffic_changed;
-    /// The front end's way to pop up a menu.
-    std::function<void(MenuEntry&)> pop_up;
-
-    static constexpr char kLogFileName[] = "listenlog.txt";
+    [[nodiscard]] const Traffic& traffic() const { return monitor_.traffic(); }
+    /// Asks the front end to pop up a menu at the pointer.
+    Event<MenuEntry&> pop_up;
 
   private:
+    void join_statistics();
+    void join_options();
     void join_menus();
-    void close_lost(std::int16_t channel);
-    void begin_session();
-    std::string collect(SerialPort& port);
-    const Burst& record(double start_tick, double spent_ms, const std::string& text);
-    [[nodiscard]] double wire_time(std::size_t bytes) const;
-    [[nodiscard]] std::optional<RunTimeError> show_burst(const std::string& text);
-    [[nodiscard]] std::string render(const std::string& text);
-    void count_hit(double start_tick);
-    void clear_list();
+    void join_monitor();
+    void add_line(const std::string& line, const Burst& burst);
+    void show_statistics();
+    void show_status(const std::string& status);
+    void clear_lists();
 
     Services& services_;
-    Link& link_;
-    Modbus& modbus_;
-    ListenState& state_;
+    ListenMonitor& monitor_;
     std::function<std::int16_t()> selected_channel_;
-    Traffic traffic_;
+    std::array<Subscription, 3> results_; // held while the window is loaded
 };
 
 } // namespace pelvan

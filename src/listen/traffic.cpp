@@ -11,8 +11,8 @@
 namespace pelvan {
 namespace {
 
-/// The longest time-out of the monitor: what comes later answers nothing.
-constexpr double kLongestReplyMs = 10000;
+/// The largest time-out of the monitor: what comes later answers nothing.
+constexpr double kMaxReplyMs = 10000;
 constexpr int kBroadcast = 0;
 
 std::string rounded_ms(double ms) {
@@ -102,6 +102,7 @@ const Burst& Traffic::add(double start_tick, double length_ms, const std::string
         pending_end_ms_ = burst.start_ms + length_ms;
     }
     count(burst);
+    ++revision_;
     keep(std::move(burst));
     return bursts_.back();
 }
@@ -109,7 +110,7 @@ const Burst& Traffic::add(double start_tick, double length_ms, const std::string
 /// A reply belongs to the request before it when it comes from the address and carries the function
 /// that were asked, in time. Noise between the two separates nothing; any other frame does.
 void Traffic::pair(Burst& burst) {
-    if (!pending_.empty() && burst.start_ms - pending_end_ms_ > kLongestReplyMs) pending_.clear();
+    if (!pending_.empty() && burst.start_ms - pending_end_ms_ > kMaxReplyMs) pending_.clear();
     burst.frame = classify_frame(burst.bytes, pending_);
     if (burst.frame.kind == FrameKind::Damaged) return;
     if (is_reply(burst.frame.kind) && !pending_.empty() &&
@@ -156,6 +157,7 @@ void Traffic::clear() {
     damaged_ = 0;
     reply_times_ = {};
     gaps_ = {};
+    ++revision_;
 }
 
 std::string burst_note(const Burst& burst) {

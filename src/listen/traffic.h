@@ -91,6 +91,8 @@ class Traffic {
     const Burst& add(double start_tick, double length_ms, const std::string& bytes);
     void clear();
 
+    /// Another number whenever anything below is another.
+    [[nodiscard]] unsigned long revision() const { return revision_; }
     [[nodiscard]] const std::deque<Burst>& bursts() const { return bursts_; }
     [[nodiscard]] const TrafficRow& all() const { return all_; }
     [[nodiscard]] const std::map<int, TrafficRow>& by_address() const { return by_address_; }
@@ -109,6 +111,7 @@ class Traffic {
     std::string pending_; // the request that waits for its reply
     double pending_end_ms_ = 0;
 
+    unsigned long revision_ = 0;
     std::deque<Burst> bursts_;
     std::size_t kept_bytes_ = 0;
     TrafficRow all_;

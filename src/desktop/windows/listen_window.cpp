@@ -6,7 +6,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QPointer>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QShortcut>
@@ -25,15 +24,9 @@ constexpr int kBoxRows = 3;
 constexpr int kTimesCharacters = 44; // "16:30:05.250  +1200 ms  reply after 12 ms"
 
 QLayout* statistics(const BindContext& context, frm_Listen& form) {
-    const std::pair<Label*, TextBox*> boxes[] = {{&form.lbl_HitCount, &form.txt_HitCount},
-                                                 {&form.lbl_LastHitTime, &form.txt_LastHitTime},
-                                                 {&form.lbl_TotalHitTime, &form.txt_TotalHitTime},
-                                                 {&form.lbl_HitsPerMinute, &form.txt_HitsPerMinute},
-                                                 {&form.lbl_MaxHits, &form.txt_MaxHits},
-                                                 {&form.lbl_BurstHitRate, &form.txt_BurstHitRate}};
     auto* grid = new QGridLayout;
     int at = 0;
-    for (const auto& [caption, box] : boxes) {
+    for (const auto& [caption, box] : form.statistic_boxes()) {
         auto* edit = bound<QLineEdit>(context, *box);
         const int column = 2 * (at / kBoxRows);
         grid->addWidget(label_for(context, *caption, edit), at % kBoxRows, column);
@@ -97,9 +90,9 @@ void add_pop_up(const BindContext& context, frm_Listen& form, QWidget* content) 
     content->setContextMenuPolicy(Qt::CustomContextMenu);
     QObject::connect(content, &QWidget::customContextMenuRequested, menu,
                      [context, &form, content, menu](const QPoint& at) {
-                         form.pop_up = [menu, place = content->mapToGlobal(at)](MenuEntry&) {
-                             menu->popup(place);
-                         };
+                         const Subscription shown =
+                             form.pop_up.subscribe([menu, place = content->mapToGlobal(at)](
+                                                       MenuEntry&) { menu->popup(place); });
                          context.run([&form] { form.Form_MouseUp(kRightButton); });
                      });
 }
@@ -109,10 +102,6 @@ void add_pop_up(const BindContext& context, frm_Listen& form, QWidget* content) 
 QWidget* make_listen(const BindContext& context, frm_Listen& form) {
     auto* content = new QWidget;
     auto* traffic = new TrafficView(form.traffic());
-    const QPointer<TrafficView> alive(traffic);
-    form.traffic_changed = [alive](const Burst*) {
-        if (alive) alive->touch();
-    };
     auto* tabs = new QTabWidget;
     tabs->setObjectName(QStringLiteral("tabs"));
     tabs->addTab(lines_tab(context, form), QStringLiteral("&Lines"));

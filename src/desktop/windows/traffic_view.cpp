@@ -128,7 +128,7 @@ TrafficView::TrafficView(const Traffic& traffic, QWidget* parent)
     connect(which_, &QComboBox::currentIndexChanged, this, [this] { fill(); });
     auto* beat = new QTimer(this);
     connect(beat, &QTimer::timeout, this, [this] {
-        if (changed_ && isVisible()) fill();
+        if (traffic_.revision() != shown_ && isVisible()) fill();
     });
     beat->start(kBeatMs);
 }
@@ -139,7 +139,7 @@ void TrafficView::showEvent(QShowEvent* event) {
 }
 
 void TrafficView::fill() {
-    changed_ = false;
+    shown_ = traffic_.revision();
     table_->setRowCount(
         static_cast<int>(2 + traffic_.by_address().size() + traffic_.by_function().size()));
     int row = 0;

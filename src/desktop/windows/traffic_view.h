@@ -31,8 +31,6 @@ class TrafficView : public QWidget {
   public:
     /// `traffic` is borrowed.
     explicit TrafficView(const Traffic& traffic, QWidget* parent = nullptr);
-    /// Something has changed: it is shown at the next beat.
-    void touch() { changed_ = true; }
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -42,7 +40,7 @@ class TrafficView : public QWidget {
     void fill_row(int row, const QString& name, const TrafficRow& from);
 
     const Traffic& traffic_;
-    bool changed_ = true;
+    unsigned long shown_ = 0; // revision of what is shown
     QTableWidget* table_;
     QComboBox* which_;
     HistogramView* histogram_;

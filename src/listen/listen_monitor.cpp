@@ -1,0 +1,184 @@
+#include "listen/listen_monitor.h"
+
+#include <algorithm>
+
+#include "platform/serial_line.h"
+#include "platform/text_file.h"
+
+namespace pelvan {
+namespace {
+
+/// Settle times of silence that end a burst.
+constexpr std::int16_t kQuietChars = 4;
+
+std::string raw_text(const std::string& bytes) {
+    std::string out;
+    for (const char byte : bytes) {
+        if (!out.empty()) out += ' ';
+        out += std::to_string(static_cast<unsigned char>(byte));
+    }
+    return out;
+}
+
+} // namespace
+
+ListenMonitor::ListenMonitor(Link& link, Modbus& modbus, ListenState& state, Clock& clock,
+                             std::string directory)
+    : link_(link), modbus_(modbus), state_(state), clock_(clock), directory_(std::move(directory)) {
+    choose_timeout(0); // never 0, which would end every burst before its first byte
+}
+
+void ListenMonitor::ListenStart(std::int16_t channel) {
+    if (state_.gListening) ListenStop(); // the port of another channel must not go on calling
+    state_.gListenDevice = nullptr;
+    SerialState& serial = link_.channels().state();
+    close_lost(channel);
+    state_.gListening = true;
+    state_.gListenStarted = false;
+    state_.gListenCharTime = serial.gCharTime[checked_index(channel, kChannelLimit)];
+    // A channel that is not built becomes 0, and a channel that shares its port is listened on
+    // through the object that has the port open.
+    const std::int16_t port_index = link_.channels().open_port(channel);
+    SerialPort& port = *serial.gCommDevice[checked_index(port_index, serial.gCommDevice.size())];
+    state_.gListenDevice = &port;
+    state_.gListenChannel = channel;
+    if (!port.PortOpen()) return end("Not listening: the port could not be opened.");
+    port.OnComm = [this] {
+        if (state_.gListening) ListenProcessEvent();
+    };
+    port.set_RThreshold(1);
+    status_changed.raise("Listening on channel " + std::to_string(channel) + ", port " +
+                         std::to_string(port.CommPort()) + ", " + port.Settings() + ".");
+}
+
+/// A port whose line went while nobody listened is open all the same, and would not be opened
+/// again.
+void ListenMonitor::close_lost(std::int16_t channel) {
+    const auto& devices = link_.channels().state().gCommDevice;
+    if (devices.empty()) return;
+    const std::size_t known = channel >= 0 ? static_cast<std::size_t>(channel) : devices.size();
+    const std::int16_t number = devices[known < devices.size() ? known : 0]->CommPort();
+    for (SerialPort* device : devices)
+        if (device->CommPort() == number && device->lost()) device->set_PortOpen(false);
+}
+
+void ListenMonitor::ListenStop() {
+    if (state_.gListening) end("Not listening.");
+}
+
+void ListenMonitor::end(const std::string& status) {
+    state_.gListening = false;
+    if (state_.gListenDevice) state_.gListenDevice->set_RThreshold(0);
+    status_changed.raise(status);
+}
+
+void ListenMonitor::ports_rebuilt() {
+    if (state_.gListening) end("Listening stopped: the ports were set up anew.");
+    state_.gListenDevice = nullptr;
+}
+
+void ListenMonitor::port_closing(const SerialPort& port) {
+    if (state_.gListening && state_.gListenDevice == &port)
+        end("Listening stopped: another channel took the port over.");
+}
+
+void ListenMonitor::ListenProcessEvent() {
+    SerialPort& port = *state_.gListenDevice;
+    port.set_RThreshold(0);
+    CountdownPool& ticks = link_.countdowns();
+    if (!state_.gListenStarted) begin_session();
+    const double start = ticks.read_tick();
+    const std::string bytes = collect(port);
+    const double spent = tick_span(start, ticks.read_tick());
+    std::optional<RunTimeError> log_failure;
+    const Burst* burst = nullptr;
+    // Deliberate: only what arrives on the Modbus channel is shown and logged; on the other
+    // channels the bursts are counted and nothing else.
+    if (state_.gListenChannel == kModbusChannel) {
+        const std::string line = render(bytes);
+        log_failure = log(line);
+        burst = &record(start, spent, bytes);
+        line_added.raise(line, *burst);
+    }
+    statistics_.add(start, ticks.read_tick());
+    port.set_RThreshold(1);
+    // Last, for it may fail, and the burst counts and the listening goes on all the same.
+    hit_counted.raise(burst);
+    if (log_failure) throw RunTimeError(*log_failure);
+}
+
+/// Required: the last hit tick stays, so the first gap of a session is measured from the last burst
+/// of the session before it, and that of the first session from 0.
+void ListenMonitor::begin_session() {
+    const double now = link_.countdowns().read_tick();
+    statistics_.begin(now);
+    state_.gListenStarted = true;
+    traffic_.start(now, clock_.now());
+}
+
+std::string ListenMonitor::collect(SerialPort& port) {
+    try {
+        return link_.receive_reply(port, state_.gListenCharTime, state_.gListenTimeout,
+                                   kQuietChars);
+    } catch (const RunTimeError&) {
+        end("Listening stopped: the port failed.");
+        // A port that is lost stays open until it is closed: closed here, the next start opens it.
+        port.set_PortOpen(false);
+        throw;
+    }
+}
+
+std::string ListenMonitor::render(const std::string& bytes) {
+    const std::int16_t is_request = options.direction == ListenDirection::ToDevice ? 1 : 0;
+    switch (options.format) {
+    case ListenFormat::Hex:
+        return modbus_.ModbusDecodeHex(is_request, bytes);
+    case ListenFormat::Raw:
+        return raw_text(bytes);
+    case ListenFormat::Decimal:
+        break;
+    }
+    return modbus_.ModbusDecodeDecimal(is_request, bytes);
+}
+
+/// A log that cannot be written is switched off and its error handed back, so that neither the line
+/// nor the counts suffer and the message comes once.
+std::optional<RunTimeError> ListenMonitor::log(const std::string& line) {
+    if (!options.log_to_file) return std::nullopt;
+    try {
+        ListenLogLine(line);
+    } catch (const RunTimeError& error) {
+        options.log_to_file = false;
+        status_changed.raise("Logging switched off: listenlog.txt cannot be written.");
+        return error;
+    }
+    return std::nullopt;
+}
+
+void ListenMonitor::ListenLogLine(const std::string& line) {
+    append_line(path_in(directory_, kLogFileName), line);
+}
+
+/// The last byte was there one quiet pause before the collector was content, or sooner, as the wire
+/// needs no longer for so many bytes.
+const Burst& ListenMonitor::record(double start_tick, double spent_ms, const std::string& bytes) {
+    const double quiet = static_cast<double>(kQuietChars) * state_.gListenCharTime;
+    const double length = std::min(std::max(spent_ms - quiet, 0.0), wire_time(bytes.size()));
+    return traffic_.add(start_tick, length, bytes);
+}
+
+double ListenMonitor::wire_time(std::size_t bytes) const {
+    const auto settings = parse_line_settings(state_.gListenDevice->Settings());
+    return settings ? static_cast<double>(bytes) * character_time_us(*settings) / 1000 : 0;
+}
+
+void ListenMonitor::choose_timeout(int index) {
+    state_.gListenTimeout = kListenTimeoutsMs[checked_index(index, kListenTimeoutsMs.size())];
+}
+
+void ListenMonitor::clear() {
+    statistics_.clear();
+    traffic_.clear();
+}
+
+} // namespace pelvan

@@ -1,0 +1,93 @@
+// The listen monitor: captures what arrives on one serial channel without sending anything. Every
+// burst is a hit, counted in the statistics, and on the Modbus channel a line that subscribers get
+// and that is, if wanted, appended to a text file. Collecting a burst is the link's business,
+// rendering it the Modbus decoders', telling requests from replies `Traffic`'s.
+#pragma once
+
+#include <string>
+
+#include "listen/listen_statistics.h"
+#include "listen/traffic.h"
+#include "platform/event.h"
+#include "platform/run_time_error.h"
+#include "protocols/modbus/modbus.h"
+#include "serial/link.h"
+
+namespace pelvan {
+
+enum class ListenFormat { Decimal, Hex, Raw };
+enum class ListenDirection { ToDevice, FromDevice };
+
+/// What may be changed at any time, also while listening: the next burst is treated by it.
+struct ListenOptions {
+    ListenFormat format = ListenFormat::Decimal;
+    /// Whether bursts are decoded as requests or as replies; means nothing to the raw format.
+    ListenDirection direction = ListenDirection::ToDevice;
+    bool log_to_file = false;
+};
+
+/// Time-outs that can be chosen, in ms. Required: the one called "1 Sec" is two seconds.
+inline constexpr std::array<float, 3> kListenTimeoutsMs{500, 2000, 10000};
+
+class ListenMonitor {
+  public:
+    /// The log lies in `directory`.
+    ListenMonitor(Link& link, Modbus& modbus, ListenState& state, Clock& clock,
+                  std::string directory);
+
+    /// Opens the channel's port and is notified of its receive event. Not listening afterwards when
+    /// the port did not open; its message was shown then.
+    void ListenStart(std::int16_t channel);
+    void ListenStop();
+    /// Takes in one burst. Blocks as `Link::receive_reply` does, up to the chosen time-out. An
+    /// error of the port ends the listening and is raised; a log that cannot be written is switched
+    /// off and its error raised after the burst has been counted.
+    void ListenProcessEvent();
+    /// Appends one line to "listenlog.txt"; opens and closes the file for it. Raises file errors.
+    void ListenLogLine(const std::string& line);
+
+    /// The ports are about to be destroyed: ends the listening and says so.
+    void ports_rebuilt();
+    /// The port is about to be closed for another channel: ends the listening on it and says so.
+    void port_closing(const SerialPort& port);
+
+    ListenOptions options;
+    /// `index` is one of `kListenTimeoutsMs`; 9 outside.
+    void choose_timeout(int index);
+    /// Forgets the statistics' values and the traffic; a session goes on.
+    void clear();
+
+    [[nodiscard]] bool listening() const { return state_.gListening; }
+    [[nodiscard]] const ListenStatistics& statistics() const { return statistics_; }
+    [[nodiscard]] const Traffic& traffic() const { return traffic_; }
+
+    /// A burst of the Modbus channel, rendered; raised before the hit is counted.
+    Event<const std::string& /*line*/, const Burst&> line_added;
+    /// The statistics have changed; the burst when it is kept in `traffic()`, else null. What a
+    /// subscriber raises is passed on and disturbs nothing.
+    Event<const Burst*> hit_counted;
+    /// A sentence on whether the monitor listens, to what, or why it stopped.
+    Event<const std::string&> status_changed;
+
+    static constexpr char kLogFileName[] = "listenlog.txt";
+
+  private:
+    void close_lost(std::int16_t channel);
+    void end(const std::string& status);
+    void begin_session();
+    std::string collect(SerialPort& port);
+    const Burst& record(double start_tick, double spent_ms, const std::string& bytes);
+    [[nodiscard]] double wire_time(std::size_t bytes) const;
+    [[nodiscard]] std::string render(const std::string& bytes);
+    [[nodiscard]] std::optional<RunTimeError> log(const std::string& line);
+
+    Link& link_;
+    Modbus& modbus_;
+    ListenState& state_;
+    Clock& clock_;
+    std::string directory_;
+    ListenStatistics statistics_{state_.gListenStats};
+    Traffic traffic_;
+};
+
+} // namespace pelvan
