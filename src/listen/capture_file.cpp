@@ -18,7 +18,7 @@ constexpr std::uint16_t kPacketFlags = 2;
 constexpr std::uint32_t kInbound = 1;
 constexpr std::uint32_t kOutbound = 2;
 /// LINKTYPE_WIRESHARK_UPPER_PDU; its tags are big-endian.
-constexpr std::uint16_t kExportedUnits = 252;
+constexpr std::uint16_t kExportedPdu = 252;
 constexpr unsigned char kProtocolNameTag = 12;
 
 void put(std::string& out, std::uint32_t value, int bytes) {
@@ -49,14 +49,14 @@ std::string file_header() {
     put(section, 0, 2);
     section.append(8, '\xFF'); // length of the section: not given
     std::string interface;
-    put(interface, kExportedUnits, 2);
+    put(interface, kExportedPdu, 2);
     put(interface, 0, 2);
     put(interface, 0, 4); // no limit; times are in microseconds, the format's default
     return block(kSectionHeader, section) + block(kInterfaceDescription, interface);
 }
 
 /// The name of the protocol, the end of the tags, and the bytes.
-std::string exported_unit(const Burst& burst) {
+std::string exported_pdu(const Burst& burst) {
     std::string name = burst.frame.kind == FrameKind::Damaged ? "data" : "mbrtu";
     pad(name);
     std::string out{'\0', static_cast<char>(kProtocolNameTag), '\0',
@@ -67,15 +67,15 @@ std::string exported_unit(const Burst& burst) {
 }
 
 std::string packet(const Burst& burst) {
-    const std::string unit = exported_unit(burst);
+    const std::string pdu = exported_pdu(burst);
     const auto micros = static_cast<std::uint64_t>(std::llround(burst.start_ms * 1000));
     std::string body;
     put(body, 0, 4); // the only interface
     put(body, static_cast<std::uint32_t>(micros >> 32), 4);
     put(body, static_cast<std::uint32_t>(micros), 4);
-    put(body, static_cast<std::uint32_t>(unit.size()), 4);
-    put(body, static_cast<std::uint32_t>(unit.size()), 4);
-    body += unit;
+    put(body, static_cast<std::uint32_t>(pdu.size()), 4);
+    put(body, static_cast<std::uint32_t>(pdu.size()), 4);
+    body += pdu;
     pad(body);
     if (burst.frame.kind != FrameKind::Damaged) {
         put(body, kPacketFlags, 2);
