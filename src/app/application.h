@@ -13,7 +13,7 @@
 #include "serial/link.h"
 #include "settings/comms_settings_form.h"
 #include "settings/serial_devices_form.h"
-#include "simulator/simulator_hub.h"
+#include "simulator/line/simulator_hub.h"
 #include "transfer/download_parm_form.h"
 
 namespace pelvan {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "config/device_map.h"
-#include "simulator/device_text.h"
+#include "simulator/line/device_text.h"
 
 namespace pelvan {
 namespace {

@@ -1,7 +1,7 @@
 #include "config/device_map.h"
 #include "platform/serial_devices.h"
 #include "platform/text_file.h"
-#include "simulator/device_text.h"
+#include "simulator/line/device_text.h"
 #include "terminal/commands.h"
 
 namespace pelvan {

@@ -1,4 +1,4 @@
-#include "simulator/pty_server.h"
+#include "simulator/line/pty_server.h"
 #include "terminal/commands.h"
 
 namespace pelvan {

@@ -1,0 +1,80 @@
+// Ramp profiles of a controller and the registers through which they are read and written: a
+// profile and a step are selected, then the registers of that step answer; which of them there are
+// depends on the kind of step. docs/simulated-controllers.md has the table.
+//
+// Profiles are numbered without gaps: a number can be created only when all below it are there. An
+// erased profile gives up its number only when no higher one is in use; otherwise the number stays,
+// without a profile, so that the profiles above keep theirs.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "simulator/controller/register_table.h"
+
+namespace pelvan::simulator {
+
+namespace reg {
+inline constexpr std::uint16_t kProfileNumber = 4000;
+inline constexpr std::uint16_t kStepNumber = 4001;
+inline constexpr std::uint16_t kProfileAction = 4002;
+inline constexpr std::uint16_t kStepType = 4003;
+inline constexpr std::uint16_t kStepFieldFirst = 4004;
+inline constexpr std::uint16_t kStepFieldLast = 4017;
+inline constexpr std::uint16_t kStepCount = 4040;
+inline constexpr std::uint16_t kHighestProfile = 4041;
+inline constexpr std::uint16_t kProfileExists = 4042;
+inline constexpr std::uint16_t kProfileNameFirst = 4050;
+inline constexpr std::uint16_t kProfileNameLast = 4059;
+} // namespace reg
+
+/// Values of the action register.
+enum class ProfileAction : std::int16_t { Create = 1, Erase = 2, InsertStep = 3, DeleteStep = 4 };
+
+enum class StepType : std::int16_t { End = 0, RampTime = 1, RampRate = 2, Soak = 3, Jump = 4 };
+
+class Profiles {
+  public:
+    static constexpr int kMostProfiles = 40;
+    static constexpr int kMostSteps = 50;
+
+    [[nodiscard]] static bool is_register(std::uint16_t number) {
+        return number >= reg::kProfileNumber && number <= reg::kProfileNameLast;
+    }
+
+    [[nodiscard]] Answer read(std::uint16_t number, std::int16_t& value) const;
+    Answer write(std::uint16_t number, std::int16_t value);
+
+  private:
+    struct Step {
+        StepType type = StepType::End;
+        std::map<std::uint16_t, std::int16_t> fields;
+    };
+    struct Profile {
+        std::vector<Step> steps; // the last one is the end step; no steps: no profile
+        std::string name = std::string(10, ' ');
+    };
+
+    [[nodiscard]] static Step make_step(StepType type);
+    [[nodiscard]] const Profile* selected() const;
+    [[nodiscard]] Profile* selected();
+    [[nodiscard]] bool at_end_step() const;
+    Answer select_profile(std::int16_t value);
+    Answer select_step(std::int16_t value);
+    Answer act(std::int16_t value);
+    Answer create();
+    Answer erase();
+    Answer insert_step();
+    Answer delete_step();
+    Answer set_type(std::int16_t value);
+    Answer set_field(std::uint16_t number, std::int16_t value);
+    Answer set_name(std::uint16_t number, std::int16_t value);
+
+    std::vector<Profile> profiles_; // element 0 is profile 1
+    std::size_t profile_ = 0;       // selected, counted from 0; may be one past the last
+    std::size_t step_ = 0;          // selected, counted from 0
+};
+
+} // namespace pelvan::simulator

@@ -1,0 +1,53 @@
+#include "simulator/controller/register_table.h"
+
+#include <utility>
+
+namespace pelvan::simulator {
+
+void RegisterTable::add(std::uint16_t number, Register reg) {
+    reg.value = reg.preset;
+    registers_.insert_or_assign(number, std::move(reg));
+}
+
+const Register* RegisterTable::find(std::uint16_t number) const {
+    const auto found = registers_.find(number);
+    return found == registers_.end() ? nullptr : &found->second;
+}
+
+Answer RegisterTable::read(std::uint16_t number, std::int16_t& value) const {
+    const Register* reg = find(number);
+    if (reg == nullptr || !reg->active) return Answer::IllegalAddress;
+    value = reg->value;
+    return Answer::Ok;
+}
+
+Answer RegisterTable::check_write(std::uint16_t number, std::int16_t value) const {
+    const Register* reg = find(number);
+    if (reg == nullptr || !reg->active) return Answer::IllegalAddress;
+    if (reg->access == Access::ReadOnly) return Answer::IllegalAddress;
+    return value >= reg->min && value <= reg->max ? Answer::Ok : Answer::IllegalValue;
+}
+
+Answer RegisterTable::write(std::uint16_t number, std::int16_t value) {
+    const Answer answer = check_write(number, value);
+    if (answer == Answer::Ok) set_value(number, value);
+    return answer;
+}
+
+std::int16_t RegisterTable::value(std::uint16_t number) const {
+    const Register* reg = find(number);
+    return reg == nullptr ? std::int16_t{0} : reg->value;
+}
+
+void RegisterTable::set_value(std::uint16_t number, std::int16_t value) {
+    const auto found = registers_.find(number);
+    if (found != registers_.end()) found->second.value = value;
+}
+
+void RegisterTable::restore_presets() {
+    for (auto& [number, reg] : registers_) {
+        if (reg.access == Access::ReadWrite) reg.value = reg.preset;
+    }
+}
+
+} // namespace pelvan::simulator

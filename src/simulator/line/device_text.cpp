@@ -1,0 +1,98 @@
+#include "simulator/line/device_text.h"
+
+#include <array>
+#include <cmath>
+#include <string_view>
+
+#include "simulator/controller/controller.h"
+#include "text/numbers.h"
+#include "text/strings.h"
+
+namespace pelvan::simulator {
+namespace {
+
+constexpr std::string_view kPrefix = "simulated:";
+
+struct PlanOption {
+    const char* name;
+    double FaultPlan::*member;
+    double most;
+};
+
+constexpr double kLongestMs = 60000;
+
+constexpr std::array<PlanOption, 14> kPlanOptions{{
+    {"lost", &FaultPlan::lost, 1},
+    {"flip", &FaultPlan::flip, 1},
+    {"crc", &FaultPlan::crc, 1},
+    {"gap", &FaultPlan::gap, 1},
+    {"noise", &FaultPlan::noise, 1},
+    {"late", &FaultPlan::late, 1},
+    {"other", &FaultPlan::other, 1},
+    {"lost_ack", &FaultPlan::lost_ack, 1},
+    {"nak", &FaultPlan::nak, 1},
+    {"no_etx", &FaultPlan::no_etx, 1},
+    {"xoff", &FaultPlan::xoff, 1},
+    {"gap_ms", &FaultPlan::gap_ms, kLongestMs},
+    {"late_ms", &FaultPlan::late_ms, kLongestMs},
+    {"xoff_ms", &FaultPlan::xoff_ms, kLongestMs},
+}};
+
+bool set_number(SimulatedDevice& device, const std::string& name, double value) {
+    for (const PlanOption& option : kPlanOptions) {
+        if (name != option.name) continue;
+        device.faults.*option.member = value;
+        return value >= 0 && value <= option.most;
+    }
+    if (name == "delay") {
+        device.delay_ms = value;
+        return value >= 0 && value <= kLongestMs;
+    }
+    if (value != std::floor(value) || value < 0 || value > 4294967295.0) return false;
+    if (name == "seed") {
+        device.faults.seed = static_cast<std::uint32_t>(value);
+        return true;
+    }
+    if (name != "address") return false;
+    device.address = static_cast<unsigned>(value);
+    return value >= 1 && value <= 247;
+}
+
+bool set_option(SimulatedDevice& device, const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos) return false;
+    const std::string name = trim(text.substr(0, equals));
+    const std::string value = trim(text.substr(equals + 1));
+    if (device.loopback) {
+        device.jumper_in = value == "in";
+        return name == "jumper" && (value == "in" || value == "out");
+    }
+    return is_numeric(value) && set_number(device, name, leading_number(value));
+}
+
+bool set_model(SimulatedDevice& device, const std::string& text) {
+    device.loopback = text == "loopback";
+    if (device.loopback) return true;
+    if (text != "742" && text != "730") return false;
+    device.model = static_cast<int>(leading_number(text));
+    return Controller::is_known_model(device.model);
+}
+
+} // namespace
+
+bool is_simulated(const std::string& text) {
+    return text.compare(0, kPrefix.size(), kPrefix) == 0;
+}
+
+std::optional<SimulatedDevice> parse_simulated_device(const std::string& text) {
+    if (!is_simulated(text)) return std::nullopt;
+    const std::vector<std::string> parts = split(text.substr(kPrefix.size()), ',');
+    SimulatedDevice device;
+    if (!set_model(device, trim(parts[0]))) return std::nullopt;
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+        if (!set_option(device, parts[i])) return std::nullopt;
+    }
+    return device;
+}
+
+} // namespace pelvan::simulator

@@ -1,0 +1,27 @@
+// The text that stands for a simulated device in the configuration file and on the command line:
+// "simulated:742,address=5,lost=0.02,seed=7" or "simulated:loopback,jumper=out".
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "simulator/slaves/faults.h"
+
+namespace pelvan::simulator {
+
+struct SimulatedDevice {
+    int model = 742;
+    unsigned address = 1;
+    double delay_ms = 0; // from the end of a request to the beginning of its reply
+    FaultPlan faults;
+    bool loopback = false; // then only `jumper_in` counts
+    std::optional<bool> jumper_in;
+};
+
+/// Whether a device text means a simulated device, well-formed or not.
+[[nodiscard]] bool is_simulated(const std::string& text);
+
+/// Nothing when a model, an option or a value is unknown.
+[[nodiscard]] std::optional<SimulatedDevice> parse_simulated_device(const std::string& text);
+
+} // namespace pelvan::simulator

@@ -1,0 +1,222 @@
+#include "simulator/line/pty_server.h"
+
+#ifdef __linux__
+
+#include <asm/termbits.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+#include "simulator/line/simulator_hub.h"
+#include "simulator/line/wire.h"
+
+namespace pelvan::simulator {
+namespace {
+
+constexpr double kLongestWaitMs = 100; // how late a stop is noticed at most
+constexpr double kUsualBaud = 9600;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    [[nodiscard]] int get() const { return fd_; }
+    [[nodiscard]] bool good() const { return fd_ >= 0; }
+
+  private:
+    int fd_;
+};
+
+/// A symbolic link that goes when its maker goes, unless someone has made it another's meanwhile.
+class Link {
+  public:
+    Link(std::string path, std::string target)
+        : path_(std::move(path)), target_(std::move(target)) {}
+    Link(const Link&) = delete;
+    Link& operator=(const Link&) = delete;
+    ~Link() {
+        if (made_ && points_here()) ::unlink(path_.c_str());
+    }
+
+    /// Empty when made, else why not.
+    std::string make() {
+        struct stat status {};
+        if (::lstat(path_.c_str(), &status) == 0) {
+            if (!S_ISLNK(status.st_mode)) return path_ + " exists and is no symbolic link";
+            ::unlink(path_.c_str());
+        }
+        made_ = ::symlink(target_.c_str(), path_.c_str()) == 0;
+        return made_ ? "" : path_ + ": " + std::strerror(errno);
+    }
+
+  private:
+    [[nodiscard]] bool points_here() const {
+        std::array<char, 256> target{};
+        const ssize_t length = ::readlink(path_.c_str(), target.data(), target.size());
+        return length > 0 &&
+               std::string(target.data(), static_cast<std::size_t>(length)) == target_;
+    }
+
+    std::string path_;
+    std::string target_;
+    bool made_ = false;
+};
+
+/// A new pseudo-terminal echoes, edits lines and rewrites CR until told otherwise.
+bool make_raw(int fd) {
+    termios2 settings{};
+    if (::ioctl(fd, TCGETS2, &settings) != 0) return false;
+    settings.c_iflag = 0;
+    settings.c_oflag = 0;
+    settings.c_lflag = 0;
+    settings.c_cflag = CS8 | CREAD | CLOCAL | B9600;
+    settings.c_cc[VMIN] = 1;
+    settings.c_cc[VTIME] = 0;
+    return ::ioctl(fd, TCSETS2, &settings) == 0;
+}
+
+/// What the client's end is set to; asked of the controlling side.
+double character_ms(int master) {
+    termios2 settings{};
+    if (::ioctl(master, TCGETS2, &settings) != 0) return 10000 / kUsualBaud;
+    double bits = 2;
+    switch (settings.c_cflag & CSIZE) {
+    case CS5:
+        bits += 5;
+        break;
+    case CS6:
+        bits += 6;
+        break;
+    case CS7:
+        bits += 7;
+        break;
+    default:
+        bits += 8;
+        break;
+    }
+    if ((settings.c_cflag & PARENB) != 0) ++bits;
+    if ((settings.c_cflag & CSTOPB) != 0) ++bits;
+    const double baud = settings.c_ospeed == 0 ? kUsualBaud : settings.c_ospeed;
+    return bits * 1000 / baud;
+}
+
+double now_ms() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double, std::milli>(now).count();
+}
+
+/// Whether `fd` is readable before the time is over.
+bool readable_within(int fd, double ms) {
+    const auto nanoseconds = static_cast<long>(std::ceil(std::max(ms, 0.0) * 1e6));
+    const timespec time{nanoseconds / 1000000000, nanoseconds % 1000000000};
+    pollfd watched{fd, POLLIN, 0};
+    return ::ppoll(&watched, 1, &time, nullptr) > 0 && (watched.revents & POLLIN) != 0;
+}
+
+/// The loop-back plug: what a client writes comes back, or nothing while the jumper is out.
+class Plug {
+  public:
+    Plug(bool jumper_in, double char_ms) : jumper_in_(jumper_in), echo_(char_ms) {}
+    void set_char_ms(double char_ms) { echo_.set_char_ms(char_ms); }
+    void host_writes(std::string_view bytes, double at_ms) {
+        if (jumper_in_) echo_.send(at_ms, bytes);
+    }
+    [[nodiscard]] std::string arrived(double at_ms) { return echo_.take(at_ms); }
+    [[nodiscard]] double next_ms() const { return echo_.empty() ? -1 : echo_.next_ms(); }
+
+  private:
+    bool jumper_in_;
+    PacedQueue echo_;
+};
+
+/// Carries bytes between the clients and a `Wire` or a `Plug`.
+template <class Peer> void serve(int master, Peer peer, const std::atomic<bool>& stop) {
+    while (!stop) {
+        const double next = peer.next_ms();
+        const double wait = next < 0 ? kLongestWaitMs : std::min(next - now_ms(), kLongestWaitMs);
+        if (readable_within(master, wait)) {
+            std::array<char, 4096> bytes{};
+            const ssize_t count = ::read(master, bytes.data(), bytes.size());
+            if (count > 0) {
+                peer.set_char_ms(character_ms(master));
+                peer.host_writes({bytes.data(), static_cast<std::size_t>(count)}, now_ms());
+            }
+        }
+        const std::string due = peer.arrived(now_ms());
+        // What a client does not read while its end is full is lost, as on a real line.
+        if (!due.empty()) static_cast<void>(!::write(master, due.data(), due.size()));
+    }
+}
+
+std::string description(const SimulatedDevice& device) {
+    if (device.loopback) return "a loop-back plug";
+    return "model " + std::to_string(device.model) + " at address " +
+           std::to_string(device.address);
+}
+
+std::string slave_path(int master) {
+    std::array<char, 128> name{};
+    if (::grantpt(master) != 0 || ::unlockpt(master) != 0) return {};
+    return ::ptsname_r(master, name.data(), name.size()) == 0 ? name.data() : "";
+}
+
+} // namespace
+
+int serve_on_pty(const PtyServerOptions& options, std::atomic<bool>& stop,
+                 const std::function<void(const std::string&)>& report) {
+    const Descriptor master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    const std::string path = master.good() ? slave_path(master.get()) : "";
+    // Held open to the end: without any open end the controlling side sees nothing but a hang-up.
+    const Descriptor slave(path.empty() ? -1 : ::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (!slave.good() || !make_raw(slave.get())) {
+        report(std::string("Cannot make a pseudo-terminal: ") + std::strerror(errno));
+        return 1;
+    }
+    Link link(options.link, path);
+    if (!options.link.empty()) {
+        const std::string refusal = link.make();
+        if (!refusal.empty()) {
+            report("Cannot make the link: " + refusal);
+            return 1;
+        }
+    }
+    report("Serving " + description(options.device) + " on " +
+           (options.link.empty() ? path : options.link + " (" + path + ")"));
+    const double char_ms = character_ms(master.get());
+    if (options.device.loopback) {
+        serve(master.get(), Plug(options.device.jumper_in.value_or(true), char_ms), stop);
+    } else {
+        serve(master.get(), Wire(make_station(options.device), char_ms), stop);
+    }
+    return 0;
+}
+
+} // namespace pelvan::simulator
+
+#else
+
+namespace pelvan::simulator {
+
+int serve_on_pty(const PtyServerOptions&, std::atomic<bool>&,
+                 const std::function<void(const std::string&)>& report) {
+    report("Pseudo-terminals are not available on this system.");
+    return 1;
+}
+
+} // namespace pelvan::simulator
+
+#endif

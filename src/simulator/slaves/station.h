@@ -1,0 +1,18 @@
+// What lives on behind a line while ports open and close: a controller, its address, how long it
+// thinks, the course of its faults and the error that its last refused command left.
+#pragma once
+
+#include "simulator/controller/controller.h"
+#include "simulator/slaves/faults.h"
+
+namespace pelvan::simulator {
+
+struct Station {
+    Controller controller;
+    unsigned address = 1;
+    double delay_ms = 0;
+    FaultSource faults;
+    int text_error = 0; // of the last refused text command
+};
+
+} // namespace pelvan::simulator
