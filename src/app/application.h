@@ -13,7 +13,7 @@
 #include "serial/link.h"
 #include "settings/comms_settings_form.h"
 #include "settings/serial_devices_form.h"
-#include "simulator/line/simulator_hub.h"
+#include "simulator/line/simulator_registry.h"
 #include "transfer/download_parm_form.h"
 
 namespace pelvan {
@@ -73,7 +73,7 @@ class Application {
     Services services; // its dialogs are the gate
     Session session;
     EventRunner events;
-    simulator::SimulatorHub simulators;
+    simulator::SimulatorRegistry simulators;
     ErrorLog error_log;
     frm_Comms comms;
     ChannelTable channels;

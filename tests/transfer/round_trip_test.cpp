@@ -29,7 +29,7 @@ class RoundTrip : public ::testing::Test, public SimulatedProgram {
         for (const auto& [number, value] : values)
             ASSERT_EQ(station->controller.write(static_cast<std::uint16_t>(number),
                                                 static_cast<std::int16_t>(value)),
-                      simulator::Answer::Ok)
+                      simulator::ExceptionCode::None)
                 << number << " = " << value;
     }
     void set(int number, int value) { set_all({{number, value}}); }
@@ -37,7 +37,7 @@ class RoundTrip : public ::testing::Test, public SimulatedProgram {
     std::optional<int> get(int number) {
         std::int16_t value = 0;
         if (station->controller.read(static_cast<std::uint16_t>(number), value) !=
-            simulator::Answer::Ok)
+            simulator::ExceptionCode::None)
             return {};
         return value;
     }

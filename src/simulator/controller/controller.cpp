@@ -79,42 +79,42 @@ bool Controller::is_profile_register(std::uint16_t number) const {
     return has_profiles_ && Profiles::is_register(number);
 }
 
-Answer Controller::read(std::uint16_t number, std::int16_t& value) const {
+ExceptionCode Controller::read(std::uint16_t number, std::int16_t& value) const {
     return is_profile_register(number) ? profiles_.read(number, value) : table_.read(number, value);
 }
 
-Answer Controller::write(std::uint16_t number, std::int16_t value) {
+ExceptionCode Controller::write(std::uint16_t number, std::int16_t value) {
     if (is_profile_register(number)) return profiles_.write(number, value);
     if (number == reg::kReset && value == kResetAll) return reset(value);
     return table_.write(number, value);
 }
 
-Answer Controller::write_many(std::uint16_t first, const std::vector<std::int16_t>& values) {
+ExceptionCode Controller::write_many(std::uint16_t first, const std::vector<std::int16_t>& values) {
     std::uint16_t number = first;
     for (const std::int16_t value : values) {
-        const Answer answer =
-            is_profile_register(number) ? Answer::Ok : table_.check_write(number, value);
-        if (answer != Answer::Ok) return answer;
+        const ExceptionCode code =
+            is_profile_register(number) ? ExceptionCode::None : table_.check_write(number, value);
+        if (code != ExceptionCode::None) return code;
         ++number;
     }
     number = first;
     for (const std::int16_t value : values) {
-        const Answer answer = write(number++, value);
-        if (answer != Answer::Ok) return answer;
+        const ExceptionCode code = write(number++, value);
+        if (code != ExceptionCode::None) return code;
     }
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Controller::reset(std::int16_t value) {
-    const Answer answer = table_.check_write(reg::kReset, value);
-    if (answer != Answer::Ok) return answer;
+ExceptionCode Controller::reset(std::int16_t value) {
+    const ExceptionCode code = table_.check_write(reg::kReset, value);
+    if (code != ExceptionCode::None) return code;
     if (table_.value(reg::kResetKey1) != kKey1 || table_.value(reg::kResetKey2) != kKey2) {
-        return Answer::IllegalValue;
+        return ExceptionCode::IllegalValue;
     }
     // Profiles stay: they are erased one by one, through their own registers.
     table_.restore_presets();
     silent_until_ms_ = now_ms_ + kRestartMs;
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
 } // namespace pelvan::simulator

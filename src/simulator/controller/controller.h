@@ -16,7 +16,6 @@ namespace pelvan::simulator {
 
 /// Register numbers with a meaning to the controller itself.
 namespace reg {
-inline constexpr std::uint16_t kModel = 0;
 inline constexpr std::uint16_t kProcessValue1 = 100;
 inline constexpr std::uint16_t kOutput1 = 103;
 inline constexpr std::uint16_t kProcessValue2 = 104;
@@ -43,14 +42,14 @@ class Controller {
     /// Lets time pass up to `now_ms`; a step backwards is taken as none.
     void advance(double now_ms);
 
-    /// A controller that restarts after a reset hears and says nothing for two seconds.
+    /// A controller that restarts after a reset receives and sends nothing for two seconds.
     [[nodiscard]] bool silent(double now_ms) const { return now_ms < silent_until_ms_; }
 
-    [[nodiscard]] Answer read(std::uint16_t number, std::int16_t& value) const;
-    Answer write(std::uint16_t number, std::int16_t value);
+    [[nodiscard]] ExceptionCode read(std::uint16_t number, std::int16_t& value) const;
+    ExceptionCode write(std::uint16_t number, std::int16_t value);
     /// Checks every value before it writes the first: all or none, profile registers aside, which
     /// act one upon the other.
-    Answer write_many(std::uint16_t first, const std::vector<std::int16_t>& values);
+    ExceptionCode write_many(std::uint16_t first, const std::vector<std::int16_t>& values);
 
     [[nodiscard]] std::vector<bool>& coils() { return coils_; }
     [[nodiscard]] const std::vector<bool>& inputs() const { return inputs_; }
@@ -58,7 +57,7 @@ class Controller {
 
   private:
     [[nodiscard]] bool is_profile_register(std::uint16_t number) const;
-    Answer reset(std::int16_t value);
+    ExceptionCode reset(std::int16_t value);
     void show_process();
 
     RegisterTable table_;

@@ -36,8 +36,8 @@ constexpr std::array<FieldRule, 14> kRules{{
     {4010, 0, 0, 2, kTimed},                       // wait for: nothing, input 1, input 2
     {4011, 0, 0, 255, kRunning},                   // event outputs, a bit each
     {4012, 10, 1, 9999, kRampRate},                // tenths of a degree a minute
-    {4013, 1, 1, Profiles::kMostProfiles, kJump},  // profile to go to
-    {4014, 1, 1, Profiles::kMostSteps, kJump},     // step to go to
+    {4013, 1, 1, Profiles::kMaxProfiles, kJump},   // profile to go to
+    {4014, 1, 1, Profiles::kMaxSteps, kJump},      // step to go to
     {4015, 0, 0, 999, kJump},                      // how many times
     {4016, 0, 0, 3, kEnd},                         // end: hold, control off, all off, idle
     {4017, 0, -2000, 9999, kEnd},                  // idle set point
@@ -85,31 +85,31 @@ bool Profiles::at_end_step() const {
     return step_ + 1 == profiles_[profile_].steps.size();
 }
 
-Answer Profiles::read(std::uint16_t number, std::int16_t& value) const {
+ExceptionCode Profiles::read(std::uint16_t number, std::int16_t& value) const {
     const Profile* profile = selected();
     switch (number) {
     case reg::kProfileNumber:
         value = as_value(profile_ + 1);
-        return Answer::Ok;
+        return ExceptionCode::None;
     case reg::kStepNumber:
         value = as_value(step_ + 1);
-        return Answer::Ok;
+        return ExceptionCode::None;
     case reg::kProfileAction:
         value = 0;
-        return Answer::Ok;
+        return ExceptionCode::None;
     case reg::kStepCount:
         value = profile == nullptr ? std::int16_t{0} : as_value(profile->steps.size());
-        return Answer::Ok;
+        return ExceptionCode::None;
     case reg::kHighestProfile:
         value = as_value(profiles_.size());
-        return Answer::Ok;
+        return ExceptionCode::None;
     case reg::kProfileExists:
         value = profile == nullptr ? 0 : 1;
-        return Answer::Ok;
+        return ExceptionCode::None;
     default:
         break;
     }
-    if (profile == nullptr) return Answer::IllegalAddress;
+    if (profile == nullptr) return ExceptionCode::IllegalAddress;
     const Step& step = profile->steps[step_];
     if (number == reg::kStepType) {
         value = as_value(step.type);
@@ -118,40 +118,40 @@ Answer Profiles::read(std::uint16_t number, std::int16_t& value) const {
             profile->name[static_cast<std::size_t>(number - reg::kProfileNameFirst)]);
     } else {
         const auto field = step.fields.find(number);
-        if (field == step.fields.end()) return Answer::IllegalAddress;
+        if (field == step.fields.end()) return ExceptionCode::IllegalAddress;
         value = field->second;
     }
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::write(std::uint16_t number, std::int16_t value) {
+ExceptionCode Profiles::write(std::uint16_t number, std::int16_t value) {
     if (number == reg::kProfileNumber) return select_profile(value);
     if (number == reg::kProfileAction) return act(value);
-    if (selected() == nullptr) return Answer::IllegalAddress;
+    if (selected() == nullptr) return ExceptionCode::IllegalAddress;
     if (number == reg::kStepNumber) return select_step(value);
     if (number == reg::kStepType) return set_type(value);
     if (is_field(number)) return set_field(number, value);
     if (is_name(number)) return set_name(number, value);
-    return Answer::IllegalAddress;
+    return ExceptionCode::IllegalAddress;
 }
 
-Answer Profiles::select_profile(std::int16_t value) {
-    if (value < 1 || value > kMostProfiles) return Answer::IllegalValue;
+ExceptionCode Profiles::select_profile(std::int16_t value) {
+    if (value < 1 || value > kMaxProfiles) return ExceptionCode::IllegalValue;
     const auto index = static_cast<std::size_t>(value - 1);
-    if (index > profiles_.size()) return Answer::IllegalValue;
+    if (index > profiles_.size()) return ExceptionCode::IllegalValue;
     profile_ = index;
     step_ = 0;
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::select_step(std::int16_t value) {
+ExceptionCode Profiles::select_step(std::int16_t value) {
     const auto count = static_cast<std::int16_t>(selected()->steps.size());
-    if (value < 1 || value > count) return Answer::IllegalValue;
+    if (value < 1 || value > count) return ExceptionCode::IllegalValue;
     step_ = static_cast<std::size_t>(value - 1);
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::act(std::int16_t value) {
+ExceptionCode Profiles::act(std::int16_t value) {
     switch (static_cast<ProfileAction>(value)) {
     case ProfileAction::Create:
         return create();
@@ -162,66 +162,67 @@ Answer Profiles::act(std::int16_t value) {
     case ProfileAction::DeleteStep:
         return delete_step();
     }
-    return Answer::IllegalValue;
+    return ExceptionCode::IllegalValue;
 }
 
-Answer Profiles::create() {
+ExceptionCode Profiles::create() {
     // After an erasure the selected number may lie beyond the next free one.
-    if (selected() != nullptr || profile_ > profiles_.size()) return Answer::IllegalValue;
+    if (selected() != nullptr || profile_ > profiles_.size()) return ExceptionCode::IllegalValue;
     if (profile_ == profiles_.size()) profiles_.emplace_back();
     profiles_[profile_] = Profile{};
     profiles_[profile_].steps.push_back(make_step(StepType::End));
     step_ = 0;
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::erase() {
-    if (selected() == nullptr) return Answer::IllegalValue;
+ExceptionCode Profiles::erase() {
+    if (selected() == nullptr) return ExceptionCode::IllegalValue;
     profiles_[profile_] = Profile{};
     step_ = 0;
     while (!profiles_.empty() && profiles_.back().steps.empty())
         profiles_.pop_back();
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::insert_step() {
+ExceptionCode Profiles::insert_step() {
     Profile* profile = selected();
-    if (profile == nullptr || profile->steps.size() >= kMostSteps) return Answer::IllegalValue;
+    if (profile == nullptr || profile->steps.size() >= kMaxSteps)
+        return ExceptionCode::IllegalValue;
     profile->steps.insert(std::next(profile->steps.begin(), static_cast<std::ptrdiff_t>(step_)),
                           make_step(StepType::Soak));
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::delete_step() {
+ExceptionCode Profiles::delete_step() {
     Profile* profile = selected();
-    if (profile == nullptr || at_end_step()) return Answer::IllegalValue;
+    if (profile == nullptr || at_end_step()) return ExceptionCode::IllegalValue;
     profile->steps.erase(std::next(profile->steps.begin(), static_cast<std::ptrdiff_t>(step_)));
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::set_type(std::int16_t value) {
-    if (value < 0 || value > as_value(StepType::Jump)) return Answer::IllegalValue;
+ExceptionCode Profiles::set_type(std::int16_t value) {
+    if (value < 0 || value > as_value(StepType::Jump)) return ExceptionCode::IllegalValue;
     const auto type = static_cast<StepType>(value);
     Step& step = selected()->steps[step_];
-    if (at_end_step() != (type == StepType::End)) return Answer::IllegalValue;
+    if (at_end_step() != (type == StepType::End)) return ExceptionCode::IllegalValue;
     if (step.type != type) step = make_step(type);
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::set_field(std::uint16_t number, std::int16_t value) {
+ExceptionCode Profiles::set_field(std::uint16_t number, std::int16_t value) {
     Step& step = selected()->steps[step_];
     const FieldRule* rule = rule_of(number, step.type);
-    if (rule == nullptr) return Answer::IllegalAddress;
-    if (value < rule->min || value > rule->max) return Answer::IllegalValue;
+    if (rule == nullptr) return ExceptionCode::IllegalAddress;
+    if (value < rule->min || value > rule->max) return ExceptionCode::IllegalValue;
     step.fields[number] = value;
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer Profiles::set_name(std::uint16_t number, std::int16_t value) {
-    if (value < 32 || value > 126) return Answer::IllegalValue;
+ExceptionCode Profiles::set_name(std::uint16_t number, std::int16_t value) {
+    if (value < 32 || value > 126) return ExceptionCode::IllegalValue;
     selected()->name[static_cast<std::size_t>(number - reg::kProfileNameFirst)] =
         static_cast<char>(value);
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
 } // namespace pelvan::simulator

@@ -37,15 +37,15 @@ enum class StepType : std::int16_t { End = 0, RampTime = 1, RampRate = 2, Soak =
 
 class Profiles {
   public:
-    static constexpr int kMostProfiles = 40;
-    static constexpr int kMostSteps = 50;
+    static constexpr int kMaxProfiles = 40;
+    static constexpr int kMaxSteps = 50;
 
     [[nodiscard]] static bool is_register(std::uint16_t number) {
         return number >= reg::kProfileNumber && number <= reg::kProfileNameLast;
     }
 
-    [[nodiscard]] Answer read(std::uint16_t number, std::int16_t& value) const;
-    Answer write(std::uint16_t number, std::int16_t value);
+    [[nodiscard]] ExceptionCode read(std::uint16_t number, std::int16_t& value) const;
+    ExceptionCode write(std::uint16_t number, std::int16_t value);
 
   private:
     struct Step {
@@ -61,16 +61,16 @@ class Profiles {
     [[nodiscard]] const Profile* selected() const;
     [[nodiscard]] Profile* selected();
     [[nodiscard]] bool at_end_step() const;
-    Answer select_profile(std::int16_t value);
-    Answer select_step(std::int16_t value);
-    Answer act(std::int16_t value);
-    Answer create();
-    Answer erase();
-    Answer insert_step();
-    Answer delete_step();
-    Answer set_type(std::int16_t value);
-    Answer set_field(std::uint16_t number, std::int16_t value);
-    Answer set_name(std::uint16_t number, std::int16_t value);
+    ExceptionCode select_profile(std::int16_t value);
+    ExceptionCode select_step(std::int16_t value);
+    ExceptionCode act(std::int16_t value);
+    ExceptionCode create();
+    ExceptionCode erase();
+    ExceptionCode insert_step();
+    ExceptionCode delete_step();
+    ExceptionCode set_type(std::int16_t value);
+    ExceptionCode set_field(std::uint16_t number, std::int16_t value);
+    ExceptionCode set_name(std::uint16_t number, std::int16_t value);
 
     std::vector<Profile> profiles_; // element 0 is profile 1
     std::size_t profile_ = 0;       // selected, counted from 0; may be one past the last

@@ -14,24 +14,25 @@ const Register* RegisterTable::find(std::uint16_t number) const {
     return found == registers_.end() ? nullptr : &found->second;
 }
 
-Answer RegisterTable::read(std::uint16_t number, std::int16_t& value) const {
+ExceptionCode RegisterTable::read(std::uint16_t number, std::int16_t& value) const {
     const Register* reg = find(number);
-    if (reg == nullptr || !reg->active) return Answer::IllegalAddress;
+    if (reg == nullptr || !reg->active) return ExceptionCode::IllegalAddress;
     value = reg->value;
-    return Answer::Ok;
+    return ExceptionCode::None;
 }
 
-Answer RegisterTable::check_write(std::uint16_t number, std::int16_t value) const {
+ExceptionCode RegisterTable::check_write(std::uint16_t number, std::int16_t value) const {
     const Register* reg = find(number);
-    if (reg == nullptr || !reg->active) return Answer::IllegalAddress;
-    if (reg->access == Access::ReadOnly) return Answer::IllegalAddress;
-    return value >= reg->min && value <= reg->max ? Answer::Ok : Answer::IllegalValue;
+    if (reg == nullptr || !reg->active) return ExceptionCode::IllegalAddress;
+    if (reg->access == Access::ReadOnly) return ExceptionCode::IllegalAddress;
+    return value >= reg->min && value <= reg->max ? ExceptionCode::None
+                                                  : ExceptionCode::IllegalValue;
 }
 
-Answer RegisterTable::write(std::uint16_t number, std::int16_t value) {
-    const Answer answer = check_write(number, value);
-    if (answer == Answer::Ok) set_value(number, value);
-    return answer;
+ExceptionCode RegisterTable::write(std::uint16_t number, std::int16_t value) {
+    const ExceptionCode code = check_write(number, value);
+    if (code == ExceptionCode::None) set_value(number, value);
+    return code;
 }
 
 std::int16_t RegisterTable::value(std::uint16_t number) const {

@@ -1,17 +1,15 @@
 // The registers of a simulated controller: numbers, limits, who may write them and whether they are
-// active. It knows no protocol; an answer is told by the Modbus exception number that it stands
-// for.
+// active. It knows no protocol, but gives refusals the numbers that Modbus gives them.
 #pragma once
 
 #include <cstdint>
 #include <map>
-#include <string>
 
 namespace pelvan::simulator {
 
 /// Outcome of a register access; the values are Modbus exception numbers.
-enum class Answer : std::uint8_t {
-    Ok = 0,
+enum class ExceptionCode : std::uint8_t {
+    None = 0,
     IllegalFunction = 1,
     IllegalAddress = 2, // unknown, inactive, or a write to a read-only register
     IllegalValue = 3,   // outside the limits
@@ -26,7 +24,6 @@ struct Register {
     std::int16_t max = 0;
     Access access = Access::ReadWrite;
     bool active = true;
-    std::string name;
 };
 
 class RegisterTable {
@@ -34,10 +31,10 @@ class RegisterTable {
     /// Adds or replaces a register; its value begins as `reg.preset`.
     void add(std::uint16_t number, Register reg);
 
-    [[nodiscard]] Answer read(std::uint16_t number, std::int16_t& value) const;
+    [[nodiscard]] ExceptionCode read(std::uint16_t number, std::int16_t& value) const;
     /// Whether a write would be accepted; changes nothing.
-    [[nodiscard]] Answer check_write(std::uint16_t number, std::int16_t value) const;
-    Answer write(std::uint16_t number, std::int16_t value);
+    [[nodiscard]] ExceptionCode check_write(std::uint16_t number, std::int16_t value) const;
+    ExceptionCode write(std::uint16_t number, std::int16_t value);
 
     /// The controller's own access: no limits, no access rules; 0 and nothing for an unknown
     /// register.

@@ -16,10 +16,10 @@ constexpr std::string_view kPrefix = "simulated:";
 struct PlanOption {
     const char* name;
     double FaultPlan::*member;
-    double most;
+    double max;
 };
 
-constexpr double kLongestMs = 60000;
+constexpr double kMaxMs = 60000;
 
 constexpr std::array<PlanOption, 14> kPlanOptions{{
     {"lost", &FaultPlan::lost, 1},
@@ -33,20 +33,20 @@ constexpr std::array<PlanOption, 14> kPlanOptions{{
     {"nak", &FaultPlan::nak, 1},
     {"no_etx", &FaultPlan::no_etx, 1},
     {"xoff", &FaultPlan::xoff, 1},
-    {"gap_ms", &FaultPlan::gap_ms, kLongestMs},
-    {"late_ms", &FaultPlan::late_ms, kLongestMs},
-    {"xoff_ms", &FaultPlan::xoff_ms, kLongestMs},
+    {"gap_ms", &FaultPlan::gap_ms, kMaxMs},
+    {"late_ms", &FaultPlan::late_ms, kMaxMs},
+    {"xoff_ms", &FaultPlan::xoff_ms, kMaxMs},
 }};
 
 bool set_number(SimulatedDevice& device, const std::string& name, double value) {
     for (const PlanOption& option : kPlanOptions) {
         if (name != option.name) continue;
         device.faults.*option.member = value;
-        return value >= 0 && value <= option.most;
+        return value >= 0 && value <= option.max;
     }
     if (name == "delay") {
         device.delay_ms = value;
-        return value >= 0 && value <= kLongestMs;
+        return value >= 0 && value <= kMaxMs;
     }
     if (value != std::floor(value) || value < 0 || value > 4294967295.0) return false;
     if (name == "seed") {

@@ -17,13 +17,13 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "simulator/line/simulator_hub.h"
+#include "simulator/line/simulator_registry.h"
 #include "simulator/line/wire.h"
 
 namespace pelvan::simulator {
 namespace {
 
-constexpr double kLongestWaitMs = 100; // how late a stop is noticed at most
+constexpr double kMaxWaitMs = 100; // how late a stop is noticed at most
 constexpr double kUsualBaud = 9600;
 
 class Descriptor {
@@ -147,7 +147,7 @@ class Plug {
 template <class Peer> void serve(int master, Peer peer, const std::atomic<bool>& stop) {
     while (!stop) {
         const double next = peer.next_ms();
-        const double wait = next < 0 ? kLongestWaitMs : std::min(next - now_ms(), kLongestWaitMs);
+        const double wait = next < 0 ? kMaxWaitMs : std::min(next - now_ms(), kLongestWaitMs);
         if (readable_within(master, wait)) {
             std::array<char, 4096> bytes{};
             const ssize_t count = ::read(master, bytes.data(), bytes.size());

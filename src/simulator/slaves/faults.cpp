@@ -23,7 +23,7 @@ void FaultSource::flip_bit(std::string& bytes) {
     bytes[index] = as_char(byte_at(bytes, index) ^ 1U << below(8));
 }
 
-void FaultSource::spoil_ends(const Reply& reply, std::string& bytes) {
+void FaultSource::corrupt_ends(const Reply& reply, std::string& bytes) {
     const bool ack = reply.kind == ReplyKind::FullAck || reply.kind == ReplyKind::TelluraAck;
     if (happens(plan_.lost_ack) && ack) bytes.clear();
     if (happens(plan_.nak) && ack && !bytes.empty()) bytes.back() = kNak;
@@ -37,7 +37,7 @@ std::vector<Piece> FaultSource::apply(const Reply& reply) {
     if (reply.bytes.empty()) return {};
     std::string bytes = reply.bytes;
     if (happens(plan_.other) && !reply.from_another.empty()) bytes = reply.from_another;
-    spoil_ends(reply, bytes);
+    corrupt_ends(reply, bytes);
     const bool lost = happens(plan_.lost);
     if (lost || bytes.empty()) return {};
     if (happens(plan_.flip)) flip_bit(bytes);

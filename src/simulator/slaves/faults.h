@@ -30,7 +30,7 @@ struct FaultPlan {
     double late = 0;     // the reply begins late
     double other = 0;    // a device with another address answers
     double lost_ack = 0; // Full, Tellura/AB: a request is not acknowledged
-    double nak = 0;      // Full, Tellura/AB: NAK in the place of ACK
+    double nak = 0;      // Full, Tellura/AB: NAK instead of ACK
     double no_etx = 0;   // Full: the response lacks its ETX
     double xoff = 0;     // Xon: XOFF, a pause and XON before the reply
     double gap_ms = 100;
@@ -55,7 +55,7 @@ class FaultSource {
   private:
     [[nodiscard]] bool happens(double rate);
     [[nodiscard]] unsigned below(unsigned limit);
-    void spoil_ends(const Reply& reply, std::string& bytes);
+    void corrupt_ends(const Reply& reply, std::string& bytes);
     void flip_bit(std::string& bytes);
 
     FaultPlan plan_;

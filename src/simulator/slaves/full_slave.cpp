@@ -12,11 +12,11 @@ constexpr char kEnq = 5;
 constexpr char kAck = 6;
 constexpr char kLineFeed = 10;
 constexpr char kNak = 21;
-constexpr unsigned kHighestAddress = 32;
+constexpr unsigned kMaxAddress = 32;
 
 /// '0'..'9' for 0 to 9, 'A'..'W' for 10 to 32; 0 for a device that this protocol cannot address.
 char address_character(unsigned address) {
-    if (address > kHighestAddress) return 0;
+    if (address > kMaxAddress) return 0;
     return static_cast<char>(address < 10 ? '0' + address : 'A' + address - 10);
 }
 
@@ -76,7 +76,7 @@ Reply FullSlave::poll(char asked) {
     selected_ = asked == own;
     response_.clear();
     if (!selected_) return {};
-    const char other = address_character(station_.address % kHighestAddress + 1);
+    const char other = address_character(station_.address % kMaxAddress + 1);
     return {ReplyKind::FullPoll, std::string{own, kAck}, std::string{other, kAck}};
 }
 

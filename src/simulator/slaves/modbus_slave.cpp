@@ -9,10 +9,10 @@ namespace {
 
 constexpr std::size_t kHeader = 6;       // address, function, two words
 constexpr std::size_t kShortRequest = 8; // header and CRC
-constexpr unsigned kMostReadRegisters = 125;
-constexpr unsigned kMostWrittenRegisters = 123;
-constexpr unsigned kMostReadBits = 2000;
-constexpr unsigned kMostWrittenBits = 1968;
+constexpr unsigned kMaxReadRegisters = 125;
+constexpr unsigned kMaxWrittenRegisters = 123;
+constexpr unsigned kMaxReadBits = 2000;
+constexpr unsigned kMaxWrittenBits = 1968;
 constexpr std::uint16_t kCoilOn = 0xFF00;
 
 /// What a request asks for, its CRC taken off.
@@ -25,65 +25,67 @@ struct Request {
 
 /// Body of a reply from the function code on, or the exception.
 struct Outcome {
-    Answer answer = Answer::Ok;
+    ExceptionCode code = ExceptionCode::None;
     std::string data;
 };
 
-Outcome refuse(Answer answer) {
-    return {answer, {}};
+Outcome refuse(ExceptionCode code) {
+    return {code, {}};
 }
 
 Outcome echo(const Request& request) {
-    return {Answer::Ok, std::string(request.bytes.substr(2, 4))};
+    return {ExceptionCode::None, std::string(request.bytes.substr(2, 4))};
 }
 
 Outcome read_bits(const std::vector<bool>& bits, const Request& request) {
-    if (!request.short_form || request.second == 0 || request.second > kMostReadBits) {
-        return refuse(Answer::IllegalValue);
+    if (!request.short_form || request.second == 0 || request.second > kMaxReadBits) {
+        return refuse(ExceptionCode::IllegalValue);
     }
     if (request.first + std::size_t{request.second} > bits.size()) {
-        return refuse(Answer::IllegalAddress);
+        return refuse(ExceptionCode::IllegalAddress);
     }
     std::string packed((request.second + 7U) / 8U, '\0');
     for (std::size_t i = 0; i < request.second; ++i) {
         if (bits[request.first + i]) packed[i / 8] = as_char(byte_at(packed, i / 8) | 1U << i % 8);
     }
-    return {Answer::Ok, as_char(static_cast<unsigned>(packed.size())) + packed};
+    return {ExceptionCode::None, as_char(static_cast<unsigned>(packed.size())) + packed};
 }
 
 Outcome read_registers(const Controller& controller, const Request& request) {
-    if (!request.short_form || request.second == 0 || request.second > kMostReadRegisters) {
-        return refuse(Answer::IllegalValue);
+    if (!request.short_form || request.second == 0 || request.second > kMaxReadRegisters) {
+        return refuse(ExceptionCode::IllegalValue);
     }
     std::string data(1, as_char(2U * request.second));
     for (unsigned i = 0; i < request.second; ++i) {
-        if (request.first + i > 0xFFFFU) return refuse(Answer::IllegalAddress);
+        if (request.first + i > 0xFFFFU) return refuse(ExceptionCode::IllegalAddress);
         std::int16_t value = 0;
-        const Answer answer = controller.read(static_cast<std::uint16_t>(request.first + i), value);
-        if (answer != Answer::Ok) return refuse(answer);
+        const ExceptionCode code =
+            controller.read(static_cast<std::uint16_t>(request.first + i), value);
+        if (code != ExceptionCode::None) return refuse(code);
         append_word(data, static_cast<std::uint16_t>(value));
     }
-    return {Answer::Ok, data};
+    return {ExceptionCode::None, data};
 }
 
 Outcome write_coil(Controller& controller, const Request& request) {
-    if (!request.short_form) return refuse(Answer::IllegalValue);
-    if (request.first >= controller.coils().size()) return refuse(Answer::IllegalAddress);
-    if (request.second != 0 && request.second != kCoilOn) return refuse(Answer::IllegalValue);
+    if (!request.short_form) return refuse(ExceptionCode::IllegalValue);
+    if (request.first >= controller.coils().size()) return refuse(ExceptionCode::IllegalAddress);
+    if (request.second != 0 && request.second != kCoilOn)
+        return refuse(ExceptionCode::IllegalValue);
     controller.coils()[request.first] = request.second == kCoilOn;
     return echo(request);
 }
 
 Outcome write_register(Controller& controller, const Request& request) {
-    if (!request.short_form) return refuse(Answer::IllegalValue);
-    const Answer answer =
+    if (!request.short_form) return refuse(ExceptionCode::IllegalValue);
+    const ExceptionCode code =
         controller.write(request.first, static_cast<std::int16_t>(request.second));
-    return answer == Answer::Ok ? echo(request) : refuse(answer);
+    return code == ExceptionCode::None ? echo(request) : refuse(code);
 }
 
 Outcome loop_back(const Request& request) {
-    if (request.first != 0) return refuse(Answer::IllegalFunction);
-    return {Answer::Ok, std::string(request.bytes.substr(2))};
+    if (request.first != 0) return refuse(ExceptionCode::IllegalFunction);
+    return {ExceptionCode::None, std::string(request.bytes.substr(2))};
 }
 
 /// Two forms of function 15 are understood: one word a coil, 0 for off and anything else for on,
@@ -91,17 +93,17 @@ Outcome loop_back(const Request& request) {
 /// count tells which: no number of coils gives the same count in both.
 Outcome write_coils(Controller& controller, const Request& request) {
     const std::string_view bytes = request.bytes;
-    if (bytes.size() < kHeader + 1) return refuse(Answer::IllegalValue);
+    if (bytes.size() < kHeader + 1) return refuse(ExceptionCode::IllegalValue);
     const std::size_t count = request.second;
     const std::size_t byte_count = byte_at(bytes, kHeader);
     const bool words = byte_count == 2 * count;
     const bool packed = byte_count == (count + 7) / 8;
-    if (count == 0 || count > kMostWrittenBits || !(words || packed) ||
+    if (count == 0 || count > kMaxWrittenBits || !(words || packed) ||
         bytes.size() != kHeader + 1 + byte_count) {
-        return refuse(Answer::IllegalValue);
+        return refuse(ExceptionCode::IllegalValue);
     }
     std::vector<bool>& coils = controller.coils();
-    if (request.first + count > coils.size()) return refuse(Answer::IllegalAddress);
+    if (request.first + count > coils.size()) return refuse(ExceptionCode::IllegalAddress);
     const std::string_view data = bytes.substr(kHeader + 1);
     for (std::size_t i = 0; i < count; ++i) {
         coils[request.first + i] =
@@ -112,19 +114,19 @@ Outcome write_coils(Controller& controller, const Request& request) {
 
 Outcome write_registers(Controller& controller, const Request& request) {
     const std::string_view bytes = request.bytes;
-    if (bytes.size() < kHeader + 1) return refuse(Answer::IllegalValue);
+    if (bytes.size() < kHeader + 1) return refuse(ExceptionCode::IllegalValue);
     const std::size_t count = request.second;
-    if (count == 0 || count > kMostWrittenRegisters || byte_at(bytes, kHeader) != 2 * count ||
+    if (count == 0 || count > kMaxWrittenRegisters || byte_at(bytes, kHeader) != 2 * count ||
         bytes.size() != kHeader + 1 + 2 * count) {
-        return refuse(Answer::IllegalValue);
+        return refuse(ExceptionCode::IllegalValue);
     }
-    if (request.first + count > 0x10000U) return refuse(Answer::IllegalAddress);
+    if (request.first + count > 0x10000U) return refuse(ExceptionCode::IllegalAddress);
     std::vector<std::int16_t> values;
     for (std::size_t i = 0; i < count; ++i) {
         values.push_back(static_cast<std::int16_t>(word_at(bytes, kHeader + 1 + 2 * i)));
     }
-    const Answer answer = controller.write_many(request.first, values);
-    return answer == Answer::Ok ? echo(request) : refuse(answer);
+    const ExceptionCode code = controller.write_many(request.first, values);
+    return code == ExceptionCode::None ? echo(request) : refuse(code);
 }
 
 bool is_known(unsigned function) {
@@ -151,7 +153,7 @@ Outcome execute(Controller& controller, unsigned function, const Request& reques
     case 16:
         return write_registers(controller, request);
     default:
-        return refuse(Answer::IllegalFunction);
+        return refuse(ExceptionCode::IllegalFunction);
     }
 }
 
@@ -162,7 +164,8 @@ std::string modbus_reply(Controller& controller, unsigned address, std::string_v
     if (asked != address && asked != 0) return {};
     const unsigned function = byte_at(request, 1);
     const std::string_view body = request.substr(0, request.size() - 2);
-    Outcome outcome = refuse(is_known(function) ? Answer::IllegalValue : Answer::IllegalFunction);
+    Outcome outcome =
+        refuse(is_known(function) ? ExceptionCode::IllegalValue : ExceptionCode::IllegalFunction);
     if (body.size() >= kHeader) {
         outcome =
             execute(controller, function,
@@ -170,11 +173,11 @@ std::string modbus_reply(Controller& controller, unsigned address, std::string_v
     }
     if (asked == 0) return {};
     std::string reply(1, as_char(address));
-    if (outcome.answer == Answer::Ok) {
+    if (outcome.code == ExceptionCode::None) {
         reply += as_char(function) + outcome.data;
     } else {
         reply += as_char(function | 0x80U);
-        reply += as_char(static_cast<unsigned>(outcome.answer));
+        reply += as_char(static_cast<unsigned>(outcome.code));
     }
     return with_modbus_crc(std::move(reply));
 }

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kXonCharacter = "\x11";
 constexpr std::string_view kXoffCharacter = "\x13";
-constexpr std::size_t kLongestMessage = 1024;
+constexpr std::size_t kMaxMessage = 1024;
 constexpr double kForgetAfterMs = 20;
 constexpr double kTypingMs = 10000; // a command line may be typed by hand
 
@@ -30,7 +30,7 @@ std::vector<Piece> Responder::receive(std::string_view bytes, double now_ms) {
     if (now_ms - last_ms_ > (typing ? kTypingMs : kForgetAfterMs)) heard_.clear();
     last_ms_ = now_ms;
     heard_ += bytes;
-    if (station_.controller.silent(now_ms) || heard_.size() > kLongestMessage) heard_.clear();
+    if (station_.controller.silent(now_ms) || heard_.size() > kMaxMessage) heard_.clear();
     std::vector<Piece> pieces;
     for (const Reply& reply : answer()) {
         for (Piece& piece : station_.faults.apply(reply))

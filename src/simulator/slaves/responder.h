@@ -1,6 +1,6 @@
-// Hears what a host sends and answers in the host's protocol: all are spoken on the same line and
-// told apart by their bytes. Bytes that are no message of any protocol are forgotten when the line
-// has been quiet for a while. When bytes travel is the wire's business, not this class's.
+// Receives what a host sends and answers in the host's protocol: all are spoken on the same line
+// and told apart by their bytes. Bytes that are no message of any protocol are forgotten when the
+// line has been quiet for a while. When bytes travel is the wire's business, not this class's.
 #pragma once
 
 #include <string>

@@ -13,7 +13,7 @@ constexpr char kDle = 16;
 constexpr char kNak = 21;
 
 constexpr unsigned kAddressOffset = 7;
-constexpr unsigned kHighestAddress = 32;
+constexpr unsigned kMaxAddress = 32;
 constexpr unsigned kReadCommand = 1;
 constexpr unsigned kWriteCommand = 8;
 constexpr unsigned kReplyBit = 0x40;
@@ -51,9 +51,9 @@ std::optional<Parts> take_apart(std::string_view bytes) {
     return std::nullopt;
 }
 
-unsigned status_of(Answer answer) {
-    if (answer == Answer::Ok) return kStatusOk;
-    return answer == Answer::IllegalAddress ? kStatusBadAddress : kStatusBadValue;
+unsigned status_of(ExceptionCode code) {
+    if (code == ExceptionCode::None) return kStatusOk;
+    return code == ExceptionCode::IllegalAddress ? kStatusBadAddress : kStatusBadValue;
 }
 
 } // namespace
@@ -66,7 +66,7 @@ std::optional<std::vector<Reply>> TelluraSlave::hear(std::string_view bytes) {
     if (bytes[1] != kStx) return std::nullopt;
     const std::optional<Parts> parts = take_apart(bytes);
     if (!parts || parts->check.empty()) return std::nullopt;
-    const bool own = parts->body.size() > kSource && station_.address <= kHighestAddress &&
+    const bool own = parts->body.size() > kSource && station_.address <= kMaxAddress &&
                      byte_at(parts->body, kDestination) == station_.address + kAddressOffset;
     if (!own) return std::vector<Reply>{};
     for (const Check check : {Check::Bcc, Check::Crc}) {
@@ -91,7 +91,7 @@ std::vector<Reply> TelluraSlave::obey(const std::string& body, Check check) {
         return packet(reply, check);
     };
     last_packet_ = {{ReplyKind::Tellura, reply_from(station_.address),
-                     reply_from(station_.address % kHighestAddress + 1)}};
+                     reply_from(station_.address % kMaxAddress + 1)}};
     return {link_answer_[0], last_packet_[0]};
 }
 
@@ -107,8 +107,8 @@ unsigned TelluraSlave::read(const std::string& body, std::string& data) {
     std::string values;
     for (std::uint16_t number = word_at(body, kParameter); values.size() < count; ++number) {
         std::int16_t value = 0;
-        const Answer answer = station_.controller.read(number, value);
-        if (answer != Answer::Ok) return status_of(answer);
+        const ExceptionCode code = station_.controller.read(number, value);
+        if (code != ExceptionCode::None) return status_of(code);
         append_word(values, static_cast<std::uint16_t>(value));
     }
     data = values.substr(0, count);

@@ -1,5 +1,5 @@
 // The Tellura/AB end of a simulated controller: DLE-framed packets with a one-byte BCC or a CRC. A
-// sound request is acknowledged with DLE ACK, the reply packet follows at once with the request's
+// valid request is acknowledged with DLE ACK, the reply packet follows at once with the request's
 // kind of check; a damaged one is answered with DLE NAK. DLE ENQ repeats the acknowledgement,
 // DLE NAK the reply packet.
 //

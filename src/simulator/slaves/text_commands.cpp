@@ -12,7 +12,7 @@
 namespace pelvan::simulator {
 namespace {
 
-constexpr std::size_t kLongestCommand = 40;
+constexpr std::size_t kMaxCommand = 40;
 
 struct Parameter {
     const char* name;
@@ -100,9 +100,9 @@ TextResult write_register(Station& station, const Parameter& parameter, double v
     if (reg->access == Access::ReadOnly) return failed(text_error::kReadOnly);
     const double whole = std::round(parameter.decimals == 0 ? value : value * 10);
     if (!(whole >= reg->min && whole <= reg->max)) return failed(text_error::kOutOfLimit);
-    const Answer answer =
+    const ExceptionCode code =
         station.controller.write(parameter.number, static_cast<std::int16_t>(whole));
-    return failed(answer == Answer::Ok ? text_error::kNone : text_error::kOutOfLimit);
+    return failed(code == ExceptionCode::None ? text_error::kNone : text_error::kOutOfLimit);
 }
 
 TextResult write_parameter(Station& station, const std::string& name, const std::string& text) {
@@ -116,7 +116,7 @@ TextResult write_parameter(Station& station, const std::string& name, const std:
 }
 
 TextResult carry_out(Station& station, std::string_view command) {
-    if (command.size() > kLongestCommand) return failed(text_error::kTooLong);
+    if (command.size() > kMaxCommand) return failed(text_error::kTooLong);
     const char kind = command.empty() ? ' ' : command[0];
     if (kind != '?' && kind != '=') return failed(text_error::kCommandNotFound);
     const std::vector<std::string> words = words_of(upper_case(command.substr(1)));

@@ -16,7 +16,7 @@ TEST(ControllerTime, TheProcessFollowsItsSetPointAndAlarmsFollowTheProcess) {
     EXPECT_LT(moving, 750);
     EXPECT_EQ(process_at(1e6), 750);
     EXPECT_FALSE(controller.inputs()[8]);
-    ASSERT_EQ(controller.write(803, 700), Answer::Ok); // high limit of alarm 1
+    ASSERT_EQ(controller.write(803, 700), ExceptionCode::None); // high limit of alarm 1
     controller.advance(1e6 + 1000);
     EXPECT_TRUE(controller.inputs()[8]);
     EXPECT_EQ(controller.table().value(reg::kAlarmState1), 1);

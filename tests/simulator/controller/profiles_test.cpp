@@ -11,7 +11,7 @@ namespace {
 class ProfilesTest : public ::testing::Test {
   protected:
     /// Steps on the registers one after another: "4000=5" is written and "4017?-150" is what is
-    /// read; "!2" or "!3" behind it, or in the place of the value, is the exception that comes.
+    /// read; "!2" or "!3" behind it, or instead of the value, is the exception that comes.
     void play(const std::string& steps) {
         std::istringstream in(steps);
         for (std::string step; in >> step;) {
@@ -21,7 +21,7 @@ class ProfilesTest : public ::testing::Test {
             const bool writes = step[sign] == '=';
             const int wanted = sign + 1 < refusal ? std::stoi(step.substr(sign + 1)) : 0;
             std::int16_t value = writes ? static_cast<std::int16_t>(wanted) : std::int16_t{0};
-            const Answer answer =
+            const ExceptionCode answer =
                 writes ? controller.write(number, value) : controller.read(number, value);
             EXPECT_EQ(static_cast<int>(answer),
                       refusal < step.size() ? std::stoi(step.substr(refusal + 1)) : 0)

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "simulator/line/simulator_hub.h"
+#include "simulator/line/simulator_registry.h"
 #include "support/fake_time.h"
 #include "support/frames.h"
 
@@ -16,7 +16,7 @@ class LineTest : public ::testing::Test {
     LineTest() { tick.step_ms = 0; }
 
     void open(const std::string& device, LineSettings settings = {}) {
-        line = hub.open(device, settings);
+        line = registry.open(device, settings);
     }
     /// All that has arrived when so much time has passed.
     std::string taken(double wait_ms = 0) {
@@ -31,7 +31,7 @@ class LineTest : public ::testing::Test {
     }
 
     FakeTick tick{4294967290.0}; // wraps during every test
-    SimulatorHub hub{tick};
+    SimulatorRegistry registry{tick};
     std::unique_ptr<SerialLine> line;
     const std::string read_model = frame("01 03 00 00 00 01");
     const std::string model_reply = frame("01 03 02 02 E6");

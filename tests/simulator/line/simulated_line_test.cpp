@@ -88,7 +88,7 @@ TEST_F(LineTest, TheLoopBackPlugEchoesWhileItsJumperIsIn) {
     // What the device's own text says rules.
     open("simulated:loopback,jumper=out");
     EXPECT_EQ(say("echo"), "");
-    hub.set_jumper(false);
+    registry.set_jumper(false);
     open("simulated:loopback,jumper=in");
     EXPECT_EQ(say("echo"), "echo");
 }

@@ -14,10 +14,10 @@
 
 namespace pelvan::simulator {
 
-class SimulatorHub {
+class SimulatorRegistry {
   public:
-    /// `tick` is borrowed and must outlive the hub and its lines.
-    explicit SimulatorHub(TickSource& tick);
+    /// `tick` is borrowed and must outlive the registry and its lines.
+    explicit SimulatorRegistry(TickSource& tick);
 
     /// Opens a device whose text begins with "simulated:"; 8002 when the rest is not understood.
     [[nodiscard]] std::unique_ptr<SerialLine> open(const std::string& device,
@@ -26,7 +26,6 @@ class SimulatorHub {
     /// The jumper of the device "simulated:loopback" (in at first), also while it is open. A text
     /// with an option "jumper" keeps what that says.
     void set_jumper(bool in) { *jumper_in_ = in; }
-    [[nodiscard]] bool jumper() const { return *jumper_in_; }
 
   private:
     std::shared_ptr<LineClock> clock_;

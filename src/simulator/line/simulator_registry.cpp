@@ -1,4 +1,4 @@
-#include "simulator/line/simulator_hub.h"
+#include "simulator/line/simulator_registry.h"
 
 #include "platform/run_time_error.h"
 
@@ -9,11 +9,11 @@ std::shared_ptr<Station> make_station(const SimulatedDevice& device) {
                                              device.delay_ms, FaultSource(device.faults), 0});
 }
 
-SimulatorHub::SimulatorHub(TickSource& tick)
+SimulatorRegistry::SimulatorRegistry(TickSource& tick)
     : clock_(std::make_shared<LineClock>(tick)), jumper_in_(std::make_shared<bool>(true)) {}
 
-std::unique_ptr<SerialLine> SimulatorHub::open(const std::string& device,
-                                               const LineSettings& settings) {
+std::unique_ptr<SerialLine> SimulatorRegistry::open(const std::string& device,
+                                                    const LineSettings& settings) {
     const std::optional<SimulatedDevice> meant = parse_simulated_device(device);
     if (!meant) throw RunTimeError(error_number::kInvalidPortNumber, device);
     if (meant->loopback) {
