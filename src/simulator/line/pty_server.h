@@ -1,6 +1,6 @@
 // Serves a simulated controller, or the loop-back plug, on a pseudo-terminal, so that this or any
 // other program can open it as a serial device. The pace is the baud rate that the program has set
-// on its end. POSIX only: elsewhere serving ends at once with a report.
+// on its end. Linux only: elsewhere serving ends at once with a report.
 #pragma once
 
 #include <atomic>

@@ -1,12 +1,10 @@
 #include "simulator/line/pty_server.h"
 
-#ifdef __linux__
-
+// Only this header tells a rate that is none of the usual ones. It cannot be
+// included together with <termios.h>, which linux_pty.cpp needs.
 #include <asm/termbits.h>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,9 +12,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 
+#include "simulator/line/linux_pty.h"
 #include "simulator/line/simulator_registry.h"
 #include "simulator/line/wire.h"
 
@@ -25,69 +23,6 @@ namespace {
 
 constexpr double kMaxWaitMs = 100; // how late a stop is noticed at most
 constexpr double kUsualBaud = 9600;
-
-class Descriptor {
-  public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    [[nodiscard]] int get() const { return fd_; }
-    [[nodiscard]] bool good() const { return fd_ >= 0; }
-
-  private:
-    int fd_;
-};
-
-/// A symbolic link that goes when its maker goes, unless someone has made it another's meanwhile.
-class Link {
-  public:
-    Link(std::string path, std::string target)
-        : path_(std::move(path)), target_(std::move(target)) {}
-    Link(const Link&) = delete;
-    Link& operator=(const Link&) = delete;
-    ~Link() {
-        if (made_ && points_here()) ::unlink(path_.c_str());
-    }
-
-    /// Empty when made, else why not.
-    std::string make() {
-        struct stat status {};
-        if (::lstat(path_.c_str(), &status) == 0) {
-            if (!S_ISLNK(status.st_mode)) return path_ + " exists and is no symbolic link";
-            ::unlink(path_.c_str());
-        }
-        made_ = ::symlink(target_.c_str(), path_.c_str()) == 0;
-        return made_ ? "" : path_ + ": " + std::strerror(errno);
-    }
-
-  private:
-    [[nodiscard]] bool points_here() const {
-        std::array<char, 256> target{};
-        const ssize_t length = ::readlink(path_.c_str(), target.data(), target.size());
-        return length > 0 &&
-               std::string(target.data(), static_cast<std::size_t>(length)) == target_;
-    }
-
-    std::string path_;
-    std::string target_;
-    bool made_ = false;
-};
-
-/// A new pseudo-terminal echoes, edits lines and rewrites CR until told otherwise.
-bool make_raw(int fd) {
-    termios2 settings{};
-    if (::ioctl(fd, TCGETS2, &settings) != 0) return false;
-    settings.c_iflag = 0;
-    settings.c_oflag = 0;
-    settings.c_lflag = 0;
-    settings.c_cflag = CS8 | CREAD | CLOCAL | B9600;
-    settings.c_cc[VMIN] = 1;
-    settings.c_cc[VTIME] = 0;
-    return ::ioctl(fd, TCSETS2, &settings) == 0;
-}
 
 /// What the client's end is set to; asked of the controlling side.
 double character_ms(int master) {
@@ -147,7 +82,7 @@ class Plug {
 template <class Peer> void serve(int master, Peer peer, const std::atomic<bool>& stop) {
     while (!stop) {
         const double next = peer.next_ms();
-        const double wait = next < 0 ? kMaxWaitMs : std::min(next - now_ms(), kLongestWaitMs);
+        const double wait = next < 0 ? kMaxWaitMs : std::min(next - now_ms(), kMaxWaitMs);
         if (readable_within(master, wait)) {
             std::array<char, 4096> bytes{};
             const ssize_t count = ::read(master, bytes.data(), bytes.size());
@@ -168,25 +103,16 @@ std::string description(const SimulatedDevice& device) {
            std::to_string(device.address);
 }
 
-std::string slave_path(int master) {
-    std::array<char, 128> name{};
-    if (::grantpt(master) != 0 || ::unlockpt(master) != 0) return {};
-    return ::ptsname_r(master, name.data(), name.size()) == 0 ? name.data() : "";
-}
-
 } // namespace
 
 int serve_on_pty(const PtyServerOptions& options, std::atomic<bool>& stop,
                  const std::function<void(const std::string&)>& report) {
-    const Descriptor master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-    const std::string path = master.good() ? slave_path(master.get()) : "";
-    // Held open to the end: without any open end the controlling side sees nothing but a hang-up.
-    const Descriptor slave(path.empty() ? -1 : ::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    if (!slave.good() || !make_raw(slave.get())) {
+    const Pty pty;
+    if (!pty.good()) {
         report(std::string("Cannot make a pseudo-terminal: ") + std::strerror(errno));
         return 1;
     }
-    Link link(options.link, path);
+    PtyLink link(options.link, pty.path());
     if (!options.link.empty()) {
         const std::string refusal = link.make();
         if (!refusal.empty()) {
@@ -195,28 +121,14 @@ int serve_on_pty(const PtyServerOptions& options, std::atomic<bool>& stop,
         }
     }
     report("Serving " + description(options.device) + " on " +
-           (options.link.empty() ? path : options.link + " (" + path + ")"));
-    const double char_ms = character_ms(master.get());
+           (options.link.empty() ? pty.path() : options.link + " (" + pty.path() + ")"));
+    const double char_ms = character_ms(pty.master());
     if (options.device.loopback) {
-        serve(master.get(), Plug(options.device.jumper_in.value_or(true), char_ms), stop);
+        serve(pty.master(), Plug(options.device.jumper_in.value_or(true), char_ms), stop);
     } else {
-        serve(master.get(), Wire(make_station(options.device), char_ms), stop);
+        serve(pty.master(), Wire(make_station(options.device), char_ms), stop);
     }
     return 0;
 }
 
 } // namespace pelvan::simulator
-
-#else
-
-namespace pelvan::simulator {
-
-int serve_on_pty(const PtyServerOptions&, std::atomic<bool>&,
-                 const std::function<void(const std::string&)>& report) {
-    report("Pseudo-terminals are not available on this system.");
-    return 1;
-}
-
-} // namespace pelvan::simulator
-
-#endif
