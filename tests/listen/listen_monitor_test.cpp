@@ -176,7 +176,7 @@ TEST_F(ListenMonitorTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPor
     EXPECT_EQ(status, "Listening stopped: another channel took the port over.");
     monitor.ListenStart(1);
     EXPECT_TRUE(monitor.listening());
-    monitor.port_closing(*ports[1]); // not the one that is listened on
+    monitor.port_closing(*ports[0]); // not the one that is listened on
     EXPECT_TRUE(monitor.listening());
 }
 
