@@ -114,8 +114,6 @@ Application::Application(Services given, LineOpener opener)
              std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
             form->set_State(WindowState::Normal);
     };
-    channels.before_rebuild = [this] { listen_monitor.ports_rebuilt(); };
-    channels.before_close = [this](SerialPort& port) { listen_monitor.port_closing(port); };
     history.join_console(console, console.mnuFile);
     join_settings();
     console.busy_changed = [this](bool busy) {

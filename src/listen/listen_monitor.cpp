@@ -43,9 +43,9 @@ void ListenMonitor::ListenStart(std::int16_t channel) {
     state_.gListenDevice = &port;
     state_.gListenChannel = channel;
     if (!port.PortOpen()) return end("Not listening: the port could not be opened.");
-    port.OnComm = [this] {
+    received_ = port.OnComm.subscribe([this] {
         if (state_.gListening) ListenProcessEvent();
-    };
+    });
     port.set_RThreshold(1);
     status_changed.raise("Listening on channel " + std::to_string(channel) + ", port " +
                          std::to_string(port.CommPort()) + ", " + port.Settings() + ".");

@@ -46,11 +46,6 @@ class ListenMonitor {
     /// Appends one line to "listenlog.txt"; opens and closes the file for it. Raises file errors.
     void ListenLogLine(const std::string& line);
 
-    /// The ports are about to be destroyed: ends the listening and says so.
-    void ports_rebuilt();
-    /// The port is about to be closed for another channel: ends the listening on it and says so.
-    void port_closing(const SerialPort& port);
-
     ListenOptions options;
     /// `index` is one of `kListenTimeoutsMs`; 9 outside.
     void choose_timeout(int index);
@@ -72,6 +67,10 @@ class ListenMonitor {
     static constexpr char kLogFileName[] = "listenlog.txt";
 
   private:
+    /// The ports are about to be destroyed: ends the listening and says so.
+    void ports_rebuilt();
+    /// The port is about to be closed for another channel: ends the listening on it and says so.
+    void port_closing(const SerialPort& port);
     void close_lost(std::int16_t channel);
     void end(const std::string& status);
     void begin_session();
@@ -88,6 +87,10 @@ class ListenMonitor {
     std::string directory_;
     ListenStatistics statistics_{state_.gListenStats};
     Traffic traffic_;
+    Subscription rebuild_ = link_.channels().before_rebuild.subscribe([this] { ports_rebuilt(); });
+    Subscription closing_ = link_.channels().before_close.subscribe(
+        [this](const SerialPort& port) { port_closing(port); });
+    Subscription received_;
 };
 
 } // namespace pelvan

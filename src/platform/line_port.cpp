@@ -19,10 +19,6 @@ constexpr std::size_t kReceiveLimit = std::size_t{1} << 20;
 LinePort::LinePort(DeviceMap devices, LineOpener opener)
     : devices_(std::move(devices)), opener_(std::move(opener)) {}
 
-LinePort::~LinePort() {
-    close();
-}
-
 void LinePort::set_CommPort(std::int16_t number) {
     if (open_) throw RunTimeError(error_number::kOpenNotAllowed);
     if (number < 1 || number > kHighestPort) throw RunTimeError(error_number::kInvalidPortNumber);
@@ -62,7 +58,7 @@ void LinePort::open() {
     settings->rts = rts_;
     line_ = opener_(*device, *settings);
     open_ = true;
-    watching_changed();
+    watch_changed.raise();
 }
 
 void LinePort::close() {
@@ -75,10 +71,10 @@ void LinePort::close() {
 }
 
 /// Gives up the line at once: a dead handle that is kept makes the system give the adapter another
-/// name when it comes back. Whoever watches the handle hears of it while it is still a valid one.
+/// name when it comes back. Whoever watches the handle is notified while it is still a valid one.
 void LinePort::release_line() {
     const auto released = std::move(line_);
-    watching_changed();
+    watch_changed.raise();
 }
 
 long LinePort::InBufferCount() {
@@ -120,7 +116,7 @@ void LinePort::set_Output(const std::string& bytes) {
 
 void LinePort::set_RThreshold(std::int16_t count) {
     threshold_ = count;
-    watching_changed();
+    watch_changed.raise();
 }
 
 int LinePort::CommID() const {
@@ -146,20 +142,16 @@ void LinePort::check_receive() {
     if (open_) pump();
     const bool enough = threshold_ > 0 && received_.size() >= static_cast<std::size_t>(threshold_);
     const bool last_bytes = loss_to_report() && !received_.empty();
-    if (enough || last_bytes) raise_receive();
-    if (!loss_to_report()) return;
-    loss_reported_ = true;
-    input_taken_ = false; // so that this event's handler meets the error
-    raise_receive();
+    if (!enough && !last_bytes) {
+        if (!loss_to_report()) return;
+        loss_reported_ = true;
+        input_taken_ = false; // so that this event's handler meets the error
+    }
+    OnComm.raise(); // last, for the handler may end this object
 }
 
 bool LinePort::loss_to_report() const {
     return open_ && !line_ && threshold_ > 0 && !loss_reported_;
-}
-
-void LinePort::raise_receive() const {
-    const auto handler = OnComm; // the handler may put another one in its place
-    if (handler) handler();
 }
 
 void LinePort::require_open() const {
@@ -183,10 +175,6 @@ void LinePort::use_line(const std::function<void(SerialLine&)>& action) {
         pump();
         throw;
     }
-}
-
-void LinePort::watching_changed() const {
-    if (watch_changed) watch_changed();
 }
 
 } // namespace pelvan

@@ -4,7 +4,7 @@
 //
 // A line that is lost is given up at once, and the object stays "open but lost" until it is closed
 // and opened anew: bytes that arrived before are still delivered, then reading raises 8020 and
-// writing 57. `CommID` is then -1 and `watch_changed` was called; a watcher that finds the object
+// writing 57. `CommID` is then -1 and `watch_changed` was raised; a watcher that finds the object
 // open with a threshold should run `check_receive` once more, which raises the event of the loss.
 #pragma once
 
@@ -24,7 +24,6 @@ using DeviceMap = std::function<std::optional<std::string>(int number)>;
 class LinePort : public SerialPort {
   public:
     LinePort(DeviceMap devices, LineOpener opener);
-    ~LinePort() override;
 
     std::int16_t CommPort() const override { return comm_port_; }
     void set_CommPort(std::int16_t number) override;
@@ -56,9 +55,7 @@ class LinePort : public SerialPort {
     void pump();
     void use_line(const std::function<void(SerialLine&)>& action);
     void release_line();
-    void raise_receive() const;
     [[nodiscard]] bool loss_to_report() const;
-    void watching_changed() const;
 
     DeviceMap devices_;
     LineOpener opener_;

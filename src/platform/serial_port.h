@@ -9,8 +9,9 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
+
+#include "platform/event.h"
 
 namespace pelvan {
 
@@ -69,16 +70,18 @@ class SerialPort {
     /// the line has no such wire. `DTREnable` and `RTSEnable` keep their values.
     virtual void EscapeCommFunction(EscapeCode code) = 0;
 
-    /// Called (from `check_receive` only) when at least `RThreshold` bytes wait.
-    std::function<void()> OnComm;
+    /// Raised (by `check_receive` only) when at least `RThreshold` bytes wait.
+    Event<> OnComm;
 
-    /// Called when `CommID`, `RThreshold` or the open state changed, so that whoever watches the
-    /// handle for readiness can begin or end watching.
-    std::function<void()> watch_changed;
+    /// Raised when `CommID`, `RThreshold` or the open state changed, so that whoever watches the
+    /// handle for readiness can begin or end watching. Not raised by the destructor: the object's
+    /// owner says when it ends.
+    Event<> watch_changed;
 
-    /// Takes in what has arrived and raises `OnComm` when the threshold is reached. The event loop
-    /// calls it when the handle is readable; nothing else does. Never throws for a line that is
-    /// gone: the event is raised once instead, so that its handler meets the error.
+    /// Takes in what has arrived and raises `OnComm`, at most once, when the threshold is reached.
+    /// The event loop calls it when the handle is readable; nothing else does. Never throws for a
+    /// line that is gone: the event is raised once more instead, by the next call, so that its
+    /// handler meets the error. A handler may end the object.
     virtual void check_receive() = 0;
 };
 

@@ -95,18 +95,19 @@ void frm_Comms::load() {
 }
 
 void frm_Comms::unload() {
-    if (element_changed && !com_Device.empty()) element_changed(nullptr);
+    if (!com_Device.empty()) element_changed.raise(nullptr);
     com_Device.clear();
 }
 
 SerialPort& frm_Comms::extend() {
     com_Device.push_back(factory_());
-    if (element_changed) element_changed(com_Device.back().get());
-    return *com_Device.back();
+    SerialPort& created = *com_Device.back();
+    element_changed.raise(&created);
+    return created;
 }
 
 void ChannelTable::init_comms() {
-    if (before_rebuild) before_rebuild();
+    before_rebuild.raise();
     state_.gCommDevice.clear();
     comms_.unload();
     comms_.load();
@@ -233,7 +234,7 @@ std::int16_t ChannelTable::settle_twins(std::int16_t channel) {
         const bool twin = &other != &wanted && other.CommPort() == wanted.CommPort();
         if (!twin || !other.PortOpen()) continue;
         if (shared || other.Settings() != wanted.Settings()) {
-            if (before_close) before_close(other);
+            before_close.raise(other);
             other.set_PortOpen(false);
         } else {
             target = static_cast<std::int16_t>(i);

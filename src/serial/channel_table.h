@@ -10,6 +10,7 @@
 
 #include "config/ini.h"
 #include "platform/dialogs.h"
+#include "platform/event.h"
 #include "serial/errors.h"
 #include "serial/serial_state.h"
 
@@ -29,8 +30,8 @@ class frm_Comms {
     void unload();
     /// Creates the next element.
     SerialPort& extend();
-    /// Called for every element created, and (with null) before all are destroyed.
-    std::function<void(SerialPort*)> element_changed;
+    /// Raised for every element created, and (with null) before `unload` destroys all.
+    Event<SerialPort*> element_changed;
 
   private:
     PortFactory factory_;
@@ -59,10 +60,10 @@ class ChannelTable {
     std::int16_t open_port(std::int16_t& channel);
 
     [[nodiscard]] SerialState& state() { return state_; }
-    /// Called at the beginning of every rebuild, while the old ports still stand.
-    std::function<void()> before_rebuild;
-    /// Called before the port of another channel is closed to make way for the one that is opened.
-    std::function<void(SerialPort&)> before_close;
+    /// Raised at the beginning of every rebuild, while the old ports still stand.
+    Event<> before_rebuild;
+    /// Raised before the port of another channel is closed to make way for the one that is opened.
+    Event<SerialPort&> before_close;
 
   private:
     [[nodiscard]] bool build_channel(int n);

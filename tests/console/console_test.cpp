@@ -153,7 +153,8 @@ TEST_F(ConsoleTest, ChoosingAProtocolRebuildsBeforeItWrites) {
     const auto written = [&] {
         return ini_read_string("COMMS CONTROLS", "DEFAULT PROTOCOL", "none", rig.config.gIniFile);
     };
-    rig.table.before_rebuild = [&] { EXPECT_EQ(written(), "none"); };
+    const Subscription rebuilding =
+        rig.table.before_rebuild.subscribe([&] { EXPECT_EQ(written(), "none"); });
     console.opt_Protocol.set_Value(2);
     EXPECT_EQ(rig.closings, Texts{"port 2"});
     EXPECT_EQ(written(), "2");

@@ -116,7 +116,7 @@ class PortWatcherTest : public testing::WindowTest {
     }
     void set_threshold(std::int16_t count) {
         port_.set_RThreshold(count);
-        port_.watch_changed();
+        port_.watch_changed.raise();
     }
 
     pelvan::testing::FakeTick tick_;
@@ -126,30 +126,32 @@ class PortWatcherTest : public testing::WindowTest {
 
 TEST_F(PortWatcherTest, LooksAfterAnExchangeAndMayBeForgottenInTheEvent) {
     std::string received;
-    port_.OnComm = [&] {
+    const Subscription receiving = port_.OnComm.subscribe([&] {
         received += port_.Input();
         watcher_.forget(port_);
-    };
+    });
     watch("taken in during an exchange");
     testing::run_events();
     set_threshold(1);
     EXPECT_EQ(received, "") << "queued, not inside the setting";
     testing::run_events();
+    port_.arrive({0, "after it was forgotten"});
+    set_threshold(1);
+    testing::run_events();
     EXPECT_EQ(received, "taken in during an exchange");
-    EXPECT_FALSE(port_.watch_changed);
 }
 
 TEST_F(PortWatcherTest, HandlerIsNeverEnteredTwiceAndItsErrorsEndInTheRunner) {
     int depth = 0;
     int deepest = 0;
-    port_.OnComm = [&] {
+    const Subscription receiving = port_.OnComm.subscribe([&] {
         deepest = std::max(deepest, ++depth);
         if (depth == 1) set_threshold(1);
         testing::run_events(); // as a message box does
         --depth;
         port_.Input();
         throw RunTimeError(error_number::kOverflow);
-    };
+    });
     watch("x");
     set_threshold(1);
     testing::run_events();

@@ -54,7 +54,7 @@ TEST_F(ListenMonitorTest, EveryByteRaisesTheEventOnlyWhileListening) {
     EXPECT_EQ(port().RThreshold(), 1);
     monitor.ListenStop();
     EXPECT_EQ(port().RThreshold(), 0);
-    port().OnComm(); // an event that was on its way
+    port().OnComm.raise(); // an event that was on its way
     EXPECT_EQ(lines, (Texts{"x", "w"}));
 }
 
@@ -176,7 +176,7 @@ TEST_F(ListenMonitorTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPor
     EXPECT_EQ(status, "Listening stopped: another channel took the port over.");
     monitor.ListenStart(1);
     EXPECT_TRUE(monitor.listening());
-    monitor.port_closing(*ports[0]); // not the one that is listened on
+    table.before_close.raise(*ports[0]); // not the one that is listened on
     EXPECT_TRUE(monitor.listening());
 }
 

@@ -12,8 +12,6 @@ namespace pelvan::testing {
 struct ListenRig : SerialRig {
     ListenRig() {
         tick.step_ms = 0.001;
-        table.before_rebuild = [this] { monitor.ports_rebuilt(); };
-        table.before_close = [this](SerialPort& port) { monitor.port_closing(port); };
         build({"1;9600,N,8,1;1", "2;9600,N,8,1;1", "3;9600,N,8,1;1"});
     }
     FakeSerialPort& port() { return static_cast<FakeSerialPort&>(*listen.gListenDevice); }

@@ -49,13 +49,6 @@ class FakeLine : public SerialLine {
 
 class LinePortTest : public ::testing::Test {
   protected:
-    LinePortTest()
-        : port([this](int) { return device; },
-               [this](const std::string&, const LineSettings& settings) {
-                   wire.settings = settings;
-                   return std::make_unique<FakeLine>(wire);
-               }) {}
-
     int count_error() {
         return error_of([this] { static_cast<void>(port.InBufferCount()); });
     }
@@ -74,7 +67,12 @@ class LinePortTest : public ::testing::Test {
 
     Wire wire; // before the port: lines refer to it until they are closed
     std::optional<std::string> device = "device";
-    LinePort port;
+    const DeviceMap devices = [this](int) { return device; };
+    const LineOpener opener = [this](const std::string&, const LineSettings& settings) {
+        wire.settings = settings;
+        return std::make_unique<FakeLine>(wire);
+    };
+    LinePort port{devices, opener};
 };
 
 TEST_F(LinePortTest, RefusesWhatItsStateForbids) {
@@ -157,13 +155,14 @@ TEST_F(LinePortTest, DeliversTheLastBytesOfALostLineThenTheError) {
 TEST_F(LinePortTest, LetsTheReceiveHandlerMeetTheThresholdAndTheLossOnce) {
     std::string taken;
     std::vector<int> errors, handles;
-    port.watch_changed = [&] { handles.push_back(port.CommID()); };
-    port.OnComm = [&] {
+    const Subscription watching =
+        port.watch_changed.subscribe([&] { handles.push_back(port.CommID()); });
+    const Subscription receiving = port.OnComm.subscribe([&] {
         errors.push_back(error_of([&] {
             while (port.InBufferCount() > 0)
                 taken += port.Input();
         }));
-    };
+    });
     port.check_receive(); // closed
     port.set_PortOpen(true);
     wire.arriving = "ab";
@@ -178,6 +177,17 @@ TEST_F(LinePortTest, LetsTheReceiveHandlerMeetTheThresholdAndTheLossOnce) {
     EXPECT_EQ(taken, "abc");
     EXPECT_EQ(errors, (std::vector<int>{0, 8020}));
     EXPECT_EQ(handles, (std::vector<int>{77, 77, -1})) << "whoever watches the handle is told";
+}
+
+TEST_F(LinePortTest, MayEndInItsEvent) {
+    auto mortal = std::make_unique<LinePort>(devices, opener);
+    const Subscription ending = mortal->OnComm.subscribe([&] { mortal.reset(); });
+    mortal->set_PortOpen(true);
+    mortal->set_RThreshold(1);
+    wire.arriving = "x";
+    wire.gone = true;
+    mortal->check_receive();
+    EXPECT_FALSE(mortal);
 }
 
 TEST(LineSettingsTest, ParsesStrictly) {

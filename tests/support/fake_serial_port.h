@@ -103,7 +103,7 @@ class FakeSerialPort : public SerialPort {
         note("escape " + std::to_string(static_cast<int>(code)));
     }
     void check_receive() override {
-        if (threshold_ > 0 && static_cast<int>(arrived().size()) >= threshold_ && OnComm) OnComm();
+        if (threshold_ > 0 && static_cast<int>(arrived().size()) >= threshold_) OnComm.raise();
     }
 
     /// Lets bytes arrive from now on, without an output before them.

@@ -15,12 +15,7 @@ namespace pelvan::testing {
 
 class SerialRig {
   public:
-    SerialRig() {
-        config.gIniFile = dir.file("pelvan7.ini");
-        comms.element_changed = [this](SerialPort* port) {
-            if (port) ports.push_back(static_cast<FakeSerialPort*>(port));
-        };
-    }
+    SerialRig() { config.gIniFile = dir.file("pelvan7.ini"); }
 
     /// Writes the channels' keys, one "port;settings;mode" a channel, and builds the table.
     void build(const std::vector<std::string>& channels) {
@@ -58,6 +53,9 @@ class SerialRig {
         };
         return port;
     }};
+    Subscription elements = comms.element_changed.subscribe([this](SerialPort* port) {
+        if (port) ports.push_back(static_cast<FakeSerialPort*>(port));
+    });
     ErrorLog log{clock, dir.file("errors")};
     ChannelTable table{state, config, comms, dialogs, log};
     CountdownPool countdowns{state, tick};

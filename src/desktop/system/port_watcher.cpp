@@ -24,10 +24,8 @@ class PortWatcher::Watch : public QObject {
     Watch(EventRunner run, SerialPort& port) : run_(std::move(run)), port_(port) {
         timer_.setInterval(kAskEveryMs);
         connect(&timer_, &QTimer::timeout, this, [this] { check(); });
-        port_.watch_changed = [this] { changed(); };
         changed();
     }
-    ~Watch() override { port_.watch_changed = nullptr; }
 
   private:
     [[nodiscard]] bool wanted() const { return port_.PortOpen() && port_.RThreshold() > 0; }
@@ -78,6 +76,7 @@ class PortWatcher::Watch : public QObject {
     std::unique_ptr<QSocketNotifier, EndNotifier> notifier_;
     bool checking_ = false;
     bool check_queued_ = false;
+    Subscription changes_ = port_.watch_changed.subscribe([this] { changed(); });
 };
 
 PortWatcher::PortWatcher(EventRunner run) : run_(std::move(run)) {}

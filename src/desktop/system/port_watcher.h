@@ -20,7 +20,7 @@ class PortWatcher {
     explicit PortWatcher(EventRunner run);
     ~PortWatcher();
 
-    /// Watches the port from now on; takes over its `watch_changed`.
+    /// Watches the port from now on.
     void watch(SerialPort& port);
     /// Ends watching; required before the port object ends.
     void forget(SerialPort& port);

@@ -111,14 +111,14 @@ BindContext MainWindow::bind_context() {
 }
 
 void MainWindow::watch_ports() {
-    application_.comms.element_changed = [this](SerialPort* port) {
+    port_changes_ = application_.comms.element_changed.subscribe([this](SerialPort* port) {
         if (port) {
             watcher_.watch(*port);
             return;
         }
         for (const auto& gone : application_.comms.com_Device)
             watcher_.forget(*gone);
-    };
+    });
 }
 
 } // namespace pelvan::desktop

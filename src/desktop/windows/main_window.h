@@ -43,6 +43,7 @@ class MainWindow {
     QtDesktopServices desktop_;
     Application application_;
     PortWatcher watcher_;
+    Subscription port_changes_;
     std::unique_ptr<MdiFrame> frame_;
     std::optional<MessageGate::Diversion> unattended_; // from `end` on
 };
