@@ -83,12 +83,16 @@ void MDIPelvan6::mnuDataLogging_Click() {
 
 bool MDIPelvan6::Form_Unload() {
     frm_DownloadParm& transfer = application_.transfer;
-    if (transfer.run().running) {
+    if (transfer.running()) {
         transfer.cmdCancel_Click();
         // The end of the transfer still has things to do with the controller, and to tell.
-        if (transfer.run().cancel) transfer.ended = [this] { Unload(); };
+        if (transfer.canceled())
+            transfer_end_ = transfer.ended.subscribe([this] {
+                transfer_end_.end();
+                Unload();
+            });
     }
-    if (transfer.run().running) return false;
+    if (transfer.running()) return false;
     application_.logging.Unload();
     return application_.console.Unload();
 }

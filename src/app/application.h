@@ -8,6 +8,7 @@
 #include "console/history.h"
 #include "listen/listen_form.h"
 #include "logging/logging_form.h"
+#include "platform/event.h"
 #include "platform/line_port.h"
 #include "platform/message_gate.h"
 #include "serial/link.h"
@@ -60,6 +61,7 @@ class MDIPelvan6 : public Form {
 
   private:
     Application& application_;
+    Subscription transfer_end_; // the frame closes then
 };
 
 class Application {

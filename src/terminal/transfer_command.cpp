@@ -1,11 +1,16 @@
-// A controller's setup into a file, back, and compared, through the transfer window's own work.
-// What went wrong with single registers is listed on standard error and makes the command fail.
+// A controller's setup into a file, back, and compared. What went wrong with single registers is
+// listed on standard error and makes the command fail.
+#include <algorithm>
+
 #include "terminal/commands.h"
+#include "transfer/comparison.h"
+#include "transfer/download.h"
+#include "transfer/upload.h"
 
 namespace pelvan {
 namespace {
 
-constexpr int kMostAddress = 247;
+constexpr int kMaxAddress = 247;
 constexpr int kProgressStep = 10; // percent
 
 struct TransferOptions {
@@ -16,78 +21,135 @@ struct TransferOptions {
     bool compare = false;
 };
 
-/// Prints how far the bar has come, in steps.
-class Progress {
+/// Prints progress and what goes wrong; questions are answered by options.
+class TerminalTransfer : public TransferListener {
   public:
-    Progress(ProgressBar& bar, std::ostream& err) : bar_(bar), err_(err) {
-        bar_.watch([this] { changed(); });
+    TerminalTransfer(TerminalApplication& terminal, TerminalEnvironment& environment,
+                     const TransferOptions& options)
+        : app_(terminal.app()), err_(environment.err), options_(options) {
+        terminal.answer_questions_yes(options.yes);
+        terminal.answer_retries(options.retries);
+        terminal.on_events([this, &environment] {
+            if (environment.stop) cancel_.canceled = true;
+        });
     }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-    ~Progress() { bar_.watch({}); }
 
-  private:
-    void changed() {
-        const int percent = static_cast<int>(100 * bar_.Value() / bar_.Max());
+    [[nodiscard]] TransferContext context() {
+        return {app_.link,
+                app_.modbus,
+                app_.services.clock,
+                app_.services.application_directory,
+                DeviceAddress(std::to_string(options_.address)),
+                *this,
+                cancel_};
+    }
+    /// Prints what was listed and how it ended; the exit code.
+    int report(const TransferResult& result) const;
+
+    void begun() override {}
+    void working() override {}
+    void log(const std::string&) override {}
+    void list_error(const std::string& text, std::optional<int> position) override {
+        const std::ptrdiff_t count = std::ssize(errors_);
+        errors_.insert(errors_.begin() + std::min<std::ptrdiff_t>(position.value_or(count), count),
+                       text);
+    }
+    void clear_errors() override { errors_.clear(); }
+    void progress(int done, int of) override {
+        const int percent = 100 * done / of;
         const int reached = percent - percent % kProgressStep;
         if (reached > shown_) err_ << "pelvan7: " << reached << " %" << std::endl;
         shown_ = reached;
     }
-    ProgressBar& bar_;
+    void let_events_run() override { app_.services.desktop.let_events_run(); }
+    bool ask_retry(const std::string& text) override {
+        return ask(text, MessageButtons::RetryCancel) == MessageAnswer::Retry;
+    }
+    bool confirm(TransferQuestion, const std::string& text) override {
+        return ask(text, MessageButtons::YesNoPreferNo) == MessageAnswer::Yes;
+    }
+    void tell(const std::string& text, const std::string& title) override {
+        app_.services.dialogs.message_box(text, title);
+    }
+    std::optional<std::string> choose_file_to_save(const std::string&) override {
+        return options_.file;
+    }
+
+  private:
+    MessageAnswer ask(const std::string& text, MessageButtons buttons) {
+        return app_.services.dialogs.message_box(text, {}, buttons);
+    }
+
+    Application& app_;
     std::ostream& err_;
-    int shown_ = 0;
+    const TransferOptions& options_;
+    CancelFlag cancel_;
+    std::vector<std::string> errors_;
+    int shown_ = 0; // percent
 };
 
-int report(const frm_DownloadParm& form, TerminalEnvironment& environment) {
-    for (int i = 0; i < form.List2.ListCount(); ++i)
-        environment.err << "pelvan7: " << form.List2.List(i) << "\n";
-    const TransferRun& run = form.run();
-    if (!run.completed) {
-        environment.err << "pelvan7: not completed\n";
+int TerminalTransfer::report(const TransferResult& result) const {
+    for (const std::string& error : errors_)
+        err_ << "pelvan7: " << error << "\n";
+    if (!result.completed) {
+        err_ << "pelvan7: not completed\n";
         return exit_code::kFailed;
     }
-    if (run.faults == 0) return exit_code::kDone;
-    environment.err << "pelvan7: " << run.faults << " registers refused, unreadable or different\n";
+    if (result.faults == 0) return exit_code::kDone;
+    err_ << "pelvan7: " << result.faults << " registers refused, unreadable or different\n";
     return exit_code::kFailed;
 }
 
-int transfer(const TransferOptions& options, Button frm_DownloadParm::*button,
-             TerminalEnvironment& environment) {
+TransferResult save(const TransferContext& context, const TransferOptions&) {
+    return Download(context).run();
+}
+
+TransferResult compare(const TransferContext& context, const TransferOptions& options) {
+    return Comparison(context).run(options.file);
+}
+
+TransferResult restore(const TransferContext& context, const TransferOptions& options) {
+    TransferResult result = Upload(context).run(options.file);
+    if (!result.completed || !options.compare) return result;
+    result.faults += compare(context, options).faults;
+    result.completed = !context.cancel.canceled;
+    return result;
+}
+
+using Work = TransferResult (*)(const TransferContext&, const TransferOptions&);
+
+int transfer(const TransferOptions& options, Work work, TerminalEnvironment& environment) {
     TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
-    frm_DownloadParm& form = terminal.app().transfer;
-    terminal.answer_questions_yes(options.yes);
-    terminal.answer_retries(options.retries);
-    terminal.choose_file(options.file);
-    terminal.on_events([&] {
-        if (environment.stop) form.cancel_transfer();
-    });
-    form.cmbAddress.set_Text(std::to_string(options.address));
-    form.chkCompare.set_Value(options.compare ? 1 : 0);
-    const Progress progress(form.ProgressBar1, environment.err);
-    (form.*button).press();
-    return report(form, environment);
+    TerminalTransfer listener(terminal, environment, options);
+    TransferResult result;
+    try {
+        result = work(listener.context(), options);
+    } catch (const RunTimeError& error) {
+        show_error_message(terminal.app().services.dialogs, error.number(), error.subject());
+    }
+    return listener.report(result);
 }
 
 std::shared_ptr<TransferOptions> add_command(CLI::App& cli, ChosenCommand& chosen,
                                              const std::string& name, const std::string& text,
-                                             Button frm_DownloadParm::*button) {
+                                             Work work) {
     auto options = std::make_shared<TransferOptions>();
     CLI::App* command = cli.add_subcommand(name, text);
     auto* file = command->add_option("file", options->file, "Setup file")->required();
     // A controller is erased before the file is opened, so one that is missing is found out first.
-    if (button != &frm_DownloadParm::cmdDownload) file->check(CLI::ExistingFile);
+    if (work != save) file->check(CLI::ExistingFile);
     command->add_option("--address", options->address, "Controller address, 1 to 247")
-        ->check(CLI::Range(1, kMostAddress))
+        ->check(CLI::Range(1, kMaxAddress))
         ->capture_default_str();
     command
         ->add_option("--retries", options->retries,
                      "How often to try again when the controller stays silent")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
-    command->callback([options, button, &chosen] {
-        chosen = [options, button](TerminalEnvironment& environment) {
-            return transfer(*options, button, environment);
+    command->callback([options, work, &chosen] {
+        chosen = [options, work](TerminalEnvironment& environment) {
+            return transfer(*options, work, environment);
         };
     });
     return options;
@@ -96,20 +158,19 @@ std::shared_ptr<TransferOptions> add_command(CLI::App& cli, ChosenCommand& chose
 } // namespace
 
 void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen) {
-    const auto save =
-        add_command(cli, chosen, "save", "Save a controller's registers and profiles to a file",
-                    &frm_DownloadParm::cmdDownload);
-    cli.get_subcommand("save")->add_flag("--yes", save->yes, "Overwrite a file that is there");
-    const auto restore = add_command(cli, chosen, "restore",
-                                     "Erase a controller's settings and restore those of a file",
-                                     &frm_DownloadParm::cmdUpload);
-    cli.get_subcommand("restore")->add_flag("--yes", restore->yes,
+    const auto save_options = add_command(
+        cli, chosen, "save", "Save a controller's registers and profiles to a file", save);
+    cli.get_subcommand("save")->add_flag("--yes", save_options->yes,
+                                         "Overwrite a file that is there");
+    const auto restore_options =
+        add_command(cli, chosen, "restore",
+                    "Erase a controller's settings and restore those of a file", restore);
+    cli.get_subcommand("restore")->add_flag("--yes", restore_options->yes,
                                             "Erase the controller's settings without asking");
-    cli.get_subcommand("restore")->add_flag("--compare", restore->compare,
+    cli.get_subcommand("restore")->add_flag("--compare", restore_options->compare,
                                             "Compare with the file afterwards");
     static_cast<void>(add_command(cli, chosen, "compare",
-                                  "List the registers that differ from a file's",
-                                  &frm_DownloadParm::cmdCompare));
+                                  "List the registers that differ from a file's", compare));
 }
 
 } // namespace pelvan

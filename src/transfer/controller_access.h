@@ -1,100 +1,120 @@
-// Single registers of the controller at the chosen address: read and written with the transfer's
-// own retries, refusals recorded, the user asked when the line stays silent. What is read and
-// written, and in which order, is the business of the transfers.
+// Single registers of the controller at one address: read and written with the transfer's own
+// retries, refusals recorded, the user asked when the line stays silent. What is read and written,
+// and in which order, is the business of the transfers.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 
-#include "forms/lists.h"
-#include "platform/services.h"
-#include "platform/text_file.h"
 #include "protocols/modbus/modbus.h"
 #include "serial/link.h"
-#include "transfer/transfer_run.h"
+#include "transfer/transfer_errors.h"
 
 namespace pelvan {
 
+/// A device address as it was entered.
+class DeviceAddress {
+  public:
+    /// 6 (overflow) for a number beyond 16 bits.
+    explicit DeviceAddress(const std::string& text);
+    [[nodiscard]] std::int16_t number() const { return number_; }
+    /// Characters of the text: where the value stands in a reply is counted from them.
+    [[nodiscard]] std::size_t width() const { return width_; }
+
+  private:
+    std::int16_t number_;
+    std::size_t width_;
+};
+
+enum class Verdict {
+    NoReply,
+    /// By the controller, or by the request's builder: then nothing was sent.
+    Refused,
+    /// Anything that is not the answer to the request.
+    Damaged,
+    Accepted
+};
+
+struct Reply {
+    Verdict verdict = Verdict::NoReply;
+    /// The reply in decimal, or the builder's words; empty when there is no reply.
+    std::string text;
+
+    [[nodiscard]] bool is(Verdict other) const { return verdict == other; }
+};
+
+/// The reply to a read, and what stands in it where a value stands: also in a damaged reply.
+struct Reading {
+    Reply reply;
+    std::string value; // "ERROR" when there is no reply
+
+    [[nodiscard]] bool failed() const;
+};
+
 class ControllerAccess {
   public:
-    /// The address is read from `address` whenever a request is built; `errors` gets the lines of
-    /// the registers that something went wrong with.
-    ControllerAccess(Services& services, Link& link, Modbus& modbus, const ComboBox& address,
-                     ListBox& errors, TransferRun& run)
-        : services_(services), link_(link), modbus_(modbus), address_(address), errors_(errors),
-          run_(run) {}
+    ControllerAccess(Link& link, Modbus& modbus, const DeviceAddress& address,
+                     TransferListener& listener, const CancelFlag& cancel, TransferErrors& errors)
+        : link_(link), modbus_(modbus), address_(address), listener_(listener), cancel_(cancel),
+          errors_(errors) {}
 
-    /// The register's value as text, or "ERROR" after three attempts without a reply.
+    /// A register's value after up to three attempts (blocks up to 750 ms).
     ///
     /// What is cut out of a damaged reply or an exception is returned like a value; the register
-    /// gets a line among the errors then. Blocks up to 750 ms.
-    [[nodiscard]] std::string ReadDataFromControl(float Register_No);
-    /// Asks the user and reads again while the value is "ERROR"; "ERROR" when the user gives up.
-    [[nodiscard]] std::string CheckCommErrorRead(float Register_No, std::string response);
+    /// gets a line among the errors then.
+    [[nodiscard]] Reading ReadDataFromControl(float Register_No);
+    /// Asks the user and reads again while there is no reply; failed when the user gives up.
+    [[nodiscard]] Reading CheckCommErrorRead(float Register_No, Reading response);
+    /// The two together.
+    [[nodiscard]] Reading read(float register_number) {
+        return CheckCommErrorRead(register_number, ReadDataFromControl(register_number));
+    }
 
-    /// The model as the controller tells it; asks like `CheckCommErrorRead`.
-    [[nodiscard]] std::string read_model();
-
-    /// Writes a register with up to five attempts; false when no reply came (blocks up to 1.25 s).
-    ///
-    /// A refusal counts as answered: it is recorded in `TextFile` and among the errors.
-    [[nodiscard]] bool WriteDataToControl(float Register_No, float DataValue, TextWriter& TextFile);
-    /// Asks the user and writes again while a write got no reply; false when the user gives up.
-    [[nodiscard]] bool CheckCommErrorWrite(float Register_No, float DataValue,
-                                           TextWriter& TextFile);
-    /// Whether the last write was echoed as it was sent.
-    [[nodiscard]] bool last_write_accepted() const { return last_accepted_; }
+    /// Writes a register with up to five attempts (blocks up to 1.25 s). A refusal is recorded, a
+    /// damaged reply listed.
+    [[nodiscard]] Reply WriteDataToControl(float Register_No, float DataValue);
+    /// Asks the user and writes again while there is no reply; none when the user gives up.
+    [[nodiscard]] Reply CheckCommErrorWrite(float Register_No, float DataValue, Reply response);
+    /// The two together.
+    [[nodiscard]] Reply write(float register_number, float value) {
+        return CheckCommErrorWrite(register_number, value,
+                                   WriteDataToControl(register_number, value));
+    }
+    /// One write, once, recorded nowhere (blocks up to 250 ms).
+    [[nodiscard]] Reply write_once(float register_number, float value);
 
     /// Puts the controller's presets back and waits until it answers again, up to thirteen reads.
-    /// `pause` runs between them; false when it never answers.
-    [[nodiscard]] bool DefaultControl(TextWriter& TextFile, const std::function<void()>& pause);
-
-    enum class Outcome { NoReply, Refused, Damaged, Accepted };
-    /// One write, once, recorded nowhere.
-    [[nodiscard]] Outcome write_once(float Register_No, float DataValue);
-    /// The write of `write_once` that was refused, recorded as `WriteDataToControl` does.
-    void record_refusal(float Register_No, float DataValue, TextWriter& TextFile);
+    /// False when it never answers, or the transfer is cancelled.
+    [[nodiscard]] bool DefaultControl();
 
     /// A number that the transfer itself works with, so read until a reply is whole: 0 when the
     /// controller refuses or three replies are damaged (listed then); nothing when the user gives
     /// up.
-    [[nodiscard]] std::optional<int> read_number(float Register_No);
+    [[nodiscard]] std::optional<int> read_number(float register_number);
 
     /// "Comm Error!" with Retry and Cancel; false also when the transfer was cancelled meanwhile.
     [[nodiscard]] bool ask_retry(const std::string& text = kCommError);
-    void list_error(const std::string& response, float register_number, const std::string& value,
-                    const std::string& kind = kError);
-    /// The reply to the last write, that was neither its echo nor a refusal, among the errors.
-    void list_damaged(float register_number, float value);
-    /// A line of the setup file that says nothing.
-    void list_line(const std::string& line);
 
     static constexpr float kModelRegister = 0;
     static constexpr char kCommError[] = "Comm Error!";
     static constexpr char kCheckPort[] =
         "Download has been canceled. Need to check Comm Port Settings.";
-    static constexpr char kError[] = "Error";
 
   private:
-    [[nodiscard]] std::int16_t address() const;
     [[nodiscard]] std::string request(std::int16_t function, float register_number, float value);
     [[nodiscard]] std::string exchange(const std::string& frame);
-    [[nodiscard]] bool read_reply(float register_number);
-    [[nodiscard]] std::string value_in_reply() const;
-    [[nodiscard]] bool reply_begins(const std::string& text) const;
-    void judge_write(float register_number, float value, TextWriter& file);
+    [[nodiscard]] bool begins(const std::string& reply, const std::string& text) const;
+    [[nodiscard]] Reading read_unlisted(float register_number);
+    [[nodiscard]] std::string value_in(const std::string& reply) const;
+    [[nodiscard]] Reading read_until_whole(float register_number);
+    void judge_write(const Reply& reply, float register_number, float value);
 
-    Services& services_;
     Link& link_;
     Modbus& modbus_;
-    const ComboBox& address_;
-    ListBox& errors_;
-    TransferRun& run_;
-    std::string reply_;       // the last reply's rendering
-    std::string write_reply_; // that of the last write
-    bool whole_ = false;      // it is the answer to what was asked, undamaged
-    bool last_accepted_ = false;
+    const DeviceAddress address_;
+    TransferListener& listener_;
+    const CancelFlag& cancel_;
+    TransferErrors& errors_;
 };
 
 } // namespace pelvan

@@ -1,21 +1,21 @@
 #include "transfer/download_parm_form.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/run_time_error.h"
 #include "serial/errors.h"
-#include "text/numbers.h"
 #include "transfer/comparison.h"
+#include "transfer/download.h"
+#include "transfer/upload.h"
 
 namespace pelvan {
 namespace {
 
-constexpr int kMostAddress = 247;
+constexpr int kMaxAddress = 247;
 
 std::vector<std::string> addresses() {
     std::vector<std::string> texts;
-    for (int address = 1; address <= kMostAddress; ++address)
+    for (int address = 1; address <= kMaxAddress; ++address)
         texts.push_back(std::to_string(address));
     return texts;
 }
@@ -26,9 +26,10 @@ std::vector<std::string> addresses() {
 class frm_DownloadParm::Transferring {
   public:
     explicit Transferring(frm_DownloadParm& form) : form_(form) {
-        form_.run_ = TransferRun{};
-        form_.run_.running = true;
-        form_.run_.errors_before = form_.List2.ListCount();
+        form_.running_ = true;
+        form_.cancel_ = {};
+        form_.close_when_done_ = false;
+        form_.first_error_.reset();
         form_.cmbAddress.set_Enabled(false);
         form_.cmdCancel.set_Enabled(true);
         form_.cmdCancel.SetFocus();
@@ -36,7 +37,7 @@ class frm_DownloadParm::Transferring {
     Transferring(const Transferring&) = delete;
     Transferring& operator=(const Transferring&) = delete;
     ~Transferring() {
-        form_.run_.running = false;
+        form_.running_ = false;
         form_.ProgressBar1.set_Value(0);
         form_.set_Pointer(MousePointer::Normal);
         form_.EnableButtons();
@@ -51,9 +52,7 @@ class frm_DownloadParm::Transferring {
 frm_DownloadParm::frm_DownloadParm(Services& services, Link& link, Modbus& modbus)
     : Form("frm_DownloadParm", "Save/Restore Setup"),
       cmbAddress("cmbAddress", addresses(), 0, true, "Address of the controller, 1 to 247."),
-      services_(services), access_(services, link, modbus, cmbAddress, List2, run_),
-      profiles_(services, access_, run_, ProgressBar1,
-                [this](const std::string& text) { log(text); }) {
+      services_(services), link_(link), modbus_(modbus) {
     set_help_page("transfer");
     cmdCancel.set_Enabled(false);
     cmdDownload.Click = [this] { cmdDownload_Click(); };
@@ -64,7 +63,7 @@ frm_DownloadParm::frm_DownloadParm(Services& services, Link& link, Modbus& modbu
     for (Control* control : {static_cast<Control*>(&cmdCancel), static_cast<Control*>(&List1),
                              static_cast<Control*>(&List2), static_cast<Control*>(&chkCompare)}) {
         control->KeyDown = [this](Key key) {
-            if (key != Key::Escape || !run_.running) return false;
+            if (key != Key::Escape || !running_) return false;
             cmdCancel_Click();
             return true;
         };
@@ -74,102 +73,147 @@ frm_DownloadParm::frm_DownloadParm(Services& services, Link& link, Modbus& modbu
     cmdExit.Click = [this] { Unload(); };
 }
 
-void frm_DownloadParm::EnableButtons() {
-    enable_buttons(true);
-}
-
-void frm_DownloadParm::DisableButtons() {
-    enable_buttons(false);
-}
-
 void frm_DownloadParm::enable_buttons(bool on) {
     for (Button* button :
          {&cmdDownload, &cmdUpload, &cmdCompare, &cmdClearListBox, &cmdClearList2, &cmdExit})
         button->set_Enabled(on);
 }
 
-void frm_DownloadParm::log(const std::string& text) {
-    List1.AddItem(text);
-    List1.set_ListIndex(List1.ListCount() - 1);
-    services_.desktop.let_events_run();
-}
-
 /// Runs a transfer; an error of a file ends it with its message.
 void frm_DownloadParm::transfer(const std::function<void()>& work) {
-    if (run_.running) return;
+    if (running_) return;
     {
         const Transferring transferring(*this);
         try {
             work();
         } catch (const RunTimeError& error) {
-            run_.completed = false;
             show_error_message(services_.dialogs, error.number(), error.subject());
         }
         show_new_errors();
     }
-    if (run_.close_when_done) Unload();
-    if (const auto next = std::exchange(ended, nullptr)) next();
+    if (close_when_done_) Unload();
+    ended.raise();
+}
+
+TransferContext frm_DownloadParm::context() {
+    return {link_,
+            modbus_,
+            services_.clock,
+            services_.application_directory,
+            DeviceAddress(cmbAddress.Text()),
+            *this,
+            cancel_};
 }
 
 /// Nobody shall trust a file or a controller without having seen what went wrong.
 void frm_DownloadParm::show_new_errors() {
-    if (run_.faults == 0 || List2.ListCount() == 0) return;
-    // Refusals are put ahead of everything else.
-    const int first = run_.error_count > 0 ? 0 : run_.errors_before;
-    List2.set_ListIndex(std::min(first, List2.ListCount() - 1));
+    if (!first_error_) return;
+    List2.set_ListIndex(std::min(*first_error_, List2.ListCount() - 1));
     List2.SetFocus();
 }
 
-std::optional<std::string> frm_DownloadParm::choose_setup_file() {
+FileDialogRequest frm_DownloadParm::file_request() const {
     FileDialogRequest request;
     request.filter = kSetupFileFilter;
     request.initial_directory = reg_downloads_path(services_.application_directory);
+    return request;
+}
+
+std::optional<std::string> frm_DownloadParm::choose_setup_file() {
+    FileDialogRequest request = file_request();
     request.must_exist = true;
     return services_.dialogs.open_file(request);
 }
 
+std::optional<std::string> frm_DownloadParm::choose_file_to_save(const std::string& proposed_name) {
+    FileDialogRequest request = file_request();
+    request.file_name = proposed_name;
+    return services_.dialogs.save_file(request);
+}
+
 void frm_DownloadParm::cmdDownload_Click() {
-    transfer([this] { download(); });
+    transfer([this] {
+        List1.Clear();
+        static_cast<void>(Download(context()).run());
+    });
 }
 
 void frm_DownloadParm::cmdUpload_Click() {
-    transfer([this] { upload(); });
+    transfer([this] {
+        if (const auto file = choose_setup_file()) upload(*file);
+    });
+}
+
+void frm_DownloadParm::upload(const std::string& file) {
+    const TransferResult result = Upload(context()).run(file);
+    // The box may have been set meanwhile.
+    if (result.completed && chkCompare.checked())
+        static_cast<void>(Comparison(context()).run(file));
 }
 
 void frm_DownloadParm::cmdCompare_Click() {
     transfer([this] {
-        const auto file = choose_setup_file();
-        if (!file) return;
-        DisableButtons();
-        compare(*file);
+        if (const auto file = choose_setup_file())
+            static_cast<void>(Comparison(context()).run(*file));
     });
 }
 
-void frm_DownloadParm::compare(const std::string& file) {
-    const Hourglass hourglass(*this);
-    Comparison comparison(services_, access_, profiles_, run_, ProgressBar1,
-                          [this](const std::string& text) { log(text); });
-    const std::string outcome = comparison.run(file);
-    if (!outcome.empty()) services_.dialogs.message_box(outcome);
-}
-
 void frm_DownloadParm::cmdCancel_Click() {
-    if (!run_.running || run_.cancel) return;
+    if (!running_ || cancel_.canceled) return;
     const auto answer = services_.dialogs.message_box("Do you want to cancel the transfer?", {},
                                                       MessageButtons::YesNoPreferNo);
     // The transfer may have ended while the question stood there.
-    if (answer == MessageAnswer::Yes && run_.running) run_.cancel = true;
+    if (answer == MessageAnswer::Yes) cancel_transfer();
 }
 
 void frm_DownloadParm::cancel_transfer() {
-    if (run_.running) run_.cancel = true;
+    if (running_) cancel_.canceled = true;
 }
 
 bool frm_DownloadParm::Form_Unload() {
-    if (!run_.running) return true;
+    if (!running_) return true;
     cmdCancel_Click();
-    run_.close_when_done = run_.cancel;
+    close_when_done_ = cancel_.canceled;
     return false;
+}
+
+void frm_DownloadParm::log(const std::string& text) {
+    List1.AddItem(text);
+    List1.set_ListIndex(List1.ListCount() - 1);
+}
+
+void frm_DownloadParm::list_error(const std::string& text, std::optional<int> position) {
+    const int at = std::min(position.value_or(List2.ListCount()), List2.ListCount());
+    if (at == List2.ListCount())
+        List2.AddItem(text);
+    else
+        List2.AddItem(text, at);
+    first_error_ = std::min(first_error_.value_or(at), at);
+}
+
+void frm_DownloadParm::clear_errors() {
+    List2.Clear();
+    first_error_.reset();
+}
+
+void frm_DownloadParm::progress(int done, int of) {
+    if (ProgressBar1.Max() != of) ProgressBar1.set_Value(0);
+    ProgressBar1.set_Max(of);
+    ProgressBar1.set_Value(done);
+}
+
+bool frm_DownloadParm::ask_retry(const std::string& text) {
+    return services_.dialogs.message_box(text, {}, MessageButtons::RetryCancel) ==
+           MessageAnswer::Retry;
+}
+
+bool frm_DownloadParm::confirm(TransferQuestion, const std::string& text) {
+    return services_.dialogs.message_box(text, {}, MessageButtons::YesNoPreferNo) ==
+           MessageAnswer::Yes;
+}
+
+void frm_DownloadParm::tell(const std::string& text, const std::string& title) {
+    services_.dialogs.message_box(text, title);
 }
 
 } // namespace pelvan

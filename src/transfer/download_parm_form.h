@@ -4,23 +4,18 @@
 // after every register, with the buttons disabled, so that it can be seen and cancelled.
 #pragma once
 
-#include <array>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "forms/form.h"
 #include "forms/lists.h"
+#include "platform/event.h"
 #include "platform/services.h"
-#include "platform/text_file.h"
-#include "transfer/controller_access.h"
-#include "transfer/profile_transfer.h"
-#include "transfer/sequence_file.h"
-#include "transfer/setup_file.h"
+#include "transfer/transfer_run.h"
 
 namespace pelvan {
 
-class frm_DownloadParm : public Form {
+class frm_DownloadParm : public Form, private TransferListener {
   public:
     frm_DownloadParm(Services& services, Link& link, Modbus& modbus);
 
@@ -55,63 +50,48 @@ class frm_DownloadParm : public Form {
     /// Closing during a transfer asks; the window goes when the transfer has ended as cancelled.
     bool Form_Unload() override;
 
-    /// Called once, when the transfer that runs has ended.
-    std::function<void()> ended;
-
     /// Cancels without asking: an interrupt, or the end of the program.
     void cancel_transfer();
-    /// How the last transfer ended.
-    [[nodiscard]] const TransferRun& run() const { return run_; }
+    [[nodiscard]] bool running() const { return running_; }
+    /// Whether the transfer that runs, or the last one, is to end early.
+    [[nodiscard]] bool canceled() const { return cancel_.canceled; }
+    /// A transfer has ended, however it ended.
+    Event<> ended;
 
   private:
     class Transferring;
 
-    void EnableButtons();
-    void DisableButtons();
+    void EnableButtons() { enable_buttons(true); }
+    void DisableButtons() { enable_buttons(false); }
     void enable_buttons(bool on);
     void transfer(const std::function<void()>& work);
-    void log(const std::string& text);
+    void upload(const std::string& file);
     void show_new_errors();
+    [[nodiscard]] TransferContext context();
+    [[nodiscard]] FileDialogRequest file_request() const;
     [[nodiscard]] std::optional<std::string> choose_setup_file();
 
-    // Download.
-    struct HeldBack {
-        std::array<std::string, 17> lines;
-        int index = 0;
-    };
-    void download();
-    [[nodiscard]] bool CreateTextFile(std::unique_ptr<TextWriter>& TextFile);
-    [[nodiscard]] std::string read_for_header(float register_number);
-    [[nodiscard]] bool read_serial_number(ControllerIdentity& identity);
-    void download_registers(SequenceFile& sequence, TextWriter& setup, HeldBack& held);
-    [[nodiscard]] bool download_register(float register_number, bool has_profiles,
-                                         TextWriter& setup, HeldBack& held);
-    [[nodiscard]] bool hold_back(HeldBack& held, const std::string& line);
-
-    // Upload.
-    void upload();
-    struct Plan {
-        std::string file;
-        float model = 0;
-        bool has_profiles = false;
-        ProfileRegisters registers;
-    };
-    [[nodiscard]] bool find_profiles(Plan& plan);
-    [[nodiscard]] bool upload_wanted(Plan& plan);
-    [[nodiscard]] bool erase_settings(const Plan& plan, TextWriter& errors);
-    [[nodiscard]] bool model_matches(const Plan& plan);
-    void upload_lines(const Plan& plan, TextWriter& errors);
-    void upload_line(const Plan& plan, const std::string& line, TextWriter& errors);
-    [[nodiscard]] ProfileTransfer::Restored upload_register(const Plan& plan, const SetupLine& line,
-                                                            TextWriter& errors);
-    void upload_ended(const Plan& plan);
-
-    void compare(const std::string& file);
+    void begun() override { DisableButtons(); }
+    void working() override { set_Pointer(MousePointer::Hourglass); }
+    void log(const std::string& text) override;
+    void list_error(const std::string& text, std::optional<int> position) override;
+    void clear_errors() override;
+    void progress(int done, int of) override;
+    void let_events_run() override { services_.desktop.let_events_run(); }
+    bool ask_retry(const std::string& text) override;
+    bool confirm(TransferQuestion question, const std::string& text) override;
+    void tell(const std::string& text, const std::string& title) override;
+    std::optional<std::string> choose_file_to_save(const std::string& proposed_name) override;
 
     Services& services_;
-    TransferRun run_;
-    ControllerAccess access_;
-    ProfileTransfer profiles_;
+    Link& link_;
+    Modbus& modbus_;
+    bool running_ = false;
+    CancelFlag cancel_;
+    bool close_when_done_ = false; // the window was closed meanwhile
+    /// Where the first line of this transfer stands in the list of errors; nothing as long as it
+    /// has none there.
+    std::optional<int> first_error_;
 };
 
 } // namespace pelvan

@@ -1,24 +1,56 @@
-// What a running transfer knows about itself, shared by the form and the classes that do its parts.
+// One transfer on its way: what it is given, and what its parts share. It lives as long as the
+// transfer.
 #pragma once
+
+#include <string>
+
+#include "platform/tick.h"
+#include "transfer/controller_access.h"
 
 namespace pelvan {
 
-struct TransferRun {
-    bool running = false;
-    /// Set when the user gives up; the transfer ends at the next register.
-    bool cancel = false;
-    /// The window was closed meanwhile: it goes when the transfer has ended.
-    bool close_when_done = false;
-    /// Refused writes that stand in the current error file.
-    float error_count = 0;
-    /// Everything that went wrong with single registers, refused writes included.
+/// What a transfer works with; borrowed for as long as it runs.
+struct TransferContext {
+    Link& link;
+    Modbus& modbus;
+    Clock& clock;
+    /// Where the folders of setups and of sequence files lie.
+    std::string directory;
+    DeviceAddress address;
+    TransferListener& listener;
+    CancelFlag& cancel;
+};
+
+/// How a transfer ended.
+struct TransferResult {
+    /// It did what it was asked to, single faults aside.
+    bool completed = false;
+    /// Everything that went wrong with single registers: refusals, damaged replies, differences.
     int faults = 0;
-    /// Lines of earlier transfers in the list of errors.
-    int errors_before = 0;
     /// Registers that hold something else than the file.
     int differences = 0;
-    /// The transfer did what it was asked to, single faults aside.
-    bool completed = false;
+};
+
+class TransferRun {
+  public:
+    explicit TransferRun(const TransferContext& context)
+        : listener(context.listener), cancel(context.cancel), directory(context.directory),
+          errors(listener),
+          access(context.link, context.modbus, context.address, listener, cancel, errors) {}
+    TransferRun(const TransferRun&) = delete;
+    TransferRun& operator=(const TransferRun&) = delete;
+
+    void log(const std::string& text) {
+        listener.log(text);
+        listener.let_events_run();
+    }
+    [[nodiscard]] bool canceled() const { return cancel.canceled; }
+
+    TransferListener& listener;
+    CancelFlag& cancel;
+    const std::string directory;
+    TransferErrors errors;
+    ControllerAccess access;
 };
 
 } // namespace pelvan

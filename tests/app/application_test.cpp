@@ -131,7 +131,7 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     app.transfer.Show();
     app.transfer.cmdDownload.press();
     EXPECT_TRUE(ended);
-    EXPECT_FALSE(app.transfer.run().completed);
+    EXPECT_TRUE(app.transfer.canceled());
     EXPECT_NE(testing::read_file(dir.file("log")).find("742"), std::string::npos);
 }
 

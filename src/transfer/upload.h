@@ -1,0 +1,43 @@
+// A setup file back into a controller of the same model: the controller is erased, then every line
+// of the file is written.
+#pragma once
+
+#include <string>
+
+#include "transfer/profile_upload.h"
+#include "transfer/setup_file.h"
+#include "transfer/transfer_run.h"
+
+namespace pelvan {
+
+class Upload {
+  public:
+    explicit Upload(const TransferContext& context) : run_(context) {}
+
+    /// Asks, erases and restores. Raises the errors of files.
+    [[nodiscard]] TransferResult run(const std::string& file);
+
+  private:
+    /// What is known when the questions are answered.
+    struct Plan {
+        std::string file;
+        float model = 0;
+        bool has_profiles = false;
+        ProfileRegisters registers;
+    };
+
+    [[nodiscard]] std::optional<Plan> prepare(const std::string& file);
+    [[nodiscard]] bool find_profiles(Plan& plan);
+    void restore(const Plan& plan);
+    [[nodiscard]] bool erase_settings(const Plan& plan, ProfileUpload& profiles);
+    [[nodiscard]] bool put_presets_back();
+    [[nodiscard]] bool model_matches(const Plan& plan);
+    void upload_lines(const Plan& plan, ProfileUpload& profiles);
+    void upload_line(const Plan& plan, ProfileUpload& profiles, const std::string& text);
+    void end(const Plan& plan);
+
+    TransferRun run_;
+    bool completed_ = false;
+};
+
+} // namespace pelvan
