@@ -41,8 +41,15 @@ TEST_F(TransferCommand, NothingHappensWithoutTheAnswerThatItNeeds) {
     EXPECT_TRUE(told("Upload Canceled!"));
     EXPECT_EQ(run("restore --yes " + dir.file("none.txt")), exit_code::kBadOption);
     EXPECT_EQ(run("save --address 0 " + file), exit_code::kBadOption);
-    EXPECT_EQ(run("save --address 9 --retries 2 " + file), exit_code::kFailed);
-    EXPECT_TRUE(told("Need to check Comm Port Settings."));
+    for (const int retries : {0, 2}) {
+        EXPECT_EQ(run("save --address 9 --retries " + std::to_string(retries) + " " + file),
+                  exit_code::kFailed);
+        std::string expected;
+        for (int i = 0; i <= retries; ++i)
+            expected += "pelvan7: Comm Error!\n";
+        EXPECT_EQ(err.str(), expected + "pelvan7: Download has been canceled. Need to check Comm "
+                                        "Port Settings.\npelvan7: not completed\n");
+    }
 }
 
 TEST_F(TransferCommand, AnInterruptEndsAsACancel) {

@@ -1,22 +1,31 @@
-// A whole setup from a simulated controller and back, through the program as it is joined.
+// A whole setup from a simulated controller and back.
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 
-#include "support/simulated_program.h"
+#include "platform/line_port.h"
+#include "recording_listener.h"
+#include "simulator/line/device_text.h"
+#include "simulator/line/simulated_line.h"
+#include "simulator/line/simulator_registry.h"
+#include "support/configuration.h"
+#include "support/fake_dialogs.h"
+#include "support/fake_time.h"
+#include "transfer/comparison.h"
+#include "transfer/download.h"
+#include "transfer/upload.h"
 
 namespace pelvan::testing {
 namespace {
 
 using Values = std::map<int, int>;
 
-class RoundTrip : public ::testing::Test, public SimulatedProgram {
+class RoundTrip : public ::testing::Test {
   protected:
-    RoundTrip()
-        : SimulatedProgram(
-              {"", "the station"}, 1, [this](const std::string&, const LineSettings& settings) {
-                  return std::make_unique<simulator::SimulatedLine>(line_clock, station, settings);
-              }) {
+    RoundTrip() {
+        configure_devices(dir, {"", "station"});
+        channels.init_comms();
         tick.step_ms = 0.5;
         std::filesystem::create_directory(dir.file("Reg Downloads"));
         std::filesystem::copy(std::string(PELVAN_SAMPLES) + "/Download Sequences",
@@ -47,8 +56,9 @@ class RoundTrip : public ::testing::Test, public SimulatedProgram {
         auto out = station->controller.table().all();
         std::erase_if(out, [](const auto& each) {
             const auto& [number, reg] = each;
-            return reg.access != simulator::Access::ReadWrite || !reg.active || number == 25 ||
-                   number == 1415 || number == 1602 || number == 1789;
+            const std::set<int> own{25, 1415, 1602, 1789};
+            return reg.access != simulator::Access::ReadWrite || !reg.active ||
+                   own.contains(number);
         });
         return out;
     }
@@ -65,15 +75,11 @@ class RoundTrip : public ::testing::Test, public SimulatedProgram {
 
     /// A profile with a step of every kind.
     void fill_profile(int number) {
-        set_all({{4000, number}, {4002, 1}});
-        for (int i = 0; i < 10; ++i)
-            set(4050 + i, 65 + number + i);
+        set_all({{4000, number}, {4002, 1}, {4050, 65 + number}, {4059, 66 + number}});
         for (int i = 1; i <= 4; ++i)
             set_all({{4001, i}, {4002, 3}, {4003, i}});
-        set_all({{4001, 1}, {4007, -100 * number}});
-        for (const int field : {4004, 4005, 4006, 4009, 4011})
-            set(field, number + 1);
-        set_all({{4001, 2}, {4012, 30 + number}});
+        set_all({{4001, 1}, {4007, -100 * number}, {4004, 1}, {4005, 2}, {4006, 3}, {4009, 4}});
+        set_all({{4011, number}, {4001, 2}, {4012, 30 + number}});
         set_all({{4001, 4}, {4013, number}, {4015, 10 * number}});
         set_all({{4001, 5}, {4016, 3}, {4017, -5 * number}});
     }
@@ -92,16 +98,41 @@ class RoundTrip : public ::testing::Test, public SimulatedProgram {
         }
         return out;
     }
-    void run(Button& button) {
-        dialogs.files = {file};
-        dialogs.answers.assign(40, MessageAnswer::Yes);
-        button.press();
+    template <class Transfer, class... File> void run(const File&... name) {
+        ui = {};
+        ui.answers.assign(40, true);
+        ui.file = file;
+        const auto result =
+            Transfer(TransferContext{link, modbus, clock, dir.path(), DeviceAddress("1"), ui, flag})
+                .run(name...);
+        EXPECT_TRUE(result.completed) << ::testing::PrintToString(ui.messages);
+        EXPECT_EQ(result.faults, result.differences) << ::testing::PrintToString(ui.errors);
     }
 
+    TempDir dir;
+    FakeTick tick;
+    FakeClock clock;
+    FakeDialogs dialogs;
+    ConfigState config{dir.file("pelvan7.ini")};
+    SerialState serial;
+    ModbusState state;
+    frm_Comms comms{[this] {
+        return std::make_unique<LinePort>([](int) { return std::string("station"); },
+                                          [this](const std::string&, const LineSettings& settings) {
+                                              return std::make_unique<simulator::SimulatedLine>(
+                                                  line_clock, station, settings);
+                                          });
+    }};
+    ErrorLog log{clock, dir.file("errors")};
+    ChannelTable channels{serial, config, comms, dialogs, log};
+    CountdownPool countdowns{serial, tick};
+    Link link{channels, countdowns, dialogs, log};
+    Modbus modbus{state};
+    RecordingListener ui;
+    CancelFlag flag;
     const std::string file = dir.file("Reg Downloads/setup.txt");
     std::shared_ptr<simulator::Station> station;
     std::shared_ptr<simulator::LineClock> line_clock = std::make_shared<simulator::LineClock>(tick);
-    frm_DownloadParm& form = app.transfer;
 };
 
 class RoundTripOnLine : public RoundTrip, public ::testing::WithParamInterface<const char*> {};
@@ -116,7 +147,7 @@ TEST_P(RoundTripOnLine, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
     const Values before = registers();
     const Values profiles_before = profiles();
     ASSERT_EQ(profiles_before.at(200000), 0);
-    run(form.cmdDownload);
+    run<Download>();
 
     set_registers(2);
     set(25, 1);
@@ -127,21 +158,20 @@ TEST_P(RoundTripOnLine, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
     }
     ASSERT_NE(registers(), before);
 
-    form.chkCompare.set_Value(1);
-    run(form.cmdUpload);
-    EXPECT_EQ(dialogs.texts().back(), "The controller holds what the file says.");
+    run<Upload>(file);
+    run<Comparison>(file);
+    EXPECT_EQ(ui.messages.back(), "The controller holds what the file says.");
     EXPECT_EQ(registers(), before);
     EXPECT_EQ(profiles(), profiles_before);
     EXPECT_EQ(get(25), 0);
 
     set_all({{1500, 500}, {4000, 3}, {4002, 2}, {4000, 1}, {4001, 5}, {4017, 1234}});
-    run(form.cmdCompare);
-    EXPECT_EQ(dialogs.texts().back(), "The controller differs from the file in 3 registers.");
-    EXPECT_EQ(form.List2.List(0), "Controller holds: 500               1500           " +
-                                      std::to_string(before.at(1500)) + "    Different");
-    EXPECT_EQ(form.List2.List(1),
-              "Controller holds: 1234               4017           -5    Different");
-    EXPECT_EQ(form.List2.List(2),
+    run<Comparison>(file);
+    EXPECT_EQ(ui.messages.back(), "The controller differs from the file in 3 registers.");
+    EXPECT_EQ(ui.errors[0], "Controller holds: 500               1500           " +
+                                std::to_string(before.at(1500)) + "    Different");
+    EXPECT_EQ(ui.errors[1], "Controller holds: 1234               4017           -5    Different");
+    EXPECT_EQ(ui.errors[2],
               "Controller holds: no such profile               4000           3    Different");
 }
 
@@ -153,11 +183,11 @@ TEST_F(RoundTrip, ProfilesThatOnlyTheNumberingNeedsAreGoneAtTheEnd) {
     start("simulated:742,lost=0.02,seed=3");
     fill_profile(1);
     const Values before = profiles();
-    run(form.cmdDownload);
+    run<Download>();
     std::string text = read_file(file);
     text.replace(text.find("\r\n4000 1\r\n") + 2, 6, "4000 5");
     write_file(file, text);
-    run(form.cmdUpload);
+    run<Upload>(file);
     Values expected{{100000, 0}, {200000, 0}, {300000, 0}, {400000, 0}};
     for (const auto& [key, value] : before)
         expected[key + 400000] = value;

@@ -1,5 +1,5 @@
-// The transfer window on a scripted port: a table of registers that answers functions 3 and 6, on a
-// fake tick, with the program's directory in a folder of its own.
+// Transfers on a scripted port: a table of registers that answers functions 3 and 6, on a fake
+// tick, with the program's directory in a folder of its own.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,13 +8,15 @@
 #include <map>
 #include <set>
 
+#include "recording_listener.h"
 #include "support/frames.h"
 #include "support/serial_rig.h"
-#include "transfer/download_parm_form.h"
+#include "transfer/comparison.h"
+#include "transfer/download.h"
+#include "transfer/upload.h"
 
 namespace pelvan::testing {
 
-using Lines = std::vector<std::string>;
 using Writes = std::vector<std::pair<int, int>>;
 
 class ScriptedController : public ::testing::Test {
@@ -24,7 +26,6 @@ class ScriptedController : public ::testing::Test {
         rig.ports[1]->responder = [this](const std::string& request) { return answer(request); };
         std::filesystem::create_directory(rig.dir.file("Reg Downloads"));
         std::filesystem::create_directory(rig.dir.file("Download Sequences"));
-        form.cmbAddress.set_Text("1");
     }
 
     void write_sequence(const std::string& name, const std::string& text) {
@@ -37,66 +38,71 @@ class ScriptedController : public ::testing::Test {
     [[nodiscard]] bool exists(const std::string& name) const {
         return std::filesystem::exists(path(name));
     }
-    [[nodiscard]] static Lines lines(const ListBox& list) {
-        Lines out;
-        for (int i = 0; i < list.ListCount(); ++i)
-            out.push_back(list.List(i));
-        return out;
+    /// A transfer, on a listener that has forgotten the last one.
+    template <class Transfer, class... File> TransferResult transfer(const File&... file) {
+        const auto kept = std::exchange(ui, {});
+        ui.answers = kept.answers;
+        ui.on_turn = kept.on_turn;
+        ui.file = path(file_name);
+        cancel = {};
+        writes.clear();
+        return Transfer(TransferContext{rig.link, modbus, rig.clock, rig.dir.path(),
+                                        DeviceAddress(address), ui, cancel})
+            .run(file...);
     }
-    [[nodiscard]] std::string last_message() const { return rig.dialogs.shown.back().text; }
-    void press(Button& button, const std::string& name = "a.txt") {
-        rig.dialogs.files = {path(name)};
-        button.press();
+    TransferResult download(std::deque<bool> answers = {}) {
+        ui.answers = std::move(answers);
+        return transfer<Download>();
     }
-    void download(const std::string& name = "a.txt") { press(form.cmdDownload, name); }
-    void upload() { press(form.cmdUpload); }
-    void compare() { press(form.cmdCompare); }
-
-    void expect_usable(bool) {
-        EXPECT_TRUE(form.cmdDownload.Enabled());
-        EXPECT_TRUE(form.cmbAddress.Enabled());
-        EXPECT_FALSE(form.cmdCancel.Enabled());
-        EXPECT_EQ(form.Pointer(), MousePointer::Normal);
-        EXPECT_EQ(form.ProgressBar1.Value(), 0);
+    TransferResult upload(std::deque<bool> answers = {true}) {
+        ui.answers = std::move(answers);
+        return transfer<Upload>(path(file_name));
     }
+    TransferResult compare() { return transfer<Comparison>(path(file_name)); }
+    [[nodiscard]] FakeSerialPort& port() { return *rig.ports[1]; }
 
     SerialRig rig;
-    FakeDesktop desktop;
-    Services services{rig.tick, rig.clock, rig.dialogs, desktop, rig.dir.path()};
     ModbusState state;
     Modbus modbus{state};
-    frm_DownloadParm form{services, rig.link, modbus};
+    RecordingListener ui;
+    CancelFlag cancel;
+    std::string file_name = "a.txt";
+    std::string address = "1";
 
     std::map<int, int> registers{{0, 742}, {1, 7421}, {2, 1518}, {3, 17}, {4, 203}, {1602, 0}};
     std::set<int> refused;              // writes answered with exception 3
     std::map<int, int> silent;          // requests to a register that stay unanswered yet
     std::map<int, std::string> instead; // replies (whole) to a read of a register
+    std::map<int, int> reads;           // requests to read a register
     Writes writes;
-    std::function<void(int number)> on_write;
+    std::function<void(int number, int value)> on_write;
 
   private:
     std::vector<Arrival> answer(const std::string& request) {
         const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(request[i]); };
-        const std::string address = request.substr(0, 1);
         const int number = byte(2) * 256 + byte(3);
         const int value = static_cast<std::int16_t>(byte(4) * 256 + byte(5));
         const bool is_write = byte(1) == 6;
         if (is_write) writes.emplace_back(number, value);
-        if (is_write && on_write) on_write(number);
+        if (!is_write) ++reads[number];
+        if (is_write && on_write) on_write(number, value);
         if (silent[number] > 0) {
             --silent[number];
             return {};
         }
-        if (is_write && refused.contains(number)) return {{5, sealed(address + "\x86\x03")}};
-        if (is_write) {
-            registers[number] = value;
-            return {{5, request}};
-        }
-        if (instead.contains(number)) return {{5, instead[number]}};
-        if (!registers.contains(number)) return {{5, sealed(address + "\x83\x02")}};
-        const int held = registers[number];
-        return {{5, sealed(address + "\3\2" + static_cast<char>(held >> 8) +
-                           static_cast<char>(held & 0xFF))}};
+        return {{5, is_write ? written(request, number, value) : held(request[0], number)}};
+    }
+    std::string written(const std::string& request, int number, int value) {
+        if (refused.contains(number)) return sealed(request.substr(0, 1) + "\x86\x03");
+        registers[number] = value;
+        return request;
+    }
+    std::string held(char from, int number) {
+        if (instead.contains(number)) return instead[number];
+        if (!registers.contains(number)) return sealed(from + std::string("\x83\x02"));
+        const int value = registers[number];
+        return sealed(from + std::string("\3\2") + static_cast<char>(value >> 8) +
+                      static_cast<char>(value & 0xFF));
     }
 };
 

@@ -1,4 +1,5 @@
 #include "scripted_controller.h"
+#include "support/error_of.h"
 
 namespace pelvan::testing {
 namespace {
@@ -7,12 +8,10 @@ const Writes kErase{{1789, 1512}, {1415, 1600}, {1602, 800}};
 constexpr char kEraseQuestion[] = "This erase all current settings. Do you want to continue?";
 const std::string kRefusal = "1 134 3 2 97 "; // the reply to a refused write
 
-class Upload : public ScriptedController {
+class UploadTest : public ScriptedController {
   protected:
-    Upload() {
-        write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n");
-        rig.dialogs.answers = {MessageAnswer::Yes};
-    }
+    UploadTest() { write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n"); }
+
     void write_setup(const std::string& body, const std::string& model = "  742") {
         write_file(path("a.txt"), "*\r\n   Model #:" + model + "\r\n\r\n\r\n\r\n\r\n*\r\n" + body);
     }
@@ -24,215 +23,204 @@ class Upload : public ScriptedController {
     }
 };
 
-TEST_F(Upload, WritesEveryLineInOrder) {
+TEST_F(UploadTest, WritesEveryLineInOrder) {
     write_setup("5 1\r\n\r\n6  -12\r\n7\r\n8 77<--CRC\r\n9 cter\r\n10x3 4\r\n25 0\r\n");
     write_file(path("742_ERROR.TXT"), "x");
-    form.List2.AddItem("old");
-    upload();
+    ui.errors = {"old"};
+    EXPECT_TRUE(upload().completed);
     EXPECT_EQ(restored(), (Writes{{5, 1}, {6, -12}, {7, 0}, {8, 77}, {9, 0}, {10, 4}, {25, 0}}))
         << "the empty line has none";
-    EXPECT_EQ(lines(form.List1),
-              (Lines{"******Erasing Old Settings******", "******Beginning  Upload******",
-                     "5 1 Successful", "6 -12 Successful", "7 0 Successful", "8 77 Successful",
-                     "9 0 Successful", "10 4 Successful", "25 0 Successful",
-                     "*******Upload Complete*******"}));
-    EXPECT_EQ(rig.dialogs.texts(), (Lines{kEraseQuestion, "Upload Complete"}));
-    EXPECT_EQ(form.List2.ListCount(), 0);
+    EXPECT_EQ(ui.steps, (Lines{"******Erasing Old Settings******", "******Beginning  Upload******",
+                               "5 1 Successful", "6 -12 Successful", "7 0 Successful",
+                               "8 77 Successful", "9 0 Successful", "10 4 Successful",
+                               "25 0 Successful", "*******Upload Complete*******"}));
+    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Upload Complete"}));
+    EXPECT_EQ(ui.errors, Lines{});
+    EXPECT_EQ(ui.share, 1);
     EXPECT_TRUE(exists("742_Upload_Error.TXT"));
     EXPECT_EQ(saved("742_Upload_Error.TXT"), "");
     EXPECT_FALSE(exists("742_ERROR.TXT"));
 }
 
-TEST_F(Upload, RefusedWritesAreRecordedAndTheUploadGoesOn) {
-    write_setup("5 1\r\n6 2\r\n7 40000\r\n70000 1\r\n8 3\r\n");
+TEST_F(UploadTest, RefusedWritesAreRecordedAndTheUploadGoesOn) {
+    write_setup("5 1\r\n6 2\r\nx\r\n7 40000\r\n70000 1\r\n8 3\r\n");
     write_file(path("742_ERROR.TXT"), "x");
     refused = {5, 6};
-    upload();
+    const TransferResult result = upload();
+    EXPECT_TRUE(result.completed);
+    EXPECT_EQ(result.faults, 5);
     EXPECT_EQ(saved("742_Upload_Error.TXT"), "Response From Control\tReg No\tValue\t\r\n" +
                                                  kRefusal + "\t5\t1\tError\r\n" + kRefusal +
                                                  "\t6\t2\tError\r\n"
                                                  "Bad DATA VALUE entered.\t7\t40000\tError\r\n"
                                                  "Bad REGISTER entered.\t70000\t1\tError\r\n");
-    ASSERT_EQ(form.List2.ListCount(), 4);
-    EXPECT_EQ(form.List2.List(1), kRefusal + "               6           2    Error");
-    EXPECT_EQ(form.List1.List(2), "5 1 ***UNSUCCESSFUL***");
-    EXPECT_EQ(form.List1.List(6), "8 3 Successful");
+    ASSERT_EQ(ui.errors.size(), 5U);
+    EXPECT_EQ(ui.errors[1], kRefusal + "               6           2    Error");
+    EXPECT_EQ(ui.errors[4], "Line without a register number: x") << "behind the refusals";
+    EXPECT_EQ(ui.steps[2], "5 1 ***UNSUCCESSFUL***");
+    EXPECT_EQ(ui.steps[6], "8 3 Successful");
     EXPECT_TRUE(exists("742_ERROR.TXT")) << "deleted only when no write was refused";
+
+    address = "12"; // refusals do not count at a longer address, but are listed
+    EXPECT_EQ(upload().faults, 5);
+    EXPECT_EQ(saved("742_Upload_Error.TXT").find("\t5\t"), std::string::npos);
+    EXPECT_EQ(ui.steps[2], "5 1 ***UNSUCCESSFUL***");
 }
 
-TEST_F(Upload, RefusalsAtALongerAddressDoNotCountButAreListed) {
-    write_setup("5 1\r\n");
-    refused = {5};
-    form.cmbAddress.set_Text("12");
-    upload();
-    EXPECT_EQ(saved("742_Upload_Error.TXT"), "");
-    EXPECT_EQ(form.List1.List(2), "5 1 ***UNSUCCESSFUL***");
-    EXPECT_EQ(form.List2.ListCount(), 1);
-}
-
-TEST_F(Upload, ErasesBeforeItFindsTheModelsDifferent) {
+TEST_F(UploadTest, ErasesBeforeItFindsTheModelsDifferent) {
     for (const char* model : {" 742", "  730", ""}) {
-        writes.clear();
-        rig.dialogs.answers = {MessageAnswer::Yes};
         write_setup("5 1\r\n", model);
-        upload();
+        EXPECT_FALSE(upload().completed);
         EXPECT_EQ(restored(), Writes{}) << model;
-        EXPECT_EQ(last_message(),
+        EXPECT_EQ(ui.messages.back(),
                   "Model number from the controller does not match the model number from the text "
                   "file so Upload of values is canceled.");
-        expect_usable(false);
     }
 }
 
-TEST_F(Upload, NothingIsWrittenUnlessTheModelIsReadAndTheUserAgrees) {
+TEST_F(UploadTest, NothingIsWrittenUnlessTheModelIsReadAndTheUserAgrees) {
     write_setup("5 1\r\n");
+    const auto messages = [&](std::deque<bool> answers) {
+        EXPECT_FALSE(upload(std::move(answers)).completed);
+        EXPECT_EQ(writes, Writes{});
+        return ui.messages;
+    };
     silent[0] = 3;
-    rig.dialogs.answers = {MessageAnswer::Cancel};
-    upload();
+    EXPECT_EQ(
+        messages({false}),
+        (Lines{"Comm Error!", "Download has been canceled. Need to check Comm Port Settings."}));
     EXPECT_FALSE(exists("742_Upload_Error.TXT"));
-    upload();
+    EXPECT_EQ(messages({false}), (Lines{kEraseQuestion, "Upload Canceled!"}));
     std::filesystem::remove(rig.dir.file("Download Sequences/742.cds"));
-    upload();
-    rig.dialogs.answers = {MessageAnswer::Yes};
-    upload();
-    EXPECT_EQ(writes, Writes{});
     const std::string missing = "Can not find the 742.cds file to check whether this model has "
                                 "Profiles. Do you want to continue with the upload?";
-    EXPECT_EQ(rig.dialogs.texts(),
-              (Lines{"Comm Error!", "Download has been canceled. Need to check Comm Port Settings.",
-                     kEraseQuestion, "Upload Canceled!", missing, "Upload Canceled!", missing,
-                     "Does model 742 have Profiles?", kEraseQuestion, "Upload Canceled!"}));
-    EXPECT_EQ(form.List1.List(0), "*******Upload Canceled*******");
+    EXPECT_EQ(messages({false}), (Lines{missing, "Upload Canceled!"}));
+    EXPECT_EQ(messages({true, false, false}), (Lines{missing, "Does model 742 have Profiles?",
+                                                     kEraseQuestion, "Upload Canceled!"}));
+    EXPECT_EQ(ui.steps, Lines{"*******Upload Canceled*******"});
+    EXPECT_EQ(ui.phases, "begun ");
 }
 
-TEST_F(Upload, AControllerSilentAfterTheEraseIsAskedAgain) {
+TEST_F(UploadTest, AControllerSilentAfterTheEraseIsAskedAgain) {
     write_setup("5 1\r\n");
-    on_write = [&](int number) {
-        if (number == 1602) silent[0] = 1000;
+    on_write = [&](int number, int) {
+        if (number != 1602) return;
+        silent[0] = 1000;
+        reads[0] = 0;
     };
-    rig.dialogs.answers = {MessageAnswer::Yes, MessageAnswer::Retry, MessageAnswer::Cancel};
-    upload();
-    EXPECT_EQ(rig.dialogs.texts(),
-              (Lines{kEraseQuestion, "Comm Error!", "Comm Error!, Retry or Cancel",
-                     "Communication Error,Upload Canceled."}));
+    upload({true, true, false});
+    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Comm Error!", "Comm Error!, Retry or Cancel",
+                                  "Communication Error,Upload Canceled."}));
     EXPECT_EQ(writes.size(), 6U) << "the erase was done twice, nothing else";
+    EXPECT_EQ(reads[0], 13 * 3);
 }
 
-TEST_F(Upload, AWriteWithoutAReplyIsRepeatedAndThenAskedFor) {
+TEST_F(UploadTest, AWriteWithoutAReplyIsRepeatedAndThenAskedFor) {
     write_setup("5 1\r\n6 2\r\n7 3\r\n");
     silent = {{5, 4}, {6, 1000}};
-    rig.dialogs.answers = {MessageAnswer::Yes, MessageAnswer::Retry, MessageAnswer::Cancel};
-    upload();
+    EXPECT_FALSE(upload({true, true, false}).completed);
     EXPECT_EQ(restored().size(), 5U + 10U);
-    EXPECT_EQ(form.List1.List(3), "Download Canceled ");
-    EXPECT_EQ(last_message(), "Comm Error!");
+    EXPECT_EQ(ui.steps.back(), "Download Canceled ");
+    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Comm Error!", "Comm Error!"}));
 }
 
-TEST_F(Upload, ComparingWritesNothingToAControllerWithoutProfiles) {
-    write_setup("4000 1\r\n4001 1\r\n5 1\r\n");
-    compare();
-    EXPECT_EQ(writes, Writes{});
-}
-
-TEST_F(Upload, FilesAndFoldersThatAreMissing) {
-    upload();
-    EXPECT_EQ(last_message(), "INSTALL DISK WITH FILE " + path("a.txt") + " INTO DRIVE A");
-    expect_usable(false);
-    writes.clear();
+TEST_F(UploadTest, FilesAndFoldersThatAreMissing) {
+    EXPECT_EQ(error_of([&] { upload(); }), error_number::kFileNotFound);
+    EXPECT_EQ(error_of([&] { compare(); }), error_number::kFileNotFound);
     std::filesystem::remove_all(rig.dir.file("Reg Downloads"));
-    for (Button* button : {&form.cmdDownload, &form.cmdUpload, &form.cmdCompare}) {
-        rig.dialogs.shown.clear();
-        press(*button);
-        EXPECT_EQ(rig.dialogs.texts(), Lines{"PATH NOT FOUND ERROR"});
-        expect_usable(false);
-    }
+    EXPECT_EQ(error_of([&] { upload(); }), error_number::kPathNotFound);
     EXPECT_EQ(writes, Writes{}) << "nothing is erased without a place for the error file";
 }
 
-TEST_F(Upload, SetupFilesOfAnyContent) {
+TEST_F(UploadTest, SetupFilesOfAnyContent) {
     const std::string head = "*\n   Model #:  742\n\n\n\n\n*\n";
-    std::string binary;
-    for (int i = 0; i < 4000; ++i)
-        binary += static_cast<char>(i * 37 % 251);
     const std::pair<std::string, Writes> cases[] = {
         {"", {}},
-        {binary, {}},
         {"*\n   Model #:  74", {}},
         {"*\n   Model #:  1e99\n\n\n\n\n*\n5 1\n", {}},
         {"*\nab742\n\n\n\n\n*\n5 1\n", {{5, 1}}},
-        {"*\n   Model #:   742\n\n\n\n\n*\n5 1\n", {{5, 1}}},
-        {head, {}},
         {head + "5 1\n6 2", {{5, 1}, {6, 2}}},
-        {head + "5 1e99\n6 99999999999999999999\n8 4\n", {{8, 4}}},
-        {head + "x 1\nRegister 6 2\n 7 3\n8 4\n", {{8, 4}}},
+        {head + "5 1e99\n6 99999999999999999999\nx 1\n 7 3\n8 4\n", {{8, 4}}},
     };
     for (const auto& [text, expected] : cases) {
         write_file(path("a.txt"), text);
-        writes.clear();
-        rig.dialogs.answers = {MessageAnswer::Yes};
         upload();
-        EXPECT_EQ(restored(), expected) << text.substr(0, 80);
-        EXPECT_TRUE(form.cmdUpload.Enabled());
+        EXPECT_EQ(restored(), expected) << text;
     }
 }
 
 /// Lines 2 to 4 name the registers; a line without a number leaves the usual one, 4040.
-class ProfileUpload : public Upload {
+class ProfileUploadTest : public UploadTest {
   protected:
-    ProfileUpload() {
+    ProfileUploadTest() {
         write_sequence("742.cds", "YES\r\n5000 number\r\n5002\r\n-\r\n");
         registers[4040] = 0;
     }
 };
 
-TEST_F(ProfileUpload, ANumberThatCannotBeFilledEndsTheUpload) {
+TEST_F(ProfileUploadTest, AllProfilesAreClearedAcrossGaps) {
+    std::map<int, int> steps{{1, 2}, {3, 1}, {255, 1}};
+    int selected = 0;
+    on_write = [&](int number, int value) {
+        if (number == 5000) selected = value;
+        if (number == 5002 && value == 2) steps.erase(selected);
+        registers[4040] = steps.contains(selected) ? steps[selected] : 0;
+    };
+    write_setup("25 0\r\n");
+    EXPECT_TRUE(upload().completed);
+    EXPECT_TRUE(steps.empty());
+    EXPECT_EQ(ui.steps[2], "Profile 3 erased");
+}
+
+TEST_F(ProfileUploadTest, ANumberThatCannotBeFilledEndsTheUpload) {
     write_setup("5000 2\r\n5002 1\r\n25 0\r\n");
     silent[5002] = 1000;
-    upload();
-    EXPECT_EQ(last_message(), "Comm Error when creating the Delete Profile. Upload Canceled!");
+    EXPECT_FALSE(upload().completed);
+    EXPECT_EQ(ui.messages.back(), "Comm Error when creating the Delete Profile. Upload Canceled!");
     EXPECT_NE(writes.back(), (std::pair{25, 0}));
 }
 
-TEST_F(ProfileUpload, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
+TEST_F(ProfileUploadTest, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
     write_setup("5000 4\r\n5002 1\r\n25 0\r\n");
-    on_write = [&](int number) {
+    on_write = [&](int number, int) {
         if (number == 25) silent[5000] = 1000;
     };
     upload();
-    EXPECT_EQ(rig.dialogs.texts(),
+    EXPECT_EQ(ui.messages,
               (Lines{kEraseQuestion,
                      "Could not erase a profile that the program created to keep the indexing "
                      "correct. Profile Number 1 did not exist in the upload file. You should "
                      "manually delete Profile Number 1.",
                      "Upload Complete"}));
-    EXPECT_EQ(lines(form.List2),
-              (Lines{"Profile not erased               5000           2    Error",
-                     "Profile not erased               5000           3    Error"}));
+    EXPECT_EQ(ui.errors, (Lines{"Profile not erased               5000           2    Error",
+                                "Profile not erased               5000           3    Error"}));
 }
 
-TEST_F(ProfileUpload, ComparingCountsTheStepsOfEveryProfile) {
+TEST_F(ProfileUploadTest, ComparingSelectsProfilesAndCountsTheStepsOfEach) {
     registers[4040] = 3;
     registers[25] = 0;
     // Two steps; three; and one, in a file that ends with the profile.
     write_setup("5000 1\r\n5002 1\r\n5002 3\r\n25 0\r\n"
                 "5000 2\r\n5002 1\r\n5002 3\r\n5002 3\r\n5000 3\r\n5002 1\r\n");
-    compare();
-    EXPECT_EQ(lines(form.List2),
+    EXPECT_EQ(compare().differences, 2);
+    EXPECT_EQ(ui.errors,
               (Lines{"Controller holds: 3               4040           2    Different",
                      "Controller holds: 3               4040           1    Different"}));
     EXPECT_EQ(writes, (Writes{{5000, 1}, {5000, 2}, {5000, 3}}));
+    write_sequence("742.cds", "NO\r\n");
+    EXPECT_GT(compare().differences, 0);
+    EXPECT_EQ(writes, Writes{}) << "without profiles nothing is selected";
 }
 
-TEST_F(ProfileUpload, NothingIsWrittenIntoWhatWasNotSelectedOrErased) {
+TEST_F(ProfileUploadTest, NothingIsWrittenIntoWhatWasNotSelectedOrErased) {
     // Faults and the last of them; `last_writes` are those ahead of the last line's.
     const auto restore = [&](const std::string& setup, int refusing, Writes last_writes) {
         write_setup(setup + "25 0\r\n");
         refused = {refusing};
-        rig.dialogs.answers = {MessageAnswer::Yes};
-        upload();
+        const int faults = upload().faults;
         last_writes.emplace_back(25, 0);
         EXPECT_EQ(Writes(writes.end() - std::ssize(last_writes), writes.end()), last_writes);
-        return std::to_string(form.List2.ListCount()) + ": " + lines(form.List2).back();
+        return std::to_string(faults) + ": " + ui.errors.back();
     };
     EXPECT_EQ(restore("5000 1\r\n5002 1\r\n", 5002, {{5000, 1}, {5002, 1}}),
               "1: " + kRefusal + "               5002           1    Error")

@@ -1,0 +1,101 @@
+// The window of the transfers: what it enables, shows and asks around them.
+#include "scripted_controller.h"
+#include "transfer/download_parm_form.h"
+
+namespace pelvan::testing {
+namespace {
+
+class TransferForm : public ScriptedController {
+  protected:
+    TransferForm() {
+        write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n5\r\n6\r\n");
+        registers.insert({{5, 1}, {6, -12}});
+    }
+    void press(Button& button, std::deque<MessageAnswer> answers = {}) {
+        rig.dialogs.files = {path("a.txt")};
+        rig.dialogs.answers = std::move(answers);
+        rig.dialogs.shown.clear();
+        button.press();
+        EXPECT_TRUE(form.cmdDownload.Enabled());
+        EXPECT_TRUE(form.cmbAddress.Enabled());
+        EXPECT_FALSE(form.cmdCancel.Enabled());
+        EXPECT_EQ(form.Pointer(), MousePointer::Normal);
+        EXPECT_EQ(form.ProgressBar1.Value(), 0);
+    }
+    void write_setup(const std::string& body) {
+        write_file(path("a.txt"), "*\r\n   Model #:  742\r\n\r\n\r\n\r\n\r\n*\r\n" + body);
+    }
+
+    FakeDesktop desktop;
+    Services services{rig.tick, rig.clock, rig.dialogs, desktop, rig.dir.path()};
+    frm_DownloadParm form{services, rig.link, modbus};
+};
+
+TEST_F(TransferForm, ADownloadFillsListAndBarWithTheButtonsDisabled) {
+    form.cmbAddress.set_Text("12");
+    form.List1.AddItem("old");
+    rig.dialogs.on_message = [&](const std::string&) {
+        EXPECT_EQ(form.ProgressBar1.Value(), form.ProgressBar1.Max());
+        EXPECT_FALSE(form.cmdUpload.Enabled());
+        EXPECT_EQ(form.Pointer(), MousePointer::Hourglass);
+        form.cmdDownload.Click(); // no second one
+    };
+    press(form.cmdDownload);
+    EXPECT_EQ(rig.dialogs.texts(), Lines{"Downloading Process Complete."});
+    EXPECT_EQ(rig.dialogs.shown[0].title, "Download Complete");
+    EXPECT_EQ(rig.dialogs.requests[0].file_name, "74211518.txt");
+    EXPECT_EQ(rig.dialogs.requests[0].initial_directory, rig.dir.file("Reg Downloads"));
+    EXPECT_EQ(form.List1.List(0), "******Beginning  Download******");
+    EXPECT_EQ(form.List1.ListIndex(), form.List1.ListCount() - 1);
+    EXPECT_EQ(port().outputs[0][0], 12);
+}
+
+TEST_F(TransferForm, TheFirstNewErrorIsShownAtTheEnd) {
+    form.List2.AddItem("old");
+    instead[6] = frame("02 03 02 00 58");
+    press(form.cmdDownload);
+    EXPECT_EQ(form.List2.ListCount(), 2);
+    EXPECT_EQ(form.List2.ListIndex(), 1);
+    write_setup("x\r\n5 1\r\n6 1\r\n");
+    refused = {5, 6};
+    press(form.cmdUpload, {MessageAnswer::Yes});
+    EXPECT_EQ(form.List2.ListCount(), 3) << "cleared before the erase";
+    EXPECT_TRUE(form.List2.List(1).ends_with(" 6           1    Error"));
+    EXPECT_EQ(form.List2.ListIndex(), 0);
+}
+
+TEST_F(TransferForm, ComparesAfterAnUploadWhenTheBoxIsSetMeanwhile) {
+    write_setup("5 1\r\n");
+    desktop.on_turn = [&] { form.chkCompare.set_Value(1); };
+    press(form.cmdUpload, {MessageAnswer::Yes});
+    EXPECT_EQ(rig.dialogs.texts().back(), "The controller holds what the file says.");
+}
+
+TEST_F(TransferForm, ClosingTheWindowAsksAndWaitsForTheEnd) {
+    form.Show();
+    bool ended = false;
+    const auto subscription = form.ended.subscribe([&] { ended = !form.Visible(); });
+    desktop.on_turn = [&] {
+        if (form.List1.ListCount() == 2) form.Unload();
+    };
+    press(form.cmdDownload, {MessageAnswer::Yes});
+    EXPECT_EQ(rig.dialogs.texts(),
+              (Lines{"Do you want to cancel the transfer?", "Download was Canceled."}));
+    EXPECT_TRUE(ended);
+}
+
+TEST_F(TransferForm, ErrorsOfFilesAndAddressesAreShown) {
+    form.cmbAddress.set_Text("99999");
+    press(form.cmdDownload);
+    EXPECT_EQ(rig.dialogs.texts(), Lines{"OVERFLOW ERROR"});
+    form.cmbAddress.set_Text("1");
+    std::filesystem::remove_all(rig.dir.file("Reg Downloads"));
+    for (Button* button : {&form.cmdDownload, &form.cmdUpload, &form.cmdCompare}) {
+        press(*button);
+        EXPECT_EQ(rig.dialogs.texts(), Lines{"PATH NOT FOUND ERROR"});
+    }
+    EXPECT_EQ(writes, Writes{});
+}
+
+} // namespace
+} // namespace pelvan::testing
