@@ -111,7 +111,7 @@ Application::Application(Services given, LineOpener opener)
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
       transfer(services, link, modbus),
       logging(services, messages, session.config, link, modbus, session.logging),
-      comms_settings(services, session.config, channels),
+      comms_settings(services, session.config, channels, *this),
       serial_devices(services, session.config, channels), frame(*this), opener_(std::move(opener)) {
     logging.restore_other_windows = [this] {
         for (Form* form :
@@ -119,7 +119,6 @@ Application::Application(Services given, LineOpener opener)
             form->set_State(WindowState::Normal);
     };
     history.join_console(console, console.mnuFile);
-    join_settings();
     console.busy_changed = [this](bool busy) {
         for (MenuEntry* entry : {&frame.mnuListen, &frame.mnuTransfer, &frame.mnuDataLogging,
                                  &frame.mnuPortSettings, &frame.mnuSerialDevices})
@@ -128,14 +127,11 @@ Application::Application(Services given, LineOpener opener)
     console.move_simulated_jumper = [this](bool in) { simulators.set_jumper(in); };
 }
 
-void Application::join_settings() {
-    comms_settings.selected_protocol = [this] { return console.opt_Protocol.Value(); };
-    comms_settings.hold_windows = [this](bool held) {
-        for (Form* form :
-             std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
-            form->set_Enabled(!held);
-        if (!held) console.focus_entry(); // a window that is held loses the focus
-    };
+void Application::hold_windows(bool held) {
+    for (Form* form :
+         std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
+        form->set_Enabled(!held);
+    if (!held) console.focus_entry(); // a window that is held loses the focus
 }
 
 std::unique_ptr<SerialPort> Application::make_port() {

@@ -64,7 +64,7 @@ class MDIPelvan6 : public Form {
     Subscription transfer_end_; // the frame closes then
 };
 
-class Application {
+class Application : private SettingsHost {
   public:
     /// `opener` opens the devices that are not simulated.
     Application(Services services, LineOpener opener);
@@ -93,7 +93,8 @@ class Application {
     MDIPelvan6 frame;
 
   private:
-    void join_settings();
+    [[nodiscard]] int selected_protocol() const override { return console.opt_Protocol.Value(); }
+    void hold_windows(bool held) override;
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();
     LineOpener opener_;
 };

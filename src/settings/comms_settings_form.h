@@ -1,15 +1,25 @@
-// "Communications Port Settings": edits, checks and stores the serial settings of the channel that
-// belongs to the protocol selected on the console. It holds one frame of fields a protocol and
-// shows the selected one's alone. Which protocol that is, and what becomes of the console and the
-// history windows meanwhile, it asks of whoever joins the windows.
+// "Communications Port Settings": the boxes in which the serial settings of the channel are edited
+// that belongs to the protocol selected on the console. It holds one frame of fields a protocol and
+// shows the selected one's alone.
 #pragma once
 
 #include <array>
 
 #include "forms/form.h"
-#include "settings/device_picker.h"
+#include "settings/device_picker_panel.h"
+#include "settings/port_settings.h"
 
 namespace pelvan {
+
+/// The windows round the port settings, as whoever joins them implements it.
+class SettingsHost {
+  public:
+    virtual ~SettingsHost() = default;
+    /// The protocol selected on the console.
+    [[nodiscard]] virtual int selected_protocol() const = 0;
+    /// Takes the console and the history windows from the user (true) and gives them back.
+    virtual void hold_windows(bool held) = 0;
+};
 
 class frm_CommsSettings : public Form {
   public:
@@ -18,8 +28,8 @@ class frm_CommsSettings : public Form {
     template <class Kind> using ControlArray = std::array<Kind, kFrames>;
 
     frm_CommsSettings(
-        Services& services, const ConfigState& config, ChannelTable& channels,
-        DevicePicker::DeviceList devices = [] { return list_serial_devices(); });
+        Services& services, const ConfigState& config, ChannelTable& channels, SettingsHost& host,
+        PortDevices::DeviceList devices = [] { return list_serial_devices(); });
 
     ControlArray<Frame> fram_Protocol;
     ControlArray<Label> lbl_Port, lbl_Baud, lbl_Parity, lbl_DataBits, lbl_StopBits;
@@ -29,16 +39,11 @@ class frm_CommsSettings : public Form {
     ControlArray<ComboBox> ComboRTSMode;
     ControlArray<Button> cmd_SaveChanges;
     ControlArray<Button> cmd_OK;
-    DevicePicker picker;
+    DevicePickerPanel picker;
 
     /// Not in a menu bar: opened by the right mouse button, or by its entry's key.
     MenuEntry Hiddenmenu{"Hiddenmenu", "&Options"};
     MenuEntry LockDataOptionmenu{"LockDataOptionmenu", "&Lock Modbus Data Word Options", "Ctrl+L"};
-
-    /// The protocol selected on the console.
-    std::function<int()> selected_protocol;
-    /// Takes the console and the history windows from the user (true) and gives them back.
-    std::function<void(bool held)> hold_windows;
 
     void Form_Load() override;
     /// Rebuilds all channels and fills the boxes from the selected protocol's.
@@ -59,8 +64,6 @@ class frm_CommsSettings : public Form {
     void cmd_OK_Click();
     void LockDataOptionmenu_Click();
 
-    /// Shows a message for every field that is not valid, in a fixed order.
-    [[nodiscard]] bool ValidatePortSettings(int index);
     /// Whether a box of the frame has been edited since it was filled or saved.
     [[nodiscard]] bool changed(int index) const;
 
@@ -68,18 +71,17 @@ class frm_CommsSettings : public Form {
     void connect_boxes(int index);
     void set_changed(int index, bool changed);
     static void select_whole(ControlArray<TextBox>& boxes, int index);
-    [[nodiscard]] int protocol() const;
     void show_frame(int shown);
+    /// What the boxes of a frame say.
+    [[nodiscard]] PortFields typed_fields(int index) const;
     void fill_frame(int index);
     void show_device(int index);
-    void fill_boxes(int index, const std::string& port, const std::array<std::string, 4>& parts,
-                    int mode);
-    void write_keys(int index);
     void offer_missing_channels(int index);
 
     Services& services_;
     const ConfigState& config_;
-    ChannelTable& channels_;
+    SettingsHost& host_;
+    PortSettings settings_;
     std::array<bool, kFrames> changed_{};
 };
 

@@ -3,22 +3,17 @@
 namespace pelvan {
 
 frm_SerialDevices::frm_SerialDevices(Services& services, const ConfigState& config,
-                                     ChannelTable& channels, DevicePicker::DeviceList devices)
+                                     ChannelTable& channels, PortDevices::DeviceList devices)
     : Form("frm_SerialDevices", "Serial Devices"),
-      picker(services, config, channels, std::move(devices)), config_(config) {
+      picker(services, config, channels, std::move(devices)),
+      picker_changed_(picker.changed.subscribe([this] { list_ports(); })) {
     set_help_page("serial_devices");
     lst_Ports.Click = [this] { lst_Ports_Click(); };
     cmd_Close.Click = [this] { Unload(); };
-    picker.assigned = [this] { list_ports(); };
-    picker.cmd_RefreshDevices.Click = [this] {
-        picker.refresh();
-        list_ports();
-    };
 }
 
 void frm_SerialDevices::Form_Load() {
     picker.refresh();
-    list_ports();
 }
 
 void frm_SerialDevices::lst_Ports_Click() {
@@ -28,9 +23,9 @@ void frm_SerialDevices::lst_Ports_Click() {
 void frm_SerialDevices::list_ports() {
     const int selected = lst_Ports.ListIndex() < 0 ? 0 : lst_Ports.ListIndex();
     lst_Ports.Clear();
-    for (int number = kLowestPortNumber; number <= kHighestPortNumber; ++number)
+    for (int number = kMinPortNumber; number <= kMaxPortNumber; ++number)
         lst_Ports.AddItem("PORT " + std::to_string(number) + (number < 10 ? "   " : "  ") +
-                          port_meaning(number, config_.gIniFile));
+                          picker.devices().meaning(number));
     lst_Ports.set_ListIndex(selected);
 }
 

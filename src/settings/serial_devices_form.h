@@ -3,7 +3,7 @@
 #pragma once
 
 #include "forms/form.h"
-#include "settings/device_picker.h"
+#include "settings/device_picker_panel.h"
 
 namespace pelvan {
 
@@ -11,12 +11,12 @@ class frm_SerialDevices : public Form {
   public:
     frm_SerialDevices(
         Services& services, const ConfigState& config, ChannelTable& channels,
-        DevicePicker::DeviceList devices = [] { return list_serial_devices(); });
+        PortDevices::DeviceList devices = [] { return list_serial_devices(); });
 
     Label lbl_Ports{"lbl_Ports", "&Port Numbers"};
     /// One line a port number, from 1 on.
     ListBox lst_Ports{"lst_Ports", "", "What each port number stands for."};
-    DevicePicker picker;
+    DevicePickerPanel picker;
     Button cmd_Close{"cmd_Close", "&Close"};
 
     void Form_Load() override;
@@ -25,7 +25,8 @@ class frm_SerialDevices : public Form {
 
   private:
     void list_ports();
-    const ConfigState& config_;
+
+    Subscription picker_changed_;
 };
 
 } // namespace pelvan

@@ -17,7 +17,7 @@ struct SettingsRig : SerialRig {
 
     FakeDesktop desktop;
     Services services{tick, clock, dialogs, desktop, dir.path()};
-    DevicePicker::DeviceList list_devices{[] {
+    PortDevices::DeviceList list_devices{[] {
         return std::vector<SerialDevice>{
             {"/dev/serial/by-id/usb-Maker_Adapter-if00", "/dev/ttyUSB7", "Maker Adapter"}};
     }};

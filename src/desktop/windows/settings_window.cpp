@@ -57,7 +57,7 @@ QGroupBox* protocol_frame(const BindContext& context, frm_CommsSettings& form, s
     return box;
 }
 
-QGroupBox* device_frame(const BindContext& context, DevicePicker& picker) {
+QGroupBox* device_frame(const BindContext& context, DevicePickerPanel& picker) {
     auto* box = bound<QGroupBox>(context, picker.fram_Device);
     auto* state = bound<QLabel>(context, picker.lbl_DeviceState);
     state->setWordWrap(true);

@@ -41,7 +41,8 @@ std::array<TextBox, 4> boxes(const char* array, const char* tool_tip, const char
 } // namespace
 
 frm_CommsSettings::frm_CommsSettings(Services& services, const ConfigState& config,
-                                     ChannelTable& channels, DevicePicker::DeviceList devices)
+                                     ChannelTable& channels, SettingsHost& host,
+                                     PortDevices::DeviceList devices)
     : Form("frm_CommsSettings", "Communications Port Settings"),
       fram_Protocol(each<Frame>([](int i) {
           const FrameFace& face = kFaces[static_cast<std::size_t>(i)];
@@ -72,7 +73,7 @@ frm_CommsSettings::frm_CommsSettings(Services& services, const ConfigState& conf
       // The name is from a time when the button said OK.
       cmd_OK(buttons("cmd_OK", "&Cancel", "Click to cancel changes to the Comm settings.")),
       picker(services, config, channels, std::move(devices)), services_(services), config_(config),
-      channels_(channels) {
+      host_(host), settings_(config, channels) {
     set_help_page("port_settings");
     Hiddenmenu.children = {&LockDataOptionmenu};
     LockDataOptionmenu.make_checkable().Click = [this] { LockDataOptionmenu_Click(); };
