@@ -67,25 +67,31 @@ TEST_F(TelluraTest, RefusesRequestsInWords) {
 TEST_F(TelluraTest, Exchanges) {
     const std::string packet = "10 02 00 08 41 00 00 00 02 E6 10 03 CF";
     const std::string bad = "Bad or incomplete Packet!";
-    // The answers to the sends, between strokes and as "ms:bytes;ms:bytes"; the result; the sends.
-    const std::vector<std::tuple<std::string, std::string, std::size_t>> cases{
-        {"5:FF 10 06 " + packet + " 00 10", packet, 1}, // behind noise, before noise
-        {"5:10 06;1500:" + packet, packet, 1},
-        {"5:10 06 10;300:02 00 08 41 00;900:00 00 02 E6 10;2000:03;3000:CF", packet, 1},
-        {"5:10 15|5:|5:10 06 " + packet, packet, 3},          // NAK, silence, ACK
-        {"5:10 15|5:|5:|5:10 06 " + packet, bad, 3},          // never acknowledged
-        {"5:10 06 10 02 00 08 41 00 00 00 10 10 03", bad, 1}, // without an end
-        {"5:10 06", bad, 1},
+    // The answers to the sends, between strokes and as "ms:bytes;ms:bytes"; the result; the sends;
+    // the milliseconds: 200 at most for a send, 2000 for a wait, and 24 (12 characters at 2 ms)
+    // of quiet behind what came.
+    const std::vector<std::tuple<std::string, std::string, std::size_t, double>> cases{
+        {"5:FF 10 06 " + packet + " 00 10", packet, 1, 29}, // behind noise, before noise
+        {"5:10 06;1500:" + packet, packet, 1, 1524},
+        {"5:10 06 10;300:02 00 08 41 00;900:00 00 02 E6 10;2000:03;3000:CF", packet, 1, 3024},
+        {"5:10 15|5:|5:10 06 " + packet, packet, 3, 29 + 200 + 29}, // NAK, silence, ACK
+        {"199:10 06 " + packet, packet, 1, 223},                    // in the last moment
+        {"5:10 15|5:|5:|5:10 06 " + packet, bad, 3, 29 + 400},      // never acknowledged
+        {"5:10 06;7000:" + packet, packet, 1, 7024},                // in the fourth wait
+        {"5:10 06 10 02 00 08 41 00 00 00 10 10 03", bad, 1, 8029}, // without an end
+        {"5:10 06", bad, 1, 8029},
     };
-    for (const auto& [script, result, sends] : cases) {
+    for (const auto& [script, result, sends, ms] : cases) {
         rig.rebuild();
         for (const std::string& answer : split(script, '|')) {
             auto& arrivals = port().replies.emplace_back();
             for (const std::string& part : split(answer, ';'))
                 arrivals.push_back({std::stod(part), bytes(part.substr(part.find(':') + 1))});
         }
+        const double begun = rig.tick.now();
         EXPECT_EQ(TelluraProt::DisplayPacket(prot.Exchange("packet")), result) << script;
         EXPECT_EQ(port().outputs, Texts(sends, "packet")) << script;
+        EXPECT_NEAR(rig.tick.now() - begun, ms, 5) << script;
     }
 }
 
