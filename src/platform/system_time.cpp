@@ -7,12 +7,16 @@
 namespace pelvan {
 namespace {
 
+/// The tick begins at 0 with the program, so that what keeps ticks in single precision keeps them
+/// to the millisecond for the first 4.6 hours.
+const auto kProgramStart = std::chrono::steady_clock::now();
+
 class SystemTick : public TickSource {
   public:
     std::uint32_t timeGetTime() override {
-        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        const auto since_start = std::chrono::steady_clock::now() - kProgramStart;
         return static_cast<std::uint32_t>(
-            std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+            std::chrono::duration_cast<std::chrono::milliseconds>(since_start).count());
     }
 };
 

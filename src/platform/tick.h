@@ -36,7 +36,7 @@ class Clock {
     virtual LocalTime now() = 0;
 };
 
-/// The machine's monotonic tick and its local time.
+/// The machine's monotonic tick, 0 when the program started, and its local time.
 [[nodiscard]] std::unique_ptr<TickSource> make_system_tick();
 [[nodiscard]] std::unique_ptr<Clock> make_system_clock();
 
