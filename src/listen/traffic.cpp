@@ -57,7 +57,7 @@ void BurstClock::start(double tick, const LocalTime& now) {
     parts.tm_min = now.minute;
     parts.tm_sec = now.second;
     parts.tm_isdst = -1; // the system knows whether it is summer time
-    epoch_ms_ = static_cast<double>(std::mktime(&parts)) * 1000;
+    epoch_ms_ = static_cast<double>(std::mktime(&parts)) * 1000 + now.millisecond;
     last_tick_ = tick;
 }
 

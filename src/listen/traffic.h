@@ -1,8 +1,8 @@
 // What the monitor learns from the bursts beyond the six boxes: when each began and how long after
 // the one before, which request a reply belongs to and how fast it came, and how often and how
 // regularly each address and each function is seen. Times are the program's tick, read when a burst
-// is noticed, on the wall clock's time of the session's beginning; so moments are right to the
-// second and differences to the millisecond.
+// is noticed, on the wall clock's time of the session's beginning: differences hold to the
+// millisecond also when the wall clock is set meanwhile.
 #pragma once
 
 #include <array>

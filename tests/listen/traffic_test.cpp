@@ -61,9 +61,9 @@ TEST_F(TrafficTest, PairsRepliesWithTheRequestBefore) {
     const std::string broadcast = frame("00 06 00 07 00 01");
     traffic.add(3606000, 8, broadcast);
     EXPECT_EQ(traffic.add(3607000, 8, broadcast).frame.kind, FrameKind::Request);
-    // Times go on when the tick wraps.
-    traffic.start(4294967000.0, {2026, 11, 15, 16, 30, 5});
-    EXPECT_FALSE(traffic.add(4294967200.0, 8, read).gap_ms);
+    // Times go on when the tick wraps, and begin with the clock's milliseconds.
+    traffic.start(4294967000.0, {2026, 11, 15, 16, 30, 5, 790});
+    EXPECT_EQ(burst_note(traffic.add(4294967200.0, 8, read)), "16:30:05.990  request");
     EXPECT_EQ(traffic.add(104, 7, answer).gap_ms, 200);
 }
 
