@@ -31,24 +31,34 @@ ListenMonitor::ListenMonitor(Link& link, Modbus& modbus, ListenState& state, Clo
 void ListenMonitor::ListenStart(std::int16_t channel) {
     if (state_.gListening) ListenStop(); // the port of another channel must not go on calling
     state_.gListenDevice = nullptr;
-    SerialState& serial = link_.channels().state();
     close_lost(channel);
     state_.gListening = true;
     state_.gListenStarted = false;
-    state_.gListenCharTime = serial.gCharTime[checked_index(channel, kChannelLimit)];
-    // A channel that is not built becomes 0, and a channel that shares its port is listened on
-    // through the object that has the port open.
-    const std::int16_t port_index = link_.channels().open_port(channel);
-    SerialPort& port = *serial.gCommDevice[checked_index(port_index, serial.gCommDevice.size())];
-    state_.gListenDevice = &port;
-    state_.gListenChannel = channel;
+    try {
+        open_channel(channel);
+    } catch (const RunTimeError&) {
+        end("Not listening: there is no such channel.");
+        throw;
+    }
+    SerialPort& port = *state_.gListenDevice;
     if (!port.PortOpen()) return end("Not listening: the port could not be opened.");
     received_ = port.OnComm.subscribe([this] {
         if (state_.gListening) ListenProcessEvent();
     });
     port.set_RThreshold(1);
-    status_changed.raise("Listening on channel " + std::to_string(channel) + ", port " +
-                         std::to_string(port.CommPort()) + ", " + port.Settings() + ".");
+    status_changed.raise("Listening on channel " + std::to_string(state_.gListenChannel) +
+                         ", port " + std::to_string(port.CommPort()) + ", " + port.Settings() +
+                         ".");
+}
+
+void ListenMonitor::open_channel(std::int16_t channel) {
+    SerialState& serial = link_.channels().state();
+    state_.gListenCharTime = serial.gCharTime[checked_index(channel, kChannelLimit)];
+    // A channel that is not built becomes 0, and a channel that shares its port is listened on
+    // through the object that has the port open.
+    const std::int16_t port_index = link_.channels().open_port(channel);
+    state_.gListenDevice = serial.gCommDevice[checked_index(port_index, serial.gCommDevice.size())];
+    state_.gListenChannel = channel;
 }
 
 /// A port whose line went while nobody listened is open all the same, and would not be opened

@@ -153,6 +153,13 @@ TEST_F(ListenMonitorTest, PortFailuresAndRebuildingEndTheListeningAndStartWorksA
 }
 
 TEST_F(ListenMonitorTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
+    for (const std::int16_t none : {std::int16_t{4}, std::int16_t{-1}}) {
+        monitor.ListenStart(1);
+        EXPECT_EQ(error_of([&] { monitor.ListenStart(none); }), error_number::kSubscript);
+        EXPECT_FALSE(monitor.listening());
+        EXPECT_EQ(status, "Not listening: there is no such channel.");
+        EXPECT_EQ(ports[1]->RThreshold(), 0);
+    }
     monitor.ListenStart(3);
     EXPECT_EQ(listen.gListenChannel, 0);
     EXPECT_EQ(&port(), ports[0]);
