@@ -1,5 +1,7 @@
 #include "listen/capture_file.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
@@ -88,9 +90,10 @@ std::string packet(const Burst& burst) {
 
 } // namespace
 
-CaptureWriter::CaptureWriter(std::string path)
-    : path_(std::move(path)), file_(path_, std::ios::binary) {
-    if (!file_) throw_file_error(errno, path_);
+CaptureWriter::CaptureWriter(std::string path) : path_(std::move(path)) {
+    const int error = file_.open(path_, O_WRONLY | O_CREAT | O_TRUNC);
+    // Only a directory can be missing where a missing file is created.
+    if (error != 0) throw_file_error(error == ENOENT ? ENOTDIR : error, path_);
     write(file_header());
 }
 
@@ -99,8 +102,7 @@ void CaptureWriter::add(const Burst& burst) {
 }
 
 void CaptureWriter::write(const std::string& block) {
-    file_.write(block.data(), static_cast<std::streamsize>(block.size()));
-    if (!file_.flush()) throw_file_error(errno, path_);
+    if (const int error = file_.write_all(block)) throw_file_error(error, path_);
 }
 
 void save_capture(const std::string& path, const std::deque<Burst>& bursts) {

@@ -5,16 +5,17 @@
 #pragma once
 
 #include <deque>
-#include <fstream>
 #include <string>
 
 #include "listen/traffic.h"
+#include "platform/posix_file.h"
 
 namespace pelvan {
 
 class CaptureWriter {
   public:
-    /// Creates or empties the file. File errors (61, 70, 75, 76) from every function.
+    /// Creates or empties the file; a pipe must have its reader. File errors (61, 70, 75, 76) from
+    /// every function; none waits.
     explicit CaptureWriter(std::string path);
     /// Handed to the system before it returns.
     void add(const Burst& burst);
@@ -23,7 +24,7 @@ class CaptureWriter {
     void write(const std::string& block);
 
     std::string path_;
-    std::ofstream file_;
+    PosixFile file_;
 };
 
 /// Writes the bursts to a new file.

@@ -1,7 +1,9 @@
 #include "listen/capture_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include "support/error_of.h"
 #include "support/frames.h"
 #include "support/temp_dir.h"
 
@@ -51,6 +53,17 @@ TEST(CaptureFileTest, HasEachBurstWithItsTimeItsProtocolAndItsDirection) {
               "1794000000.123500000\t0x00000002\t010300000001840a\tModbus RTU\t1\t3\t\n"
               "1794000000.161500000\t0x00000001\t018302c0f1\tModbus RTU\t1\t3\t2\n"
               "1794000000.223500000\t\t3f3f\t\t\t\t\n");
+}
+
+TEST(CaptureFileTest, RefusesWhatCannotBeWrittenAtOnceAndWithTheNumbersOfEveryWriter) {
+    const testing::TempDir dir;
+    ASSERT_EQ(::mkfifo(dir.file("pipe").c_str(), 0600), 0); // nobody reads it
+    const auto error_at = [&](const std::string& name) {
+        return testing::error_of([&] { save_capture(dir.file(name), {}); });
+    };
+    EXPECT_EQ(error_at("pipe"), error_number::kPathFileAccess);
+    EXPECT_EQ(error_at("missing/file"), error_number::kPathNotFound);
+    EXPECT_EQ(testing::error_of([] { save_capture("/dev/full", {}); }), error_number::kDiskFull);
 }
 
 } // namespace
