@@ -6,7 +6,9 @@ namespace pelvan {
 namespace {
 
 constexpr int kRightButton = 2;
-constexpr int kLineLimit = 10000;
+constexpr int kMaxLines = 10000;
+/// Raw lines of a line that never falls silent are long: 10,000 of them would fill the memory.
+constexpr std::size_t kMaxListBytes = std::size_t{32} << 20;
 
 /// Selects an option and runs its click handler, also when it was selected already.
 void click_option(OptionGroup& group, int index) {
@@ -121,6 +123,7 @@ void frm_Listen::mnuClearScreen_Click() {
 void frm_Listen::clear_lists() {
     lst_CommsCommand.Clear();
     lst_Times.Clear();
+    list_bytes_ = 0;
 }
 
 void frm_Listen::mnuSaveCapture_Click() {
@@ -178,7 +181,8 @@ bool frm_Listen::lst_CommsCommand_KeyDown(bool control, char key) {
 
 void frm_Listen::add_line(const std::string& line, const Burst& burst) {
     // Required: the list is emptied when it holds more than 10,000 lines, so it may hold 10,001.
-    if (lst_CommsCommand.ListCount() > kLineLimit) clear_lists();
+    if (lst_CommsCommand.ListCount() > kMaxLines || list_bytes_ > kMaxListBytes) clear_lists();
+    list_bytes_ += line.size();
     lst_CommsCommand.AddItem(line);
     lst_CommsCommand.set_ListIndex(lst_CommsCommand.ListCount() - 1);
     lst_Times.AddItem(burst_note(burst));

@@ -117,6 +117,7 @@ class frm_Listen : public Form {
     Services& services_;
     ListenMonitor& monitor_;
     std::function<std::int16_t()> selected_channel_;
+    std::size_t list_bytes_ = 0;          // text in `lst_CommsCommand`
     std::array<Subscription, 3> results_; // held while the window is loaded
 };
 

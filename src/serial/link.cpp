@@ -6,6 +6,9 @@
 namespace pelvan {
 namespace {
 
+/// More than any device can send within a time-out of ten seconds; what follows stays in the port.
+constexpr std::size_t kMaxReplyBytes = std::size_t{1} << 20;
+
 /// Gives a countdown slot back however the collection ends; the pool would grow otherwise.
 class CountdownSlot {
   public:
@@ -88,7 +91,7 @@ std::string Link::receive_reply(SerialPort& port, float char_time, float timeout
     const float quiet_ms = static_cast<float>(quiet_chars) * char_time;
     std::string reply;
     while (reply.empty() && !overall.expired()) {
-        while (port.InBufferCount() >= 1 && !overall.expired()) {
+        while (port.InBufferCount() >= 1 && reply.size() < kMaxReplyBytes && !overall.expired()) {
             reply += port.Input();
             countdowns_.wait(quiet_ms);
         }

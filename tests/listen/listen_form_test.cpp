@@ -55,10 +55,15 @@ TEST_F(ListenFormTest, ShowsWhatArrivesAndBeginsAgainWhenOpenedAgain) {
         monitor.line_added.raise("y", {});
     }
     EXPECT_EQ(form.lst_CommsCommand.ListCount() + form.lst_Times.ListCount(), 2);
+    // And when they hold more text than can be meant to be read.
+    for (int i = 0; i < 100; ++i)
+        monitor.line_added.raise(std::string(1 << 20, 'z'), {});
+    EXPECT_LE(form.lst_CommsCommand.ListCount(), 34);
+    form.mnuClearScreen.choose();
     form.mnuExitListen.choose();
     EXPECT_FALSE(monitor.listening());
     monitor.line_added.raise("of another front end", {});
-    EXPECT_EQ(form.lst_CommsCommand.ListCount(), 1);
+    EXPECT_EQ(form.lst_CommsCommand.ListCount(), 0);
     form.Load();
     EXPECT_EQ(form.lst_CommsCommand.ListCount() + form.lst_Times.ListCount(), 0);
     EXPECT_TRUE(form.traffic().bursts().empty());

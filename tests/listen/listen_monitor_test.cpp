@@ -206,6 +206,19 @@ TEST_F(ListenMonitorTest, BurstsMayBeHugeBrokenAndEndless) {
         tick.advance(11000);
         port().Input();
     }
+    // A flood becomes several bursts, none of which grows without end.
+    constexpr std::size_t kChunk = 1 << 18;
+    constexpr int kChunks = 40;
+    std::size_t received = 0;
+    for (int i = 0; i < kChunks; ++i)
+        port().arrive({i * 5.0, std::string(kChunk, 'n')});
+    while (received < kChunks * kChunk && port().InBufferCount() > 0) {
+        port().check_receive();
+        const std::size_t length = monitor.traffic().bursts().back().bytes.size();
+        EXPECT_LE(length, std::size_t{2} << 20);
+        received += length;
+    }
+    EXPECT_EQ(received, kChunks * kChunk);
 }
 
 } // namespace
