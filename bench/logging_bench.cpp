@@ -97,17 +97,16 @@ void time_passes() {
     TerminalDesktop desktop;
     Application app({*tick, *clock, dialogs, desktop, directory}, open_serial_device);
     app.console.Load();
-    app.logging.Show();
-    app.logging.read_set(directory + "/set.PV5");
+    app.data_logger.read_set(directory + "/set.PV5");
     const double quiet = kLogRows * kQuietMs;
     const double bytes = kLogRows * kExchangeBytes * kCharMs;
     for (int i = 0; i < kPasses; ++i) {
         const auto begin = Moment::now();
-        app.logging.RunLoggingPass();
+        app.data_logger.RunLoggingPass();
         const double took = ms_since(begin);
         int answered = 0;
         for (int row = 1; row <= kLogRows; ++row)
-            answered += app.logging.row_state(row) == RowState::Answered ? 1 : 0;
+            answered += app.data_logger.reading(row).state == RowState::Answered ? 1 : 0;
         std::printf("pass of %d rows (%d answered): %.1f ms; quiet pauses %.0f ms: %+.2f %%; with "
                     "the bytes' time %.0f ms: %+.2f %%\n",
                     kLogRows, answered, took, quiet, (took / quiet - 1) * 100, quiet + bytes,

@@ -110,14 +110,10 @@ Application::Application(Services given, LineOpener opener)
       listen(services, listen_monitor,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
       transfer(services, link, modbus),
-      logging(services, messages, session.config, link, modbus, session.logging),
-      comms_settings(services, session.config, channels, *this),
+      data_logger(services, messages, session.config, link, modbus, session.logging),
+      logging(services, data_logger), comms_settings(services, session.config, channels, *this),
       serial_devices(services, session.config, channels), frame(*this), opener_(std::move(opener)) {
-    logging.restore_other_windows = [this] {
-        for (Form* form :
-             std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
-            form->set_State(WindowState::Normal);
-    };
+    logging_closed_ = logging.closed.subscribe([this] { restore_windows(); });
     history.join_console(console, console.mnuFile);
     console.busy_changed = [this](bool busy) {
         for (MenuEntry* entry : {&frame.mnuListen, &frame.mnuTransfer, &frame.mnuDataLogging,
@@ -125,6 +121,12 @@ Application::Application(Services given, LineOpener opener)
             entry->set_Enabled(!busy);
     };
     console.move_simulated_jumper = [this](bool in) { simulators.set_jumper(in); };
+}
+
+void Application::restore_windows() {
+    for (Form* form :
+         std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse})
+        form->set_State(WindowState::Normal);
 }
 
 void Application::hold_windows(bool held) {

@@ -87,6 +87,7 @@ class Application : private SettingsHost {
     ListenMonitor listen_monitor;
     frm_Listen listen;
     frm_DownloadParm transfer;
+    DataLogger data_logger;
     frm_DataLogging logging;
     frm_CommsSettings comms_settings;
     frm_SerialDevices serial_devices;
@@ -95,8 +96,10 @@ class Application : private SettingsHost {
   private:
     [[nodiscard]] int selected_protocol() const override { return console.opt_Protocol.Value(); }
     void hold_windows(bool held) override;
+    void restore_windows();
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();
     LineOpener opener_;
+    Subscription logging_closed_;
 };
 
 } // namespace pelvan

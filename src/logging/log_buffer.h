@@ -1,5 +1,5 @@
 // Lines on their way into the log file: gathered in the session's buffer, appended to the file in
-// one go. When to flush, and when the count starts anew, is the logging cycle's business.
+// one go. When to flush, and when the count starts again, is DataLogger's business.
 #pragma once
 
 #include "logging/logging_state.h"

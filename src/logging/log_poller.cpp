@@ -6,8 +6,6 @@
 namespace pelvan {
 namespace {
 
-constexpr double kRead32 = 32;
-constexpr std::int16_t kReadHoldingRegisters = 3;
 constexpr float kRefused = -99999;
 constexpr char kRefusedText[] = "-99999";
 constexpr unsigned char kExceptionBit = 0x80;
@@ -45,14 +43,16 @@ void LogPoller::begin_pass() {
 
 LogReading LogPoller::poll(const LogRow& row) {
     std::int16_t function = 0;
-    if (row.command == kRead32) {
-        function = kReadHoldingRegisters;
+    if (row.command == log_command::kRead32) {
+        function = int16_from(log_command::kReadHoldingRegisters);
         values_ = {0, 2, kValueListEnd};
     } else {
         function = int16_from(row.command);
         // Any other command can only come from a set file: it is sent with whatever the previous
         // row asked for.
-        if (row.command >= 1 && row.command <= 4) values_ = {0, 1, kValueListEnd};
+        if (row.command >= log_command::kReadCoils &&
+            row.command <= log_command::kReadInputRegisters)
+            values_ = {0, 1, kValueListEnd};
     }
     const std::string frame =
         modbus_.ModbusBuildRequest(function, row.address, row.start_register, values_);
@@ -64,7 +64,7 @@ LogReading LogPoller::poll(const LogRow& row) {
         reading = exchange(frame);
     }
     if (is_exception_text(reading.value)) reading.value = exception_value(reading.value);
-    if (row.command == kRead32) reading.value = join_32_bit(reading.value);
+    if (row.command == log_command::kRead32) reading.value = join_32_bit(reading.value);
     // The marks are scaled like any value: a refused row with one decimal place shows -9999.9, and
     // a text without a number counts as 0.
     reading.value = scaled_value(reading.value, row.decimals);

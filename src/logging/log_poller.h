@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "logging/log_set.h"
 #include "protocols/modbus/modbus.h"
 #include "serial/link.h"
 
@@ -12,17 +13,10 @@ namespace pelvan {
 /// What became of a row in the last pass.
 enum class RowState { NotPolled, Answered, Exception, Nothing };
 
-/// A row's columns as numbers.
-struct LogRow {
-    std::int16_t address = 0;
-    double command = 0;
-    float start_register = 0;
-    double decimals = 0; // negative: the value is multiplied
-};
-
 struct LogReading {
     std::string value; // for the Value column and the log
     RowState state = RowState::Nothing;
+    bool operator==(const LogReading&) const = default;
 };
 
 class LogPoller {

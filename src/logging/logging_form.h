@@ -1,36 +1,19 @@
-// "Data Logging": a grid of controller values that are polled at an interval, shown, and on request
-// appended to a text file. The log set (rows, interval, file options) lives in these controls and
-// nowhere else. The read of one row is LogPoller's, the waiting lines are LogBuffer's, the readings
-// that are kept for curves are Trend's.
+// "Data Logging": the window over DataLogger. It turns its boxes into values for the logger and
+// shows the logger's set, readings and status; it knows no rule of polling, lines or set files.
 #pragma once
 
-#include "config/ini.h"
+#include <array>
+
 #include "forms/form.h"
 #include "forms/lists.h"
-#include "logging/log_buffer.h"
-#include "logging/log_poller.h"
-#include "logging/trend.h"
-#include "platform/message_gate.h"
-#include "platform/services.h"
+#include "logging/data_logger.h"
 
 namespace pelvan {
 
-/// Columns of the grid.
-namespace log_column {
-inline constexpr int kLog = 0;
-inline constexpr int kAddress = 1;
-inline constexpr int kCommand = 2;
-inline constexpr int kRegister = 3;
-inline constexpr int kDecimals = 4;
-inline constexpr int kValue = 5;
-} // namespace log_column
-
-inline constexpr int kLogRows = 100;
-
 class frm_DataLogging : public Form {
   public:
-    frm_DataLogging(Services& services, MessageGate& messages, const ConfigState& config,
-                    Link& link, Modbus& modbus, LoggingState& state);
+    /// Both must outlive this.
+    frm_DataLogging(Services& services, DataLogger& logger);
 
     /// Row data word: -1 not in use, else the row's number.
     Grid MSFlexGrid1{"MSFlexGrid1", "Log|Address|Command|Register|Dec. Pl.|   Value  ",
@@ -97,82 +80,30 @@ class frm_DataLogging : public Form {
 
     void ChooseAndReadSet();
     void ChooseAndWriteSet();
-    /// Replaces the log set by the file's and starts or stops logging as its "START MODE" says. A
-    /// missing file reads as all defaults. 6 for an interval above 32767, 9 for a 101st row.
-    void ReadLogSet(const std::string& file);
-    /// The part of `ReadLogSet` before the start mode.
-    void read_set(const std::string& file);
-    /// A failed write goes unnoticed.
-    void WriteLogSet(const std::string& file);
 
-    /// Polls every row in use once and flushes by rule. Blocks for all exchanges. A run-time error
-    /// ends logging, so that it does not come back with every pass, and is passed on.
-    void RunLoggingPass();
-    void PollLogRows();
-    /// False when the warning was shown.
-    bool FlushLogBuffer();
-    /// Whether everything that was to be written so far is written.
-    [[nodiscard]] bool last_flush_worked() const { return last_flush_worked_; }
-
-    [[nodiscard]] bool in_use(int row) const { return MSFlexGrid1.RowData(row) != kNotInUse; }
-    [[nodiscard]] RowState row_state(int row) const;
-    [[nodiscard]] Trend& trend() { return trend_; }
+    [[nodiscard]] DataLogger& logger() { return logger_; }
+    [[nodiscard]] const DataLogger& logger() const { return logger_; }
     [[nodiscard]] const std::string& set_file_name() const { return set_file_; }
 
-    /// Hears of a row whose state changed.
-    std::function<void(int row)> row_state_changed;
-    /// Called after a pass of the start, the timer or an automatic set, when what follows it is
-    /// done too.
-    std::function<void()> pass_done;
-    /// Asked between two rows; true ends the pass there.
-    std::function<bool()> interrupted;
-    /// Gives the other windows back their normal state.
-    std::function<void()> restore_other_windows;
+    /// The window was closed: time to give the other windows back their normal state.
+    Event<> closed;
 
   private:
-    static constexpr std::int32_t kNotInUse = -1;
-
+    void add_menus();
     void wire_events();
-    void reset_controls();
-    void recompute_interval();
-    void enable_interval(bool on);
-    void show_stopped();
+    void follow_logger();
+    void take_interval();
+    void show_set();
+    void show_row(int row);
+    void show_timer();
     void show_status();
-    [[nodiscard]] std::string next_pass_text() const;
-
-    void read_interval(const std::string& file);
-    void read_rows(const std::string& file);
-    void write_row(int row, const std::string& file);
-    void apply_start_mode(const std::string& file);
-
-    void poll_and_flush();
-    void pass_ended();
-    void poll_row(int row, std::string& record);
-    [[nodiscard]] LogRow row_numbers(int row) const;
-    void set_row_state(int row, RowState state);
-    void begin_trend_pass();
+    void show_active(bool active);
+    void enable_interval(bool on);
 
     Services& services_;
-    MessageGate& messages_;
-    const ConfigState& config_;
-    LoggingState& state_;
-    LogPoller poller_;
-    LogBuffer buffer_;
-    Trend trend_{kLogRows};
-
-    std::int32_t interval_seconds_ = 0;
-    std::int32_t tick_count_ = 0;
-    float tick_total_ = 0; // counted and never read
+    DataLogger& logger_;
     std::string set_file_;
-    bool in_pass_ = false;
-    bool last_flush_worked_ = true;
-    std::array<RowState, kLogRows + 1> row_states_{};
-
-    std::string last_pass_at_; // time of day; empty before the first pass
-    double last_pass_ms_ = 0;
-    bool trend_begun_ = false;
-    double trend_ms_ = 0; // local calendar time of the last pass
-    std::uint32_t trend_tick_ = 0;
+    std::vector<Subscription> subscriptions_;
 };
 
 } // namespace pelvan

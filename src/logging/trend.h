@@ -55,7 +55,7 @@ class Trend {
     /// Opens a pass; the oldest is dropped when the capacity is reached.
     void begin_pass(double time_ms);
     /// The row's reading in the pass that was opened last; not-a-number for none. A row that is
-    /// given another name begins anew.
+    /// given another name begins again.
     void record(int row, const std::string& name, double value);
     /// The row is no longer in use: its readings go, and their memory with them.
     void forget(int row);

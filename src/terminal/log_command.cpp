@@ -30,51 +30,45 @@ const char* state_text(RowState state) {
     return "";
 }
 
-void print_pass(const frm_DataLogging& form, int pass, TerminalEnvironment& environment) {
-    environment.out << "Pass " << pass << ". " << form.lbl_Status.Caption() << "\n";
-    const Grid& grid = form.MSFlexGrid1;
-    for (int row = 1; row <= kLogRows; ++row) {
-        if (!form.in_use(row)) continue;
-        environment.out << "  " << row << ": address " << grid.TextMatrix(row, log_column::kAddress)
-                        << ", register " << grid.TextMatrix(row, log_column::kRegister) << ":"
-                        << grid.TextMatrix(row, log_column::kValue)
-                        << state_text(form.row_state(row)) << "\n";
+void print_pass(const DataLogger& logger, int pass, TerminalEnvironment& environment) {
+    environment.out << "Pass " << pass << ". " << status_text(logger.status()) << "\n";
+    for (int number = 1; number <= kLogRows; ++number) {
+        const LogSetRow& row = logger.set().row(number);
+        if (!row.in_use) continue;
+        const LogReading& reading = logger.reading(number);
+        environment.out << "  " << number << ": address " << row.texts[log_column::kAddress]
+                        << ", register " << row.texts[log_column::kRegister] << ":" << reading.value
+                        << state_text(reading.state) << "\n";
     }
     environment.out.flush();
-    if (!form.lbl_Message.Caption().empty())
-        environment.err << "pelvan7: " << form.lbl_Message.Caption() << "\n";
+    if (!logger.port_message().empty())
+        environment.err << "pelvan7: " << logger.port_message() << "\n";
 }
 
 /// Waits for one tick of the logging timer; false when an interrupt came first.
-bool wait_for_tick(const Timer& timer, TerminalEnvironment& environment) {
+bool wait_for_tick(const LoggingTimer& timer, TerminalEnvironment& environment) {
     const std::uint32_t begin = environment.tick.timeGetTime();
     while (!environment.stop) {
         const std::uint32_t spent = environment.tick.timeGetTime() - begin;
-        const auto wanted = static_cast<std::uint32_t>(timer.Interval());
+        const auto wanted = static_cast<std::uint32_t>(timer.tick_ms());
         if (spent >= wanted) return true;
         environment.wait_ms(static_cast<int>(std::min<std::uint32_t>(wanted - spent, kWaitMs)));
     }
     return false;
 }
 
-bool any_row_in_use(const frm_DataLogging& form) {
-    for (int row = 1; row <= kLogRows; ++row)
-        if (form.in_use(row)) return true;
-    return false;
-}
-
-/// Shows the window's form without a window and puts the set and the options into it.
+/// Puts the set and the options into the logger.
 bool prepare(Application& app, const LogOptions& options) {
-    frm_DataLogging& form = app.logging;
+    DataLogger& logger = app.data_logger;
     return app.events.run([&] {
-        form.Show(); // reads the length of a tick
+        logger.read_tick_length();
         // Whatever its start mode says: the command itself starts the logging.
-        form.read_set(options.set);
+        logger.read_set(options.set);
         if (!options.file.empty()) {
-            form.txt_LogFilename.set_Text(options.file);
-            form.chk_LogToFile.set_Value(1);
+            logger.set_file_name(options.file);
+            logger.set_log_to_file(true);
         }
-        form.chk_SingleLine.set_Value(options.single_line ? 1 : 0);
+        logger.set_single_line(options.single_line);
     });
 }
 
@@ -82,17 +76,19 @@ bool prepare(Application& app, const LogOptions& options) {
 bool run_passes(TerminalApplication& terminal, const LogOptions& options,
                 TerminalEnvironment& environment) {
     Application& app = terminal.app();
-    frm_DataLogging& form = app.logging;
+    DataLogger& logger = app.data_logger;
     int passes = 0;
-    form.pass_done = [&] {
-        print_pass(form, ++passes, environment);
+    const Subscription each_pass = logger.pass_done.subscribe([&] {
+        print_pass(logger, ++passes, environment);
         terminal.work_went_on(); // a file that cannot be written warns with every pass
-    };
-    form.interrupted = [&] { return environment.stop.load(); };
-    if (!app.events.run([&] { form.mnuStartLogging.choose(); })) return false;
+    });
+    const Subscription each_row = logger.before_row.subscribe([&](int) {
+        if (environment.stop) logger.end_pass();
+    });
+    if (!app.events.run([&] { logger.start(); })) return false;
     const auto enough = [&] { return options.passes > 0 && passes >= options.passes; };
-    while (!enough() && wait_for_tick(form.tmr_LoggingInterval, environment))
-        if (!app.events.run([&] { form.tmr_LoggingInterval.Tick(); })) return false;
+    while (!enough() && wait_for_tick(logger.timer(), environment))
+        if (!app.events.run([&] { logger.tick(); })) return false;
     return true;
 }
 
@@ -105,23 +101,24 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
     if (!terminal.start()) return exit_code::kFailed;
     Application& app = terminal.app();
     if (!prepare(app, options)) return exit_code::kFailed;
-    if (!any_row_in_use(app.logging)) {
+    DataLogger& logger = app.data_logger;
+    if (!logger.set().any_row_in_use()) {
         environment.err << "pelvan7: no row to poll in \"" << options.set << "\"\n";
         return exit_code::kFailed;
     }
-    if (app.logging.tmr_LoggingInterval.Interval() == 0 && options.passes != 1) {
+    if (logger.timer().tick_ms() == 0 && options.passes != 1) {
         environment.err << "pelvan7: TIMER OFFSET is 0, so no second pass would come\n";
         return exit_code::kFailed;
     }
-    bool well = false;
+    bool finished = false;
     try {
-        well = run_passes(terminal, options, environment);
+        finished = run_passes(terminal, options, environment);
     } catch (const CommandAborted&) {
-        app.logging.mnuStopLogging.choose(); // what was read before is not lost
+        static_cast<void>(logger.stop()); // what was read before is not lost
         throw;
     }
-    app.logging.mnuStopLogging.choose();
-    return well && app.logging.last_flush_worked() ? exit_code::kDone : exit_code::kFailed;
+    const bool written = logger.stop();
+    return finished && written ? exit_code::kDone : exit_code::kFailed;
 }
 
 } // namespace

@@ -115,7 +115,7 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
                         "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOG TO FILE=TRUE\r\n"
                         "LOGGING INTERVAL=2\r\nLOGGING FILENAME=" +
                             dir.file("log") + "\r\n1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n");
-    app.logging.ReadLogSet(dir.file("set.PV5"));
+    app.data_logger.ReadLogSet(dir.file("set.PV5"));
     app.logging.mnuStartLogging.choose();
     EXPECT_EQ(testing::read_file(dir.file("log")), "");
 

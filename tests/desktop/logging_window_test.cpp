@@ -27,7 +27,7 @@ class LoggingWindowTest : public testing::ProgramTest {
 
 TEST_F(LoggingWindowTest, ShowsAtAGlanceWhatBecameOfEachRow) {
     EXPECT_TRUE(find("frm_DataLogging")->isVisible());
-    form().ReadLogSet(dir_.file("set.PV5"));
+    form().logger().ReadLogSet(dir_.file("set.PV5"));
     form().mnuStartLogging.choose();
     EXPECT_EQ(cell(1, 0).toString(), QStringLiteral("Yes \u2713"));
     EXPECT_EQ(cell(2, 0).toString(), QStringLiteral("Yes ! exception"));
@@ -47,7 +47,7 @@ TEST_F(LoggingWindowTest, ShowsAtAGlanceWhatBecameOfEachRow) {
 
 TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     const TrendWindow trend =
-        make_trend_window(PELVAN_PROGRAM_DIRECTORY, form().trend(), &main_->frame());
+        make_trend_window(PELVAN_PROGRAM_DIRECTORY, form().logger().trend(), &main_->frame());
     ASSERT_NE(trend.window, nullptr) << trend.error.toStdString();
     trend.window->show();
     testing::run_events();
@@ -55,10 +55,10 @@ TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     QTest::keyClick(chart, Qt::Key_Plus); // there is nothing to zoom or pan yet
     QTest::keyClick(chart, Qt::Key_Left, Qt::ShiftModifier);
     const auto pass = [&] {
-        form().RunLoggingPass();
+        form().logger().RunLoggingPass();
         QTest::keyClick(chart, Qt::Key_Home);
     };
-    form().ReadLogSet(dir_.file("set.PV5"));
+    form().logger().ReadLogSet(dir_.file("set.PV5"));
     pass();
     auto* legend = trend.window->findChild<QTableWidget*>("trend_legend");
     ASSERT_EQ(legend->rowCount(), 3);
@@ -73,14 +73,14 @@ TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     EXPECT_EQ(drawn(), with_all);
     for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Left, Qt::Key_Home, Qt::Key_End})
         QTest::keyClick(chart, key);
-    EXPECT_TRUE(form().in_use(1));
+    EXPECT_TRUE(form().logger().set().row(1).in_use);
     find<QAction>("mnuDataLogging")->trigger();
-    EXPECT_TRUE(form().in_use(1)) << "the window was the active one already";
+    EXPECT_TRUE(form().logger().set().row(1).in_use) << "the window was the active one already";
     form().Form_Activate();
     pass();
     QTest::keyClick(chart, Qt::Key_Left);
     EXPECT_EQ(legend->rowCount(), 0);
-    EXPECT_NE(make_trend_window("/nowhere", form().trend(), nullptr).error, QString());
+    EXPECT_NE(make_trend_window("/nowhere", form().logger().trend(), nullptr).error, QString());
 }
 
 } // namespace

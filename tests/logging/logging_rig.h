@@ -1,12 +1,13 @@
-// Data Logging on a link that answers at once from a table of registers.
+// A data logger on a link that answers at once from a table of registers.
 #pragma once
 
 #include <map>
 
-#include "logging/logging_form.h"
+#include "logging/data_logger.h"
 #include "support/error_of.h"
 #include "support/frames.h"
 #include "support/serial_rig.h"
+#include "text/strings.h"
 
 namespace pelvan::testing {
 
@@ -25,7 +26,7 @@ class AnsweringLink : public Link {
         tick_.advance(exchange_ms);
         const int start =
             static_cast<unsigned char>(command[2]) * 256 + static_cast<unsigned char>(command[3]);
-        if (spoiled) return *spoiled;
+        if (corrupted) return *corrupted;
         std::string reply = command.substr(0, 2);
         if (!registers.count(start)) {
             reply[1] = static_cast<char>(reply[1] | '\x80');
@@ -36,7 +37,7 @@ class AnsweringLink : public Link {
     }
 
     std::map<int, std::string> registers; // the words of a reply, in hexadecimal
-    std::optional<std::string> spoiled;   // whole reply in the place of the right one
+    std::optional<std::string> corrupted; // whole reply instead of the right one
     std::vector<std::string> sent;
     double exchange_ms = 80;
 
@@ -47,24 +48,44 @@ class AnsweringLink : public Link {
 class LoggingTest : public ::testing::Test {
   protected:
     LoggingTest() {
-        form.Show();
-        form.txt_LogFilename.set_Text(log_file);
+        link.registers = {{100, "02 D5"}, {101, "00 00"}, {200, "00 01 00 05"}};
+        logger.read_tick_length();
+        logger.set_file_name(log_file);
     }
-    /// Fills a row as a loaded set does: "address,command,register,decimals".
-    void use_row(int row, const std::string& columns) {
-        int column = log_column::kAddress;
-        for (const std::string& text : split(columns, ','))
-            form.MSFlexGrid1.set_TextMatrix(row, column++, text);
-        form.MSFlexGrid1.set_RowData(row, row);
+    /// Writes a set file of rows "address,command,register,decimals" and further lines.
+    std::string set_with(const std::vector<std::string>& rows, const std::string& lines = {}) {
+        std::string text =
+            "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOGGING FILENAME=" + log_file + "\r\n" +
+            lines;
+        for (std::size_t n = 0; n < rows.size(); ++n) {
+            const auto columns = split(rows[n], ',');
+            const char* keys[] = {"ADDRESS", "COMMAND", "REGISTER", "REGISTERDECIMAL"};
+            for (std::size_t i = 0; i < columns.size(); ++i)
+                text += std::to_string(n + 1) + "DEVICE" + keys[i] + "=" + columns[i] + "\r\n";
+        }
+        write_file(set_file, text);
+        return set_file;
     }
-    std::string cell(int row, int column) { return form.MSFlexGrid1.TextMatrix(row, column); }
+    void load(const std::vector<std::string>& rows, const std::string& lines = {}) {
+        logger.read_set(set_with(rows, lines));
+    }
+    void start(int seconds) {
+        logger.set_interval(seconds);
+        logger.start();
+    }
     void tick(int times) {
         for (int i = 0; i < times; ++i) {
-            rig.tick.advance(form.tmr_LoggingInterval.Interval());
-            form.tmr_LoggingInterval.Tick();
+            if (!logger.timer().running()) return;
+            rig.tick.advance(logger.timer().tick_ms());
+            logger.tick();
         }
     }
+    std::string value(int row) { return logger.reading(row).value; }
     std::string log_text() { return read_file(log_file); }
+    std::ptrdiff_t lines() { return lines_of(log_text()); }
+    static std::ptrdiff_t lines_of(const std::string& text) {
+        return std::count(text.begin(), text.end(), '\n');
+    }
 
     SerialRig rig;
     FakeDesktop desktop;
@@ -74,8 +95,9 @@ class LoggingTest : public ::testing::Test {
     Modbus modbus{modbus_state};
     AnsweringLink link{rig};
     LoggingState state;
-    frm_DataLogging form{services, gate, rig.config, link, modbus, state};
+    DataLogger logger{services, gate, rig.config, link, modbus, state};
     std::string log_file = rig.dir.file("log.txt");
+    std::string set_file = rig.dir.file("set.PV5");
 };
 
 } // namespace pelvan::testing

@@ -1,7 +1,14 @@
-// Data Logging in the whole program, on simulated controllers and a fake tick.
+// Data logging through the night: the real link on simulated controllers and a fake tick.
 #include <gtest/gtest.h>
 
-#include "support/simulated_program.h"
+#include "config/device_map.h"
+#include "logging/data_logger.h"
+#include "platform/line_port.h"
+#include "platform/run_time_error.h"
+#include "simulator/line/simulator_registry.h"
+#include "support/configuration.h"
+#include "support/fake_dialogs.h"
+#include "support/fake_time.h"
 
 namespace pelvan {
 namespace {
@@ -11,79 +18,101 @@ constexpr int kRows = 2; // in use
 class OvernightTest : public ::testing::Test {
   protected:
     void start(const std::string& device, int seconds) {
-        ini_write_string("SERIAL DEVICES", "PORT 2", device, rig.dir.file("pelvan7.ini"));
-        rig.app.channels.init_comms();
-        testing::write_file(rig.dir.file("set.PV5"),
+        config.gIniFile = dir.file("pelvan7.ini");
+        testing::configure_devices(dir, {"simulated:loopback", device});
+        table.init_comms();
+        testing::write_file(dir.file("set.PV5"),
                             "[LOGGING DATA DEVICE AND REGISTER SET]\nLOG TO FILE=TRUE\n"
                             "1DEVICEADDRESS=1\n1DEVICECOMMAND=3\n"
                             "2DEVICEADDRESS=1\n2DEVICECOMMAND=3\nLOGGING INTERVAL=" +
                                 std::to_string(seconds) + "\n");
-        logging.Show();
-        logging.ReadLogSet(rig.dir.file("set.PV5"));
-        logging.mnuStartLogging.choose();
+        logger.read_tick_length();
+        logger.ReadLogSet(dir.file("set.PV5"));
+        logger.start();
     }
     void run_ticks(int ticks) {
         for (int i = 0; i < ticks; ++i) {
-            ASSERT_TRUE(logging.tmr_LoggingInterval.running());
-            rig.tick.advance(logging.tmr_LoggingInterval.Interval());
-            logging.tmr_LoggingInterval.Tick();
+            ASSERT_TRUE(logger.timer().running());
+            tick.advance(logger.timer().tick_ms());
+            logger.tick();
         }
     }
+    std::unique_ptr<SerialLine> open(const std::string& device, const LineSettings& settings) {
+        if (open_error != 0) throw RunTimeError(open_error);
+        return simulators.open(device.starts_with("/dev/") ? "simulated:742" : device, settings);
+    }
 
-    int open_error = 0; // of a device that is not simulated; 0: there is a controller
-    testing::SimulatedProgram rig{{"simulated:loopback", "simulated:742"},
-                                  protocol::kModbus,
-                                  [this](const std::string&, const LineSettings& settings) {
-                                      if (open_error != 0) throw RunTimeError(open_error);
-                                      return rig.app.simulators.open("simulated:742", settings);
-                                  }};
-    frm_DataLogging& logging = rig.app.logging;
+    int open_error = 0; // of the device; 0: there is a controller
+    testing::TempDir dir;
+    testing::FakeTick tick;
+    testing::FakeClock clock;
+    testing::FakeDialogs dialogs;
+    testing::FakeDesktop desktop;
+    MessageGate gate{dialogs};
+    Services services{tick, clock, gate, desktop, dir.path()};
+    ConfigState config;
+    SerialState serial;
+    simulator::SimulatorRegistry simulators{tick};
+    frm_Comms comms{[this] {
+        return std::make_unique<LinePort>(
+            [this](int port) { return device_for_port(port, config.gIniFile); },
+            [this](const std::string& device, const LineSettings& settings) {
+                return open(device, settings);
+            });
+    }};
+    ErrorLog log{clock, dir.file("errors")};
+    ChannelTable table{serial, config, comms, gate, log};
+    CountdownPool countdowns{serial, tick};
+    Link link{table, countdowns, gate, log};
+    ModbusState modbus_state;
+    Modbus modbus{modbus_state};
+    LoggingState state;
+    DataLogger logger{services, gate, config, link, modbus, state};
 };
 
 TEST_F(OvernightTest, TwelveHoursWithLostRepliesLoseNoPass) {
     constexpr int kSeconds = 30;
     constexpr int kTicks = 12 * 3600;
-    rig.tick.step_ms = 5;
-    rig.tick.advance(4294967295.0 - 3600000); // wraps in the first hour
+    tick.step_ms = 5;
+    tick.advance(4294967295.0 - 3600000); // wraps in the first hour
     int passes = 0;
     int silent = 0;
-    logging.pass_done = [&] {
+    const auto counted = logger.pass_done.subscribe([&] {
         ++passes;
         for (int row = 1; row <= kRows; ++row)
-            silent += logging.row_state(row) == RowState::Nothing ? 1 : 0;
-    };
+            silent += logger.reading(row).state == RowState::Nothing ? 1 : 0;
+    });
     start("simulated:742,lost=0.01,seed=7", kSeconds);
     run_ticks(60);
-    const std::size_t slots = rig.app.session.serial.gTimerStart.size();
+    const std::size_t slots = serial.gTimerStart.size();
     run_ticks(kTicks - 60);
     EXPECT_EQ(passes, kTicks / kSeconds + 1);
     EXPECT_GT(silent, passes * kRows / 200);
     EXPECT_LT(silent, passes * kRows / 50);
-    const std::string text = testing::read_file(rig.dir.file("DATASET.LOG"));
+    const std::string text = testing::read_file(dir.file("DATASET.LOG"));
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), passes * kRows);
-    EXPECT_EQ(rig.app.session.serial.gTimerStart.size(), slots);
-    EXPECT_TRUE(rig.pairs().empty());
-    EXPECT_TRUE(rig.dialogs.shown.empty());
+    EXPECT_EQ(serial.gTimerStart.size(), slots);
+    EXPECT_TRUE(dialogs.shown.empty());
     // The trend's time goes on across the wrap of the tick.
-    const TrendSpan span = logging.trend().span();
+    const TrendSpan span = logger.trend().span();
     EXPECT_GT(span.to_ms - span.from_ms, 12 * 3600 * 1000.0 - 10000);
 }
 
 TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
     start("/dev/adapter", 6);
-    EXPECT_EQ(logging.MSFlexGrid1.TextMatrix(1, log_column::kValue), " 742");
+    EXPECT_EQ(logger.reading(1).value, " 742");
     // The device's node may outlive the device, and opening it then is worth a try at any time.
     for (const int error : {error_number::kInvalidPortNumber, error_number::kDeviceUnavailable}) {
         open_error = error;
-        rig.app.channels.init_comms(); // the port has to be opened anew
+        table.init_comms(); // the port has to be opened again
         run_ticks(12);
-        EXPECT_TRUE(rig.dialogs.shown.empty()); // a box would hold the logging until it is answered
-        EXPECT_NE(logging.lbl_Message.Caption(), "");
-        EXPECT_EQ(logging.row_state(1), RowState::Nothing);
+        EXPECT_TRUE(dialogs.shown.empty()); // a box would hold the logging until it is answered
+        EXPECT_NE(logger.port_message(), "");
+        EXPECT_EQ(logger.reading(1).state, RowState::Nothing);
         open_error = 0;
         run_ticks(6);
-        EXPECT_EQ(logging.row_state(1), RowState::Answered);
-        EXPECT_EQ(logging.lbl_Message.Caption(), "");
+        EXPECT_EQ(logger.reading(1).state, RowState::Answered);
+        EXPECT_EQ(logger.port_message(), "");
     }
 }
 

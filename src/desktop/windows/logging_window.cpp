@@ -53,14 +53,14 @@ const StateLook* look_of(RowState state) {
     return nullptr;
 }
 
-QVariant cell_look(const frm_DataLogging& form, int row, int column, int role) {
-    const StateLook* look = look_of(form.row_state(row));
+QVariant cell_look(const DataLogger& logger, int row, int column, int role) {
+    const StateLook* look = look_of(logger.reading(row).state);
     if (look == nullptr) return {};
     const bool log = column == log_column::kLog;
     switch (role) {
     case Qt::DisplayRole:
         if (!log) return {};
-        return visible_line(form.MSFlexGrid1.TextMatrix(row, column)) +
+        return visible_line(logger.set().row(row).texts[log_column::kLog]) +
                QString::fromUtf8(look->mark);
     case Qt::ToolTipRole:
         return QString::fromUtf8(look->text);
@@ -75,13 +75,22 @@ QVariant cell_look(const frm_DataLogging& form, int row, int column, int role) {
     }
 }
 
+/// Paints the view again when the mark of a row may have changed.
+void repaint_with_rows(QTableView* view, DataLogger& logger) {
+    const auto repaint = [view] { view->viewport()->update(); };
+    // The connection holds the subscriptions, and goes with the view.
+    const auto rows =
+        std::make_shared<Subscription>(logger.row_changed.subscribe([repaint](int) { repaint(); }));
+    const auto sets = std::make_shared<Subscription>(logger.set_replaced.subscribe(repaint));
+    QObject::connect(view, &QObject::destroyed, view, [rows, sets] {});
+}
+
 QTableView* make_grid(const BindContext& context, frm_DataLogging& form) {
     auto* view = new QTableView;
-    bind(context, form.MSFlexGrid1, view,
-         [&form](int row, int column, int role) { return cell_look(form, row, column, role); });
-    form.row_state_changed = [view = QPointer<QTableView>(view)](int) {
-        if (view) view->viewport()->update();
-    };
+    bind(context, form.MSFlexGrid1, view, [&logger = form.logger()](int row, int column, int role) {
+        return cell_look(logger, row, column, role);
+    });
+    repaint_with_rows(view, form.logger());
     view->setAlternatingRowColors(true);
     view->setTabKeyNavigation(false); // Tab leaves the grid; the arrow keys move in it
     view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + 6);
@@ -140,8 +149,8 @@ QLabel* make_line(const BindContext& context, Label& model) {
 void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, MdiFrame& frame) {
     form.mnuTrend.Click = [&form, &dialogs, &frame, window = QPointer<QWidget>()]() mutable {
         if (!window) {
-            const TrendWindow made =
-                make_trend_window(QCoreApplication::applicationDirPath(), form.trend(), &frame);
+            const TrendWindow made = make_trend_window(QCoreApplication::applicationDirPath(),
+                                                       form.logger().trend(), &frame);
             if (made.window == nullptr) {
                 dialogs.message_box("The trend cannot be shown: " + made.error.toStdString());
                 return;

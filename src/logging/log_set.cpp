@@ -1,0 +1,89 @@
+#include "logging/log_set.h"
+
+#include <algorithm>
+
+#include "platform/run_time_error.h"
+#include "text/numbers.h"
+
+namespace pelvan {
+namespace {
+
+constexpr char kCommandPrompt[] = "Select the Command Value:\r\r"
+                                  "1 - Read Coil Status\r"
+                                  "2 - Read Input Status\r"
+                                  "3 - Read Holding Registers\r"
+                                  "32 - Read 32-bit Holding Registers\r"
+                                  "4 - Read Input Registers";
+
+bool is_read_command(double value) {
+    using namespace log_command;
+    return value == kReadCoils || value == kReadInputStatus || value == kReadHoldingRegisters ||
+           value == kReadInputRegisters || value == kRead32;
+}
+
+struct ColumnRule {
+    CellQuestion question;
+    bool (*accepts)(double);
+};
+
+/// From column 1 on.
+constexpr std::array<ColumnRule, 4> kRules{{
+    {{"Enter Address between 1 and 247.", "1"}, [](double v) { return v >= 1 && v <= 247; }},
+    {{kCommandPrompt, ""}, is_read_command},
+    {{"Enter the Register number.", ""}, [](double v) { return v >= 0 && v <= 65535; }},
+    // The lower bound is deliberate: a negative count multiplies by a power of ten.
+    {{"Enter the Number of decimal places.", "0"}, [](double v) { return v >= -4 && v <= 5; }},
+}};
+
+const ColumnRule* rule_of(int column) {
+    if (column < log_column::kAddress || column > log_column::kDecimals) return nullptr;
+    return &kRules[static_cast<std::size_t>(column - log_column::kAddress)];
+}
+
+} // namespace
+
+LogRow LogSetRow::numbers() const {
+    const auto number = [this](std::size_t column) { return leading_number(texts[column]); };
+    return {int16_from(number(log_column::kAddress)), number(log_column::kCommand),
+            static_cast<float>(number(log_column::kRegister)), number(log_column::kDecimals)};
+}
+
+const LogSetRow& LogSet::row(int number) const {
+    return rows[checked_index(number - 1, rows.size())];
+}
+
+LogSetRow& LogSet::row(int number) {
+    return rows[checked_index(number - 1, rows.size())];
+}
+
+void LogSet::take_rows_out_of_use() {
+    for (LogSetRow& each : rows)
+        each.in_use = false;
+}
+
+bool LogSet::any_row_in_use() const {
+    return std::any_of(rows.begin(), rows.end(), [](const LogSetRow& each) { return each.in_use; });
+}
+
+std::array<int, 3> interval_parts(std::int32_t seconds) {
+    return {seconds / 3600, seconds % 3600 / 60, seconds % 60};
+}
+
+const CellQuestion* cell_question(int column) {
+    const ColumnRule* rule = rule_of(column);
+    return rule ? &rule->question : nullptr;
+}
+
+bool enter_cell(LogSetRow& row, int column, const std::string& answer) {
+    const ColumnRule* rule = rule_of(column);
+    if (!rule) throw RunTimeError(error_number::kSubscript);
+    const bool accepted =
+        answer.empty() || (is_numeric(answer) && rule->accepts(leading_number(answer)));
+    if (accepted) row.texts[static_cast<std::size_t>(column)] = answer;
+    row.in_use = std::none_of(row.texts.begin() + log_column::kAddress, row.texts.end(),
+                              [](const std::string& text) { return text.empty(); });
+    row.texts[log_column::kLog] = row.in_use ? "Yes" : "No";
+    return accepted;
+}
+
+} // namespace pelvan
