@@ -20,6 +20,12 @@ std::string target_of(const std::string& path) {
     return length > 0 ? std::string(target.data(), static_cast<std::size_t>(length)) : "";
 }
 
+bool is_pseudo_terminal(const std::string& device) {
+    const std::string directory = "/dev/pts/";
+    return device.starts_with(directory) && device.size() > directory.size() &&
+           device.find_first_not_of("0123456789", directory.size()) == std::string::npos;
+}
+
 } // namespace
 
 Pty::Pty() {
@@ -45,7 +51,9 @@ Pty::~Pty() {
 std::string PtyLink::make() {
     struct stat status {};
     if (::lstat(path_.c_str(), &status) == 0) {
-        if (!S_ISLNK(status.st_mode)) return path_ + " exists and is no symbolic link";
+        // Left behind by a simulation that was killed; anything else is somebody's own.
+        if (!S_ISLNK(status.st_mode) || !is_pseudo_terminal(target_of(path_)))
+            return path_ + " exists and is no link to a pseudo-terminal";
         ::unlink(path_.c_str());
     }
     made_ = ::symlink(target_.c_str(), path_.c_str()) == 0;

@@ -14,7 +14,8 @@ namespace pelvan::simulator {
 struct PtyServerOptions {
     SimulatedDevice device;
     /// Symbolic link to make to the pseudo-terminal while it is served; none when empty. One that
-    /// is there is replaced; anything else of that name is left alone and ends the serving.
+    /// leads to a pseudo-terminal is replaced; anything else of that name is left alone and ends
+    /// the serving.
     std::string link;
 };
 

@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <future>
 
 #include "simulator/line/pty_server.h"
@@ -61,14 +62,27 @@ TEST(PtyServer, ServesClientsOneAfterAnotherAndTakesItsLinkAway) {
     EXPECT_NE(::access(link.c_str(), F_OK), 0);
 }
 
-TEST(PtyServer, ReplacesAStaleLinkButNoFile) {
+TEST(PtyServer, ReplacesALinkToAPseudoTerminalAndNothingElse) {
     const TempDir dir;
     const std::string stale = dir.file("stale");
-    ASSERT_EQ(::symlink("/nowhere", stale.c_str()), 0);
+    ASSERT_EQ(::symlink("/dev/pts/98765", stale.c_str()), 0);
     const Server server("simulated:loopback", stale);
     EXPECT_EQ(exchange(stale, "echo\r\n", 6), "echo\r\n");
     write_file(dir.file("file"), "keep");
+    const std::vector<std::string> targets{dir.file("file"), "/dev/ttyS0", "/nowhere", "/dev/pts",
+                                           "/dev/pts/3/../../null"};
+    for (const std::string& target : targets) {
+        const std::string link = dir.file("link");
+        ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
+        Server refused("simulated:742", link);
+        refused.stop = true;
+        EXPECT_EQ(refused.result.get(), 1) << target;
+        EXPECT_NE(refused.report.find(link + " exists"), std::string::npos) << refused.report;
+        EXPECT_EQ(std::filesystem::read_symlink(link), target);
+        std::filesystem::remove(link);
+    }
     Server refused("simulated:742", dir.file("file"));
+    refused.stop = true;
     EXPECT_EQ(refused.result.get(), 1);
     EXPECT_EQ(read_file(dir.file("file")), "keep");
 }
