@@ -16,7 +16,7 @@ struct PortFields {
     std::string parity;
     std::string data_bits;
     std::string stop_bits;
-    int mode = 0; // of the lines RTS and DTR: 0 cleared, 1 set, 2 RTS set while sending
+    int mode = 0; // of RTS and DTR: 0 clear, 1 set, 2 RTS cleared while a reply is awaited
 };
 
 /// A message for every field that is not valid, in a fixed order; none when all may be stored.
