@@ -107,17 +107,26 @@ void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
     for (const std::string& message : messages)
         services_.dialogs.message_box(message);
     if (!messages.empty()) return;
-    set_changed(index, false); // what was edited is saved: nothing is left to ask about
     // The console's choice counts, whichever frame is saved.
-    settings_.save(index, typed, host_.selected_protocol() == kXonProtocol);
-    offer_missing_channels(index);
-    Unload();
+    const bool handshaking = host_.selected_protocol() == kXonProtocol;
+    const bool stored = settings_.store(index, typed, handshaking);
+    if (stored) set_changed(index, false); // nothing is left to ask about
+    settings_.rebuild();
+    if (say_unless(stored, "The settings") && offer_missing_channels(index)) Unload();
+}
+
+bool frm_CommsSettings::say_unless(bool written, const char* what) {
+    if (!written)
+        services_.dialogs.message_box(std::string(what) + " could not be written to " +
+                                          config_.gIniFile + ".",
+                                      {}, MessageButtons::Ok, MessageIcon::Exclamation);
+    return written;
 }
 
 /// A saved channel behind a gap in the list of channels does not come up.
-void frm_CommsSettings::offer_missing_channels(int index) {
+bool frm_CommsSettings::offer_missing_channels(int index) {
     const std::vector<int> missing = settings_.missing_before(index);
-    if (missing.empty()) return;
+    if (missing.empty()) return true;
     std::string keys;
     for (const int channel : missing)
         keys += "\n    " + ini_key::comm_port(channel);
@@ -128,7 +137,10 @@ void frm_CommsSettings::offer_missing_channels(int index) {
             "\n\nAdd it with port " + PortSettings::kDefaultPort + ", " +
             PortSettings::kDefaultSettings + "?",
         {}, MessageButtons::YesNo, MessageIcon::Exclamation);
-    if (answer == MessageAnswer::Yes) settings_.add(missing);
+    if (answer != MessageAnswer::Yes) return true;
+    const bool added = settings_.add(missing);
+    settings_.rebuild();
+    return say_unless(added, "The missing channels");
 }
 
 void frm_CommsSettings::cmd_OK_Click() {

@@ -76,7 +76,9 @@ class frm_CommsSettings : public Form {
     [[nodiscard]] PortFields typed_fields(int index) const;
     void fill_frame(int index);
     void show_device(int index);
-    void offer_missing_channels(int index);
+    /// False when they were wanted and could not be written.
+    [[nodiscard]] bool offer_missing_channels(int index);
+    bool say_unless(bool written, const char* what);
 
     Services& services_;
     const ConfigState& config_;

@@ -56,19 +56,24 @@ PortFields PortSettings::read(int channel) const {
             state.gRtsToggle[i] ? 2 : fixed_lines};
 }
 
-void PortSettings::write_keys(int channel, const std::string& port, const std::string& settings,
+bool PortSettings::write_keys(int channel, const std::string& port, const std::string& settings,
                               const std::string& mode) const {
     const std::string& file = config_.gIniFile;
-    ini_write_string(ini_key::kCommsSection, ini_key::comm_port(channel), port, file);
-    ini_write_string(ini_key::kCommsSection, ini_key::port_setting(channel), settings, file);
-    ini_write_string(ini_key::kCommsSection, ini_key::rts_mode(channel), mode, file);
+    // Nobody is told of a failed writing: reading back shows it.
+    const auto write = [&](const std::string& key, const std::string& value) {
+        ini_write_string(ini_key::kCommsSection, key, value, file);
+        return ini_read_string(ini_key::kCommsSection, key, "", file) == trim(value);
+    };
+    const bool port_stands = write(ini_key::comm_port(channel), port);
+    const bool settings_stand = write(ini_key::port_setting(channel), settings);
+    return write(ini_key::rts_mode(channel), mode) && port_stands && settings_stand;
 }
 
-void PortSettings::save(int channel, const PortFields& fields, bool handshaking) {
-    write_keys(channel, fields.port,
-               fields.baud + "," + fields.parity + "," + fields.data_bits + "," + fields.stop_bits,
-               std::to_string(fields.mode + (handshaking ? kHandshakingModes : 0)));
-    rebuild();
+bool PortSettings::store(int channel, const PortFields& fields, bool handshaking) {
+    return write_keys(channel, fields.port,
+                      fields.baud + "," + fields.parity + "," + fields.data_bits + "," +
+                          fields.stop_bits,
+                      std::to_string(fields.mode + (handshaking ? kHandshakingModes : 0)));
 }
 
 std::vector<int> PortSettings::missing_before(int channel) const {
@@ -80,10 +85,10 @@ std::vector<int> PortSettings::missing_before(int channel) const {
     return missing;
 }
 
-void PortSettings::add(const std::vector<int>& missing) {
-    for (const int channel : missing)
-        write_keys(channel, kDefaultPort, kDefaultSettings, kDefaultMode);
-    rebuild();
+bool PortSettings::add(const std::vector<int>& missing) {
+    return std::all_of(missing.begin(), missing.end(), [this](int channel) {
+        return write_keys(channel, kDefaultPort, kDefaultSettings, kDefaultMode);
+    });
 }
 
 } // namespace pelvan

@@ -37,17 +37,18 @@ class PortSettings {
     /// The fields of a channel's port object; of a channel that the table does not have, a baud
     /// rate alone.
     [[nodiscard]] PortFields read(int channel) const;
-    /// Writes a channel's three keys and rebuilds all channels. `handshaking`: the mode is stored
-    /// as that of a channel with XON/XOFF.
-    void save(int channel, const PortFields& fields, bool handshaking);
+    /// Writes a channel's three keys; false when they do not stand in the file then. They take
+    /// effect with the next rebuild. `handshaking`: the mode is stored as that of a channel with
+    /// XON/XOFF.
+    [[nodiscard]] bool store(int channel, const PortFields& fields, bool handshaking);
     /// The channels whose missing keys hide this one: the list of channels ends at the first.
     [[nodiscard]] std::vector<int> missing_before(int channel) const;
-    /// Gives channels the defaults and rebuilds all.
-    void add(const std::vector<int>& missing);
+    /// Gives channels the defaults; false when they do not stand in the file then.
+    [[nodiscard]] bool add(const std::vector<int>& missing);
 
   private:
-    void write_keys(int channel, const std::string& port, const std::string& settings,
-                    const std::string& mode) const;
+    [[nodiscard]] bool write_keys(int channel, const std::string& port, const std::string& settings,
+                                  const std::string& mode) const;
 
     const ConfigState& config_;
     ChannelTable& channels_;

@@ -131,6 +131,39 @@ TEST_F(CommsSettingsTest, NamesAndAddsTheKeysThatHideASavedChannel) {
     EXPECT_EQ(rig.state.gCommDevice[0]->CommPort(), 2);
 }
 
+TEST_F(CommsSettingsTest, StaysOpenWhenTheFileCannotBeWritten) {
+    namespace fs = std::filesystem;
+    const auto protect = [this] {
+        fs::permissions(rig.dir.path(), fs::perms::owner_read | fs::perms::owner_exec);
+    };
+    const std::string said = " could not be written to " + rig.config.gIniFile + ".";
+    rig.build({"1;9600,N,8,1;0"});
+    open(0);
+    type(0, "3;4800;e;7;2");
+    protect();
+    form.cmd_SaveChanges[0].press();
+    EXPECT_EQ(rig.dialogs.texts(), Texts{"The settings" + said});
+    EXPECT_TRUE(form.Visible());
+    EXPECT_EQ(shown(0), "3;4800;e;7;2");
+    EXPECT_TRUE(form.changed(0)) << "closing asks";
+
+    // The settings are written, the channels before them are not.
+    fs::permissions(rig.dir.path(), fs::perms::owner_all);
+    open(2);
+    type(2, "4;4800;e;7;2");
+    rig.dialogs.shown.clear();
+    rig.dialogs.answers = {MessageAnswer::Yes};
+    rig.dialogs.on_message = [&](const std::string& text) {
+        if (text.ends_with("?")) protect();
+    };
+    form.cmd_SaveChanges[2].press();
+    ASSERT_EQ(rig.dialogs.shown.size(), 2U);
+    EXPECT_EQ(rig.dialogs.shown[1].text, "The missing channels" + said);
+    EXPECT_TRUE(form.Visible());
+    EXPECT_EQ(key("DEVICE 2 COMM PORT "), "4");
+    EXPECT_FALSE(form.changed(2));
+}
+
 TEST_F(CommsSettingsTest, LockActsOnTheModbusFrameAlone) {
     for (const bool locked : {true, false}) {
         form.LockDataOptionmenu.choose();
