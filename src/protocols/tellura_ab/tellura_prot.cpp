@@ -119,16 +119,28 @@ std::string TelluraProt::check_of(std::string_view body) const {
     return std::string(1, static_cast<char>(Bcc(body) & 0xFF));
 }
 
-/// Length of the packet that the bytes begin with, its check included; 0 while it is not complete.
-std::size_t TelluraProt::packet_length(std::string_view bytes) const {
-    if (bytes.size() < kPairSize || bytes[0] != kDle || bytes[1] != kStx) return 0;
-    for (std::size_t i = kPairSize; i + 1 < bytes.size(); ++i) {
+/// Where the first pair of DLE and `partner` stands; npos when there is none. A doubled DLE is
+/// data, and so is the check behind DLE ETX: neither begins a pair.
+std::size_t TelluraProt::find_pair(std::string_view bytes, char partner) const {
+    for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
         if (bytes[i] != kDle) continue;
-        const std::size_t end = i + kPairSize + check_size();
-        if (bytes[i + 1] == kEtx) return bytes.size() >= end ? end : 0;
-        ++i; // the second of a doubled DLE begins no pair
+        if (bytes[i + 1] == partner) return i;
+        if (bytes[i + 1] == kEtx) i += check_size();
+        ++i;
     }
-    return 0;
+    return std::string_view::npos;
+}
+
+/// The first whole packet in the bytes, its check included; empty while there is none. What stands
+/// before it (an acknowledgement sent again, noise) is skipped.
+std::string_view TelluraProt::first_packet(std::string_view bytes) const {
+    const std::size_t start = find_pair(bytes, kStx);
+    if (start == bytes.npos) return {};
+    const std::string_view packet = bytes.substr(start);
+    const std::size_t end_pair = find_pair(packet, kEtx);
+    const std::size_t length = end_pair + kPairSize + check_size();
+    return end_pair == packet.npos || packet.size() < length ? std::string_view()
+                                                             : packet.substr(0, length);
 }
 
 /// Sends until DLE ACK comes back; what followed it, or nothing when it never came.
@@ -136,7 +148,7 @@ std::optional<std::string> TelluraProt::acknowledged(const std::string& packet) 
     for (int i = 0; i < kSends; ++i) {
         const std::string back =
             link_.transmit(kTelluraChannel, packet, kSendTimeoutMs, kQuietChars);
-        const auto at = back.find(std::string{kDle, kAck});
+        const auto at = find_pair(back, kAck);
         if (at != back.npos) return back.substr(at + kPairSize);
     }
     return std::nullopt;
@@ -145,10 +157,10 @@ std::optional<std::string> TelluraProt::acknowledged(const std::string& packet) 
 std::string TelluraProt::Exchange(const std::string& packet) {
     std::optional<std::string> reply = acknowledged(packet);
     if (!reply) return kTelluraBad;
-    for (int i = 0; i < kReplyTries && packet_length(*reply) == 0; ++i)
+    for (int i = 0; i < kReplyTries && first_packet(*reply).empty(); ++i)
         *reply += link_.receive_more(kTelluraChannel, kReplyTimeoutMs, kQuietChars);
-    const std::size_t length = packet_length(*reply);
-    return length > 0 ? reply->substr(0, length) : kTelluraBad;
+    const std::string_view answer = first_packet(*reply);
+    return answer.empty() ? kTelluraBad : std::string(answer);
 }
 
 std::string_view TelluraProt::body_of(std::string_view reply) const {

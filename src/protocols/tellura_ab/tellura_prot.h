@@ -76,7 +76,8 @@ class TelluraProt {
     [[nodiscard]] std::size_t check_size() const { return check_ == TelluraCheck::Bcc ? 1 : 2; }
     [[nodiscard]] std::string check_of(std::string_view body) const;
     [[nodiscard]] std::string_view body_of(std::string_view reply) const;
-    [[nodiscard]] std::size_t packet_length(std::string_view bytes) const;
+    [[nodiscard]] std::size_t find_pair(std::string_view bytes, char partner) const;
+    [[nodiscard]] std::string_view first_packet(std::string_view bytes) const;
     [[nodiscard]] std::optional<std::string> acknowledged(const std::string& packet);
 
     Link& link_;

@@ -79,6 +79,11 @@ TEST_F(TelluraTest, Exchanges) {
         {"5:10 15|5:|5:|5:10 06 " + packet, bad, 3, 29 + 400},      // never acknowledged
         {"5:10 06;7000:" + packet, packet, 1, 7024},                // in the fourth wait
         {"5:10 06 10 02 00 08 41 00 00 00 10 10 03", bad, 1, 8029}, // without an end
+        {"5:10 06 10 06 FF " + packet, packet, 1, 29},              // acknowledged again
+        {"5:10 06 00;900:" + packet, packet, 1, 924},
+        // The tail of a late reply is no acknowledgement, nor does its check hide one.
+        {"5:41 10 10 06 10 10 02 10 03 A7|5:10 06 " + packet, packet, 2, 29 + 29},
+        {"5:41 02 10 03 10 10 06 " + packet, packet, 1, 29},
         {"5:10 06", bad, 1, 8029},
     };
     for (const auto& [script, result, sends, ms] : cases) {
