@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/run_time_error.h"
+#include "protocols/modbus/crc.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 
@@ -13,8 +14,8 @@ namespace {
 
 /// Outside every range that the builder accepts, so that it refuses the field with its own words.
 constexpr double kNoNumber = -40000;
-constexpr std::size_t kMostValues = 127; // the byte-count field holds twice the number in one byte
-constexpr std::size_t kShortestReply = 5;
+constexpr std::size_t kMaxValues = 127; // the byte-count field holds twice the number in one byte
+constexpr std::size_t kMinReply = 5;
 
 std::optional<double> whole_number(const std::string& text) {
     if (!is_numeric(text)) return std::nullopt;
@@ -68,10 +69,9 @@ void append_long(std::vector<float>& values, const std::string& text, bool hexad
 std::vector<float> value_array(const ModbusEntry& entry, ModbusCommand command) {
     const auto words = words_of(entry.values);
     std::vector<float> values{0};
-    if (words.empty() || words.size() > kMostValues)
-        values.push_back(static_cast<float>(kNoNumber));
+    if (words.empty() || words.size() > kMaxValues) values.push_back(static_cast<float>(kNoNumber));
     for (const std::string& word : words) {
-        if (values.size() > kMostValues) break;
+        if (values.size() > kMaxValues) break;
         if (command == ModbusCommand::Write32)
             append_long(values, word, entry.hexadecimal);
         else if (command == ModbusCommand::Read32)
@@ -172,18 +172,15 @@ std::string response_line(Modbus& modbus, DataFormat format, const ModbusEntry& 
         return "No response from the controller at address " + trim(entry.address) + ".";
     }
     // Fewer bytes than any reply has are not decoded; what came is shown all the same.
-    if (reply.size() < kShortestReply) return "Incomplete reply, bytes in hex:" + bytes_text(reply);
+    if (reply.size() < kMinReply) return "Incomplete reply, bytes in hex:" + bytes_text(reply);
     const bool read32 = modbus_command_types()[entry.type].command == ModbusCommand::Read32;
     if (format == DataFormat::SmartDec && read32) return joined(text).value_or(text);
     return text;
 }
 
-bool is_sound_answer(Modbus& modbus, std::string_view request, std::string_view reply) {
-    if (reply.size() < kShortestReply || reply.substr(0, 2) != request.substr(0, 2)) return false;
-    modbus.ModbusCrc(reply.substr(0, reply.size() - 2));
-    const std::string crc{static_cast<char>(modbus.state().gCrcLow),
-                          static_cast<char>(modbus.state().gCrcHigh)};
-    return reply.substr(reply.size() - 2) == crc;
+bool is_valid_answer(std::string_view request, std::string_view reply) {
+    return reply.size() >= kMinReply && reply.substr(0, 2) == request.substr(0, 2) &&
+           has_valid_crc(reply);
 }
 
 } // namespace pelvan

@@ -71,7 +71,6 @@ struct ModbusEntry {
                                         std::string_view reply);
 
 /// Whether a reply comes undamaged from the controller that was asked and is no exception.
-[[nodiscard]] bool is_sound_answer(Modbus& modbus, std::string_view request,
-                                   std::string_view reply);
+[[nodiscard]] bool is_valid_answer(std::string_view request, std::string_view reply);
 
 } // namespace pelvan

@@ -61,7 +61,7 @@ SendOutcome ModbusPanel::send(const ModbusEntry& sent, DataFormat format) {
     const std::string response = response_line(modbus_, format, sent, reply);
     history_.add(command, response);
     if (reply.empty() && !is_broadcast(sent)) return {SendOutcome::Kind::NoReply, response, false};
-    const bool accepted = reply.empty() || is_sound_answer(modbus_, frame, reply);
+    const bool accepted = reply.empty() || is_valid_answer(frame, reply);
     if (reply.empty() || !accepted) return {SendOutcome::Kind::Done, response, accepted};
     return {SendOutcome::Kind::Done,
             std::to_string(frame.size()) + " bytes sent, " + std::to_string(reply.size()) +

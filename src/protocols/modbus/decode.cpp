@@ -8,7 +8,7 @@
 namespace pelvan {
 namespace {
 
-constexpr std::size_t kShortestFrame = 5;
+constexpr std::size_t kMinFrame = 5;
 constexpr std::size_t kFixedFrame = 8;
 constexpr std::uint8_t kExceptionBit = 0x80;
 constexpr float kCrcErrorValue = -32200;
@@ -82,7 +82,7 @@ std::string FrameDecoder::crc_error() {
     state_.gReplyValues[1] = kCrcErrorValue;
     state_.gReplyValues[1] = byte_at(2);
     if (smart()) return kSmartCrcError;
-    ItemWriter out(rendering_, kShortestFrame);
+    ItemWriter out(rendering_, kMinFrame);
     out.byte(byte_at(0));
     out.byte(byte_at(1));
     out.byte(byte_at(2));
@@ -221,7 +221,7 @@ void FrameDecoder::store(float value) {
 /// What the three decoders have in common: length, clearing, CRC, then the contents.
 std::string decode(Modbus& modbus, Rendering rendering, bool is_request, std::string_view frame) {
     FrameDecoder decoder(modbus.state(), rendering, is_request, frame);
-    if (frame.size() < kShortestFrame) return decoder.short_frame();
+    if (frame.size() < kMinFrame) return decoder.short_frame();
     decoder.clear_values();
     // A request has just been built: the stored CRC is its own and is not worked out again.
     if (!is_request) {

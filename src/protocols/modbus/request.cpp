@@ -7,13 +7,13 @@
 namespace pelvan {
 namespace {
 
-constexpr float kHighestRegister = 65535;
-constexpr float kLowestValue = -32768;
-constexpr float kHighestValue = 32767;
+constexpr float kMaxRegister = 65535;
+constexpr float kMinValue = -32768;
+constexpr float kMaxValue = 32767;
 constexpr float kWordRange = 65536;
-constexpr std::int16_t kHighestAddress = 247;
+constexpr std::int16_t kMaxAddress = 247;
 /// The most words that the one-byte byte count of functions 15 and 16 can announce.
-constexpr std::size_t kMostWords = 127;
+constexpr std::size_t kMaxWords = 127;
 
 constexpr const char* kBadCommand = "Bad COMMAND TYPE selected.";
 constexpr const char* kBadAddress = "Bad ADDRESS entered.";
@@ -42,7 +42,7 @@ bool append_values(std::string& data, std::span<float> values) {
         if (value == kValueListEnd) break;
         // 32768 to 65535 are refused although they fit a word: they are entered as the negative
         // numbers that they stand for. Deliberate.
-        if (!within(value, kLowestValue, kHighestValue)) return false;
+        if (!within(value, kMinValue, kMaxValue)) return false;
         // The caller sees the rewritten value afterwards, also when a later one is refused.
         if (value < 0) value += kWordRange;
         append_word(data, value);
@@ -55,8 +55,8 @@ bool append_values(std::string& data, std::span<float> values) {
 std::string Modbus::ModbusBuildRequest(std::int16_t function, std::int16_t address,
                                        float start_register, std::span<float> values) {
     if (!is_known_function(function)) return kBadCommand;
-    if (address < 0 || address > kHighestAddress) return kBadAddress;
-    if (!within(start_register, 0, kHighestRegister)) return kBadRegister;
+    if (address < 0 || address > kMaxAddress) return kBadAddress;
+    if (!within(start_register, 0, kMaxRegister)) return kBadRegister;
     std::string data;
     if (!append_values(data, values)) return kBadValue;
 
@@ -69,7 +69,7 @@ std::string Modbus::ModbusBuildRequest(std::int16_t function, std::int16_t addre
         // Function 15 carries one word a coil and twice the coil count, not packed bits.
         // Deliberate.
         const std::size_t count = data.size() / 2;
-        if (count > kMostWords) return kBadValue;
+        if (count > kMaxWords) return kBadValue;
         append_byte(frame, 0);
         append_byte(frame, static_cast<unsigned>(count));
         append_byte(frame, static_cast<unsigned>(2 * count));

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "platform/run_time_error.h"
+#include "protocols/modbus/crc.h"
 #include "protocols/modbus/modbus.h"
 #include "support/frames.h"
 #include "support/modbus_slave.h"
@@ -18,6 +19,10 @@ TEST(ModbusCrc, CheckValue) {
     Modbus(state).ModbusCrc("123456789");
     EXPECT_EQ(state.gCrcLow, 0x37);
     EXPECT_EQ(state.gCrcHigh, 0x4B);
+    EXPECT_EQ(modbus_crc("123456789"), 0x4B37);
+    EXPECT_TRUE(has_valid_crc("123456789\x37\x4B"));
+    for (const char* corrupt : {"", "\xFF", "123456789\x4B\x37", "123456788\x37\x4B"})
+        EXPECT_FALSE(has_valid_crc(corrupt)) << corrupt;
 }
 
 TEST(LongWords, SplitAndJoin) {
