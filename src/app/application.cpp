@@ -105,7 +105,8 @@ Application::Application(Services given, LineOpener opener)
       channels(session.serial, session.config, comms, services.dialogs, error_log),
       countdowns(session.serial, services.tick),
       link(channels, countdowns, services.dialogs, error_log), modbus(session.modbus),
-      history(services), console(services, session.config, channels, link, modbus, history),
+      history(services), senders(link, modbus, services.clock, services.dialogs),
+      console(services, session.config, channels, link, senders, history),
       listen_monitor(link, modbus, session.listen, services.clock, services.application_directory),
       listen(services, listen_monitor,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
@@ -115,12 +116,13 @@ Application::Application(Services given, LineOpener opener)
       serial_devices(services, session.config, channels), frame(*this), opener_(std::move(opener)) {
     logging_closed_ = logging.closed.subscribe([this] { restore_windows(); });
     history.join_console(console, console.mnuFile);
-    console.busy_changed = [this](bool busy) {
+    console_busy_ = console.busy_changed.subscribe([this](bool busy) {
         for (MenuEntry* entry : {&frame.mnuListen, &frame.mnuTransfer, &frame.mnuDataLogging,
                                  &frame.mnuPortSettings, &frame.mnuSerialDevices})
             entry->set_Enabled(!busy);
-    };
-    console.move_simulated_jumper = [this](bool in) { simulators.set_jumper(in); };
+    });
+    jumper_moved_ =
+        console.simulated_jumper_moved.subscribe([this](bool in) { simulators.set_jumper(in); });
 }
 
 void Application::restore_windows() {

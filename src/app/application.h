@@ -5,7 +5,7 @@
 #include "app/event_runner.h"
 #include "app/session.h"
 #include "console/console_form.h"
-#include "console/history.h"
+#include "console/history_form.h"
 #include "listen/listen_form.h"
 #include "logging/logging_form.h"
 #include "platform/event.h"
@@ -83,6 +83,7 @@ class Application : private SettingsHost {
     Link link;
     Modbus modbus;
     History history;
+    Senders senders;
     frm_Pelvan5VB console;
     ListenMonitor listen_monitor;
     frm_Listen listen;
@@ -100,6 +101,8 @@ class Application : private SettingsHost {
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();
     LineOpener opener_;
     Subscription logging_closed_;
+    Subscription console_busy_;
+    Subscription jumper_moved_;
 };
 
 } // namespace pelvan

@@ -1,33 +1,30 @@
 // The console, "Command Center": the choice of the protocol, the fields of the chosen one, and the
-// sending. Each protocol's fields and exchange are a panel of their own.
+// sending. Each protocol's fields are a panel of their own; the exchanges are the senders'.
 #pragma once
 
+#include <array>
+
 #include "config/ini.h"
+#include "console/history_form.h"
 #include "console/modbus_panel.h"
-#include "console/setup_sender.h"
+#include "console/protocol_number.h"
+#include "console/script_panel.h"
+#include "console/senders.h"
 #include "console/tellura_panel.h"
 #include "console/text_panel.h"
+#include "platform/event.h"
 #include "serial/channel_table.h"
 #include "serial/link.h"
 
 namespace pelvan {
 
-namespace protocol {
-inline constexpr int kFull = 0;
-inline constexpr int kModbus = 1;
-inline constexpr int kXon = 2;
-inline constexpr int kTellura = 3;
-} // namespace protocol
-
 class frm_Pelvan5VB : public Form {
   public:
     frm_Pelvan5VB(Services& services, ConfigState& config, ChannelTable& channels, Link& link,
-                  Modbus& modbus, History& history);
+                  Senders& senders, History& history);
 
     Frame fram_Protocol{"fram_Protocol", "&Protocol"};
     OptionGroup opt_Protocol;
-    Frame fram_DataFormat{"fram_DataFormat", "Data F&ormat"};
-    OptionGroup opt_DataFormat;
     /// The switch of the bad checksums; never shown, the menus' ticks follow it.
     CheckBox chk_GenerateBadChecksum{"chk_GenerateBadChecksum", "Generate Bad Checksum"};
     Button cmd_SendCommand{"cmd_SendCommand", "Se&nd Command", "Send the command (Enter)."};
@@ -35,7 +32,7 @@ class frm_Pelvan5VB : public Form {
     ModbusPanel modbus;
     TextPanel text;
     TelluraPanel tellura;
-    SetupSender setup;
+    ScriptPanel script;
 
     MenuEntry mnuFile{"mnuFile", "&File"};
     MenuEntry mnuSendSetupFile{"mnuSendSetupFile", "Send Set&up File...", "Ctrl+Shift+O",
@@ -66,41 +63,39 @@ class frm_Pelvan5VB : public Form {
     void mnuGenbadCS_Click();
     void mnuSendSetupFile_Click();
 
-    /// Sends what stands in the fields of a protocol, whichever is shown.
-    SendOutcome send(int protocol_number);
-
-    /// The loop-back test on a channel; true when it passed.
-    bool verify_port(std::int16_t channel);
-
     /// Puts the focus into the box that a command of the chosen protocol begins with.
     void focus_entry();
 
-    /// Called when the console has been closed.
-    std::function<void()> end_program;
-    /// Called when the sending of a setup file begins and ends.
-    std::function<void(bool busy)> busy_changed;
-    /// Moves the jumper of the simulated loop-back plug.
-    std::function<void(bool in)> move_simulated_jumper;
+    /// The console has been closed.
+    Event<> closed;
+    /// The sending of a setup file begins (true) or has ended.
+    Event<bool> busy_changed;
+    /// The jumper of the simulated loop-back plug goes in (true) or out.
+    Event<bool> simulated_jumper_moved;
 
   private:
+    class LoopbackRun;
+
     void make_menus();
     void make_diagnostics_menu();
     void handle_keys();
-    void show_panel(int protocol);
+    [[nodiscard]] ProtocolPanel& panel() {
+        return *panels_[static_cast<std::size_t>(opt_Protocol.Value())];
+    }
+    void show_panel();
+    SendOutcome listed(SendOutcome outcome);
     void show_ticks();
     void choose_jumper(const MenuEntry& chosen);
     void jumper_asked(bool in);
     void set_busy(bool busy);
     bool handle_key(Key key);
-    bool recall_earlier();
-    bool recall_later();
-    [[nodiscard]] SetupSender::SendLine line_sender();
 
     Services& services_;
     ConfigState& config_;
     ChannelTable& channels_;
     Link& link_;
     History& history_;
+    std::array<ProtocolPanel*, protocol::kCount> panels_; // by protocol number
 };
 
 } // namespace pelvan

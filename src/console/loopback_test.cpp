@@ -1,5 +1,7 @@
 #include "console/loopback_test.h"
 
+#include "console/send_outcome.h"
+
 namespace pelvan {
 namespace {
 
@@ -25,31 +27,26 @@ constexpr std::int16_t kQuietChars = 8;
 
 } // namespace
 
-bool verify_port(Services& services, Link& link, History& history, Form& form, std::int16_t channel,
-                 const std::function<void(bool in)>& jumper_moved) {
+bool verify_port(Link& link, Clock& clock, std::int16_t channel, LoopbackListener& listener) {
     const auto comes_back = [&](const char* text) {
-        const Hourglass busy(form);
-        history.sending();
+        listener.sending();
+        ExchangeTimes times(link.countdowns(), clock);
         const std::string received = link.transmit(channel, text, kTimeoutMs, kQuietChars);
-        history.add(text, received);
+        times.end();
+        listener.exchanged(times.row(text, received));
         return received == text;
     };
-    Dialogs& dialogs = services.dialogs;
-    dialogs.message_box(kIntroduction, kTitle);
-    if (jumper_moved) jumper_moved(true);
+    listener.message(kIntroduction, kTitle);
+    listener.jumper_expected(true);
     if (!comes_back(kEchoText)) {
-        dialogs.message_box(kNoEcho, kTitle);
+        listener.message(kNoEcho, kTitle);
         return false;
     }
-    dialogs.message_box(kRemoveJumper, kTitle);
-    if (jumper_moved) jumper_moved(false);
+    listener.message(kRemoveJumper, kTitle);
+    listener.jumper_expected(false);
     const bool passed = !comes_back(kNoEchoText);
-    dialogs.message_box(passed ? kPassed : kStillEchoes, kTitle);
+    listener.message(passed ? kPassed : kStillEchoes, kTitle);
     return passed;
-}
-
-void spoil_last_byte(std::string& frame) {
-    if (!frame.empty()) frame.back() = frame.back() == '\xFF' ? '\0' : '\xFF';
 }
 
 } // namespace pelvan

@@ -2,22 +2,28 @@
 // transmit and receive pins joined a text must come back, without the jumper it must not.
 #pragma once
 
-#include <functional>
-
-#include "console/history.h"
+#include "console/history_document.h"
+#include "platform/tick.h"
 #include "serial/link.h"
 
 namespace pelvan {
 
-/// Runs the test on a channel; true when it passed. Both sendings become pairs of the history;
-/// `form` shows the hourglass meanwhile.
-///
-/// `jumper_moved(in)` is called when the user has confirmed having moved the jumper. Blocks up to
-/// two seconds for each half, beside the message boxes; every outcome is one of these.
-bool verify_port(Services& services, Link& link, History& history, Form& form, std::int16_t channel,
-                 const std::function<void(bool in)>& jumper_moved);
+/// Whoever runs the test: shows its messages, has the jumper moved, lists what was exchanged.
+class LoopbackListener {
+  public:
+    virtual ~LoopbackListener() = default;
+    /// Returns when the message was read and, where it asks for something, that was done.
+    virtual void message(const char* text, const char* title) = 0;
+    /// The jumper should be in (or out) now, as the message before has asked.
+    virtual void jumper_expected(bool in) = 0;
+    /// The line is busy from here to `exchanged`.
+    virtual void sending() {}
+    virtual void exchanged(const HistoryRow& row) = 0;
+};
 
-/// Changes the last byte of a frame, so that its check is wrong: 255 becomes 0, all else 255.
-void spoil_last_byte(std::string& frame);
+/// Runs the test on a channel; true when it passed.
+///
+/// Blocks up to two seconds for each half, beside the messages; every outcome is one of these.
+bool verify_port(Link& link, Clock& clock, std::int16_t channel, LoopbackListener& listener);
 
 } // namespace pelvan

@@ -14,14 +14,13 @@ constexpr int kReadHoldingIndex = 2;
 
 } // namespace
 
-ModbusPanel::ModbusPanel(Services& services, Link& link, Modbus& modbus, History& history)
+ModbusPanel::ModbusPanel(ModbusSender& sender, const CheckBox& bad_checksum)
     : cmb_CommandType("cmb_CommandType", type_captions(), kReadHoldingIndex, false,
                       "What the controller is asked to do."),
-      services_(services), link_(link), modbus_(modbus), history_(history) {
+      sender_(sender), bad_checksum_(bad_checksum) {
     cmb_CommandType.Click = [this] { command_type_changed(); };
-    for (TextBox* box : {&txt_Address, &txt_Register, &txt_Values}) {
+    for (TextBox* box : {&txt_Address, &txt_Register, &txt_Values})
         box->GotFocus = [box] { box->select_all(); };
-    }
 }
 
 ModbusEntry ModbusPanel::entry() const {
@@ -37,57 +36,25 @@ void ModbusPanel::set_entry(const ModbusEntry& entry) {
     opt_NumberBase.set_Value(entry.hexadecimal ? 1 : 0);
 }
 
-SendOutcome ModbusPanel::send(DataFormat format) {
-    const ModbusEntry sent = entry();
-    SendOutcome outcome = send(sent, format);
-    if (outcome.kind == SendOutcome::Kind::Refused)
-        services_.dialogs.message_box(outcome.status);
-    else
-        recall_.remember(sent);
-    return outcome;
+SendOutcome ModbusPanel::send_entry(const ModbusEntry& entry) {
+    return send_as(entry, format());
 }
 
-SendOutcome ModbusPanel::send(const ModbusEntry& sent, DataFormat format) {
-    std::string frame = build_request(modbus_, sent);
-    if (is_refusal(frame)) return {SendOutcome::Kind::Refused, frame, false};
-    if (before_send) before_send(frame);
-    // The request is rendered before the reply overwrites the numbers that decoding leaves behind.
-    const std::string command = render(modbus_, format, 1, frame);
-    history_.sending();
-    const double begun = link_.countdowns().read_tick();
-    const std::string reply =
-        link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
-    const double taken = link_.countdowns().read_tick() - begun;
-    const std::string response = response_line(modbus_, format, sent, reply);
-    history_.add(command, response);
-    if (reply.empty() && !is_broadcast(sent)) return {SendOutcome::Kind::NoReply, response, false};
-    const bool accepted = reply.empty() || is_valid_answer(frame, reply);
-    if (reply.empty() || !accepted) return {SendOutcome::Kind::Done, response, accepted};
-    return {SendOutcome::Kind::Done,
-            std::to_string(frame.size()) + " bytes sent, " + std::to_string(reply.size()) +
-                " received, " + std::to_string(static_cast<long>(taken)) + " ms",
-            true};
+SendOutcome ModbusPanel::send_as(const ModbusEntry& entry, DataFormat format) {
+    return sender_.send(entry, {format, bad_checksum_.checked()});
 }
 
-bool ModbusPanel::recall_earlier() {
-    const auto found = recall_.earlier(entry());
-    if (found) set_entry(*found);
-    return found.has_value();
-}
-
-bool ModbusPanel::recall_later() {
-    const auto found = recall_.later();
-    if (found) set_entry(*found);
-    return found.has_value();
+SendLine ModbusPanel::script_sender() {
+    return [this, format = format(), address = txt_Address.Text()](const std::string& line) {
+        return send_as(write_register_entry(address, line), format);
+    };
 }
 
 void ModbusPanel::set_visible(bool on) {
-    for (Control* control :
-         {static_cast<Control*>(&Fram_Modbus), static_cast<Control*>(&lbl_CommandType),
-          static_cast<Control*>(&cmb_CommandType), static_cast<Control*>(&lbl_Address),
-          static_cast<Control*>(&txt_Address), static_cast<Control*>(&lbl_Register),
-          static_cast<Control*>(&txt_Register), static_cast<Control*>(&lbl_Values),
-          static_cast<Control*>(&txt_Values), static_cast<Control*>(&opt_NumberBase)})
+    for (Control* control : std::initializer_list<Control*>{
+             &Fram_Modbus, &lbl_CommandType, &cmb_CommandType, &lbl_Address, &txt_Address,
+             &lbl_Register, &txt_Register, &lbl_Values, &txt_Values, &opt_NumberBase,
+             &fram_DataFormat, &opt_DataFormat})
         control->set_Visible(on);
 }
 

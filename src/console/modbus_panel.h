@@ -1,18 +1,16 @@
-// The Modbus half of the console: the fields of one command, its sending, and the recall of earlier
-// ones. It shows nothing by itself; the console decides when it is visible.
+// The console's fields for a Modbus command and the format in which it is shown.
 #pragma once
 
-#include "console/history.h"
-#include "console/modbus_entry.h"
-#include "console/recall.h"
-#include "console/send_outcome.h"
-#include "serial/link.h"
+#include "console/modbus_sender.h"
+#include "console/protocol_panel.h"
+#include "forms/lists.h"
 
 namespace pelvan {
 
-class ModbusPanel {
+class ModbusPanel : public EntryPanel<ModbusEntry> {
   public:
-    ModbusPanel(Services& services, Link& link, Modbus& modbus, History& history);
+    /// Requests go out with a wrong CRC while `bad_checksum` is checked.
+    ModbusPanel(ModbusSender& sender, const CheckBox& bad_checksum);
 
     Frame Fram_Modbus{"Fram_Modbus", "Modbus Command"};
     Label lbl_CommandType{"lbl_CommandType", "Command T&ype"};
@@ -29,35 +27,35 @@ class ModbusPanel {
                                {{"Decimal", "Values are entered in decimal, -32768 to 32767."},
                                 {"Hexadecimal", "Values are entered in hexadecimal, 0 to FFFF."}},
                                0};
+    Frame fram_DataFormat{"fram_DataFormat", "Data F&ormat"};
+    OptionGroup opt_DataFormat{
+        "opt_DataFormat",
+        {{"Decimal", "Complete packets as decimal numbers."},
+         {"Hex", "Complete packets as hexadecimal numbers."},
+         {"SmartDec", "Only the pertinent information, as decimal numbers."}},
+        0};
 
-    /// One exchange: builds, sends on channel 1, adds both renderings to the history. A refused
-    /// request shows its text and sends nothing.
-    SendOutcome send(DataFormat format);
-    /// The same for an entry that does not stand in the fields and is not to be recalled; a refusal
-    /// is in the outcome only.
-    SendOutcome send(const ModbusEntry& sent, DataFormat format);
+    [[nodiscard]] ModbusEntry entry() const override;
+    void set_entry(const ModbusEntry& entry) override;
+    void show() override { set_visible(true); }
+    void hide() override { set_visible(false); }
+    void focus() override { txt_Register.SetFocus(); }
+    /// A line is "register value" in decimal.
+    SendLine script_sender() override;
 
-    /// The fields as they stand.
-    [[nodiscard]] ModbusEntry entry() const;
-    void set_entry(const ModbusEntry& entry);
-
-    /// Shows the entry sent before (or after) the one shown; false at the end of the list.
-    bool recall_earlier();
-    bool recall_later();
-
-    /// Called with a built frame before it is sent; may change it.
-    std::function<void(std::string&)> before_send;
-
-    void set_visible(bool on);
+  protected:
+    SendOutcome send_entry(const ModbusEntry& entry) override;
 
   private:
+    [[nodiscard]] DataFormat format() const {
+        return static_cast<DataFormat>(opt_DataFormat.Value());
+    }
+    SendOutcome send_as(const ModbusEntry& entry, DataFormat format);
+    void set_visible(bool on);
     void command_type_changed();
 
-    Services& services_;
-    Link& link_;
-    Modbus& modbus_;
-    History& history_;
-    Recall<ModbusEntry> recall_;
+    ModbusSender& sender_;
+    const CheckBox& bad_checksum_;
 };
 
 } // namespace pelvan

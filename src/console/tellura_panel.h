@@ -1,28 +1,14 @@
-// The console's fields for a Tellura/AB packet, its sending, and the rendering of the reply.
+// The console's fields for a Tellura/AB packet.
 #pragma once
 
-#include <string>
-
-#include "console/history.h"
-#include "console/recall.h"
-#include "console/send_outcome.h"
-#include "protocols/tellura_ab/tellura_prot.h"
+#include "console/protocol_panel.h"
+#include "console/tellura_sender.h"
 
 namespace pelvan {
 
-struct TelluraEntry {
-    std::string device_address = "1";
-    std::string parameter_address = "01ca";
-    std::string byte_count = "2";
-    std::string data;
-    bool write = false;
-    TelluraCheck check = TelluraCheck::Bcc;
-    bool operator==(const TelluraEntry&) const = default;
-};
-
-class TelluraPanel {
+class TelluraPanel : public EntryPanel<TelluraEntry> {
   public:
-    TelluraPanel(Services& services, Link& link, History& history);
+    explicit TelluraPanel(TelluraSender& sender);
 
     Frame Fram_Tellura{"Fram_Tellura", "Tellura/AB Packet"};
     Label LblTelluraAddress{"LblTelluraAddress", "&Address"};
@@ -42,25 +28,20 @@ class TelluraPanel {
                                   {"CR&C", "Two check bytes, CRC-16."}},
                                  0};
 
-    /// One exchange. A refused entry shows its message and sends nothing.
-    SendOutcome send();
+    [[nodiscard]] TelluraEntry entry() const override;
+    void set_entry(const TelluraEntry& entry) override;
+    void show() override { set_visible(true); }
+    void hide() override { set_visible(false); }
+    void focus() override { TxtParameterAddress.SetFocus(); }
+    SendLine script_sender() override { return {}; }
 
-    [[nodiscard]] TelluraEntry entry() const;
-    void set_entry(const TelluraEntry& entry);
-
-    bool recall_earlier();
-    bool recall_later();
-
-    void set_visible(bool on);
+  protected:
+    SendOutcome send_entry(const TelluraEntry& entry) override { return sender_.send(entry); }
 
   private:
-    [[nodiscard]] std::optional<TelluraPacket> build(const TelluraEntry& entry);
-    [[nodiscard]] SendOutcome outcome_of(const std::string& reply, bool write, std::string& line);
+    void set_visible(bool on);
 
-    Link& link_;
-    TelluraProt protocol_;
-    History& history_;
-    Recall<TelluraEntry> recall_;
+    TelluraSender& sender_;
 };
 
 } // namespace pelvan

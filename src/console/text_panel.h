@@ -2,32 +2,14 @@
 // command box, Full has a device address beside it. Earlier commands are kept for each of the two.
 #pragma once
 
-#include <array>
-#include <string>
-#include <string_view>
-
-#include "console/history.h"
-#include "console/recall.h"
-#include "console/send_outcome.h"
-#include "protocols/full/full_protocol.h"
+#include "console/protocol_panel.h"
+#include "console/text_sender.h"
 
 namespace pelvan {
 
-enum class TextProtocol { Full, Xon };
-
-struct TextEntry {
-    std::string device_address; // Full only
-    std::string command;
-    bool operator==(const TextEntry&) const = default;
-};
-
-/// A text from the line as it is listed: without the carriage return and line feed at its end, each
-/// other byte that is no printable character as its hexadecimal value, "<0D>".
-[[nodiscard]] std::string printable(std::string_view text);
-
 class TextPanel {
   public:
-    TextPanel(Services& services, Link& link, History& history);
+    explicit TextPanel(TextSender& sender);
 
     Frame Fram_CommsCommand{"Fram_CommsCommand", "Command"};
     Label lbl_DeviceAddress{"lbl_DeviceAddress", "Device &Address"};
@@ -35,29 +17,42 @@ class TextPanel {
     Label lbl_CommsCommand{"lbl_CommsCommand", "&Command"};
     TextBox txt_CommsCommand{"txt_CommsCommand", "", "Command text: ? reads, = writes."};
 
-    /// Sends what stands in the boxes and remembers it.
-    SendOutcome send(TextProtocol protocol);
-    /// One exchange, whose command and reply become a pair of the history.
-    SendOutcome send(TextProtocol protocol, const TextEntry& entry);
-
     [[nodiscard]] TextEntry entry() const;
     void set_entry(const TextEntry& entry);
 
-    bool recall_earlier(TextProtocol protocol);
-    bool recall_later(TextProtocol protocol);
-
-    void show_for(TextProtocol protocol);
-    void hide();
+    [[nodiscard]] ProtocolPanel& full() { return full_; }
+    [[nodiscard]] ProtocolPanel& xon() { return xon_; }
 
   private:
-    [[nodiscard]] Recall<TextEntry>& recall(TextProtocol protocol);
-    SendOutcome send_full(const TextEntry& entry);
-    SendOutcome send_xon(const std::string& command);
+    /// One of the two on the shared fields.
+    class Half : public EntryPanel<TextEntry> {
+      public:
+        Half(TextPanel& fields, TextProtocol protocol) : fields_(fields), protocol_(protocol) {}
+        TextEntry entry() const override { return fields_.entry(); }
+        void set_entry(const TextEntry& entry) override { fields_.set_entry(entry); }
+        void show() override { fields_.show_for(this); }
+        void hide() override {
+            if (fields_.shown_ == this) fields_.show_for(nullptr);
+        }
+        void focus() override { fields_.txt_CommsCommand.SetFocus(); }
+        SendLine script_sender() override;
 
-    Link& link_;
-    FullProtocol full_;
-    History& history_;
-    std::array<Recall<TextEntry>, 2> recalls_;
+      protected:
+        SendOutcome send_entry(const TextEntry& entry) override {
+            return fields_.sender_.send(protocol_, entry);
+        }
+
+      private:
+        TextPanel& fields_;
+        TextProtocol protocol_;
+    };
+
+    void show_for(const Half* half);
+
+    TextSender& sender_;
+    Half full_{*this, TextProtocol::Full};
+    Half xon_{*this, TextProtocol::Xon};
+    const Half* shown_ = nullptr;
 };
 
 } // namespace pelvan

@@ -36,7 +36,7 @@ CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& targe
         std::string words;
         for (std::size_t i = 0; i < choices.size(); ++i) {
             const auto& [word, value] = choices[i];
-            if (CLI::detail::to_lower(text) == word) {
+            if (CLI::ignore_case(text) == word) {
                 target = value;
                 return;
             }
@@ -50,8 +50,7 @@ CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& targe
 /// The protocols under the names that options have for them.
 [[nodiscard]] const Choices<int>& protocol_names();
 
-/// Sends what stands in the protocol's panel and prints both lines of the history. Exit code.
-int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environment,
-                   int protocol_number);
+/// Prints the command and its reply, or why there is none. Exit code.
+int print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment);
 
 } // namespace pelvan

@@ -26,10 +26,9 @@ int demo(TerminalEnvironment& environment) {
     if (!terminal.start()) return exit_code::kFailed;
     for (const DemoStep& step : kSteps) {
         environment.out << step.what << "\n";
-        terminal.app().console.modbus.set_entry(
-            {step.type, "1", step.start_register, step.values, false});
-        terminal.app().console.opt_DataFormat.set_Value(static_cast<int>(step.format));
-        const int code = send_and_print(terminal, environment, protocol::kModbus);
+        const ModbusEntry entry{step.type, "1", step.start_register, step.values, false};
+        const int code = print_outcome(
+            terminal.app().senders.modbus.send(entry, {step.format, false}), environment);
         if (code != exit_code::kDone) return code;
         environment.out << "\n";
     }

@@ -1,6 +1,6 @@
 #include "config/device_map.h"
+#include "console/start_up.h"
 #include "platform/serial_devices.h"
-#include "platform/text_file.h"
 #include "simulator/line/device_text.h"
 #include "terminal/commands.h"
 
@@ -18,7 +18,7 @@ std::string state_of(const std::string& device) {
 
 int list_ports(TerminalEnvironment& environment) {
     std::ostream& out = environment.out;
-    const std::string ini = path_in(environment.directory, "pelvan7.ini");
+    const std::string ini = configuration_path(environment.directory);
     out << "Serial devices of this machine:\n";
     const auto devices = list_serial_devices();
     for (const SerialDevice& device : devices) {

@@ -13,8 +13,7 @@ struct SendOptions {
     std::vector<std::string> values{"1"};
     bool hexadecimal = false;
     bool long_values = false;
-    bool bad_checksum = false;
-    DataFormat format = DataFormat::Decimal;
+    ModbusSendOptions modbus;
     TelluraEntry tellura;
     CLI::Option* text_option = nullptr;
     CLI::Option* write_option = nullptr;
@@ -31,42 +30,53 @@ std::optional<std::size_t> type_of(int function, bool long_values) {
     return std::nullopt;
 }
 
-/// Fills the protocol's fields; the reason when the options leave something open.
-std::optional<std::string> fill_fields(const SendOptions& options, frm_Pelvan5VB& console) {
+/// What is missing in the options, or too much.
+std::optional<std::string> complaint(const SendOptions& options) {
     const bool has_text = options.protocol == protocol::kFull || options.protocol == protocol::kXon;
     if (has_text != (options.text_option->count() > 0))
         return has_text ? "the command text is missing"
                         : "a command text goes with the protocols full and xon only";
-    if (options.protocol == protocol::kTellura) {
-        TelluraEntry entry = options.tellura;
-        entry.device_address = options.address;
-        entry.write = options.write_option->count() > 0;
-        console.tellura.set_entry(entry);
-        return std::nullopt;
-    }
-    if (has_text) {
-        console.text.set_entry({options.address, options.text});
-        return std::nullopt;
-    }
-    const auto type = type_of(options.function, options.long_values);
-    if (!type) return "Bad COMMAND TYPE selected.";
-    ModbusEntry entry{*type, options.address, options.start_register, "", options.hexadecimal};
-    for (const std::string& value : options.values)
-        entry.values += value + " ";
-    console.modbus.set_entry(entry);
-    console.opt_DataFormat.set_Value(static_cast<int>(options.format));
-    if (options.bad_checksum) console.mnuGenbadCS.choose();
+    if (options.protocol == protocol::kModbus && !type_of(options.function, options.long_values))
+        return "Bad COMMAND TYPE selected.";
     return std::nullopt;
 }
 
+SendOutcome send_modbus(const SendOptions& options, ModbusSender& sender) {
+    ModbusEntry entry{*type_of(options.function, options.long_values), options.address,
+                      options.start_register, "", options.hexadecimal};
+    for (const std::string& value : options.values)
+        entry.values += value + " ";
+    return sender.send(entry, options.modbus);
+}
+
+SendOutcome send_tellura(const SendOptions& options, TelluraSender& sender) {
+    TelluraEntry entry = options.tellura;
+    entry.device_address = options.address;
+    entry.write = options.write_option->count() > 0;
+    return sender.send(entry);
+}
+
+SendOutcome send_with(const SendOptions& options, Senders& senders) {
+    switch (options.protocol) {
+    case protocol::kFull:
+        return senders.text.send(TextProtocol::Full, {options.address, options.text});
+    case protocol::kXon:
+        return senders.text.send(TextProtocol::Xon, {options.address, options.text});
+    case protocol::kTellura:
+        return send_tellura(options, senders.tellura);
+    default:
+        return send_modbus(options, senders.modbus);
+    }
+}
+
 int send(const SendOptions& options, TerminalEnvironment& environment) {
-    TerminalApplication terminal(environment);
-    if (const auto reason = fill_fields(options, terminal.app().console)) {
+    if (const auto reason = complaint(options)) {
         environment.err << "pelvan7: " << *reason << "\n";
         return exit_code::kFailed;
     }
+    TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
-    return send_and_print(terminal, environment, options.protocol);
+    return print_outcome(send_with(options, terminal.app().senders), environment);
 }
 
 void add_modbus_options(CLI::App& command, SendOptions& options) {
@@ -90,10 +100,10 @@ void add_modbus_options(CLI::App& command, SendOptions& options) {
         .add_flag("--long", options.long_values,
                   "32-bit values in two registers each, with functions 3 and 16")
         ->group("Modbus");
-    add_choice(command, "--format", options.format, formats, "decimal, hex or smart")
+    add_choice(command, "--format", options.modbus.format, formats, "decimal, hex or smart")
         ->group("Modbus");
     command
-        .add_flag("--bad-checksum", options.bad_checksum,
+        .add_flag("--bad-checksum", options.modbus.corrupt_crc,
                   "Send a wrong CRC, to see what the controller does")
         ->group("Modbus");
 }
@@ -128,20 +138,17 @@ const Choices<int>& protocol_names() {
     return names;
 }
 
-int send_and_print(TerminalApplication& terminal, TerminalEnvironment& environment,
-                   int protocol_number) {
-    Application& app = terminal.app();
-    const SendOutcome outcome = app.console.send(protocol_number);
-    // A refusal was shown as a message already.
-    if (outcome.kind == SendOutcome::Kind::Refused) return exit_code::kFailed;
-    const int last = app.history.frmCommand.list.ListCount() - 1;
-    environment.out << app.history.frmCommand.list.List(last) << "\n";
-    const std::string& response = app.history.frmResponse.list.List(last);
-    if (outcome.kind == SendOutcome::Kind::NoReply) {
-        environment.err << "pelvan7: " << response << "\n";
+int print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment) {
+    if (!outcome.row) {
+        environment.err << "pelvan7: " << outcome.refusal << "\n";
         return exit_code::kFailed;
     }
-    environment.out << response << "\n";
+    environment.out << outcome.row->command << "\n";
+    if (outcome.kind == SendOutcome::Kind::NoReply) {
+        environment.err << "pelvan7: " << outcome.row->response << "\n";
+        return exit_code::kFailed;
+    }
+    environment.out << outcome.row->response << "\n";
     return exit_code::kDone;
 }
 
@@ -157,7 +164,7 @@ void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
     add_modbus_options(*command, *options);
     add_tellura_options(*command, *options);
     command->callback([options, &chosen] {
-        if (options->bad_checksum && options->protocol != protocol::kModbus)
+        if (options->modbus.corrupt_crc && options->protocol != protocol::kModbus)
             throw CLI::ValidationError("--bad-checksum", "goes with the protocol modbus only");
         chosen = [options](TerminalEnvironment& environment) {
             return send(*options, environment);

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 
-#include "platform/text_file.h"
+#include "console/start_up.h"
 #include "terminal/commands.h"
 #include "terminal/terminal_dialogs.h"
 
 namespace pelvan {
 namespace {
 
-constexpr char kIniFileName[] = "pelvan7.ini";
 constexpr char kFooter[] = "Without a command the windows open.";
 
 /// The parser's message without the hint that follows it on further lines.
@@ -40,8 +39,9 @@ Application& TerminalApplication::app() {
 
 bool TerminalApplication::start() {
     Application& app = parts_->app;
-    app.session.config.gIniFile = path_in(app.services.application_directory, kIniFileName);
-    return app.events.run([&] { app.channels.init_comms(); });
+    return app.events.run([&] {
+        start_session(app.session.config, app.channels, app.services.application_directory);
+    });
 }
 
 void TerminalApplication::answer_questions_yes(bool yes) {

@@ -2,7 +2,8 @@
 #include <thread>
 
 #include "config/device_map.h"
-#include "config/ini.h"
+#include "console/loopback_test.h"
+#include "console/start_up.h"
 #include "terminal/commands.h"
 
 namespace pelvan {
@@ -10,8 +11,8 @@ namespace {
 
 constexpr int kNotGiven = -1;
 constexpr int kDefaultPauseSeconds = 10;
-constexpr int kLongestPauseSeconds = 600;
-constexpr double kMillisecondsPerSecond = 1000;
+constexpr int kMaxPauseSeconds = 600;
+constexpr double kMsPerSecond = 1000;
 
 enum class Jumper { Asked, In, Out };
 
@@ -34,28 +35,44 @@ void wait_for_jumper(TerminalEnvironment& environment, int seconds) {
     if (seconds <= 0) return;
     environment.err << "pelvan7: going on in " << seconds << " seconds" << std::endl;
     const std::uint32_t begun = environment.tick.timeGetTime();
-    while (environment.tick.timeGetTime() - begun < seconds * kMillisecondsPerSecond) {
+    while (environment.tick.timeGetTime() - begun < seconds * kMsPerSecond) {
         if (environment.stop) throw CommandAborted{"interrupted"};
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
 }
 
+/// The test without a window: messages are lines, and what they ask for is waited for.
+class LoopbackRun : public LoopbackListener {
+  public:
+    LoopbackRun(Application& app, TerminalEnvironment& environment, Jumper jumper, int pause)
+        : app_(app), environment_(environment), jumper_(jumper), pause_(pause) {}
+    void message(const char* text, const char* title) override {
+        app_.services.dialogs.message_box(text, title);
+    }
+    void jumper_expected(bool in) override {
+        app_.simulators.set_jumper(jumper_ == Jumper::Asked ? in : jumper_ == Jumper::In);
+        wait_for_jumper(environment_, pause_);
+    }
+    void exchanged(const HistoryRow&) override {}
+
+  private:
+    Application& app_;
+    TerminalEnvironment& environment_;
+    Jumper jumper_;
+    int pause_; // seconds
+};
+
 int verify(const VerifyOptions& options, TerminalEnvironment& environment) {
     TerminalApplication terminal(environment);
     Application& app = terminal.app();
     if (!terminal.start()) return exit_code::kFailed;
-    const int saved = ini_read_int(ini_key::kCommsSection, ini_key::kDefaultProtocol,
-                                   protocol::kModbus, app.session.config.gIniFile);
-    const int channel = options.protocol == kNotGiven ? saved : options.protocol;
+    const int channel =
+        options.protocol == kNotGiven ? saved_protocol(app.session.config) : options.protocol;
     int pause = options.pause_seconds;
     if (pause == kNotGiven) pause = is_simulated_channel(app, channel) ? 0 : kDefaultPauseSeconds;
-    if (options.jumper == Jumper::In) app.console.mnuJumperIn.choose();
-    if (options.jumper == Jumper::Out) app.console.mnuJumperOut.choose();
-    app.console.move_simulated_jumper = [&](bool in) {
-        app.simulators.set_jumper(in);
-        wait_for_jumper(environment, pause);
-    };
-    const bool passed = app.console.verify_port(static_cast<std::int16_t>(channel));
+    LoopbackRun run(app, environment, options.jumper, pause);
+    const bool passed =
+        verify_port(app.link, app.services.clock, static_cast<std::int16_t>(channel), run);
     return passed ? exit_code::kDone : exit_code::kFailed;
 }
 
@@ -72,7 +89,7 @@ void add_verify_port_command(CLI::App& cli, ChosenCommand& chosen) {
         ->add_option("--pause", options->pause_seconds,
                      "Seconds for moving the jumper at each message (default: 10; 0 on simulated "
                      "devices)")
-        ->check(CLI::Range(0, kLongestPauseSeconds));
+        ->check(CLI::Range(0, kMaxPauseSeconds));
     add_choice(*command, "--jumper", options->jumper,
                Choices<Jumper>{{"asked", Jumper::Asked}, {"in", Jumper::In}, {"out", Jumper::Out}},
                "Jumper of simulated:loopback: asked (moved as the messages ask), in or out");

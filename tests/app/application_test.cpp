@@ -85,7 +85,7 @@ TEST_F(ApplicationTest, HostileConfigurationFilesStillStart) {
 TEST_F(ApplicationTest, ReadsASimulatedControllerThatOutlivesTheRebuildingOfTheChannels) {
     testing::configure_devices(dir, {"", "simulated:742"});
     app.frame.Load();
-    app.console.opt_DataFormat.set_Value(2);
+    app.console.modbus.opt_DataFormat.set_Value(2);
     send(2, "0", "1");
     EXPECT_EQ(response(0), "742");
     send(5, "300", "-15");
@@ -108,7 +108,7 @@ TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
 TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     testing::configure_devices(dir, {"", "simulated:742"});
     bool ended = false;
-    app.console.end_program = [&] { ended = true; };
+    const Subscription closing = app.console.closed.subscribe([&] { ended = true; });
     app.frame.Load();
     app.logging.Show();
     testing::write_file(dir.file("set.PV5"),

@@ -22,7 +22,7 @@ class ConsoleTest : public ::testing::Test {
         console.modbus.set_entry({static_cast<std::size_t>(type), "1", start, values, hex});
     }
     void send(DataFormat format = DataFormat::Decimal) {
-        console.opt_DataFormat.set_Value(static_cast<int>(format));
+        console.modbus.opt_DataFormat.set_Value(static_cast<int>(format));
         console.cmd_SendCommand.press();
     }
     int lines() { return history.frmCommand.list.ListCount(); }
@@ -33,7 +33,8 @@ class ConsoleTest : public ::testing::Test {
     ModbusState state;
     Modbus protocol{state};
     History history{services};
-    frm_Pelvan5VB console{services, rig.config, rig.table, rig.link, protocol, history};
+    Senders senders{rig.link, protocol, rig.clock, rig.dialogs};
+    frm_Pelvan5VB console{services, rig.config, rig.table, rig.link, senders, history};
 };
 
 TEST_F(ConsoleTest, EachCommandTypeBuildsItsFrame) {
@@ -107,6 +108,10 @@ TEST_F(ConsoleTest, RepliesInEachFormatAndTheirLackInWords) {
         EXPECT_EQ(history.frmCommand.list.List(lines() - 1), command);
         EXPECT_EQ(history.frmResponse.list.List(lines() - 1), response);
     }
+    port().replies.push_back({{5, answer}});
+    send();
+    EXPECT_TRUE(console.lbl_Status.Caption().starts_with("8 bytes sent, 9 received, 6"))
+        << console.lbl_Status.Caption();
     console.modbus.txt_Address.set_Text("0");
     send();
     EXPECT_EQ(history.frmResponse.list.List(lines() - 1), "Broadcast: no controller answers.");
@@ -136,7 +141,7 @@ TEST_F(ConsoleTest, LoadingSelectsTheSavedProtocolAndWritesItBack) {
     for (const auto& [saved, expected] : std::vector<std::pair<std::string, int>>{
              {"", 1}, {"DEFAULT PROTOCOL=3\r\n", 3}, {"DEFAULT PROTOCOL=words\r\n", 0}}) {
         testing::write_file(ini, "[COMMS CONTROLS]\r\n" + saved);
-        frm_Pelvan5VB fresh(services, rig.config, rig.table, rig.link, protocol, history);
+        frm_Pelvan5VB fresh(services, rig.config, rig.table, rig.link, senders, history);
         fresh.Load();
         EXPECT_EQ(fresh.opt_Protocol.Value(), expected);
         EXPECT_EQ(fresh.text.txt_CommsCommand.Text(), "? C1");

@@ -2,13 +2,13 @@
 #include <gtest/gtest.h>
 
 #include "console/loopback_test.h"
-#include "support/simulated_program.h"
+#include "console_rig.h"
 
 namespace pelvan {
 namespace {
 
 using Texts = std::vector<std::string>;
-using testing::SimulatedProgram;
+using testing::ConsoleRig;
 
 const std::string kIntroduction =
     "This will verify your Communications Port selection.\r"
@@ -20,27 +20,27 @@ const std::string kEcho = "This message should echo back!";
 const std::string kNoEcho = "This message should not echo back!";
 
 TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
-    SimulatedProgram rig({"simulated:742", "simulated:742", "simulated:loopback"}, protocol::kXon);
-    frm_Pelvan5VB& console = rig.app.console;
+    ConsoleRig rig({"simulated:742", "simulated:742", "simulated:loopback"}, protocol::kXon);
+    frm_Pelvan5VB& console = rig.console;
     const std::vector<std::tuple<MenuEntry*, MenuEntry*, Texts, Texts>> cases{
         {&console.mnuJumperAsAsked,
          &console.mnuverifyport,
          {kIntroduction, kRemove, "Test Passed!"},
          {kEcho + " > " + kEcho, kNoEcho + " > "}},
         {&console.mnuJumperIn,
-         &rig.app.history.frmCommand.mnuverifyport,
+         &rig.history.frmCommand.mnuverifyport,
          {kIntroduction, kRemove,
           "Test failed. Check the wiring and verify the comm port and it's settings."},
          {kEcho + " > " + kEcho, kNoEcho + " > " + kNoEcho}},
         {&console.mnuJumperOut,
-         &rig.app.history.frmResponse.mnuverifyport,
+         &rig.history.frmResponse.mnuverifyport,
          {kIntroduction,
           "Test failed. Check the wiring or verify the comm port and it's settings."},
          {kEcho + " > "}},
     };
     for (const auto& [jumper, entry, messages, pairs] : cases) {
         rig.dialogs.shown.clear();
-        rig.app.history.clear();
+        rig.history.clear();
         jumper->choose();
         entry->choose();
         EXPECT_EQ(rig.dialogs.texts(), messages);
@@ -53,18 +53,18 @@ TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
     EXPECT_EQ(rig.dialogs.texts().back(), std::get<2>(cases[2]).back());
 }
 
-TEST(BadChecksum, SpoilsTheLastByteOfModbusRequestsOnlyAndItsTicksFollowTheSwitch) {
+TEST(BadChecksum, CorruptsTheLastByteOfModbusRequestsOnlyAndItsTicksFollowTheSwitch) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"a\x01", "a\xFF"}, {"a\xFF", std::string("a\0", 2)}, {"", ""}};
-    for (const auto& [frame, spoiled] : cases) {
+    for (const auto& [frame, corrupt] : cases) {
         std::string text = frame;
-        spoil_last_byte(text);
-        EXPECT_EQ(text, spoiled);
+        corrupt_last_byte(text);
+        EXPECT_EQ(text, corrupt);
     }
-    SimulatedProgram rig(Texts(3, "simulated:742"), protocol::kModbus);
-    frm_Pelvan5VB& console = rig.app.console;
-    MenuEntry* const entries[] = {&console.mnuGenbadCS, &rig.app.history.frmCommand.mnuGenbadCS,
-                                  &rig.app.history.frmResponse.mnuGenbadCS};
+    ConsoleRig rig(Texts(3, "simulated:742"), protocol::kModbus);
+    frm_Pelvan5VB& console = rig.console;
+    MenuEntry* const entries[] = {&console.mnuGenbadCS, &rig.history.frmCommand.mnuGenbadCS,
+                                  &rig.history.frmResponse.mnuGenbadCS};
     const auto expect_ticks = [&](int value) {
         EXPECT_EQ(console.chk_GenerateBadChecksum.Value(), value);
         for (const MenuEntry* entry : entries)

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "console/history.h"
+#include "console/history_form.h"
 #include "support/error_of.h"
 #include "support/fake_dialogs.h"
 #include "support/fake_time.h"
@@ -12,12 +12,9 @@ namespace {
 class HistoryTest : public ::testing::Test {
   protected:
     void fill() {
-        clock.time.millisecond = 7;
-        history.sending();
-        clock.time.millisecond = 250;
-        history.add("1 3 100 1", "1 3 2 725");
-        history.add("? C1", std::string("OK\r\n\x06", 5));
-        history.add(std::string(70, 'x'), "long");
+        history.add({"16:30:05.007", "1 3 100 1", "16:30:05.250", "1 3 2 725"});
+        history.add({"16:30:06.000", "? C1", "16:30:06.010", std::string("OK\r\n\x06", 5)});
+        history.add({"", std::string(70, 'x'), "", "long"});
     }
     std::string saved() {
         dialogs.files = {dir.file("saved.txt")};
@@ -49,9 +46,9 @@ TEST_F(HistoryTest, SavesBothListsSideBySide) {
 
 TEST_F(HistoryTest, SavesAndPrintsNothingWhenThereIsNothingOrNobodyNamesAFile) {
     std::vector<HistoryDocument> printed;
-    history.print = history.print_preview = [&](const HistoryDocument& document) {
-        printed.push_back(document);
-    };
+    const auto print = [&](const HistoryDocument& document) { printed.push_back(document); };
+    const Subscription printing = history.print_requested.subscribe(print);
+    const Subscription previewing = history.preview_requested.subscribe(print);
     history.mnuSaveHistory.choose();
     history.mnuPrint.choose();
     EXPECT_TRUE(dialogs.requests.empty() && printed.empty());
@@ -71,7 +68,8 @@ TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreTenThousand) {
     EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
     history.frmCommand.mnuTimes.choose();
     EXPECT_TRUE(history.frmResponse.lst_Times.Visible()) << "both at once";
-    EXPECT_EQ(history.frmCommand.lst_Times.List(1), "16:30:05.250") << "told nothing of a sending";
+    EXPECT_EQ(history.frmCommand.lst_Times.List(0), "16:30:05.007");
+    EXPECT_EQ(history.frmResponse.lst_Times.List(0), "16:30:05.250");
     history.frmCommand.lst_Times.set_ListIndex(0);
     EXPECT_EQ(history.frmResponse.list.ListIndex(), 0);
     history.frmCommand.mnuCopyLine.choose();
@@ -79,9 +77,9 @@ TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreTenThousand) {
     history.frmResponse.mnuTimes.choose();
     EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
     for (int lines = 3; lines < 10000; ++lines)
-        history.add("ask", "answer");
+        history.add({"", "ask", "", "answer"});
     EXPECT_EQ(history.frmCommand.list.ListCount(), 10000);
-    history.add("next", "reply");
+    history.add({"", "next", "", "reply"});
     EXPECT_EQ(history.frmCommand.list.ListCount(), 1);
     EXPECT_EQ(history.frmCommand.lst_Times.ListCount(), 1);
     history.frmResponse.mnuCopyAll.choose();
@@ -90,7 +88,7 @@ TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreTenThousand) {
 
 TEST_F(HistoryTest, FindGoesRoundAndSaysWhenThereIsNone) {
     for (const char* line : {"alpha", "beta", "Alphabet", "gamma"})
-        history.add(line, line);
+        history.add({"", line, "", line});
     HistoryForm& form = history.frmResponse;
     form.mnuFindNext.choose(); // asks, and is cancelled
     EXPECT_EQ(form.list.ListIndex(), 3);

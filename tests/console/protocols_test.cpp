@@ -1,22 +1,22 @@
 // The console's exchanges in the protocols Full, Xon and Tellura/AB.
 #include <gtest/gtest.h>
 
-#include "support/simulated_program.h"
+#include "console_rig.h"
 
 namespace pelvan {
 namespace {
 
 using Texts = std::vector<std::string>;
-using testing::SimulatedProgram;
+using testing::ConsoleRig;
 
 constexpr char kDevice[] = "simulated:742,address=9";
 
 TEST(ConsoleProtocols, FullCommands) {
-    SimulatedProgram rig(Texts(4, kDevice), protocol::kFull);
-    TextPanel& panel = rig.app.console.text;
+    ConsoleRig rig(Texts(4, kDevice), protocol::kFull);
+    TextPanel& panel = rig.console.text;
     MousePointer during = MousePointer::Normal;
-    rig.app.history.frmCommand.list.watch_lines(
-        [&](ListChange, int) { during = rig.app.console.Pointer(); });
+    rig.history.frmCommand.list.watch_lines(
+        [&](ListChange, int) { during = rig.console.Pointer(); });
     const std::vector<std::tuple<std::string, std::string, std::string>> cases{
         {"9", "? MODEL", "? MODEL > 742"},
         {"9", "= SP1 50", "= SP1 50 > MESSAGE COMPLETED"},
@@ -30,14 +30,14 @@ TEST(ConsoleProtocols, FullCommands) {
         EXPECT_EQ(rig.send(), pair);
     }
     EXPECT_EQ(during, MousePointer::Hourglass);
-    EXPECT_EQ(rig.app.console.Pointer(), MousePointer::Normal);
+    EXPECT_EQ(rig.console.Pointer(), MousePointer::Normal);
     EXPECT_EQ(rig.dialogs.texts(), Texts{"Device address is not valid. Defaulting to 1"});
 }
 
 TEST(ConsoleProtocols, XonCommands) {
-    SimulatedProgram rig({kDevice, kDevice, kDevice}, protocol::kXon);
+    ConsoleRig rig({kDevice, kDevice, kDevice}, protocol::kXon);
     EXPECT_EQ(rig.send(), "? C1 > 25.0");
-    rig.app.console.text.set_entry({"1", ""});
+    rig.console.text.set_entry({"1", ""});
     EXPECT_EQ(rig.send(), " > No response from the controller.");
 }
 
@@ -50,8 +50,8 @@ TEST(ConsoleProtocols, RepliesThatAreNoTextAreShownAsBytes) {
 }
 
 TEST(ConsoleProtocols, TelluraPackets) {
-    SimulatedProgram rig(Texts(4, kDevice), protocol::kTellura);
-    TelluraPanel& panel = rig.app.console.tellura;
+    ConsoleRig rig(Texts(4, kDevice), protocol::kTellura);
+    TelluraPanel& panel = rig.console.tellura;
     const std::vector<std::pair<TelluraEntry, std::string>> cases{
         {{"9", "0000", "2", "", false, TelluraCheck::Bcc},
          "10 02 10 10 00 01 00 00 00 00 00 02 10 03 ED > "
@@ -69,26 +69,30 @@ TEST(ConsoleProtocols, TelluraPackets) {
         panel.set_entry(entry);
         EXPECT_EQ(rig.send(), pair);
     }
+    panel.set_entry(cases[0].first);
+    rig.send();
+    EXPECT_TRUE(rig.console.lbl_Status.Caption().starts_with("15 bytes sent, 14 received, "))
+        << rig.console.lbl_Status.Caption();
     for (const auto& [address, count] : {std::pair{"0", "2"}, {"9", "1.5"}}) {
         panel.set_entry({address, "0000", count, "", false, TelluraCheck::Bcc});
         rig.send();
     }
     EXPECT_EQ(rig.dialogs.texts(), (Texts{"Invalid device address!", "Invalid number of bytes!"}));
-    EXPECT_EQ(rig.pairs().size(), 4U);
+    EXPECT_EQ(rig.pairs().size(), 5U);
 }
 
 TEST(ConsoleProtocols, ADamagedTelluraReplyIsToldSo) {
-    SimulatedProgram rig(Texts(4, "simulated:742,crc=1"), protocol::kTellura);
+    ConsoleRig rig(Texts(4, "simulated:742,crc=1"), protocol::kTellura);
     for (const auto& [check, mark] : {std::pair{TelluraCheck::Bcc, "  <--BCC ERROR!"},
                                       std::pair{TelluraCheck::Crc, "  <--CRC ERROR!"}}) {
-        rig.app.console.tellura.set_entry({"1", "0000", "2", "", false, check});
+        rig.console.tellura.set_entry({"1", "0000", "2", "", false, check});
         EXPECT_TRUE(rig.send().ends_with(mark));
     }
 }
 
 TEST(ConsoleProtocols, EachProtocolRecallsItsOwnCommands) {
-    SimulatedProgram rig(Texts(4, kDevice), protocol::kFull);
-    frm_Pelvan5VB& console = rig.app.console;
+    ConsoleRig rig(Texts(4, kDevice), protocol::kFull);
+    frm_Pelvan5VB& console = rig.console;
     TextBox& command = console.text.txt_CommsCommand;
     console.text.set_entry({"8", "? C1"});
     command.KeyDown(Key::Enter);

@@ -115,8 +115,8 @@ QGroupBox* tellura_frame(const BindContext& context, TelluraPanel& panel) {
 QHBoxLayout* status_line(const BindContext& context, frm_Pelvan5VB& form) {
     auto* status = bound<QLabel>(context, form.lbl_Status);
     status->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    auto* progress = bound<QProgressBar>(context, form.setup.prg_SetupFile);
-    auto* cancel = bound<QPushButton>(context, form.setup.cmd_CancelSetup);
+    auto* progress = bound<QProgressBar>(context, form.script.prg_SetupFile);
+    auto* cancel = bound<QPushButton>(context, form.script.cmd_CancelSetup);
     auto* line = new QHBoxLayout;
     line->addWidget(status, 1);
     line->addWidget(progress);
@@ -137,7 +137,7 @@ QWidget* make_console(const BindContext& context, frm_Pelvan5VB& form) {
     fields->addWidget(modbus_frame(context, form.modbus), 1);
     fields->addWidget(text_frame(context, form.text), 1);
     fields->addWidget(tellura_frame(context, form.tellura), 1);
-    fields->addWidget(tight_options(context, form.fram_DataFormat, form.opt_DataFormat));
+    fields->addWidget(tight_options(context, form.modbus.fram_DataFormat, form.modbus.opt_DataFormat));
     fields->addWidget(send, 0, Qt::AlignVCenter);
 
     auto* layout = tight(new QVBoxLayout(content));

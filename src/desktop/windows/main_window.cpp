@@ -34,10 +34,10 @@ MainWindow::MainWindow(const std::string& directory)
     frame_->show_help = [this](const std::string& page) { desktop_.show_help(page); };
     frame_->before_close = [&app] { return app.frame.Unload(); };
     // Closing the console alone ends the program at once: no questions, no saving.
-    app.console.end_program = [&app] {
+    console_closed_ = app.console.closed.subscribe([&app] {
         app.transfer.cancel_transfer();
         QCoreApplication::exit(0);
-    };
+    });
     for (MenuEntry* entry : app.frame.mnuWindow.children)
         if (entry) frame_->add_window_entry(*entry);
 }
@@ -70,12 +70,10 @@ void MainWindow::make_children() {
     frame_->add_child(app.console, make_console(context, app.console));
     for (HistoryForm* form : {&app.history.frmCommand, &app.history.frmResponse})
         frame_->add_child(*form, make_history(context, *form));
-    app.history.print = [this](const HistoryDocument& document) {
-        print(document, PrintAction::Print);
-    };
-    app.history.print_preview = [this](const HistoryDocument& document) {
-        print(document, PrintAction::Preview);
-    };
+    print_ = app.history.print_requested.subscribe(
+        [this](const HistoryDocument& document) { print(document, PrintAction::Print); });
+    preview_ = app.history.preview_requested.subscribe(
+        [this](const HistoryDocument& document) { print(document, PrintAction::Preview); });
     make_on_first_show(app.comms_settings, [this, &app] {
         make_comms_settings(frame_->context(), app.comms_settings, *frame_);
     });

@@ -45,6 +45,9 @@ class MainWindow {
     PortWatcher watcher_;
     Subscription port_changes_;
     std::unique_ptr<MdiFrame> frame_;
+    Subscription console_closed_;
+    Subscription print_;
+    Subscription preview_;
     std::optional<MessageGate::Diversion> unattended_; // from `end` on
 };
 

@@ -8,6 +8,7 @@
 #include "console/history_document.h"
 #include "forms/form.h"
 #include "forms/lists.h"
+#include "platform/event.h"
 #include "platform/services.h"
 
 namespace pelvan {
@@ -43,10 +44,8 @@ class HistoryForm : public Form {
     /// How far the scroll bar reaches, set when the windows are arranged.
     static constexpr int kScrollMaximum = -20000;
 
-    bool Form_Unload() override;
-
     void mnuFind_Click();
-    /// Selects the next line that holds the text, beginning anew behind the last line; asks for a
+    /// Selects the next line that holds the text, beginning again behind the last line; asks for a
     /// text when there is none yet, and says when no line holds it.
     void mnuFindNext_Click();
 
@@ -70,11 +69,8 @@ class History {
 
     /// Adds a pair of lines and selects it. Both lists are cleared before an entry that would
     /// follow 10,000 others, so that a session of days stays bounded.
-    void add(const std::string& command, const std::string& response);
+    void add(const HistoryRow& row);
     void clear();
-    /// Notes the moment at which a command leaves. The pair that is added next bears it; without
-    /// it a command bears the moment of its reply.
-    void sending();
 
     /// For the File menu of both windows and the console.
     MenuEntry mnuSaveHistory{"mnuSaveHistory", "&Save History...", "Ctrl+S",
@@ -90,22 +86,21 @@ class History {
 
     /// Both lists as they stand.
     [[nodiscard]] HistoryDocument document() const;
-    /// Print the document, or show its pages first; set by a front end that can.
-    std::function<void(const HistoryDocument&)> print;
-    std::function<void(const HistoryDocument&)> print_preview;
+    /// The document is to be printed, or its pages are to be shown first.
+    Event<const HistoryDocument&> print_requested;
+    Event<const HistoryDocument&> preview_requested;
 
-    static constexpr int kLineLimit = 10000;
+    static constexpr int kMaxLines = 10000;
 
   private:
     void select(int index);
     void show_times(bool shown);
     void add_file_entries(MenuEntry& file_menu);
     void save();
-    void hand_over(const std::function<void(const HistoryDocument&)>& printer);
+    void hand_over(const Event<const HistoryDocument&>& printer);
     [[nodiscard]] bool is_empty();
 
     Services& services_;
-    std::string sent_at_;
 };
 
 } // namespace pelvan

@@ -1,18 +1,9 @@
-#include "console/history.h"
+#include "console/history_form.h"
 
 #include "serial/errors.h"
 #include "text/strings.h"
 
 namespace pelvan {
-namespace {
-
-/// "16:30:05.250"
-std::string moment_text(const LocalTime& time) {
-    const std::string thousandths = std::to_string(1000 + time.millisecond % 1000);
-    return time_text(time) + "." + thousandths.substr(1);
-}
-
-} // namespace
 
 HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
                          const std::string& list_name, const std::string& list_tool_tip,
@@ -53,11 +44,6 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
     mnuCopyLine.Click = [this] { copy_line(); };
     mnuCopyAll.Click = [this] { copy_all(); };
     mnuHelpContents.Click = [this] { services_.desktop.show_help(help_page()); };
-}
-
-bool HistoryForm::Form_Unload() {
-    // The lists outlive their windows: nothing that went over the wire is lost by closing one.
-    return true;
 }
 
 void HistoryForm::copy_line() {
@@ -125,8 +111,8 @@ History::History(Services& services)
     mnuEdit.children = {&frmResponse.mnuFind, &frmResponse.mnuFindNext, nullptr,
                         &frmResponse.mnuCopyAll, &frmResponse.mnuClear};
     mnuSaveHistory.Click = [this] { save(); };
-    mnuPrint.Click = [this] { hand_over(print); };
-    mnuPrintPreview.Click = [this] { hand_over(print_preview); };
+    mnuPrint.Click = [this] { hand_over(print_requested); };
+    mnuPrintPreview.Click = [this] { hand_over(preview_requested); };
 }
 
 void History::add_file_entries(MenuEntry& file_menu) {
@@ -139,16 +125,10 @@ void History::join_console(Form& console, MenuEntry& file_menu) {
     console.menus.insert(console.menus.begin() + 1, &mnuEdit);
 }
 
-void History::sending() {
-    sent_at_ = moment_text(services_.clock.now());
-}
-
-void History::add(const std::string& command, const std::string& response) {
-    if (frmCommand.list.ListCount() >= kLineLimit) clear();
-    const std::string now = moment_text(services_.clock.now());
-    frmCommand.add_line(command, sent_at_.empty() ? now : sent_at_);
-    frmResponse.add_line(response, now);
-    sent_at_.clear();
+void History::add(const HistoryRow& row) {
+    if (frmCommand.list.ListCount() >= kMaxLines) clear();
+    frmCommand.add_line(row.command, row.sent_at);
+    frmResponse.add_line(row.response, row.received_at);
     select(frmCommand.list.ListCount() - 1);
 }
 
@@ -201,8 +181,8 @@ void History::save() {
     if (path) save_document(document(), *path);
 }
 
-void History::hand_over(const std::function<void(const HistoryDocument&)>& printer) {
-    if (printer && !is_empty()) printer(document());
+void History::hand_over(const Event<const HistoryDocument&>& printer) {
+    if (!is_empty()) printer.raise(document());
 }
 
 } // namespace pelvan

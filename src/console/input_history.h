@@ -7,14 +7,14 @@
 
 namespace pelvan {
 
-template <class Entry> class Recall {
+template <class Entry> class InputHistory {
   public:
-    static constexpr std::size_t kLimit = 200;
+    static constexpr std::size_t kMaxEntries = 200;
 
     /// Remembers an entry that was sent; one that repeats the newest is not stored again.
     void remember(const Entry& entry) {
         if (entries_.empty() || !(entries_.back() == entry)) entries_.push_back(entry);
-        if (entries_.size() > kLimit) entries_.erase(entries_.begin());
+        if (entries_.size() > kMaxEntries) entries_.erase(entries_.begin());
         at_ = entries_.size();
         draft_.reset();
     }
@@ -35,8 +35,6 @@ template <class Entry> class Recall {
         if (++at_ < entries_.size()) return entries_[at_];
         return draft_;
     }
-
-    [[nodiscard]] const std::vector<Entry>& entries() const { return entries_; }
 
   private:
     std::vector<Entry> entries_;

@@ -1,13 +1,14 @@
 // Sending a setup file from the console.
 #include <gtest/gtest.h>
 
-#include "support/simulated_program.h"
+#include "console_rig.h"
+#include "support/error_of.h"
 
 namespace pelvan {
 namespace {
 
 using Texts = std::vector<std::string>;
-using testing::SimulatedProgram;
+using testing::ConsoleRig;
 
 class SetupFile : public ::testing::Test {
   protected:
@@ -20,8 +21,8 @@ class SetupFile : public ::testing::Test {
         console.mnuSendSetupFile.choose();
     }
 
-    SimulatedProgram rig{Texts(4, "simulated:742"), protocol::kFull};
-    frm_Pelvan5VB& console = rig.app.console;
+    ConsoleRig rig{Texts(4, "simulated:742"), protocol::kFull};
+    frm_Pelvan5VB& console = rig.console;
 };
 
 TEST_F(SetupFile, GoesLineByLineInEachProtocol) {
@@ -36,9 +37,9 @@ TEST_F(SetupFile, GoesLineByLineInEachProtocol) {
          {"300 700 > 300 700", "319 700 > 319 700"},
          "2 lines sent"},
     };
-    console.opt_DataFormat.set_Value(static_cast<int>(DataFormat::SmartDec));
+    console.modbus.opt_DataFormat.set_Value(static_cast<int>(DataFormat::SmartDec));
     for (const auto& [number, text, pairs, summary] : cases) {
-        rig.app.history.clear();
+        rig.history.clear();
         rig.dialogs.shown.clear();
         choose_file(text);
         send_with(number);
@@ -83,34 +84,52 @@ TEST_F(SetupFile, WhatFailsInModbusAndXon) {
     EXPECT_EQ(rig.dialogs.shown[0].text, "Line 1 failed:\n= C1 3\n\nERROR 26");
 }
 
+TEST_F(SetupFile, ALineWhoseReplyIsDamagedIsNotCountedAsSent) {
+    for (const auto& [fault, response] :
+         {std::pair{"crc", "RESPONSE FROM CONTROLLER HAS CRC ERROR!"},
+          std::pair{"lost", "No response from the controller at address 1."}}) {
+        ConsoleRig damaged(Texts(4, std::string("simulated:742,") + fault + "=1"),
+                           protocol::kModbus);
+        damaged.console.modbus.opt_DataFormat.set_Value(2);
+        testing::write_file(damaged.dir.file("setup.txt"), "300 700\r\n");
+        damaged.dialogs.files.push_back(damaged.dir.file("setup.txt"));
+        damaged.dialogs.answers = {MessageAnswer::Skip};
+        damaged.console.mnuSendSetupFile.choose();
+        EXPECT_EQ(damaged.dialogs.texts(),
+                  (Texts{std::string("Line 1 failed:\n300 700\n\n") + response,
+                         "0 lines sent, 1 skipped after a failure"}));
+    }
+}
+
 TEST_F(SetupFile, ShowsProgressMayBeCancelledAndLeavesTheLineToItself) {
     choose_file("= SP1 50\r\n= SP1 51\r\n= SP1 52\r\n");
     Texts states;
+    std::vector<bool> busy;
+    const Subscription watching =
+        console.busy_changed.subscribe([&](bool on) { busy.push_back(on); });
     rig.desktop.on_turn = [&] {
         states.push_back(console.lbl_Status.Caption());
-        EXPECT_TRUE(console.setup.prg_SetupFile.Visible());
+        EXPECT_TRUE(console.script.prg_SetupFile.Visible());
         EXPECT_FALSE(console.cmd_SendCommand.Enabled() || console.opt_Protocol.Enabled());
-        rig.app.frame.mnuPortSettings.choose();
         console.mnuSendSetupFile.choose();
-        rig.app.history.frmCommand.mnuverifyport.choose();
-        if (states.size() == 3) console.setup.cmd_CancelSetup.press();
+        rig.history.frmCommand.mnuverifyport.choose();
+        if (states.size() == 3) console.script.cmd_CancelSetup.press();
     };
     send_with(protocol::kFull);
     EXPECT_EQ(states, (Texts{"1 of 3: = SP1 50", "2 of 3: = SP1 51", "3 of 3: = SP1 52"}));
     EXPECT_EQ(rig.dialogs.texts(), Texts{"2 lines sent, cancelled with 1 left"});
     EXPECT_EQ(console.lbl_Status.Caption(), "2 lines sent, cancelled with 1 left");
-    EXPECT_FALSE(console.setup.prg_SetupFile.Visible());
+    EXPECT_FALSE(console.script.prg_SetupFile.Visible());
     EXPECT_TRUE(console.cmd_SendCommand.Enabled());
-    EXPECT_FALSE(rig.app.comms_settings.loaded());
-    EXPECT_TRUE(rig.app.frame.mnuPortSettings.Enabled());
+    EXPECT_EQ(busy, (std::vector<bool>{true, false}));
     EXPECT_EQ(rig.pairs().size(), 2U);
 }
 
 TEST_F(SetupFile, AClosedConsoleEndsItWithoutAWordAndAMissingFileLeavesItUsable) {
     rig.dialogs.files.push_back(rig.dir.file("none.txt"));
-    EXPECT_FALSE(rig.app.events.run([&] { console.mnuSendSetupFile.choose(); }));
+    EXPECT_EQ(testing::error_of([&] { console.mnuSendSetupFile.choose(); }), 53);
     EXPECT_TRUE(console.cmd_SendCommand.Enabled());
-    EXPECT_FALSE(console.setup.running());
+    EXPECT_FALSE(console.script.running());
     rig.dialogs.shown.clear();
     choose_file("= SP1 50\r\n= SP1 51\r\n");
     rig.desktop.on_turn = [&] { console.Unload(); };

@@ -1,0 +1,58 @@
+#include "console/command_script.h"
+
+#include "platform/text_file.h"
+#include "text/strings.h"
+
+namespace pelvan {
+namespace {
+
+constexpr char kCommentMark = ';';
+
+std::string counted(std::size_t count, const char* word) {
+    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
+} // namespace
+
+std::vector<ScriptLine> read_command_script(const std::string& path) {
+    const auto file = opentextfile(path);
+    std::vector<ScriptLine> lines;
+    while (!file->AtEndOfStream()) {
+        const int number = file->Line();
+        const std::string text = trim(file->readline());
+        if (!text.empty() && text[0] != kCommentMark) lines.push_back({number, text});
+    }
+    return lines;
+}
+
+std::string ScriptSummary::text() const {
+    std::string text = counted(accepted, "line") + " sent";
+    if (skipped > 0) text += ", " + std::to_string(skipped) + " skipped after a failure";
+    if (left > 0) text += ", cancelled with " + std::to_string(left) + " left";
+    return text;
+}
+
+ScriptSummary send_script(const std::vector<ScriptLine>& lines, const SendLine& send_line,
+                          ScriptListener& listener) {
+    ScriptSummary summary{0, 0, lines.size()};
+    const auto next = [&](std::size_t& count) {
+        ++count;
+        --summary.left;
+    };
+    while (summary.left > 0) {
+        const std::size_t done = lines.size() - summary.left;
+        const ScriptLine& line = lines[done];
+        if (!listener.line_due(line, done, lines.size())) break;
+        const SendOutcome outcome = send_line(line.text);
+        if (outcome.accepted) {
+            next(summary.accepted);
+            continue;
+        }
+        const ScriptAnswer answer = listener.line_failed(line, outcome.status);
+        if (answer == ScriptAnswer::Cancel) break;
+        if (answer == ScriptAnswer::Skip) next(summary.skipped);
+    }
+    return summary;
+}
+
+} // namespace pelvan

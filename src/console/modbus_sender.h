@@ -1,0 +1,34 @@
+// One Modbus command of the console: an entry in, the outcome with its rendering out.
+#pragma once
+
+#include "console/modbus_entry.h"
+#include "console/send_outcome.h"
+#include "serial/link.h"
+
+namespace pelvan {
+
+struct ModbusSendOptions {
+    DataFormat format = DataFormat::Decimal;
+    /// Send a wrong CRC, to see what the controller does.
+    bool corrupt_crc = false;
+};
+
+/// Changes the last byte of a frame, so that its check is wrong: 255 becomes 0, all else 255.
+void corrupt_last_byte(std::string& frame);
+
+class ModbusSender {
+  public:
+    ModbusSender(Link& link, Modbus& modbus, Clock& clock)
+        : link_(link), modbus_(modbus), clock_(clock) {}
+
+    /// Builds, sends on channel 1 and decodes; a request that cannot be built is refused with the
+    /// builder's text. Blocks up to two seconds.
+    [[nodiscard]] SendOutcome send(const ModbusEntry& entry, const ModbusSendOptions& options);
+
+  private:
+    Link& link_;
+    Modbus& modbus_;
+    Clock& clock_;
+};
+
+} // namespace pelvan

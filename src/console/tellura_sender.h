@@ -1,0 +1,43 @@
+// One Tellura/AB packet of the console: an entry in, the outcome with both packets' bytes out.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "console/send_outcome.h"
+#include "platform/message_gate.h"
+#include "protocols/tellura_ab/tellura_prot.h"
+
+namespace pelvan {
+
+struct TelluraEntry {
+    std::string device_address = "1";
+    std::string parameter_address = "01ca";
+    std::string byte_count = "2";
+    std::string data;
+    bool write = false;
+    TelluraCheck check = TelluraCheck::Bcc;
+    bool operator==(const TelluraEntry&) const = default;
+};
+
+class TelluraSender {
+  public:
+    TelluraSender(Link& link, Clock& clock, Dialogs& dialogs)
+        : link_(link), clock_(clock), messages_(dialogs), protocol_(link, messages_) {}
+
+    /// One exchange; a packet that cannot be built is refused with the builder's message. Blocks up
+    /// to nine seconds.
+    [[nodiscard]] SendOutcome send(const TelluraEntry& entry);
+
+  private:
+    [[nodiscard]] std::optional<TelluraPacket> build(const TelluraEntry& entry,
+                                                     std::string& refusal);
+    void judge(const std::string& reply, bool write, std::string& line, SendOutcome& outcome);
+
+    Link& link_;
+    Clock& clock_;
+    MessageGate messages_; // the builder's message is part of the outcome
+    TelluraProt protocol_;
+};
+
+} // namespace pelvan
