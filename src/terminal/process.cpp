@@ -1,6 +1,7 @@
+#include <signal.h>
+
 #include <array>
 #include <chrono>
-#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <thread>
@@ -18,28 +19,33 @@ constexpr std::array kSignals{SIGINT, SIGTERM};
 /// where a command waits for something else than the flag.
 void request_stop(int) {
     stop_requested = true;
+    struct sigaction standard {};
+    standard.sa_handler = SIG_DFL;
     for (const int each : kSignals)
-        std::signal(each, SIG_DFL);
+        sigaction(each, &standard, nullptr);
 }
 
 /// Interrupts set the flag for as long as this lives; those that were ignored still are.
 class Interrupts {
   public:
     Interrupts() {
+        struct sigaction asked {};
+        asked.sa_handler = request_stop;
+        asked.sa_flags = SA_RESTART;
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
-            former_[i] = std::signal(kSignals[i], request_stop);
-            if (former_[i] == SIG_IGN) std::signal(kSignals[i], SIG_IGN);
+            sigaction(kSignals[i], nullptr, &former_[i]);
+            if (former_[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &asked, nullptr);
         }
     }
     Interrupts(const Interrupts&) = delete;
     Interrupts& operator=(const Interrupts&) = delete;
     ~Interrupts() {
         for (std::size_t i = 0; i < kSignals.size(); ++i)
-            std::signal(kSignals[i], former_[i]);
+            sigaction(kSignals[i], &former_[i], nullptr);
     }
 
   private:
-    std::array<void (*)(int), kSignals.size()> former_{};
+    std::array<struct sigaction, kSignals.size()> former_{};
 };
 
 } // namespace
