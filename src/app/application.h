@@ -2,7 +2,7 @@
 // hand in the platform's services and drive the forms; tests do the same with fakes.
 #pragma once
 
-#include "app/event_runner.h"
+#include "app/error_boundary.h"
 #include "app/session.h"
 #include "console/console_form.h"
 #include "console/history_form.h"
@@ -74,7 +74,7 @@ class Application : private SettingsHost {
     MessageGate messages;
     Services services; // its dialogs are the gate
     Session session;
-    EventRunner events;
+    ErrorBoundary events;
     simulator::SimulatorRegistry simulators;
     ErrorLog error_log;
     frm_Comms comms;

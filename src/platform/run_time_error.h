@@ -1,6 +1,6 @@
 // Run-time errors with the classic numbers. The platform layer throws them; the routines that trap
 // errors act on the number, and whatever no routine traps ends the event handler that it came from
-// (app/event_runner.h). Nothing else in the program uses exceptions for flow.
+// (app/error_boundary.h). Nothing else in the program uses exceptions for flow.
 #pragma once
 
 #include <cstddef>

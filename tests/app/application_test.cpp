@@ -105,6 +105,34 @@ TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
     EXPECT_EQ(response(0), "No response from the controller at address 1.");
 }
 
+TEST_F(ApplicationTest, AnErrorThatNobodyTrapsEndsItsHandlerWithAMessage) {
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[] { throw RunTimeError(error_number::kSubscript); }, "SUBSCRIPT OUT OF RANGE ERROR"},
+        {[] { throw std::bad_alloc(); }, "OUT OF MEMORY ERROR"},
+        {[] { static_cast<void>(std::vector<int>().at(1)); }, "INTERNAL ERROR"}};
+    for (const auto& [handler, message] : cases) {
+        dialogs.shown.clear();
+        EXPECT_FALSE(app.events.run(handler));
+        EXPECT_EQ(dialogs.texts(), Texts{message});
+    }
+    EXPECT_TRUE(app.events.run([] {}));
+}
+
+TEST_F(ApplicationTest, WhileAScriptIsSentTheOtherToolsAreOutOfReach) {
+    app.frame.Load();
+    testing::write_file(dir.file("script.txt"), "? C1\r\n");
+    dialogs.files.push_back(dir.file("script.txt"));
+    desktop.on_turn = [&] {
+        for (MenuEntry* entry :
+             {&app.frame.mnuListen, &app.frame.mnuTransfer, &app.frame.mnuDataLogging,
+              &app.frame.mnuPortSettings, &app.frame.mnuSerialDevices})
+            EXPECT_FALSE(entry->Enabled()) << entry->Name();
+    };
+    app.console.mnuSendSetupFile.choose();
+    EXPECT_GT(desktop.turns, 0);
+    EXPECT_TRUE(app.frame.mnuPortSettings.Enabled());
+}
+
 TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     testing::configure_devices(dir, {"", "simulated:742"});
     bool ended = false;

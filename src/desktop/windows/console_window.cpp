@@ -137,7 +137,8 @@ QWidget* make_console(const BindContext& context, frm_Pelvan5VB& form) {
     fields->addWidget(modbus_frame(context, form.modbus), 1);
     fields->addWidget(text_frame(context, form.text), 1);
     fields->addWidget(tellura_frame(context, form.tellura), 1);
-    fields->addWidget(tight_options(context, form.modbus.fram_DataFormat, form.modbus.opt_DataFormat));
+    fields->addWidget(
+        tight_options(context, form.modbus.fram_DataFormat, form.modbus.opt_DataFormat));
     fields->addWidget(send, 0, Qt::AlignVCenter);
 
     auto* layout = tight(new QVBoxLayout(content));

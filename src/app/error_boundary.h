@@ -11,9 +11,9 @@
 
 namespace pelvan {
 
-class EventRunner {
+class ErrorBoundary {
   public:
-    explicit EventRunner(Dialogs& dialogs) : dialogs_(dialogs) {}
+    explicit ErrorBoundary(Dialogs& dialogs) : dialogs_(dialogs) {}
 
     /// Runs a handler; false when a run-time error ended it.
     bool run(const std::function<void()>& handler) {
