@@ -75,7 +75,8 @@ void wait_for_bytes(const SerialPort& port) {
         ::poll(nullptr, 0, kAskEveryMs);
 }
 
-/// Listens until the time is over or an interrupt comes; false when the port or a file failed.
+/// Listens until the time is over or an interrupt comes; false when the port, a file or the output
+/// failed.
 bool listen_on(Application& app, const ListenCommand& command, TerminalEnvironment& environment) {
     const double begin = environment.tick.timeGetTime();
     const auto over = [&] {
@@ -87,6 +88,10 @@ bool listen_on(Application& app, const ListenCommand& command, TerminalEnvironme
         wait_for_bytes(port);
         // A script must be told of a log or a capture that could not be written, so that ends it.
         if (!app.events.run([&] { port.check_receive(); })) return false;
+        if (environment.out.fail()) {
+            environment.err << "pelvan7: The output could not be written.\n";
+            return false;
+        }
     }
     return app.listen_monitor.listening();
 }

@@ -54,6 +54,13 @@ TEST_F(ListenCommandTest, EndsAfterItsSeconds) {
     EXPECT_EQ(out.str().substr(0, 8), "Hits: 0\n");
 }
 
+TEST_F(ListenCommandTest, EndsWhenNobodyReadsItsOutput) {
+    bursts = {kRequest};
+    at_end = [this] { out.setstate(std::ios::badbit); };
+    expect_failure("listen --seconds 1000000", exit_code::kFailed,
+                   "The output could not be written.");
+}
+
 TEST_F(ListenCommandTest, FailuresEndItWithOneLine) {
     bursts = {kRequest};
     at_end = [this] { line.unplug(); };
