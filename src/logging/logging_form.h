@@ -29,7 +29,7 @@ class frm_DataLogging : public Form {
     CheckBox chk_LogToFile{
         "chk_LogToFile", "Log To File",
         "Check to log data to file and display, uncheck to log to the display only."};
-    // The wording and the blank before the full stop are required.
+    // The wording and the space before the full stop are required.
     CheckBox chk_SingleLine{"chk_SingleLine", "Single Line",
                             "Check to format the logging file in a \"Spreadsheet friendly\" "
                             "format, uncheck to create a file is a more readable format ."};

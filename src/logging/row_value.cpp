@@ -16,7 +16,7 @@ constexpr std::size_t kFunctionAt = 17;
 constexpr std::size_t kFunctionLength = 3;
 constexpr std::size_t kCodeAt = 21;
 constexpr double kWordRange = 65536;
-constexpr std::size_t kShortestPair = 3;
+constexpr std::size_t kMinPairLength = 3;
 
 std::string_view piece(std::string_view text, std::size_t at, std::size_t length) {
     return at < text.size() ? text.substr(at, length) : std::string_view();
@@ -38,13 +38,13 @@ std::string exception_value(const std::string& text) {
 
 std::string join_32_bit(const std::string& text) {
     const std::string trimmed = trim(text);
-    const std::size_t blank = trimmed.find(' ');
-    if (blank == trimmed.npos || text.size() < kShortestPair) return text;
-    // Required: the length of the low word is counted on the untrimmed text. One outer blank widens
-    // it by the blank between the words, which changes nothing.
-    const std::size_t position = blank + 1;
+    const std::size_t space = trimmed.find(' ');
+    if (space == trimmed.npos || text.size() < kMinPairLength) return text;
+    // Required: the length of the low word is counted on the untrimmed text. One outer space widens
+    // it by the space between the words, which changes nothing.
+    const std::size_t position = space + 1;
     const std::size_t low_length = std::min(text.size() - position, trimmed.size());
-    const double high = leading_number(std::string_view(trimmed).substr(0, blank));
+    const double high = leading_number(std::string_view(trimmed).substr(0, space));
     double low = leading_number(std::string_view(trimmed).substr(trimmed.size() - low_length));
     if (low < 0) low += kWordRange;
     return plain_number(int32_from(high * kWordRange + low));

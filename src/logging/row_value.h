@@ -15,7 +15,7 @@ namespace pelvan {
 /// (overflow) when the number does not fit 32 bits.
 [[nodiscard]] std::string join_32_bit(const std::string& text);
 
-/// The number in the text divided by ten to the power of `decimals`, a blank in the place of a
+/// The number in the text divided by ten to the power of `decimals`, a space instead of a
 /// missing sign; an empty text stays empty. 6 (overflow) when the result is no number.
 [[nodiscard]] std::string scaled_value(const std::string& text, double decimals);
 

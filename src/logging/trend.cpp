@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "platform/run_time_error.h"
 
@@ -13,7 +14,7 @@ namespace {
 constexpr double kGap = std::numeric_limits<double>::quiet_NaN();
 constexpr double kDayMs = 86400000;
 
-/// The lowest and the highest reading of a stretch of passes.
+/// The lowest and the highest reading of a bucket of passes.
 class Extremes {
   public:
     void add(const TrendPoint& point) {
@@ -34,6 +35,50 @@ class Extremes {
     bool empty_ = true;
     TrendPoint low_;
     TrendPoint high_;
+};
+
+/// Thins a curve out: of each bucket of passes the lowest and the highest reading, in the order of
+/// their times, and a point without value between two readings that a gap as long as a bucket
+/// parts.
+class Thinning {
+  public:
+    /// Twice as many passes as buckets are kept one by one.
+    Thinning(std::size_t passes, std::size_t buckets)
+        : bucket_(passes <= 2 * buckets ? 1 : (passes + buckets - 1) / buckets), left_(bucket_) {
+        points_.reserve(passes / bucket_ * (bucket_ == 1 ? 1 : 2) + 2);
+    }
+
+    void add(const TrendPoint& pass) {
+        if (std::isnan(pass.value)) {
+            ++missing_;
+        } else {
+            gap_ = gap_ || missing_ >= bucket_;
+            missing_ = 0;
+            extremes_.add(pass);
+        }
+        if (--left_ == 0) close_bucket();
+    }
+
+    [[nodiscard]] std::vector<TrendPoint> finish() {
+        close_bucket();
+        return std::move(points_);
+    }
+
+  private:
+    void close_bucket() {
+        left_ = bucket_;
+        if (extremes_.empty()) return;
+        if (gap_ && !points_.empty()) points_.push_back({points_.back().time_ms, kGap});
+        gap_ = false;
+        extremes_.move_to(points_);
+    }
+
+    std::size_t bucket_;      // passes in one
+    std::size_t left_;        // of the bucket under way
+    std::size_t missing_ = 0; // passes in a row without a value
+    bool gap_ = false;        // before the extremes
+    Extremes extremes_;
+    std::vector<TrendPoint> points_;
 };
 
 } // namespace
@@ -96,40 +141,17 @@ TrendSpan Trend::span() const {
 
 std::vector<TrendPoint> Trend::points(int row, TrendSpan part, std::size_t buckets) const {
     const std::vector<double>& values = columns_[checked_index(row, columns_.size())].values;
-    std::vector<TrendPoint> out;
-    if (values.empty() || buckets == 0) return out;
+    if (values.empty() || buckets == 0) return {};
     std::size_t first = first_from(part.from_ms);
-    std::size_t end = first_from(part.to_ms);
     if (first > 0) --first;
-    end = std::min(end + 1, times_.size());
-    // Twice as many passes as buckets are drawn one by one.
-    const std::size_t count = end - first;
-    const std::size_t stretch = count <= 2 * buckets ? 1 : (count + buckets - 1) / buckets;
-    out.reserve(count / stretch * (stretch == 1 ? 1 : 2) + 2);
-    Extremes extremes;
-    bool gap = false;
-    std::size_t missing = 0; // passes in a row without a value
-    std::size_t left = stretch;
+    const std::size_t end = std::min(first_from(part.to_ms) + 1, times_.size());
+    Thinning thinning(end - first, buckets);
     std::size_t at = slot(first);
     for (std::size_t i = first; i < end; ++i) {
-        if (std::isnan(values[at])) {
-            ++missing;
-        } else {
-            gap = gap || missing >= stretch;
-            missing = 0;
-            extremes.add({times_[at], values[at]});
-        }
-        if (--left == 0 || i + 1 == end) {
-            if (!extremes.empty()) {
-                if (gap && !out.empty()) out.push_back({out.back().time_ms, kGap});
-                gap = false;
-            }
-            extremes.move_to(out);
-            left = stretch;
-        }
+        thinning.add({times_[at], values[at]});
         if (++at == times_.size()) at = 0;
     }
-    return out;
+    return thinning.finish();
 }
 
 TrendPoint Trend::nearest(int row, double time_ms) const {

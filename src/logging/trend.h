@@ -65,10 +65,10 @@ class Trend {
     [[nodiscard]] virtual const std::string& name(int row) const;
     /// From the oldest pass to the newest; both 0 when there is none.
     [[nodiscard]] virtual TrendSpan span() const;
-    /// The row's readings in a span, at most about 2 x `buckets` of them: of each stretch of passes
+    /// The row's readings in a span, at most about 2 x `buckets` of them: of each bucket of passes
     /// the lowest and the highest, in the order of their times. One reading beyond each end is
     /// included, so that a curve reaches the edges. Between two of them a point without value
-    /// (not-a-number) stands for a gap as long as a stretch; shorter ones are seen zoomed in.
+    /// (not-a-number) stands for a gap as long as a bucket; shorter ones are seen zoomed in.
     [[nodiscard]] virtual std::vector<TrendPoint> points(int row, TrendSpan part,
                                                          std::size_t buckets) const;
     /// The row's reading nearest in time; not-a-number when it has a gap there.

@@ -6,7 +6,7 @@
 namespace pelvan {
 namespace {
 
-/// How long one wait lasts at most, so that an interrupt is heard soon.
+/// How long one wait lasts at most, so that an interrupt is noticed soon.
 constexpr int kWaitMs = 50;
 
 struct LogOptions {
