@@ -9,18 +9,18 @@
 namespace pelvan::desktop {
 namespace {
 
-constexpr std::size_t kMostPieces = 400; // over all curves: each is an object of the chart
-constexpr std::size_t kFewestPieces = 4; // of one curve
-constexpr std::size_t kFewCurves = 8;    // as many are drawn with a broad pen
+constexpr std::size_t kMaxPieces = 400;    // over all curves: each is an object of the chart
+constexpr std::size_t kMinPieces = 4;      // of one curve
+constexpr std::size_t kMaxBroadCurves = 8; // as many are drawn with a broad pen
 
 /// Positions of the gaps that break the curve, in order; the last position is the points' end.
-std::vector<qsizetype> breaks_of(const QList<QPointF>& points, std::size_t most) {
+std::vector<qsizetype> breaks_of(const QList<QPointF>& points, std::size_t max_breaks) {
     std::vector<qsizetype> gaps;
     for (qsizetype i = 1; i + 1 < points.size(); ++i)
         if (std::isnan(points[i].y())) gaps.push_back(i);
-    if (gaps.size() > most) {
+    if (gaps.size() > max_breaks) {
         const auto width = [&](qsizetype i) { return points[i + 1].x() - points[i - 1].x(); };
-        const auto end = gaps.begin() + static_cast<std::ptrdiff_t>(most);
+        const auto end = gaps.begin() + static_cast<std::ptrdiff_t>(max_breaks);
         std::nth_element(gaps.begin(), end, gaps.end(),
                          [&](qsizetype a, qsizetype b) { return width(a) > width(b); });
         gaps.erase(end, gaps.end());
@@ -59,7 +59,7 @@ void TrendCurves::keep(const std::vector<int>& rows) {
     for (const int row : rows)
         curves_[row];
     // A thin pen is quicker, and among many curves it shows more.
-    const int width = rows.size() <= kFewCurves ? 2 : 1;
+    const int width = rows.size() <= kMaxBroadCurves ? 2 : 1;
     if (width == pen_width_) return;
     pen_width_ = width;
     for (const auto& [row, pieces] : curves_)
@@ -74,11 +74,11 @@ void TrendCurves::clear() {
 }
 
 void TrendCurves::draw(int row, const QList<QPointF>& points) {
-    const std::size_t most =
-        std::max(kFewestPieces, kMostPieces / std::max<std::size_t>(curves_.size(), 1));
+    const std::size_t max_pieces =
+        std::max(kMinPieces, kMaxPieces / std::max<std::size_t>(curves_.size(), 1));
     qsizetype first = 0;
     std::size_t number = 0;
-    for (const qsizetype end : breaks_of(points, most - 1)) {
+    for (const qsizetype end : breaks_of(points, max_pieces - 1)) {
         piece(row, number++)->replace(with_values(points, first, end));
         first = end;
     }

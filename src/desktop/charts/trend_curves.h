@@ -22,8 +22,8 @@ class TrendCurves {
 
     /// Drops the curves of other rows.
     void keep(const std::vector<int>& rows);
-    /// Empties every curve. The chart computes all of them anew whenever an axis moves, so they are
-    /// best empty then.
+    /// Empties every curve. The chart computes all of them again whenever an axis moves, so they
+    /// are best empty then.
     void clear();
     /// Draws a row; a point without value (not-a-number) is a gap. Of very many gaps only the
     /// widest break the curve.

@@ -5,21 +5,14 @@
 
 #include <QTimer>
 #include <QWidget>
-#include <memory>
-#include <set>
-#include <vector>
+#include <functional>
 
-#include "desktop/charts/trend_curves.h"
-#include "logging/trend.h"
+#include "desktop/charts/trend_chart.h"
+#include "desktop/charts/trend_legend.h"
+#include "desktop/charts/visible_range.h"
 
-class QChart;
-class QChartView;
-class QDateTimeAxis;
-class QGraphicsLineItem;
+class QBoxLayout;
 class QLabel;
-class QTableWidget;
-class QTableWidgetItem;
-class QValueAxis;
 
 namespace pelvan::desktop {
 
@@ -27,31 +20,22 @@ class TrendView : public QWidget {
   public:
     TrendView(Trend& trend, QWidget* parent);
 
-    /// Draws what is visible anew.
-    void refresh();
-    /// Factor below 1 zooms in; the moment under `anchor_ms` stays where it is.
-    void zoom(double factor, double anchor_ms);
-    void pan(double share);
-    void show_all();
-    void follow();
-    void set_cursor(double time_ms);
-
-    [[nodiscard]] const TrendSpan& visible_span() const { return visible_; }
-
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
   private:
-    void build();
-    void add_button(QLayout& layout, const QString& text, const QString& tip,
-                    const std::function<void()>& action);
+    void lay_out();
+    [[nodiscard]] QBoxLayout* make_buttons();
+    /// Draws again when passes came in.
     void look_for_news();
-    void build_legend();
-    void show_rows();
-    void draw_curves();
-    void take_tick(const QTableWidgetItem& item);
-    void scale_values(double low, double high);
+    /// Draws what is visible again.
+    void refresh();
+    void zoom(double factor, double anchor_ms);
+    void pan(double share);
+    void show_all();
+    void follow();
+    void set_cursor(double time_ms);
     void show_cursor();
     bool key_pressed(int key, bool shift);
     bool mouse_used(QEvent* event);
@@ -59,22 +43,13 @@ class TrendView : public QWidget {
     [[nodiscard]] double time_at(double x) const;
 
     Trend& trend_;
-    QChart* chart_ = nullptr;
-    QChartView* view_ = nullptr;
-    QDateTimeAxis* times_ = nullptr;
-    QValueAxis* values_ = nullptr;
-    QGraphicsLineItem* line_ = nullptr;
-    QLabel* cursor_time_ = nullptr;
-    QTableWidget* legend_ = nullptr;
-    std::unique_ptr<TrendCurves> curves_;
-    std::vector<int> shown_; // row of each line of the legend
-    std::set<int> hidden_;
+    VisibleRange range_;
+    TrendChart* chart_;
+    TrendLegend* legend_;
+    QLabel* cursor_time_;
     QTimer timer_;
-    TrendSpan visible_;
     double cursor_ms_ = 0;
     double drag_from_ = -1; // x of a mouse button that is held; below 0 when none is
-    bool whole_ = true;     // the whole span stays visible as it grows
-    bool following_ = false;
     unsigned long seen_passes_ = 0;
 };
 
