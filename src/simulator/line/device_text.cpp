@@ -1,5 +1,6 @@
 #include "simulator/line/device_text.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -38,6 +39,22 @@ constexpr std::array<PlanOption, 14> kPlanOptions{{
     {"xoff_ms", &FaultPlan::xoff_ms, kMaxMs},
 }};
 
+struct WholeOption {
+    const char* name;
+    double min;
+    double max;
+    void (*set)(SimulatedDevice&, std::uint32_t);
+};
+
+constexpr double kMaxWord = 4294967295.0;
+
+constexpr std::array<WholeOption, 4> kWholeOptions{{
+    {"seed", 0, kMaxWord, [](SimulatedDevice& d, std::uint32_t value) { d.faults.seed = value; }},
+    {"only", 0, kMaxWord, [](SimulatedDevice& d, std::uint32_t value) { d.faults.only = value; }},
+    {"address", 1, 247, [](SimulatedDevice& d, std::uint32_t value) { d.address = value; }},
+    {"queue", 0, 1, [](SimulatedDevice& d, std::uint32_t value) { d.queues = value != 0; }},
+}};
+
 bool set_number(SimulatedDevice& device, const std::string& name, double value) {
     for (const PlanOption& option : kPlanOptions) {
         if (name != option.name) continue;
@@ -48,14 +65,12 @@ bool set_number(SimulatedDevice& device, const std::string& name, double value) 
         device.delay_ms = value;
         return value >= 0 && value <= kMaxMs;
     }
-    if (value != std::floor(value) || value < 0 || value > 4294967295.0) return false;
-    if (name == "seed") {
-        device.faults.seed = static_cast<std::uint32_t>(value);
-        return true;
+    for (const WholeOption& option : kWholeOptions) {
+        if (name != option.name) continue;
+        option.set(device, static_cast<std::uint32_t>(std::clamp(value, 0.0, option.max)));
+        return value == std::floor(value) && value >= option.min && value <= option.max;
     }
-    if (name != "address") return false;
-    device.address = static_cast<unsigned>(value);
-    return value >= 1 && value <= 247;
+    return false;
 }
 
 bool set_option(SimulatedDevice& device, const std::string& text) {

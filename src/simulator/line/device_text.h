@@ -13,6 +13,7 @@ struct SimulatedDevice {
     int model = 742;
     unsigned address = 1;
     double delay_ms = 0; // from the end of a request to the beginning of its reply
+    bool queues = false; // requests that come before its reply are answered, too
     FaultPlan faults;
     bool loopback = false; // then only `jumper_in` counts
     std::optional<bool> jumper_in;

@@ -6,7 +6,8 @@ namespace pelvan::simulator {
 
 std::shared_ptr<Station> make_station(const SimulatedDevice& device) {
     return std::make_shared<Station>(Station{Controller(device.model), device.address,
-                                             device.delay_ms, FaultSource(device.faults), 0});
+                                             device.delay_ms, device.queues,
+                                             FaultSource(device.faults), 0});
 }
 
 SimulatorRegistry::SimulatorRegistry(TickSource& tick)

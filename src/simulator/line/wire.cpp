@@ -42,16 +42,16 @@ void Wire::deliver(double now_ms) {
     while (!to_controller_.empty() && to_controller_.front().arrives_ms <= now_ms) {
         const Request request = std::move(to_controller_.front());
         to_controller_.pop_front();
-        if (request.arrives_ms < busy_until_ms_) continue;
+        if (request.arrives_ms < busy_until_ms_ && !station_->queues) continue;
         answer(request);
     }
 }
 
 void Wire::answer(const Request& request) {
     const std::vector<Piece> pieces = responder_.receive(request.bytes, request.arrives_ms);
-    double ready_ms = request.arrives_ms + station_->delay_ms;
-    // A controller that has not begun to answer is not listening: a host that lost its patience
-    // and asked again gets the one late answer, not two in a row.
+    double ready_ms = std::max(request.arrives_ms, busy_until_ms_) + station_->delay_ms;
+    // Unless it queues, a controller that has not begun to answer is not listening: a host that
+    // lost its patience and asked again gets the one late answer, not two in a row.
     if (!pieces.empty()) busy_until_ms_ = ready_ms + pieces[0].wait_ms;
     for (const Piece& piece : pieces) {
         ready_ms = to_host_.send(ready_ms + piece.wait_ms, piece.bytes);

@@ -35,6 +35,8 @@ void FaultSource::corrupt_ends(const Reply& reply, std::string& bytes) {
 
 std::vector<Piece> FaultSource::apply(const Reply& reply) {
     if (reply.bytes.empty()) return {};
+    ++replies_;
+    if (plan_.only != 0 && plan_.only != replies_) return {{0, reply.bytes}};
     std::string bytes = reply.bytes;
     if (happens(plan_.other) && !reply.from_another.empty()) bytes = reply.from_another;
     corrupt_ends(reply, bytes);

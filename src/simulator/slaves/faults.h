@@ -36,6 +36,7 @@ struct FaultPlan {
     double gap_ms = 100;
     double late_ms = 400;
     double xoff_ms = 200;
+    std::uint32_t only = 0; // the reply that they hit, counted from 1; 0 for any
     std::uint32_t seed = 1;
 };
 
@@ -60,6 +61,7 @@ class FaultSource {
 
     FaultPlan plan_;
     std::mt19937 random_;
+    std::uint32_t replies_ = 0;
 };
 
 } // namespace pelvan::simulator

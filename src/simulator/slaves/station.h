@@ -11,6 +11,7 @@ struct Station {
     Controller controller;
     unsigned address = 1;
     double delay_ms = 0;
+    bool queues = false; // keeps requests that come before its reply, and answers them in turn
     FaultSource faults;
     int text_error = 0; // of the last refused text command
 };

@@ -34,6 +34,10 @@ TEST_F(FaultsTest, EachDoesWhatItSays) {
     EXPECT_LE(noise.size(), model_reply.size() + 5);
     EXPECT_TRUE(noise.ends_with(model_reply + "|"));
 
+    EXPECT_EQ(hear(",lost=1,only=2"), model_reply + "|");
+    EXPECT_EQ(say(read_model), "") << "the second reply";
+    EXPECT_EQ(say(read_model), model_reply);
+
     const std::string flipped = hear(",flip=1");
     int bits = 0;
     for (std::size_t i = 0; i < model_reply.size(); ++i)

@@ -35,6 +35,19 @@ TEST_F(LineTest, ARepeatedRequestGetsTheOneLateAnswer) {
     EXPECT_EQ(say(read_model), model_reply);
 }
 
+TEST_F(LineTest, AQueueIsOneAnswerBehindAfterTheOneReplyThatIsLate) {
+    open("simulated:742,delay=80,late=1,late_ms=300,only=2,queue=1");
+    const std::string read_set_point = frame("01 03 01 2C 00 01");
+    const std::string set_point_reply = frame("01 03 02 02 EE");
+    EXPECT_EQ(say(read_model, 100), model_reply);
+    EXPECT_EQ(say(read_model, 250), "");
+    EXPECT_EQ(say(read_set_point, 150), model_reply);
+    EXPECT_EQ(say(read_model, 100), set_point_reply);
+    EXPECT_EQ(say(read_set_point, 100), model_reply);
+    EXPECT_EQ(taken(250), set_point_reply);
+    EXPECT_EQ(say(read_model, 100), model_reply) << "in step after a pause";
+}
+
 TEST_F(LineTest, AControllerOutlivesItsLinesAndEachAddressIsAnother) {
     open("simulated:742");
     static_cast<void>(say(frame("01 06 01 2C 00 64")));
@@ -98,7 +111,8 @@ TEST_F(LineTest, UnknownDevicesAreRefused) {
          {"simulated:", "simulated:741", "simulated:742x", "simulated:742,", "simulated:742,pace=1",
           "simulated:742,address=0", "simulated:742,address=248", "simulated:742,address=1.5",
           "simulated:742,lost=2", "simulated:742,lost=-0.1", "simulated:742,lost=much",
-          "simulated:742,jumper=in", "simulated:loopback,jumper=half", "simulated:742,seed=-1"}) {
+          "simulated:742,queue=2", "simulated:742,only=0.5", "simulated:742,jumper=in",
+          "simulated:loopback,jumper=half", "simulated:742,seed=-1"}) {
         EXPECT_FALSE(parse_simulated_device(text)) << text;
         EXPECT_EQ(error_of([&] { open(text); }), 8002) << text;
     }
