@@ -141,7 +141,7 @@ TrendSpan Trend::span() const {
 
 std::vector<TrendPoint> Trend::points(int row, TrendSpan part, std::size_t buckets) const {
     const std::vector<double>& values = columns_[checked_index(row, columns_.size())].values;
-    if (values.empty() || buckets == 0) return {};
+    if (values.empty() || buckets == 0 || part.from_ms > part.to_ms) return {};
     std::size_t first = first_from(part.from_ms);
     if (first > 0) --first;
     const std::size_t end = std::min(first_from(part.to_ms) + 1, times_.size());

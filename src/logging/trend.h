@@ -69,6 +69,7 @@ class Trend {
     /// the lowest and the highest, in the order of their times. One reading beyond each end is
     /// included, so that a curve reaches the edges. Between two of them a point without value
     /// (not-a-number) stands for a gap as long as a bucket; shorter ones are seen zoomed in.
+    /// Nothing of a span that ends before it begins.
     [[nodiscard]] virtual std::vector<TrendPoint> points(int row, TrendSpan part,
                                                          std::size_t buckets) const;
     /// The row's reading nearest in time; not-a-number when it has a gap there.

@@ -50,6 +50,7 @@ TEST(Trend, ThinningKeepsEverySpike) {
         EXPECT_LT(points[i - 1].time_ms, points[i].time_ms);
     // Zoomed in, every reading is there, and one beyond each end.
     EXPECT_EQ(trend.points(0, {4310, 4330}, 50).size(), 22U);
+    EXPECT_TRUE(trend.points(0, {4330, 4310}, 50).empty());
 }
 
 TEST(Trend, ARowWithoutValueIsAGap) {
