@@ -14,11 +14,6 @@ unsigned char byte_at(const std::string& frame, std::size_t at) {
     return static_cast<unsigned char>(frame[at]);
 }
 
-bool is_number(const std::string& text) {
-    const std::size_t at = text.find_first_not_of(' ');
-    return at != text.npos && (text[at] == '-' || (text[at] >= '0' && text[at] <= '9'));
-}
-
 /// Whether the reply is the asked controller's to this request. The log takes whatever the decoder
 /// gives; only the mark beside the row tells the difference.
 bool belongs(const std::string& request, const std::string& reply) {
@@ -32,7 +27,7 @@ RowState state_of(const std::string& request, const std::string& reply, const st
         // A reply with a wrong check says "ERROR!" and is no exception of the controller's.
         return RowState::Exception;
     }
-    return is_number(text) ? RowState::Answered : RowState::Nothing;
+    return begins_with_number(text) ? RowState::Answered : RowState::Nothing;
 }
 
 } // namespace
@@ -65,8 +60,7 @@ LogReading LogPoller::poll(const LogRow& row) {
     }
     if (is_exception_text(reading.value)) reading.value = exception_value(reading.value);
     if (row.command == log_command::kRead32) reading.value = join_32_bit(reading.value);
-    // The marks are scaled like any value: a refused row with one decimal place shows -9999.9, and
-    // a text without a number counts as 0.
+    // The marks are scaled like any value: a refused row with one decimal place shows -9999.9.
     reading.value = scaled_value(reading.value, row.decimals);
     return reading;
 }

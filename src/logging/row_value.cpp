@@ -36,10 +36,19 @@ std::string exception_value(const std::string& text) {
     return plain_number(function * 256 - code - kWordRange);
 }
 
+bool begins_with_number(std::string_view text) {
+    const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    if (!text.empty() && text.front() == '-') text.remove_prefix(1);
+    if (!text.empty() && text.front() == '.') text.remove_prefix(1);
+    return !text.empty() && is_digit(text.front());
+}
+
 std::string join_32_bit(const std::string& text) {
     const std::string trimmed = trim(text);
     const std::size_t space = trimmed.find(' ');
     if (space == trimmed.npos || text.size() < kMinPairLength) return text;
+    if (!begins_with_number(text)) return text; // words that say what is wrong with the reply
     // Required: the length of the low word is counted on the untrimmed text. One outer space widens
     // it by the space between the words, which changes nothing.
     const std::size_t position = space + 1;
@@ -51,7 +60,7 @@ std::string join_32_bit(const std::string& text) {
 }
 
 std::string scaled_value(const std::string& text, double decimals) {
-    if (text.empty()) return text;
+    if (!begins_with_number(text)) return text;
     const double value = leading_number(text) / std::pow(10.0, decimals);
     if (!std::isfinite(value)) throw RunTimeError(error_number::kOverflow);
     return signed_number(value);

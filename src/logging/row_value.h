@@ -11,12 +11,16 @@ namespace pelvan {
 /// -32000 minus the exception code, for other functions what the same formula gives.
 [[nodiscard]] std::string exception_value(const std::string& text);
 
+/// Whether the text begins with a number, spaces before it aside.
+[[nodiscard]] bool begins_with_number(std::string_view text);
+
 /// The 32-bit number of two words "high low", each signed; any other text comes back unchanged. 6
 /// (overflow) when the number does not fit 32 bits.
 [[nodiscard]] std::string join_32_bit(const std::string& text);
 
-/// The number in the text divided by ten to the power of `decimals`, a space instead of a
-/// missing sign; an empty text stays empty. 6 (overflow) when the result is no number.
+/// The number in the text divided by ten to the power of `decimals`, a space instead of a missing
+/// sign. A text that begins with no number comes back as it is: what is wrong with a reply must not
+/// look like a reading of 0. 6 (overflow) when the result is no number.
 [[nodiscard]] std::string scaled_value(const std::string& text, double decimals);
 
 /// A register number for a log line: seven digits, as single precision holds them.

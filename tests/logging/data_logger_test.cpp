@@ -23,6 +23,8 @@ using testing::read_file;
 using testing::write_file;
 
 constexpr char kNow[] = "11-15-2026, 16:30:05";
+constexpr char kBadCheck[] = "RESPONSE FROM CONTROLLER HAS CRC ERROR!";
+constexpr char kBadCount[] = "Character Count error occurred.  Verify Communications.";
 
 class DataLoggerTest : public testing::LoggingTest {
   protected:
@@ -41,6 +43,11 @@ TEST_F(DataLoggerTest, BothLineLayouts) {
     std::filesystem::remove(log_file);
     tick(6);
     EXPECT_EQ(log_text(), kNow + std::string(",  1,  100,  72.5,  1,  101,  0\r\n"));
+    link.corrupted = "\1\3\2\2\1\1\1";
+    std::filesystem::remove(log_file);
+    tick(6);
+    EXPECT_EQ(log_text(),
+              kNow + std::string(",  1,  100, ") + kBadCheck + ",  1,  101, " + kBadCheck + "\r\n");
 }
 
 TEST_F(DataLoggerTest, EachKindOfReplyHasItsValueAndMark) {
@@ -54,9 +61,10 @@ TEST_F(DataLoggerTest, EachKindOfReplyHasItsValueAndMark) {
         {"1,3,100,0", "", "", Nothing},
         {"1,3,100,0", "\1\3\2", "", Nothing},
         {"1,3,100,0", testing::frame("02 03 02 00 07"), " 7", Nothing}, // another controller's
-        // A wrong check is a text without a number.
-        {"1,3,100,0", "\1\3\2\2\1\1\1", " 0", Nothing},
-        {"1,32,200,0", "\1\3\4\2\1\1\1\1\1", " 0", Nothing},
+        // A damaged reply is told as such, and looks like no reading.
+        {"1,3,100,1", "\1\3\2\2\1\1\1", kBadCheck, Nothing},
+        {"1,32,200,0", "\1\3\4\2\1\1\1\1\1", kBadCheck, Nothing},
+        {"1,3,100,1", testing::frame("01 03 04 00 07"), kBadCount, Nothing},
         {"1,3,70000,1", {}, "-9999.9", Nothing},
         {"300,3,100,", {}, "-99999", Nothing},
         {"1,7,100,", {}, "-99999", Nothing},

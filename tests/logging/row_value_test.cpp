@@ -29,6 +29,7 @@ TEST(RowValue, TwoWordsBecomeOne32BitNumber) {
                       {"-32768 0", "-2147483648"},
                       {"-32002", "-32002"},
                       {"", ""},
+                      {"NO NUMBER 1", "NO NUMBER 1"},
                       {"1 ", "1 "}};
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(join_32_bit(text), expected) << "\"" << text << "\"";
@@ -42,7 +43,9 @@ TEST(RowValue, DecimalPlacesScale) {
         {"5", 1, " 0.5"},
         {"", 3, ""},
         {"1", 5, " 0.00001"},
-        {"no number", 1, " 0"},
+        {"no number", 1, "no number"}, // no 0 that would pass for a reading
+        {" -.5 x", 1, "-0.05"},
+        {"-", 0, "-"},
         {"2147483647", 0, " 2147483647"}};
     for (const auto& [text, decimals, expected] : cases)
         EXPECT_EQ(scaled_value(text, decimals), expected) << text;
