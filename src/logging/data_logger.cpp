@@ -117,6 +117,9 @@ void DataLogger::WriteLogSet(const std::string& file) const {
 void DataLogger::start() {
     state_.gLogBufferCount = kNothingAdded;
     RunLoggingPass(); // the first values appear without waiting one interval
+    // What was counted before an earlier stop may be more than the interval, and the test for
+    // equality would then never be met.
+    timer_.reset_count();
     pass_ended();
 }
 

@@ -143,9 +143,16 @@ TEST_F(DataLoggerTest, TicksCountBetweenPassesOnly) {
     tick(8);
     EXPECT_TRUE(logger.stop());
     EXPECT_FALSE(logger.timer().running());
-    start(5); // fewer than were counted: never met
+    // A start counts from its own pass on, however much was counted before.
+    start(5);
+    EXPECT_TRUE(status_says("Next pass in 5 s."));
+    tick(5);
+    EXPECT_EQ(link.sent.size(), 4U);
+    // An interval that becomes shorter than what was counted is never met.
+    tick(3);
+    logger.set_interval(2);
     tick(50);
-    EXPECT_EQ(link.sent.size(), 3U);
+    EXPECT_EQ(link.sent.size(), 4U);
     EXPECT_TRUE(status_says("Next pass: never"));
 }
 
