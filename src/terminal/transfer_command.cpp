@@ -19,15 +19,29 @@ struct TransferOptions {
     int retries = 0;
     bool yes = false;
     bool compare = false;
+    std::string profiles; // "yes" or "no", else not given
 };
+
+/// The answer that the options give; a question without its option is answered with no.
+bool answer_to(TransferQuestion question, const TransferOptions& options) {
+    switch (question) {
+    case TransferQuestion::OverwriteFile:
+    case TransferQuestion::EraseSettings:
+        return options.yes;
+    case TransferQuestion::UploadWithoutSequence:
+        return !options.profiles.empty();
+    case TransferQuestion::HasProfiles:
+        return options.profiles == "yes";
+    }
+    return false;
+}
 
 /// Prints progress and what goes wrong; questions are answered by options.
 class TerminalTransfer : public TransferListener {
   public:
     TerminalTransfer(TerminalApplication& terminal, TerminalEnvironment& environment,
                      const TransferOptions& options)
-        : app_(terminal.app()), err_(environment.err), options_(options) {
-        terminal.answer_questions_yes(options.yes);
+        : terminal_(terminal), app_(terminal.app()), err_(environment.err), options_(options) {
         terminal.answer_retries(options.retries);
         terminal.on_events([this, &environment] {
             if (environment.stop) cancel_.canceled = true;
@@ -65,7 +79,8 @@ class TerminalTransfer : public TransferListener {
     bool ask_retry(const std::string& text) override {
         return ask(text, MessageButtons::RetryCancel) == MessageAnswer::Retry;
     }
-    bool confirm(TransferQuestion, const std::string& text) override {
+    bool confirm(TransferQuestion question, const std::string& text) override {
+        terminal_.answer_questions_yes(answer_to(question, options_));
         return ask(text, MessageButtons::YesNoPreferNo) == MessageAnswer::Yes;
     }
     void tell(const std::string& text, const std::string& title) override {
@@ -80,6 +95,7 @@ class TerminalTransfer : public TransferListener {
         return app_.services.dialogs.message_box(text, {}, buttons);
     }
 
+    TerminalApplication& terminal_;
     Application& app_;
     std::ostream& err_;
     const TransferOptions& options_;
@@ -167,6 +183,10 @@ void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen) {
                     "Erase a controller's settings and restore those of a file", restore);
     cli.get_subcommand("restore")->add_flag("--yes", restore_options->yes,
                                             "Erase the controller's settings without asking");
+    cli.get_subcommand("restore")
+        ->add_option("--profiles", restore_options->profiles,
+                     "Restore also without the model's .cds file: whether the model has profiles")
+        ->check(CLI::IsMember({"yes", "no"}));
     cli.get_subcommand("restore")->add_flag("--compare", restore_options->compare,
                                             "Compare with the file afterwards");
     static_cast<void>(add_command(cli, chosen, "compare",

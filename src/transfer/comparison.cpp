@@ -35,7 +35,7 @@ std::string Comparison::outcome() const {
 }
 
 bool Comparison::same_model(const std::string& file) {
-    const Reading model = run_.access.read(ControllerAccess::kModelRegister);
+    const Reading model = run_.access.read_model();
     if (model.failed()) {
         run_.cancel.canceled = true;
         return false;

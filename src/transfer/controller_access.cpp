@@ -149,19 +149,27 @@ bool ControllerAccess::DefaultControl() {
     return false;
 }
 
+/// Reads again while replies are damaged, up to three.
 Reading ControllerAccess::read_until_whole(float register_number) {
-    Reading reading;
-    for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
-        do
-            reading = read_unlisted(register_number);
-        while (reading.failed() && ask_retry());
-        if (reading.failed() || !reading.reply.is(Verdict::Damaged)) break;
-    }
+    Reading reading = read_unlisted(register_number);
+    for (int i = 1; i < kReadAttempts && reading.reply.is(Verdict::Damaged); ++i)
+        reading = read_unlisted(register_number);
     return reading;
 }
 
+Reading ControllerAccess::read_model() {
+    Reading reading = read_until_whole(kModelRegister);
+    while (!reading.reply.is(Verdict::Accepted) && ask_retry())
+        reading = read_until_whole(kModelRegister);
+    if (reading.reply.is(Verdict::Accepted)) return reading;
+    if (!reading.failed()) errors_.list(reading.reply.text, kModelRegister, reading.value);
+    return {reading.reply, kReadFailed};
+}
+
 std::optional<int> ControllerAccess::read_number(float register_number) {
-    const Reading reading = read_until_whole(register_number);
+    Reading reading = read_until_whole(register_number);
+    while (reading.failed() && ask_retry())
+        reading = read_until_whole(register_number);
     if (reading.failed()) return std::nullopt;
     if (reading.reply.is(Verdict::Accepted)) return static_cast<int>(leading_number(reading.value));
     errors_.list(reading.reply.text, register_number, reading.value);

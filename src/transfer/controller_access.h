@@ -83,6 +83,10 @@ class ControllerAccess {
     /// One write, once, recorded nowhere (blocks up to 250 ms).
     [[nodiscard]] Reply write_once(float register_number, float value);
 
+    /// The model's number, which decides what is erased and written: read until a reply is whole.
+    /// Asks the user while none is; failed when the user gives up (a damaged reply is listed then).
+    [[nodiscard]] Reading read_model();
+
     /// Puts the controller's presets back and waits until it answers again, up to thirteen reads.
     /// False when it never answers, or the transfer is cancelled.
     [[nodiscard]] bool DefaultControl();

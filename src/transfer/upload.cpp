@@ -21,7 +21,7 @@ TransferResult Upload::run(const std::string& file) {
 
 /// Everything before the controller is changed; nothing when the user declines.
 std::optional<Upload::Plan> Upload::prepare(const std::string& file) {
-    const Reading model = run_.access.read(ControllerAccess::kModelRegister);
+    const Reading model = run_.access.read_model();
     if (model.failed()) {
         // The download's words, here too.
         run_.listener.tell(ControllerAccess::kCheckPort);
