@@ -113,7 +113,7 @@ void ControllerAccess::judge_write(const Reply& reply, float register_number, fl
     // A value or register that cannot be sent at all is a refusal too; asking the user to retry
     // would never end.
     if (refused || is_refusal(reply.text))
-        errors_.record_refusal(reply.text, register_number, value);
+        errors_.record(reply.text, register_number, value);
     else if (!reply.is(Verdict::Accepted))
         errors_.list(reply.text, register_number, value);
 }

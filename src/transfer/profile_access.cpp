@@ -36,7 +36,7 @@ Reply ProfileAccess::select_register(float register_number, float value) {
 
 Reply ProfileAccess::select_recorded(float register_number, float value) {
     Reply reply = select_register(register_number, value);
-    if (reply.is(Verdict::Refused)) run_.errors.record_refusal(reply.text, register_number, value);
+    if (reply.is(Verdict::Refused)) run_.errors.record(reply.text, register_number, value);
     if (reply.is(Verdict::Damaged)) run_.errors.list(reply.text, register_number, value);
     return reply;
 }
@@ -88,7 +88,7 @@ Reply ProfileAccess::act_recorded(ProfileAction action) {
 }
 
 void ProfileAccess::record_refusal(ProfileAction action, const Reply& reply) {
-    run_.errors.record_refusal(reply.text, registers_.action, value_of(action));
+    run_.errors.record(reply.text, registers_.action, value_of(action));
 }
 
 } // namespace pelvan

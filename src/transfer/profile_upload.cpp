@@ -58,7 +58,7 @@ bool ProfileUpload::CreateDeleteProfile(int number) {
         return !run_.canceled();
     }
     if (selected.is(Verdict::Refused)) {
-        run_.errors.record_refusal(selected.text, number_register, static_cast<float>(number));
+        run_.errors.record(selected.text, number_register, static_cast<float>(number));
         return false;
     }
     if (created.is(Verdict::Refused)) {
@@ -134,9 +134,22 @@ Verdict ProfileUpload::restore_line(const SetupLine& line) {
     return run_.access.write(line.register_number, line.value).verdict;
 }
 
-Reply ProfileUpload::erase_filler(int number) {
-    Reply selected = access_.try_select(access_.registers().number, static_cast<float>(number));
-    return selected.is(Verdict::Accepted) ? access_.act(ProfileAction::Erase) : selected;
+Verdict ProfileUpload::erase_filler(int number) {
+    const float number_register = access_.registers().number;
+    const Reply selected = access_.try_select(number_register, static_cast<float>(number));
+    const Reply erased =
+        selected.is(Verdict::Accepted) ? access_.act(ProfileAction::Erase) : selected;
+    if (selected.is(Verdict::Refused))
+        run_.errors.record(selected.text, number_register, static_cast<float>(number));
+    else if (erased.is(Verdict::Refused))
+        access_.record_refusal(ProfileAction::Erase, erased);
+    else if (!erased.is(Verdict::Accepted))
+        list_not_erased(number);
+    return erased.verdict;
+}
+
+void ProfileUpload::list_not_erased(int number) {
+    run_.errors.list("Profile not erased", access_.registers().number, static_cast<float>(number));
 }
 
 void ProfileUpload::erase_created() {
@@ -144,17 +157,17 @@ void ProfileUpload::erase_created() {
     bool silent = false; // the line: one message tells it
     for (const int number : created_) {
         if (in_file_.contains(number)) continue;
-        const std::string text = std::to_string(number);
         // The cancel of the upload leaves this clean-up to be done; a cancel of the clean-up itself
         // must not leave unsaid what stays.
         if (silent || (run_.canceled() && !canceled_before)) {
-            run_.errors.list("Profile not erased", access_.registers().number, text);
+            list_not_erased(number);
             continue;
         }
-        const Reply erased = erase_filler(number);
-        silent = erased.is(Verdict::NoReply);
-        run_.log("Profile " + text + (erased.is(Verdict::Accepted) ? " erased" : " not erased"));
-        if (!erased.is(Verdict::Accepted)) run_.listener.tell(could_not_erase(text));
+        const std::string text = std::to_string(number);
+        const Verdict verdict = erase_filler(number);
+        silent = verdict == Verdict::NoReply;
+        run_.log("Profile " + text + (verdict == Verdict::Accepted ? " erased" : " not erased"));
+        if (verdict != Verdict::Accepted) run_.listener.tell(could_not_erase(text));
     }
 }
 

@@ -23,14 +23,16 @@ class ProfileUpload {
     /// Writes one line of the profile section, what goes wrong recorded; no reply when the user
     /// gives up.
     [[nodiscard]] Verdict restore_line(const SetupLine& line);
-    /// Erases the profiles that only the numbering needed; one that cannot be erased is told.
+    /// Erases the profiles that only the numbering needed; one that cannot be erased is told, and
+    /// recorded as what went wrong.
     void erase_created();
 
   private:
     [[nodiscard]] bool clear_profile(int number);
     [[nodiscard]] bool CreateDeleteProfile(int number);
     [[nodiscard]] bool fill_numbers_below(int number);
-    [[nodiscard]] Reply erase_filler(int number);
+    [[nodiscard]] Verdict erase_filler(int number);
+    void list_not_erased(int number);
     [[nodiscard]] Verdict select_line(const SetupLine& line);
     [[nodiscard]] Verdict select_step_line(const SetupLine& line);
     [[nodiscard]] Verdict action_line(const SetupLine& line);

@@ -18,8 +18,7 @@ void TransferErrors::close_file() {
     file_.reset();
 }
 
-void TransferErrors::record_refusal(const std::string& response, float register_number,
-                                    float value) {
+void TransferErrors::record(const std::string& response, float register_number, float value) {
     const std::string number = plain_single(register_number);
     const std::string text = plain_single(value);
     if (file_) {

@@ -20,7 +20,7 @@ class TransferErrors {
 
     /// A write that the controller refused: a line of the error file, and one of the list of errors
     /// ahead of everything else.
-    void record_refusal(const std::string& response, float register_number, float value);
+    void record(const std::string& response, float register_number, float value);
     /// Anything else, at the end of the list.
     void list(const std::string& response, float register_number, const std::string& value,
               const std::string& kind = "Error");

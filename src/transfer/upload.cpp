@@ -86,8 +86,8 @@ void Upload::restore(const Plan& plan) {
         profiles.erase_created();
         throw;
     }
-    run_.errors.close_file();
     profiles.erase_created();
+    run_.errors.close_file();
     end(plan);
 }
 
