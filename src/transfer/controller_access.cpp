@@ -101,11 +101,16 @@ Reply ControllerAccess::WriteDataToControl(float Register_No, float DataValue) {
     Reply reply;
     for (int i = 0; i < kWriteAttempts && reply.is(Verdict::NoReply); ++i)
         reply = write_once(Register_No, DataValue);
-    if (!reply.is(Verdict::NoReply)) judge_write(reply, Register_No, DataValue);
+    judge_write(reply, Register_No, DataValue);
     return reply;
 }
 
+void ControllerAccess::list_silent(const Reply& reply, float register_number, float value) {
+    if (reply.is(Verdict::NoReply)) errors_.list("No reply", register_number, value);
+}
+
 void ControllerAccess::judge_write(const Reply& reply, float register_number, float value) {
+    if (reply.is(Verdict::NoReply)) return;
     // Characters 3 to 5 hold the function only while the address has one digit: with a longer
     // address no refusal is recognised here, so the error file stays empty and refusals do not
     // count. The list of errors gets them all the same, as any reply that is not the echo.
@@ -137,11 +142,13 @@ Reply ControllerAccess::write_once(float register_number, float value) {
 }
 
 bool ControllerAccess::DefaultControl() {
-    // Nothing depends on how these writes end: what counts is that the controller answers
-    // afterwards.
-    static_cast<void>(WriteDataToControl(kEraseKey1, kEraseValue1));
-    static_cast<void>(WriteDataToControl(kEraseKey2, kEraseValue2));
-    static_cast<void>(write_once(kEraseRegister, kEraseValue));
+    // It goes on however these writes end: what counts is that the controller answers afterwards.
+    // But a reset that was not taken leaves old settings standing, so it is listed.
+    list_silent(WriteDataToControl(kEraseKey1, kEraseValue1), kEraseKey1, kEraseValue1);
+    list_silent(WriteDataToControl(kEraseKey2, kEraseValue2), kEraseKey2, kEraseValue2);
+    const Reply reset = write_once(kEraseRegister, kEraseValue);
+    list_silent(reset, kEraseRegister, kEraseValue);
+    judge_write(reset, kEraseRegister, kEraseValue);
     for (int i = 0; i < kRestartReads && !cancel_.canceled; ++i) {
         if (!ReadDataFromControl(kModelRegister).failed()) return true;
         listener_.let_events_run();

@@ -111,6 +111,7 @@ class ControllerAccess {
     [[nodiscard]] Reading read_unlisted(float register_number);
     [[nodiscard]] std::string value_in(const std::string& reply) const;
     [[nodiscard]] Reading read_until_whole(float register_number);
+    void list_silent(const Reply& reply, float register_number, float value);
     void judge_write(const Reply& reply, float register_number, float value);
 
     Link& link_;
