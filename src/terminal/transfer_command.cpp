@@ -19,6 +19,7 @@ struct TransferOptions {
     int retries = 0;
     bool yes = false;
     bool compare = false;
+    bool incomplete = false;
     std::string profiles; // "yes" or "no", else not given
 };
 
@@ -30,6 +31,8 @@ bool answer_to(TransferQuestion question, const TransferOptions& options) {
         return options.yes;
     case TransferQuestion::UploadWithoutSequence:
         return !options.profiles.empty();
+    case TransferQuestion::IncompleteFile:
+        return options.incomplete;
     case TransferQuestion::HasProfiles:
         return options.profiles == "yes";
     }
@@ -183,6 +186,8 @@ void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen) {
                     "Erase a controller's settings and restore those of a file", restore);
     cli.get_subcommand("restore")->add_flag("--yes", restore_options->yes,
                                             "Erase the controller's settings without asking");
+    cli.get_subcommand("restore")->add_flag("--incomplete", restore_options->incomplete,
+                                            "Restore also a file without its end or its header");
     cli.get_subcommand("restore")
         ->add_option("--profiles", restore_options->profiles,
                      "Restore also without the model's .cds file: whether the model has profiles")

@@ -9,12 +9,17 @@ namespace pelvan {
 TransferResult Comparison::run(const std::string& file) {
     run_.listener.begun();
     run_.listener.working();
-    if (!same_model(file)) {
+    const SetupFile setup(file);
+    if (!setup.is_text()) {
+        run_.listener.tell(SetupFile::kNoText);
+        return {};
+    }
+    if (!same_model(setup)) {
         if (!run_.canceled()) run_.listener.tell("The file is of another model.");
         return {false, run_.errors.faults(), 0};
     }
     run_.log("******Beginning  Compare******");
-    compare_lines(file);
+    compare_lines(setup);
     if (run_.canceled()) {
         run_.log("*******Compare Canceled*******");
         return {false, run_.errors.faults(), differences_};
@@ -34,15 +39,14 @@ std::string Comparison::outcome() const {
            (differences_ == 1 ? " register." : " registers.");
 }
 
-bool Comparison::same_model(const std::string& file) {
+bool Comparison::same_model(const SetupFile& setup) {
     const Reading model = run_.access.read_model();
     if (model.failed()) {
         run_.cancel.canceled = true;
         return false;
     }
-    const auto setup = opentextfile(file);
     const auto number = static_cast<float>(leading_number(model.value));
-    if (model_in_header(skip_to_line(*setup, kModelLine + 1)) != number) return false;
+    if (setup.model() != number) return false;
     find_profiles(number);
     return true;
 }
@@ -54,18 +58,17 @@ void Comparison::find_profiles(float model) {
     if (sequence.has_profiles()) profiles_.emplace(run_, sequence.read_profile_registers());
 }
 
-void Comparison::compare_lines(const std::string& file) {
-    const int of = std::max(1, count_lines(file) - (kFirstSetupLine - 1));
-    run_.listener.progress(0, of);
-    const auto setup = opentextfile(file);
-    skip_to_line(*setup, kFirstSetupLine);
-    for (int done = 1; !setup->AtEndOfStream() && !run_.canceled(); ++done) {
-        const std::string text = setup->readline();
+void Comparison::compare_lines(const SetupFile& setup) {
+    const int of = std::max(1, static_cast<int>(setup.register_lines().size()));
+    int done = 0;
+    run_.listener.progress(done, of);
+    for (const std::string& text : setup.register_lines()) {
+        if (run_.canceled()) return;
         if (const auto line = parse_setup_line(text))
             compare_line(*line);
         else if (!text.empty())
             run_.errors.list_line(text);
-        run_.listener.progress(std::min(done, of), of);
+        run_.listener.progress(++done, of);
         run_.listener.let_events_run();
     }
     if (!run_.canceled()) check_step_count();
@@ -73,6 +76,9 @@ void Comparison::compare_lines(const std::string& file) {
 
 void Comparison::compare_line(const SetupLine& line) {
     ++compared_;
+    if (line.no_number)
+        run_.errors.list("Value is no number: " + *line.no_number, line.register_number,
+                         line.value);
     if (!profiles_) return compare_register(line);
     const ProfileRegisters& registers = profiles_->registers();
     if (line.register_number != registers.action) check_step_count();

@@ -19,9 +19,9 @@ class Comparison {
     [[nodiscard]] TransferResult run(const std::string& file);
 
   private:
-    [[nodiscard]] bool same_model(const std::string& file);
+    [[nodiscard]] bool same_model(const SetupFile& setup);
     void find_profiles(float model);
-    void compare_lines(const std::string& file);
+    void compare_lines(const SetupFile& setup);
     void compare_line(const SetupLine& line);
     [[nodiscard]] std::string outcome() const;
     void compare_profile_line(const SetupLine& line);

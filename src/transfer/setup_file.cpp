@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "text/numbers.h"
+#include "text/strings.h"
 
 namespace pelvan {
 namespace {
@@ -19,8 +20,8 @@ constexpr std::size_t kBehindColon = 3;
 
 /// A number of any size that a file may hold, as the single that values travel in.
 float single_from(std::string_view text) {
-    constexpr double kMost = std::numeric_limits<float>::max();
-    return static_cast<float>(std::clamp(leading_number(text), -kMost, kMost));
+    constexpr double kMax = std::numeric_limits<float>::max();
+    return static_cast<float>(std::clamp(leading_number(text), -kMax, kMax));
 }
 
 } // namespace
@@ -34,9 +35,45 @@ std::optional<float> GetRegNumber(std::string_view TextLine) {
 std::optional<SetupLine> parse_setup_line(std::string_view line) {
     const auto register_number = GetRegNumber(line);
     if (!register_number) return std::nullopt;
-    const auto blank = line.find(' ');
-    const auto value = blank == std::string_view::npos ? std::string_view() : line.substr(blank);
-    return SetupLine{*register_number, single_from(value)};
+    const auto space = line.find(' ');
+    const auto value = space == std::string_view::npos ? std::string_view() : line.substr(space);
+    SetupLine result{*register_number, single_from(value)};
+    if (!is_numeric(value)) result.no_number = shown(trim(value));
+    return result;
+}
+
+std::string shown(std::string_view text) {
+    constexpr std::size_t kShown = 80;
+    return std::string(text.substr(0, kShown));
+}
+
+SetupFile::SetupFile(const std::string& path) {
+    const auto reader = opentextfile(path);
+    while (is_text_ && !reader->AtEndOfStream()) {
+        lines_.push_back(reader->readline());
+        is_text_ = lines_.back().find('\0') == std::string::npos;
+    }
+}
+
+float SetupFile::model() const {
+    if (lines_.empty()) return model_in_header({});
+    // The line that a reader ends on which wants the model's: a shorter file has its last one
+    // there.
+    return model_in_header(lines_[std::min<std::size_t>(kModelLine, lines_.size()) - 1]);
+}
+
+std::span<const std::string> SetupFile::register_lines() const {
+    constexpr std::size_t kHeader = kFirstSetupLine - 1;
+    return std::span(lines_).subspan(std::min(kHeader, lines_.size()));
+}
+
+std::optional<std::string> SetupFile::lacks() const {
+    if (lines_.size() < kFirstSetupLine - 1) return "has less than its header.";
+    const auto last = std::find_if(lines_.rbegin(), lines_.rend(),
+                                   [](const std::string& line) { return !trim(line).empty(); });
+    if (last == lines_.rend() || trim(*last) != kLastSetupLine)
+        return std::string("does not end with the line ") + kLastSetupLine + ".";
+    return std::nullopt;
 }
 
 std::string header_date(const LocalTime& time) {

@@ -5,8 +5,10 @@
 
 #include <array>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/text_file.h"
 #include "platform/tick.h"
@@ -44,14 +46,16 @@ struct ControllerIdentity {
 struct SetupLine {
     float register_number = 0;
     float value = 0;
+    /// What stands in the place of the value when that is no number, cut to what can be shown;
+    /// the value is then the number that it begins with, or 0.
+    std::optional<std::string> no_number = {};
 };
 
 /// The register number in the digits that a line begins with; nothing without such a digit, which
 /// ends a sequence file's list.
 [[nodiscard]] std::optional<float> GetRegNumber(std::string_view TextLine);
 
-/// Register and value of a line; nothing when it begins with no register number. A value that is no
-/// number is 0.
+/// Register and value of a line; nothing when it begins with no register number.
 [[nodiscard]] std::optional<SetupLine> parse_setup_line(std::string_view line);
 
 /// "m/d/yyyy hh:mm:ss", month and day without leading zeros.
@@ -67,6 +71,31 @@ struct SetupLine {
 /// blank loses its first digit, so that such a file, which this program did not write, is refused
 /// as one of another model.
 [[nodiscard]] float model_in_header(std::string_view line);
+
+/// The beginning of a text from outside, as much as may be shown of it.
+[[nodiscard]] std::string shown(std::string_view text);
+
+/// A setup file, read whole before anything is done with it, so that nothing that happens to the
+/// file meanwhile leaves a controller half restored.
+class SetupFile {
+  public:
+    /// 53, 70, 75, 76 when the file cannot be read.
+    explicit SetupFile(const std::string& path);
+
+    /// False for a file with bytes that no text has; nothing else is known of it then.
+    [[nodiscard]] bool is_text() const { return is_text_; }
+    [[nodiscard]] float model() const;
+    /// The lines behind the header.
+    [[nodiscard]] std::span<const std::string> register_lines() const;
+    /// What the file lacks, as the end of a sentence; nothing when it is complete.
+    [[nodiscard]] std::optional<std::string> lacks() const;
+
+    static constexpr char kNoText[] = "The setup file is no text file.";
+
+  private:
+    bool is_text_ = true;
+    std::vector<std::string> lines_;
+};
 
 /// Whether a value stands for "nothing to save": such a register gets no line.
 [[nodiscard]] bool is_skip_mark(std::string_view value);

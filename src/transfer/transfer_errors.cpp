@@ -1,6 +1,11 @@
 #include "transfer/transfer_errors.h"
 
+#include <filesystem>
+#include <utility>
+
+#include "platform/run_time_error.h"
 #include "text/numbers.h"
+#include "transfer/setup_file.h"
 
 namespace pelvan {
 namespace {
@@ -13,18 +18,36 @@ std::string entry(const std::string& response, float register_number, const std:
 
 } // namespace
 
+void TransferErrors::open_file(const std::string& path) {
+    std::error_code ignored; // the file's own error tells it
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+    file_ = CreateTextFile(path, true);
+    path_ = path;
+}
+
+template <class Action> void TransferErrors::on_file(Action action) {
+    try {
+        if (file_) action();
+    } catch (const RunTimeError&) {
+        file_failed_ = true;
+        file_.reset();
+    }
+}
+
 void TransferErrors::close_file() {
-    if (file_) file_->Close();
+    on_file([this] { file_->Close(); });
     file_.reset();
+    if (!std::exchange(file_failed_, false)) return;
+    listener_.tell("The error file " + path_ + " could not be written: see the list of errors.");
 }
 
 void TransferErrors::record(const std::string& response, float register_number, float value) {
     const std::string number = plain_single(register_number);
     const std::string text = plain_single(value);
-    if (file_) {
+    on_file([&] {
         if (refusals_ == 0) file_->writeline("Response From Control\tReg No\tValue\t");
         file_->writeline(response + "\t" + number + "\t" + text + "\tError");
-    }
+    });
     listener_.list_error(entry(response, register_number, text, "Error"), refusals_);
     ++refusals_;
     ++faults_;
@@ -41,8 +64,7 @@ void TransferErrors::list(const std::string& response, float register_number, fl
 }
 
 void TransferErrors::list_line(const std::string& line) {
-    constexpr std::size_t kShown = 80;
-    listener_.list_error("Line without a register number: " + line.substr(0, kShown), {});
+    listener_.list_error("Line without a register number: " + shown(line), {});
     ++faults_;
 }
 

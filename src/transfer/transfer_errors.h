@@ -14,18 +14,20 @@ class TransferErrors {
   public:
     explicit TransferErrors(TransferListener& listener) : listener_(listener) {}
 
-    /// Creates the file for refused writes, emptied when it is there.
-    void open_file(const std::string& path) { file_ = CreateTextFile(path, true); }
+    /// Creates the file for refused writes, emptied when it is there, and its folder.
+    void open_file(const std::string& path);
+    /// Closes it, and tells when something could not be written to it.
     void close_file();
 
-    /// A write that the controller refused: a line of the error file, and one of the list of errors
-    /// ahead of everything else.
+    /// A write that the controller refused, or that should not have been in the setup file: a line
+    /// of the error file, and one of the list of errors ahead of everything else. A file that
+    /// cannot be written ends nothing.
     void record(const std::string& response, float register_number, float value);
     /// Anything else, at the end of the list.
     void list(const std::string& response, float register_number, const std::string& value,
               const std::string& kind = "Error");
     void list(const std::string& response, float register_number, float value);
-    /// A line of the setup file that says nothing.
+    /// A line of the setup file that names no register.
     void list_line(const std::string& line);
 
     [[nodiscard]] int refusals() const { return refusals_; }
@@ -33,8 +35,12 @@ class TransferErrors {
     [[nodiscard]] int faults() const { return faults_; }
 
   private:
+    template <class Action> void on_file(Action action);
+
     TransferListener& listener_;
+    std::string path_;
     std::unique_ptr<TextWriter> file_;
+    bool file_failed_ = false;
     int refusals_ = 0;
     int faults_ = 0;
 };

@@ -14,7 +14,13 @@ struct CancelFlag {
 };
 
 /// Questions that are answered with yes or no.
-enum class TransferQuestion { OverwriteFile, UploadWithoutSequence, HasProfiles, EraseSettings };
+enum class TransferQuestion {
+    OverwriteFile,
+    UploadWithoutSequence,
+    HasProfiles,
+    IncompleteFile,
+    EraseSettings
+};
 
 class TransferListener {
   public:

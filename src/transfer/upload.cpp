@@ -21,25 +21,35 @@ TransferResult Upload::run(const std::string& file) {
 
 /// Everything before the controller is changed; nothing when the user declines.
 std::optional<Upload::Plan> Upload::prepare(const std::string& file) {
+    Plan plan{SetupFile(file), 0, false, {}};
+    if (!plan.file.is_text()) {
+        run_.listener.tell(SetupFile::kNoText);
+        return std::nullopt;
+    }
     const Reading model = run_.access.read_model();
     if (model.failed()) {
         // The download's words, here too.
         run_.listener.tell(ControllerAccess::kCheckPort);
         return std::nullopt;
     }
-    Plan plan;
-    plan.file = file;
     plan.model = static_cast<float>(leading_number(model.value));
     run_.errors.open_file(
         reg_downloads_path(run_.directory, plain_single(plan.model) + "_Upload_Error.TXT"));
     run_.listener.begun();
-    if (find_profiles(plan) &&
-        run_.listener.confirm(TransferQuestion::EraseSettings,
-                              "This erase all current settings. Do you want to continue?"))
-        return plan;
+    if (find_profiles(plan) && confirm(plan)) return plan;
     run_.log("*******Upload Canceled*******");
     run_.listener.tell("Upload Canceled!");
     return std::nullopt;
+}
+
+bool Upload::confirm(const Plan& plan) {
+    const auto lacks = plan.file.lacks();
+    if (lacks && !run_.listener.confirm(TransferQuestion::IncompleteFile,
+                                        "The setup file " + *lacks +
+                                            " Do you want to restore it all the same?"))
+        return false;
+    return run_.listener.confirm(TransferQuestion::EraseSettings,
+                                 "This erase all current settings. Do you want to continue?");
 }
 
 bool Upload::find_profiles(Plan& plan) {
@@ -65,30 +75,48 @@ bool Upload::find_profiles(Plan& plan) {
 void Upload::restore(const Plan& plan) {
     run_.listener.working();
     ProfileUpload profiles(run_, plan.registers);
+    try {
+        completed_ = restore_all(plan, profiles);
+    } catch (const RunTimeError&) {
+        profiles.erase_created();
+        tell_partly_restored(plan);
+        throw;
+    }
+    if (completed_)
+        end(plan);
+    else
+        tell_partly_restored(plan);
+    run_.errors.close_file();
+}
+
+/// False when it ended early, which was told.
+bool Upload::restore_all(const Plan& plan, ProfileUpload& profiles) {
     if (!erase_settings(plan, profiles)) {
         if (run_.canceled())
             run_.log(kCanceledEntry);
         else
             run_.listener.tell("Communication Error,Upload Canceled.");
-        return;
+        return false;
     }
-    // Only now, with the settings erased, is the file looked at: the file of another model leaves
+    // Only now, with the settings erased, is the model looked at: the file of another model leaves
     // the controller at its presets. The order is meant to be so.
-    if (!model_matches(plan)) {
+    if (plan.file.model() != plan.model) {
         run_.listener.tell(
             "Model number from the controller does not match the model number from the text file "
             "so Upload of values is canceled.");
-        return;
+        return false;
     }
-    try {
-        upload_lines(plan, profiles);
-    } catch (const RunTimeError&) {
-        profiles.erase_created();
-        throw;
-    }
+    upload_lines(plan, profiles);
     profiles.erase_created();
-    run_.errors.close_file();
-    end(plan);
+    if (run_.canceled()) run_.log(kCanceledEntry);
+    return !run_.canceled();
+}
+
+void Upload::tell_partly_restored(const Plan& plan) {
+    run_.listener.tell(std::to_string(restored_) + " of " +
+                       std::to_string(plan.file.register_lines().size()) +
+                       " lines were restored. The controller's settings were erased and are only "
+                       "partly restored: restore the file again.");
 }
 
 bool Upload::put_presets_back() {
@@ -107,20 +135,16 @@ bool Upload::erase_settings(const Plan& plan, ProfileUpload& profiles) {
     return !plan.has_profiles || profiles.clear_profiles();
 }
 
-bool Upload::model_matches(const Plan& plan) {
-    const auto setup = opentextfile(plan.file);
-    return model_in_header(skip_to_line(*setup, kModelLine + 1)) == plan.model;
-}
-
 void Upload::upload_lines(const Plan& plan, ProfileUpload& profiles) {
-    const int of = std::max(1, count_lines(plan.file) - (kFirstSetupLine - 1));
+    const auto lines = plan.file.register_lines();
+    const int of = std::max(1, static_cast<int>(lines.size()));
     run_.listener.progress(0, of);
-    const auto setup = opentextfile(plan.file);
-    skip_to_line(*setup, kFirstSetupLine);
     run_.log("******Beginning  Upload******");
-    for (int done = 1; !setup->AtEndOfStream() && !run_.canceled(); ++done) {
-        upload_line(plan, profiles, setup->readline());
-        run_.listener.progress(std::min(done, of), of);
+    for (const std::string& line : lines) {
+        if (run_.canceled()) return;
+        upload_line(plan, profiles, line);
+        if (run_.canceled()) return;
+        run_.listener.progress(++restored_, of);
     }
 }
 
@@ -139,13 +163,14 @@ void Upload::upload_line(const Plan& plan, ProfileUpload& profiles, const std::s
         run_.cancel.canceled = true;
         return;
     }
+    if (line->no_number)
+        run_.errors.record("Value is no number: " + *line->no_number, line->register_number,
+                           line->value);
     run_.log(plain_single(line->register_number) + " " + plain_single(line->value) +
              (verdict == Verdict::Accepted ? " Successful" : " ***UNSUCCESSFUL***"));
 }
 
 void Upload::end(const Plan& plan) {
-    if (run_.canceled()) return run_.log(kCanceledEntry);
-    completed_ = true;
     run_.log("*******Upload Complete*******");
     run_.listener.tell("Upload Complete");
     if (run_.errors.refusals() > 0) return;

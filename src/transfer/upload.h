@@ -14,13 +14,13 @@ class Upload {
   public:
     explicit Upload(const TransferContext& context) : run_(context) {}
 
-    /// Asks, erases and restores. Raises the errors of files.
+    /// Asks, erases and restores. Raises the errors of files before it asks.
     [[nodiscard]] TransferResult run(const std::string& file);
 
   private:
     /// What is known when the questions are answered.
     struct Plan {
-        std::string file;
+        SetupFile file;
         float model = 0;
         bool has_profiles = false;
         ProfileRegisters registers;
@@ -28,16 +28,19 @@ class Upload {
 
     [[nodiscard]] std::optional<Plan> prepare(const std::string& file);
     [[nodiscard]] bool find_profiles(Plan& plan);
+    [[nodiscard]] bool confirm(const Plan& plan);
     void restore(const Plan& plan);
     [[nodiscard]] bool erase_settings(const Plan& plan, ProfileUpload& profiles);
     [[nodiscard]] bool put_presets_back();
-    [[nodiscard]] bool model_matches(const Plan& plan);
+    [[nodiscard]] bool restore_all(const Plan& plan, ProfileUpload& profiles);
+    void tell_partly_restored(const Plan& plan);
     void upload_lines(const Plan& plan, ProfileUpload& profiles);
     void upload_line(const Plan& plan, ProfileUpload& profiles, const std::string& text);
     void end(const Plan& plan);
 
     TransferRun run_;
     bool completed_ = false;
+    int restored_ = 0; // lines
 };
 
 } // namespace pelvan
