@@ -19,6 +19,7 @@ TransferResult Comparison::run(const std::string& file) {
         return {false, run_.errors.faults(), 0};
     }
     run_.log("******Beginning  Compare******");
+    run_.log("Profiles and registers that are not in the file are not compared.");
     compare_lines(setup);
     if (run_.canceled()) {
         run_.log("*******Compare Canceled*******");
@@ -126,13 +127,21 @@ void Comparison::select_step(const SetupLine& line) {
 }
 
 void Comparison::compare_register(const SetupLine& line) {
-    const Reading reading = run_.access.read(line.register_number);
-    if (reading.failed()) {
+    const Reading reading = run_.access.read_whole(line.register_number);
+    switch (reading.reply.verdict) {
+    case Verdict::NoReply:
         run_.cancel.canceled = true;
         return;
+    case Verdict::Refused: // or not sent at all
+        return run_.errors.list((reading.failed() ? "" : "Controller refused the read: ") +
+                                    reading.reply.text,
+                                line.register_number, line.value);
+    case Verdict::Damaged:
+        return run_.errors.list(reading.reply.text, line.register_number, line.value);
+    case Verdict::Accepted:
+        if (static_cast<float>(leading_number(reading.value)) != line.value)
+            list_difference(line, reading.value);
     }
-    if (static_cast<float>(leading_number(reading.value)) != line.value)
-        list_difference(line, reading.value);
 }
 
 void Comparison::list_difference(const SetupLine& line, const std::string& held) {

@@ -59,10 +59,7 @@ bool ControllerAccess::begins(const std::string& reply, const std::string& text)
 
 Reading ControllerAccess::read_unlisted(float register_number) {
     const std::string frame = request(kReadHolding, register_number, 1);
-    if (is_refusal(frame)) {
-        listener_.tell(frame);
-        return {{Verdict::Refused, frame}, kReadFailed};
-    }
+    if (is_refusal(frame)) return {{Verdict::Refused, frame}, kReadFailed};
     std::string text;
     for (int attempt = 0; attempt < kReadAttempts && text.empty(); ++attempt)
         text = exchange(frame);
@@ -84,8 +81,14 @@ std::string ControllerAccess::value_in(const std::string& reply) const {
     return space == std::string::npos ? std::string() : rest.substr(0, space);
 }
 
+/// Tells what is wrong with a request that could not be sent.
+void ControllerAccess::tell_unsent(const Reading& reading) {
+    if (reading.failed() && reading.reply.is(Verdict::Refused)) listener_.tell(reading.reply.text);
+}
+
 Reading ControllerAccess::ReadDataFromControl(float Register_No) {
     Reading reading = read_unlisted(Register_No);
+    tell_unsent(reading);
     if (!reading.failed() && !reading.reply.is(Verdict::Accepted))
         errors_.list(reading.reply.text, Register_No, reading.value);
     return reading;
@@ -164,8 +167,16 @@ Reading ControllerAccess::read_until_whole(float register_number) {
     return reading;
 }
 
+Reading ControllerAccess::read_whole(float register_number) {
+    Reading reading = read_until_whole(register_number);
+    while (reading.reply.is(Verdict::NoReply) && ask_retry())
+        reading = read_until_whole(register_number);
+    return reading;
+}
+
 Reading ControllerAccess::read_model() {
     Reading reading = read_until_whole(kModelRegister);
+    tell_unsent(reading);
     while (!reading.reply.is(Verdict::Accepted) && ask_retry())
         reading = read_until_whole(kModelRegister);
     if (reading.reply.is(Verdict::Accepted)) return reading;
@@ -174,10 +185,8 @@ Reading ControllerAccess::read_model() {
 }
 
 std::optional<int> ControllerAccess::read_number(float register_number) {
-    Reading reading = read_until_whole(register_number);
-    while (reading.failed() && ask_retry())
-        reading = read_until_whole(register_number);
-    if (reading.failed()) return std::nullopt;
+    const Reading reading = read_whole(register_number);
+    if (reading.reply.is(Verdict::NoReply)) return std::nullopt;
     if (reading.reply.is(Verdict::Accepted)) return static_cast<int>(leading_number(reading.value));
     errors_.list(reading.reply.text, register_number, reading.value);
     return 0;

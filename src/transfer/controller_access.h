@@ -83,6 +83,10 @@ class ControllerAccess {
     /// One write, once, recorded nowhere (blocks up to 250 ms).
     [[nodiscard]] Reply write_once(float register_number, float value);
 
+    /// A register's value, read again while replies are damaged, up to three times; lists and tells
+    /// nothing. Asks the user while there is no reply.
+    [[nodiscard]] Reading read_whole(float register_number);
+
     /// The model's number, which decides what is erased and written: read until a reply is whole.
     /// Asks the user while none is; failed when the user gives up (a damaged reply is listed then).
     [[nodiscard]] Reading read_model();
@@ -111,6 +115,7 @@ class ControllerAccess {
     [[nodiscard]] Reading read_unlisted(float register_number);
     [[nodiscard]] std::string value_in(const std::string& reply) const;
     [[nodiscard]] Reading read_until_whole(float register_number);
+    void tell_unsent(const Reading& reading);
     void list_silent(const Reply& reply, float register_number, float value);
     void judge_write(const Reply& reply, float register_number, float value);
 

@@ -25,9 +25,10 @@ class frm_DownloadParm : public Form, private TransferListener {
                        "This will download the registers from the controller to a text file."};
     Button cmdUpload{"cmdUpload", "Upload",
                      "This will upload the registers from a text file to the controller."};
-    Button cmdCompare{"cmdCompare", "Co&mpare with file",
-                      "Read every register of a text file from the controller and list the "
-                      "differences."};
+    Button cmdCompare{
+        "cmdCompare", "Co&mpare with file",
+        "Read every register of a text file from the controller and list the "
+        "differences. Profiles and registers that are not in the file are not looked at."};
     CheckBox chkCompare{"chkCompare", "Compare with &file after an upload",
                         "Read every register of the text file back after an upload."};
     Button cmdCancel{"cmdCancel", "&Cancel", "Cancel the transfer (Escape)."};
