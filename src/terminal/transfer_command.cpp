@@ -12,6 +12,8 @@ namespace {
 
 constexpr int kMaxAddress = 247;
 constexpr int kProgressStep = 10; // percent
+/// Between two retries, so that a cable that came off can be put back.
+constexpr int kRetryPauseMs = 1000;
 
 struct TransferOptions {
     std::string file;
@@ -44,7 +46,8 @@ class TerminalTransfer : public TransferListener {
   public:
     TerminalTransfer(TerminalApplication& terminal, TerminalEnvironment& environment,
                      const TransferOptions& options)
-        : terminal_(terminal), app_(terminal.app()), err_(environment.err), options_(options) {
+        : terminal_(terminal), app_(terminal.app()), err_(environment.err),
+          wait_ms_(environment.wait_ms), options_(options) {
         terminal.answer_retries(options.retries);
         terminal.on_events([this, &environment] {
             if (environment.stop) cancel_.canceled = true;
@@ -80,7 +83,9 @@ class TerminalTransfer : public TransferListener {
     }
     void let_events_run() override { app_.services.desktop.let_events_run(); }
     bool ask_retry(const std::string& text) override {
-        return ask(text, MessageButtons::RetryCancel) == MessageAnswer::Retry;
+        if (ask(text, MessageButtons::RetryCancel) != MessageAnswer::Retry) return false;
+        wait_ms_(kRetryPauseMs);
+        return true;
     }
     bool confirm(TransferQuestion question, const std::string& text) override {
         terminal_.answer_questions_yes(answer_to(question, options_));
@@ -101,6 +106,7 @@ class TerminalTransfer : public TransferListener {
     TerminalApplication& terminal_;
     Application& app_;
     std::ostream& err_;
+    const std::function<void(int ms)>& wait_ms_;
     const TransferOptions& options_;
     CancelFlag cancel_;
     std::vector<std::string> errors_;
@@ -163,7 +169,7 @@ std::shared_ptr<TransferOptions> add_command(CLI::App& cli, ChosenCommand& chose
         ->capture_default_str();
     command
         ->add_option("--retries", options->retries,
-                     "How often to try again when the controller stays silent")
+                     "How often to try again, a second later, when the controller stays silent")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
     command->callback([options, work, &chosen] {

@@ -41,6 +41,8 @@ TEST_F(TransferCommand, NothingHappensWithoutTheAnswerThatItNeeds) {
     EXPECT_TRUE(told("Upload Canceled!"));
     EXPECT_EQ(run("restore --yes " + dir.file("none.txt")), exit_code::kBadOption);
     EXPECT_EQ(run("save --address 0 " + file), exit_code::kBadOption);
+    int waits = 0;
+    on_wait = [&] { ++waits; }; // a second, for a cable that came off
     for (const int retries : {0, 2}) {
         EXPECT_EQ(run("save --address 9 --retries " + std::to_string(retries) + " " + file),
                   exit_code::kFailed);
@@ -50,6 +52,7 @@ TEST_F(TransferCommand, NothingHappensWithoutTheAnswerThatItNeeds) {
         EXPECT_EQ(err.str(), expected + "pelvan7: Download has been canceled. Need to check Comm "
                                         "Port Settings.\npelvan7: not completed\n");
     }
+    EXPECT_EQ(waits, 2);
 }
 
 TEST_F(TransferCommand, AnInterruptEndsAsACancel) {
