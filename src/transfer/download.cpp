@@ -30,8 +30,8 @@ TransferResult Download::run() {
         run_.log("*******Download Sequence Complete*******");
         if (plan->sequence.has_profiles()) download_profiles(*plan);
     }
-    end(*plan->setup);
-    return {!run_.canceled(), run_.errors.faults(), 0};
+    end(*plan);
+    return {!run_.canceled() && listed_ > 0, run_.errors.faults(), 0};
 }
 
 std::optional<Download::Plan> Download::prepare() {
@@ -105,11 +105,12 @@ std::string Download::read_for_header(float register_number) {
 }
 
 void Download::download_registers(Plan& plan) {
-    for (int done = 1; const auto register_number = plan.sequence.next_register(); ++done) {
+    while (const auto register_number = plan.sequence.next_register()) {
+        ++listed_;
         if (!download_register(*register_number, plan))
             run_.cancel.canceled = true;
         else
-            run_.listener.progress(std::min(done, plan.registers), plan.registers);
+            run_.listener.progress(std::min(listed_, plan.registers), plan.registers);
         if (run_.canceled()) return;
     }
     // The list may have ended before the file did.
@@ -153,14 +154,16 @@ void Download::download_profiles(Plan& plan) {
         plan.setup->writeline(held_.lines.at(i));
 }
 
-void Download::end(TextWriter& setup) {
+void Download::end(Plan& plan) {
     if (run_.canceled())
         run_.log("*******Download Canceled*******");
     else
-        setup.writeline(kLastSetupLine);
-    setup.Close();
+        plan.setup->writeline(kLastSetupLine);
+    plan.setup->Close();
     if (run_.canceled())
         run_.listener.tell("Download was Canceled.", "Download Canceled");
+    else if (listed_ == 0)
+        run_.listener.tell("The file " + plan.model + ".cds names no register: none was saved.");
     else
         run_.listener.tell("Downloading Process Complete.", "Download Complete");
 }

@@ -43,11 +43,12 @@ class Download {
     [[nodiscard]] bool download_register(float register_number, Plan& plan);
     [[nodiscard]] bool hold_back(const std::string& line);
     void download_profiles(Plan& plan);
-    void end(TextWriter& setup);
+    void end(Plan& plan);
 
     TransferRun run_;
     Clock& clock_;
     HeldBack held_;
+    int listed_ = 0; // registers that the .cds names
 };
 
 } // namespace pelvan

@@ -16,6 +16,13 @@ std::string next_line(TextReader& reader) {
     return reader.AtEndOfStream() ? std::string() : reader.readline();
 }
 
+/// A first line without the mark that some editors put before UTF-8.
+std::string without_mark(std::string line) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    if (line.starts_with(kMark)) line.erase(0, kMark.size());
+    return line;
+}
+
 /// The selecting registers, one a line, in this order at the head of a .pds.
 constexpr std::array<float ProfileSequence::*, 6> kSelectors{
     &ProfileSequence::profile_number, &ProfileSequence::step_number,
@@ -63,7 +70,7 @@ class ProfileSequenceReader {
 
 SequenceFile::SequenceFile(const std::string& path) : reader_(opentextfile(path)) {
     // Only the first three characters count, trimmed: a blank ahead of the word hides it.
-    has_profiles_ = upper_case(trim(next_line(*reader_).substr(0, 3))) == "YES";
+    has_profiles_ = upper_case(trim(without_mark(next_line(*reader_)).substr(0, 3))) == "YES";
 }
 
 ProfileRegisters SequenceFile::read_profile_registers() {
@@ -88,7 +95,7 @@ std::optional<ProfileSequence> read_profile_sequence(const std::string& path, in
     ProfileSequenceReader lines;
     while (!reader->AtEndOfStream()) {
         bad_line = reader->Line();
-        if (!lines.take(reader->readline())) return std::nullopt;
+        if (!lines.take(without_mark(reader->readline()))) return std::nullopt;
     }
     bad_line = reader->Line();
     if (!lines.complete()) return std::nullopt;
