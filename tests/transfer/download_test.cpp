@@ -60,8 +60,9 @@ TEST_F(DownloadTest, StopsBeforeAnythingIsCreated) {
     write_file(path("a.txt"), "old");
     EXPECT_EQ(messages(), Lines{"File already exists. Do you want to overwrite this file?"});
     EXPECT_EQ(saved("a.txt"), "old");
-    EXPECT_TRUE(download({true}).completed);
+    EXPECT_FALSE(download({true}).completed);
     EXPECT_EQ(body(), "25 0\r\n");
+    EXPECT_EQ(ui.messages.back(), "The file 742.cds names no register: none was saved.");
 }
 
 TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {

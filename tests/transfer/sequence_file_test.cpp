@@ -14,6 +14,7 @@ TEST(SequenceFile, FlagInThreeCharactersAndAListFromLineFiveToALineWithoutADigit
         {" YES\n1\n2\n3\n5 a\n\n6 b\n", false, {5}},
         {"YE S\r\n1\r\n2\r\n3\r\n", false, {}},
         {"YES", true, {}},
+        {"\xEF\xBB\xBFyes\r\n1\r\n2\r\n3\r\n7", true, {7}}, // a mark of UTF-8
         {"", false, {}}};
     for (const auto& [text, flag, registers] : cases) {
         write_file(dir.file("a.cds"), text);

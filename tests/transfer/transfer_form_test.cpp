@@ -23,7 +23,8 @@ class TransferForm : public ScriptedController {
         EXPECT_EQ(form.ProgressBar1.Value(), 0);
     }
     void write_setup(const std::string& body) {
-        write_file(path("a.txt"), "*\r\n   Model #:  742\r\n\r\n\r\n\r\n\r\n*\r\n" + body);
+        write_file(path("a.txt"),
+                   "*\r\n   Model #:  742\r\n\r\n\r\n\r\n\r\n*\r\n" + body + "25 0\r\n");
     }
 
     FakeDesktop desktop;

@@ -1,5 +1,6 @@
 #include "scripted_controller.h"
 #include "support/error_of.h"
+#include "support/file_size_limit.h"
 
 namespace pelvan::testing {
 namespace {
@@ -7,37 +8,62 @@ namespace {
 const Writes kErase{{1789, 1512}, {1415, 1600}, {1602, 800}};
 constexpr char kEraseQuestion[] = "This erase all current settings. Do you want to continue?";
 const std::string kRefusal = "1 134 3 2 97 "; // the reply to a refused write
+constexpr char kMismatch[] =
+    "Model number from the controller does not match the model number from the text file so Upload "
+    "of values is canceled.";
+
+std::string partly(int done, int of) {
+    return std::to_string(done) + " of " + std::to_string(of) +
+           " lines were restored. The controller's settings were erased and are only partly "
+           "restored: restore the file again.";
+}
 
 class UploadTest : public ScriptedController {
   protected:
     UploadTest() { write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n"); }
 
+    /// The last line is added.
     void write_setup(const std::string& body, const std::string& model = "  742") {
-        write_file(path("a.txt"), "*\r\n   Model #:" + model + "\r\n\r\n\r\n\r\n\r\n*\r\n" + body);
+        write_file(path("a.txt"),
+                   "*\r\n   Model #:" + model + "\r\n\r\n\r\n\r\n\r\n*\r\n" + body + "25 0\r\n");
     }
-    /// Writes behind the erase.
+    /// Writes between the erase and the last line.
     Writes restored() {
         EXPECT_GE(writes.size(), kErase.size());
         EXPECT_TRUE(std::equal(kErase.begin(), kErase.end(), writes.begin()));
-        return {writes.begin() + 3, writes.end()};
+        const bool ended = writes.back() == std::pair{25, 0};
+        return {writes.begin() + 3, writes.end() - (ended ? 1 : 0)};
     }
 };
 
 TEST_F(UploadTest, WritesEveryLineInOrder) {
-    write_setup("5 1\r\n\r\n6  -12\r\n7\r\n8 77<--CRC\r\n9 cter\r\n10x3 4\r\n25 0\r\n");
+    write_setup("5 1\r\n\r\n6  -12\r\n7\r\n8 77<--CRC\r\n9 cter\r\n10x3 4\r\n");
     write_file(path("742_ERROR.TXT"), "x");
     ui.errors = {"old"};
     EXPECT_TRUE(upload().completed);
-    EXPECT_EQ(restored(), (Writes{{5, 1}, {6, -12}, {7, 0}, {8, 77}, {9, 0}, {10, 4}, {25, 0}}))
+    EXPECT_EQ(restored(), (Writes{{5, 1}, {6, -12}, {7, 0}, {8, 77}, {9, 0}, {10, 4}}))
         << "the empty line has none";
     EXPECT_EQ(ui.steps, (Lines{"******Erasing Old Settings******", "******Beginning  Upload******",
                                "5 1 Successful", "6 -12 Successful", "7 0 Successful",
                                "8 77 Successful", "9 0 Successful", "10 4 Successful",
                                "25 0 Successful", "*******Upload Complete*******"}));
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Upload Complete"}));
-    EXPECT_EQ(ui.errors, Lines{});
     EXPECT_EQ(ui.share, 1);
-    EXPECT_TRUE(exists("742_Upload_Error.TXT"));
+    const auto entry = [](const std::string& value, const std::string& line) {
+        return "Value is no number: " + value + "               " + line + "    Error";
+    };
+    EXPECT_EQ(ui.errors, (Lines{entry("", "7           0"), entry("77<--CRC", "8           77"),
+                                entry("cter", "9           0")}));
+    EXPECT_EQ(saved("742_Upload_Error.TXT"), "Response From Control\tReg No\tValue\t\r\n"
+                                             "Value is no number: \t7\t0\tError\r\n"
+                                             "Value is no number: 77<--CRC\t8\t77\tError\r\n"
+                                             "Value is no number: cter\t9\t0\tError\r\n");
+    EXPECT_TRUE(exists("742_ERROR.TXT"));
+    EXPECT_EQ(compare().faults, 3); // against what was just written
+    EXPECT_EQ(ui.messages.back(), "No difference was found, but not everything could be compared.");
+
+    write_setup("5 1\r\n");
+    EXPECT_EQ(upload().faults, 0);
     EXPECT_EQ(saved("742_Upload_Error.TXT"), "");
     EXPECT_FALSE(exists("742_ERROR.TXT"));
 }
@@ -72,9 +98,7 @@ TEST_F(UploadTest, ErasesBeforeItFindsTheModelsDifferent) {
         write_setup("5 1\r\n", model);
         EXPECT_FALSE(upload().completed);
         EXPECT_EQ(restored(), Writes{}) << model;
-        EXPECT_EQ(ui.messages.back(),
-                  "Model number from the controller does not match the model number from the text "
-                  "file so Upload of values is canceled.");
+        EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, kMismatch, partly(0, 2)}));
     }
 }
 
@@ -110,7 +134,7 @@ TEST_F(UploadTest, AControllerSilentAfterTheEraseIsAskedAgain) {
     };
     upload({true, true, false});
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Comm Error!", "Comm Error!, Retry or Cancel",
-                                  "Communication Error,Upload Canceled."}));
+                                  "Communication Error,Upload Canceled.", partly(0, 2)}));
     EXPECT_EQ(writes.size(), 6U) << "the erase was done twice, nothing else";
     EXPECT_EQ(reads[0], 13 * 3);
 }
@@ -121,30 +145,109 @@ TEST_F(UploadTest, AWriteWithoutAReplyIsRepeatedAndThenAskedFor) {
     EXPECT_FALSE(upload({true, true, false}).completed);
     EXPECT_EQ(restored().size(), 5U + 10U);
     EXPECT_EQ(ui.steps.back(), "Download Canceled ");
-    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Comm Error!", "Comm Error!"}));
+    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Comm Error!", "Comm Error!", partly(1, 4)}));
 }
 
 TEST_F(UploadTest, FilesAndFoldersThatAreMissing) {
     EXPECT_EQ(error_of([&] { upload(); }), error_number::kFileNotFound);
     EXPECT_EQ(error_of([&] { compare(); }), error_number::kFileNotFound);
+    EXPECT_EQ(ui.messages, Lines{}) << "found out before any question";
+    write_setup("5 1\r\n");
+    std::filesystem::rename(path("a.txt"), rig.dir.file("b.txt"));
     std::filesystem::remove_all(rig.dir.file("Reg Downloads"));
-    EXPECT_EQ(error_of([&] { upload(); }), error_number::kPathNotFound);
+    const auto restore = [&] {
+        ui.answers = {true};
+        return transfer<Upload>(rig.dir.file("b.txt"));
+    };
+    EXPECT_TRUE(restore().completed) << "the folder is made";
+    EXPECT_TRUE(exists("742_Upload_Error.TXT"));
+    std::filesystem::remove_all(rig.dir.file("Reg Downloads"));
+    write_file(rig.dir.file("Reg Downloads"), "");
+    EXPECT_NE(error_of([&] { static_cast<void>(restore()); }), 0);
     EXPECT_EQ(writes, Writes{}) << "nothing is erased without a place for the error file";
+}
+
+TEST_F(UploadTest, AFullDiskUnderTheErrorFileDoesNotEndIt) {
+    write_setup("5 1\r\n6 2\r\n");
+    refused = {5};
+    const FileSizeLimit limit(20);
+    EXPECT_TRUE(upload().completed);
+    EXPECT_EQ(restored(), (Writes{{5, 1}, {6, 2}}));
+    EXPECT_EQ(ui.messages.back(), "The error file " + path("742_Upload_Error.TXT") +
+                                      " could not be written: see the list of errors.");
+}
+
+TEST_F(UploadTest, ADamagedReplyToTheModelErasesNothing) {
+    write_setup("5 1\r\n");
+    for (const std::string& reply :
+         {bytes("01 03 02 02 E7 00 00"), frame("01 03 02 02"), frame("01 83 02")}) {
+        instead[0] = reply;
+        EXPECT_FALSE(upload({true, false, true, true}).completed);
+        EXPECT_EQ(writes, Writes{});
+        EXPECT_EQ(ui.messages,
+                  (Lines{"Comm Error!", "Comm Error!",
+                         "Download has been canceled. Need to check Comm Port Settings."}));
+        EXPECT_EQ(ui.errors.size(), 1U);
+        EXPECT_FALSE(compare().completed);
+    }
+}
+
+TEST_F(UploadTest, WhatIsMissingInTheFileIsToldBeforeTheErase) {
+    const std::string head = "*\n   Model #:  742\n\n\n\n\n*\n";
+    const std::string again = " Do you want to restore it all the same?";
+    for (const auto& [text, what] : {std::pair{head + "5 1\n", "does not end with the line 25 0."},
+                                     std::pair{head.substr(0, 20), "has less than its header."}}) {
+        write_file(path("a.txt"), text);
+        upload({false});
+        EXPECT_EQ(ui.messages,
+                  (Lines{std::string("The setup file ") + what + again, "Upload Canceled!"}));
+        EXPECT_EQ(writes, Writes{});
+        upload({true, true});
+        EXPECT_EQ(ui.messages[1], kEraseQuestion);
+    }
+    write_file(path("a.txt"), head + std::string("5 \0001\n25 0\n", 11));
+    upload();
+    EXPECT_EQ(ui.messages, Lines{"The setup file is no text file."});
+    compare();
+    EXPECT_EQ(ui.messages, Lines{"The setup file is no text file."});
+}
+
+TEST_F(UploadTest, AResetWithoutItsEchoIsListed) {
+    write_setup("");
+    refused = {1602};
+    EXPECT_EQ(upload().faults, 1);
+    EXPECT_EQ(ui.errors, Lines{kRefusal + "               1602           800    Error"});
+    refused.clear();
+    silent = {{1789, 5}, {1602, 1}};
+    EXPECT_TRUE(upload().completed);
+    EXPECT_EQ(ui.errors, (Lines{"No reply               1789           1512    Error",
+                                "No reply               1602           800    Error"}));
+}
+
+TEST_F(UploadTest, ComparingListsWhatCannotBeRead) {
+    write_setup("5 2\r\n70000 1\r\n6 1\r\n7 7\r\n");
+    registers.insert({{7, 7}, {25, 0}});
+    instead[6] = frame("02 03 02 00 01");
+    const TransferResult result = compare();
+    EXPECT_EQ(result.differences, 0);
+    ASSERT_EQ(result.faults, 3);
+    EXPECT_TRUE(ui.errors[0].starts_with("Controller refused the read: 1 131 2 ")) << ui.errors[0];
+    EXPECT_EQ(ui.errors[1], "Bad REGISTER entered.               70000           1    Error");
+    EXPECT_TRUE(ui.errors[2].starts_with("2 3 2 1 "));
+    EXPECT_EQ(ui.messages, Lines{"No difference was found, but not everything could be compared."});
 }
 
 TEST_F(UploadTest, SetupFilesOfAnyContent) {
     const std::string head = "*\n   Model #:  742\n\n\n\n\n*\n";
     const std::pair<std::string, Writes> cases[] = {
         {"", {}},
-        {"*\n   Model #:  74", {}},
         {"*\n   Model #:  1e99\n\n\n\n\n*\n5 1\n", {}},
         {"*\nab742\n\n\n\n\n*\n5 1\n", {{5, 1}}},
-        {head + "5 1\n6 2", {{5, 1}, {6, 2}}},
         {head + "5 1e99\n6 99999999999999999999\nx 1\n 7 3\n8 4\n", {{8, 4}}},
     };
     for (const auto& [text, expected] : cases) {
         write_file(path("a.txt"), text);
-        upload();
+        upload({true, true}); // the first is about the missing end
         EXPECT_EQ(restored(), expected) << text;
     }
 }
@@ -166,34 +269,48 @@ TEST_F(ProfileUploadTest, AllProfilesAreClearedAcrossGaps) {
         if (number == 5002 && value == 2) steps.erase(selected);
         registers[4040] = steps.contains(selected) ? steps[selected] : 0;
     };
-    write_setup("25 0\r\n");
+    write_setup("");
     EXPECT_TRUE(upload().completed);
     EXPECT_TRUE(steps.empty());
     EXPECT_EQ(ui.steps[2], "Profile 3 erased");
 }
 
 TEST_F(ProfileUploadTest, ANumberThatCannotBeFilledEndsTheUpload) {
-    write_setup("5000 2\r\n5002 1\r\n25 0\r\n");
+    write_setup("5000 2\r\n5002 1\r\n");
     silent[5002] = 1000;
     EXPECT_FALSE(upload().completed);
-    EXPECT_EQ(ui.messages.back(), "Comm Error when creating the Delete Profile. Upload Canceled!");
+    EXPECT_EQ(ui.messages[1], "Comm Error when creating the Delete Profile. Upload Canceled!");
     EXPECT_NE(writes.back(), (std::pair{25, 0}));
 }
 
-TEST_F(ProfileUploadTest, ALineThatGoesSilentIsToldOnceForAllFillingProfiles) {
-    write_setup("5000 4\r\n5002 1\r\n25 0\r\n");
-    on_write = [&](int number, int) {
-        if (number == 25) silent[5000] = 1000;
+TEST_F(ProfileUploadTest, FillingProfilesThatCannotBeErasedAreToldAndListed) {
+    const auto told = [](const std::string& number) {
+        return "Could not erase a profile that the program created to keep the indexing correct. "
+               "Profile Number " +
+               number +
+               " did not exist in the upload file. You should manually delete Profile "
+               "Number " +
+               number + ".";
     };
-    upload();
-    EXPECT_EQ(ui.messages,
-              (Lines{kEraseQuestion,
-                     "Could not erase a profile that the program created to keep the indexing "
-                     "correct. Profile Number 1 did not exist in the upload file. You should "
-                     "manually delete Profile Number 1.",
-                     "Upload Complete"}));
-    EXPECT_EQ(ui.errors, (Lines{"Profile not erased               5000           2    Error",
-                                "Profile not erased               5000           3    Error"}));
+    write_setup("5000 3\r\n5002 1\r\n");
+    on_write = [&](int number, int) {
+        if (number == 25) silent[5000] = 1000; // told once for a line that went silent
+    };
+    EXPECT_EQ(upload().faults, 2);
+    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, told("1"), "Upload Complete"}));
+    EXPECT_EQ(ui.errors, (Lines{"Profile not erased               5000           1    Error",
+                                "Profile not erased               5000           2    Error"}));
+    silent.clear();
+    on_write = [&](int number, int) {
+        if (number != 25) return;
+        registers[4040] = 1;
+        refused = {5002};
+    };
+    EXPECT_EQ(upload().faults, 2);
+    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, told("1"), told("2"), "Upload Complete"}));
+    EXPECT_EQ(saved("742_Upload_Error.TXT"), "Response From Control\tReg No\tValue\t\r\n" +
+                                                 kRefusal + "\t5002\t2\tError\r\n" + kRefusal +
+                                                 "\t5002\t2\tError\r\n");
 }
 
 TEST_F(ProfileUploadTest, ComparingSelectsProfilesAndCountsTheStepsOfEach) {
@@ -215,7 +332,7 @@ TEST_F(ProfileUploadTest, ComparingSelectsProfilesAndCountsTheStepsOfEach) {
 TEST_F(ProfileUploadTest, NothingIsWrittenIntoWhatWasNotSelectedOrErased) {
     // Faults and the last of them; `last_writes` are those ahead of the last line's.
     const auto restore = [&](const std::string& setup, int refusing, Writes last_writes) {
-        write_setup(setup + "25 0\r\n");
+        write_setup(setup);
         refused = {refusing};
         const int faults = upload().faults;
         last_writes.emplace_back(25, 0);
