@@ -114,7 +114,7 @@ class FakeSerialPort : public SerialPort {
     void fail_next(const std::string& operation, int number) {
         failures_[operation].push_back(number);
     }
-    /// The events' names, one blank between them.
+    /// The events' names, one space between them.
     [[nodiscard]] std::string history() const {
         std::string out;
         for (const Event& event : events)

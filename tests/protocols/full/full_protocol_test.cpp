@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "protocols/full/full_protocol.h"
 #include "support/frames.h"
 #include "support/serial_rig.h"
@@ -63,13 +65,46 @@ TEST_F(FullTest, DialoguesAndTheirOutcomes) {
 }
 
 TEST_F(FullTest, ErrorCodesInWords) {
-    const std::vector<std::pair<const char*, const char*>> cases{
-        {"29", "Unknown Error"},   {"36", "Unknown Error"},       {"8", "Noise error"},
-        {"9", "Unknown Error"},    {"20", "Command not found"},   {"41", "Asterisk expected"},
-        {"25.5", "Unknown Error"}, {"nothing", "No comms error"},
+    const std::string unknown = "Unknown Error";
+    const std::map<int, std::string> texts{
+        {0, "No comms error"},
+        {1, "Transmit buffer overflow"},
+        {2, "Receive buffer overflow"},
+        {3, "Framing error"},
+        {4, "Overrun error"},
+        {5, "Parity error"},
+        {6, "Talking out of turn"},
+        {7, "Invalid reply"},
+        {8, "Noise error"},
+        {20, "Command not found"},
+        {21, "Parameter not found"},
+        {22, "Incomplete command line"},
+        {23, "Invalid character"},
+        {24, "Number of character overflow"},
+        {25, "Input out of limit"},
+        {26, "Read only command"},
+        {27, "Write only command"},
+        {28, "Parameter not active"},
+        {30, "Request to RUN invalid"},
+        {31, "Request to HOLD invalid"},
+        {32, "Command invalid in RUN mode"},
+        {33, "Command invalid in HOLD mode"},
+        {34, "Output 3 is not an Event"},
+        {35, "Output 4 is not an Event"},
+        {38, "Asterisk not allowed"},
+        {39, "Infinite loop error"},
+        {40, "Output 2 is not an Event"},
+        {41, "Asterisk expected"},
     };
-    for (const auto& [code, text] : cases)
-        EXPECT_EQ(run("= SP1 1", std::string("1^|!|^|{") + code + "}"), text) << code;
+    const auto text_of = [&](const std::string& code) {
+        return run("= SP1 1", "1^|!|^|{" + code + "}");
+    };
+    for (int code = -1; code <= 43; ++code) {
+        const auto text = texts.find(code);
+        EXPECT_EQ(text_of(std::to_string(code)), text == texts.end() ? unknown : text->second);
+    }
+    EXPECT_EQ(text_of("25.5"), unknown);
+    EXPECT_EQ(text_of("nothing"), texts.at(0));
 }
 
 TEST_F(FullTest, AddressesAndTheMessageForABadOne) {

@@ -111,13 +111,13 @@ TEST_F(TelluraTest, ChecksAndReadsReplies) {
         {bcc, head + "8 00 00 00 10 03 B0", ""},
         {crc, head + "1 00 00 00 02 E6 10 03 FB 03", "02 E6"},
         {crc, head + "1 00 00 00 02 E6 10 03 03 FB", "fails"},
-        {bcc, "10 02 01 02 03 04 10 03 F6", "fails"}, // sound but too short
+        {bcc, "10 02 01 02 03 04 10 03 F6", "fails"}, // fits but is too short
     };
     for (const auto& [check, hex, data] : cases) {
         prot.set_check(check);
         const std::string reply = bytes(hex);
-        const bool sound = prot.CheckReply(reply);
-        EXPECT_EQ(sound ? TelluraProt::DisplayPacket(prot.ReadReply(reply).data) : "fails", data)
+        const bool valid = prot.CheckReply(reply);
+        EXPECT_EQ(valid ? TelluraProt::DisplayPacket(prot.ReadReply(reply).data) : "fails", data)
             << hex;
     }
     EXPECT_EQ(prot.ReadReply(bytes("10 02 00 08 41 50 00 00 10 03 67 00")).status, 0x50U);
