@@ -111,7 +111,13 @@ void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
     const bool handshaking = host_.selected_protocol() == kXonProtocol;
     const bool stored = settings_.store(index, typed, handshaking);
     if (stored) set_changed(index, false); // nothing is left to ask about
-    settings_.rebuild();
+    try {
+        settings_.rebuild();
+    } catch (const RunTimeError&) {
+        // Too many channels in the file: those that were built work, and this one is saved.
+        if (stored) Unload();
+        throw;
+    }
     if (say_unless(stored, "The settings") && offer_missing_channels(index)) Unload();
 }
 

@@ -175,13 +175,17 @@ TEST_F(CommsSettingsTest, LockActsOnTheModbusFrameAlone) {
     }
 }
 
-TEST_F(CommsSettingsTest, AFifthChannelIsReportedAndTheFrameFilledAllTheSame) {
+TEST_F(CommsSettingsTest, AFifthChannelIsReportedAndTheWindowWorksAllTheSame) {
     EXPECT_THROW(rig.build(Texts(5, "1;9600,N,8,1;0")), RunTimeError);
     EXPECT_THROW(form.Show(), RunTimeError);
     EXPECT_TRUE(form.fram_Protocol[0].Visible());
     EXPECT_EQ(form.txt_Port[0].Text(), "1");
-    EXPECT_TRUE(form.Unload());
+    type(0, "3;9600;N;8;1");
+    EXPECT_THROW(form.cmd_SaveChanges[0].press(), RunTimeError);
+    EXPECT_EQ(key("DEVICE 0 COMM PORT "), "3");
+    EXPECT_FALSE(form.Visible());
     EXPECT_FALSE(holds.back());
+    EXPECT_TRUE(rig.dialogs.shown.empty());
 }
 
 } // namespace
