@@ -20,6 +20,15 @@ std::string date_and_time(const LocalTime& now) {
     return date_text(now) + ", " + time_text(now);
 }
 
+std::string write_question(const std::vector<int>& rows) {
+    std::string numbers;
+    for (const int row : rows)
+        numbers += (numbers.empty() ? "" : ", ") + plain_number(row);
+    const bool one = rows.size() == 1;
+    return (one ? "Row " : "Rows ") + numbers + " of this log set " + (one ? "writes" : "write") +
+           " to a controller with every pass, instead of reading. Poll this set all the same?";
+}
+
 } // namespace
 
 /// Marks the pass as under way for as long as it lives.
@@ -51,6 +60,7 @@ void DataLogger::reset() {
     timer_.stop();
     timer_.reset_count();
     set_ = LogSet{};
+    writes_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     last_pass_.reset();
     set_port_message("");
@@ -92,14 +102,14 @@ void DataLogger::read_set(const std::string& file) {
         read_log_set(file, path_in(services_.application_directory, kDefaultLogFile), set_);
     set_file_name(set_.file_name);
     set_interval(set_.interval_seconds);
+    writes_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     set_replaced.raise();
     if (!complete) throw RunTimeError(error_number::kSubscript);
 }
 
 void DataLogger::apply_start_mode(const std::string& file) {
-    if (starts_when_loaded(file)) {
-        RunLoggingPass();
+    if (starts_when_loaded(file) && RunLoggingPass()) {
         pass_ended();
         return;
     }
@@ -114,13 +124,25 @@ void DataLogger::WriteLogSet(const std::string& file) const {
     write_log_set(set_, file);
 }
 
-void DataLogger::start() {
+bool DataLogger::start() {
+    if (!may_poll()) return false;
     state_.gLogBufferCount = kNothingAdded;
     RunLoggingPass(); // the first values appear without waiting one interval
     // What was counted before an earlier stop may be more than the interval, and the test for
     // equality would then never be met.
     timer_.reset_count();
     pass_ended();
+    return true;
+}
+
+bool DataLogger::may_poll() {
+    const std::vector<int> rows = set_.writing_rows();
+    if (writes_allowed_ || rows.empty()) return true;
+    const LoggingTimer::Pause pause(timer_); // no tick asks again while the box stands
+    writes_allowed_ = services_.dialogs.message_box(write_question(rows), "WARNING",
+                                                    MessageButtons::YesNoPreferNo,
+                                                    MessageIcon::Exclamation) == MessageAnswer::Yes;
+    return writes_allowed_;
 }
 
 bool DataLogger::stop() {
@@ -156,8 +178,12 @@ void DataLogger::close() {
     if (set_.log_to_file) FlushLogBuffer();
 }
 
-void DataLogger::RunLoggingPass() {
-    if (in_pass_) return; // a message box of a pass stands; no second pass inside the first
+bool DataLogger::RunLoggingPass() {
+    if (in_pass_) return true; // a message box of a pass stands; no second pass inside the first
+    if (!may_poll()) {
+        end_logging();
+        return false;
+    }
     const LoggingTimer::Pause pause(timer_);
     timer_.start(); // goes on behind the pass, unless somebody stops it meanwhile
     try {
@@ -170,6 +196,7 @@ void DataLogger::RunLoggingPass() {
         throw;
     }
     status_changed.raise();
+    return true;
 }
 
 void DataLogger::end_logging() {

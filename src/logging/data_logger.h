@@ -47,8 +47,13 @@ class DataLogger {
     /// A failed write goes unnoticed.
     void WriteLogSet(const std::string& file) const;
 
-    /// Runs a pass at once, then one at every interval. Blocks for the pass.
-    void start();
+    /// The set may write to controllers: nothing is asked before its first pass. Until it is
+    /// replaced.
+    void allow_writes() { writes_allowed_ = true; }
+
+    /// Runs a pass at once, then one at every interval. Blocks for the pass. False when the set
+    /// writes to controllers and somebody who was asked did not want that.
+    bool start();
     /// False when lines wait that could not be written.
     bool stop();
     /// One tick of the timer. Blocks for a pass when one is due.
@@ -58,8 +63,9 @@ class DataLogger {
 
     /// Polls every row in use once, flushes by rule and starts the timer. Blocks for all exchanges.
     /// A run-time error ends logging, so that it does not come back with every pass, and is passed
-    /// on. Nothing while a pass is under way already.
-    void RunLoggingPass();
+    /// on. Nothing while a pass is under way already. Before the first pass of a set that writes to
+    /// controllers a question says so; false, and logging ends, when the answer is no.
+    bool RunLoggingPass();
     void PollLogRows();
     /// Ends the pass under way before its next row.
     void end_pass() { pass_ends_ = true; }
@@ -90,6 +96,7 @@ class DataLogger {
 
   private:
     class PassUnderWay;
+    [[nodiscard]] bool may_poll();
     void apply_start_mode(const std::string& file);
     void poll();
     void flush_if_due();
@@ -112,6 +119,7 @@ class DataLogger {
     Subscription timer_changes_;
     bool in_pass_ = false;
     bool pass_ends_ = false;
+    bool writes_allowed_ = false;               // by this set
     std::array<LogReading, kLogRows> readings_; // row 1 first
     std::optional<LoggingStatus::Pass> last_pass_;
     std::string port_message_;

@@ -21,6 +21,12 @@ bool is_read_command(double value) {
            value == kReadInputRegisters || value == kRead32;
 }
 
+bool is_write_command(const LogSetRow& row) {
+    // Rounded as it is for the request.
+    const double function = round_half_even(leading_number(row.texts[log_column::kCommand]));
+    return function == 5 || function == 6 || function == 15 || function == 16;
+}
+
 struct ColumnRule {
     CellQuestion question;
     bool (*accepts)(double);
@@ -63,6 +69,13 @@ void LogSet::take_rows_out_of_use() {
 
 bool LogSet::any_row_in_use() const {
     return std::any_of(rows.begin(), rows.end(), [](const LogSetRow& each) { return each.in_use; });
+}
+
+std::vector<int> LogSet::writing_rows() const {
+    std::vector<int> numbers;
+    for (int number = 1; number <= kLogRows; ++number)
+        if (row(number).in_use && is_write_command(row(number))) numbers.push_back(number);
+    return numbers;
 }
 
 std::array<int, 3> interval_parts(std::int32_t seconds) {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace pelvan {
 
@@ -62,6 +63,9 @@ struct LogSet {
     [[nodiscard]] LogSetRow& row(int number);
     void take_rows_out_of_use();
     [[nodiscard]] bool any_row_in_use() const;
+    /// Numbers of the rows in use whose command does not read but writes. Only a file can hold
+    /// them: the editor takes read commands alone.
+    [[nodiscard]] std::vector<int> writing_rows() const;
 };
 
 /// Hours, minutes and seconds of an interval.

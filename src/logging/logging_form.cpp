@@ -233,8 +233,7 @@ void frm_DataLogging::mnuClose_Click() {
 }
 
 void frm_DataLogging::mnuStartLogging_Click() {
-    logger_.start();
-    show_active(true);
+    if (logger_.start()) show_active(true);
 }
 
 void frm_DataLogging::mnuStopLogging_Click() {

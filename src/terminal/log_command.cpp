@@ -14,6 +14,7 @@ struct LogOptions {
     int passes = 0; // 0: until interrupted
     std::string file;
     bool single_line = false;
+    bool allow_writes = false;
 };
 
 const char* state_text(RowState state) {
@@ -106,6 +107,13 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
         environment.err << "pelvan7: no row to poll in \"" << options.set << "\"\n";
         return exit_code::kFailed;
     }
+    if (!options.allow_writes && !logger.set().writing_rows().empty()) {
+        environment.err << "pelvan7: row " << logger.set().writing_rows().front() << " of \""
+                        << options.set << "\" writes to a controller instead of reading; "
+                        << "--allow-writes lets it\n";
+        return exit_code::kFailed;
+    }
+    logger.allow_writes();
     if (logger.timer().tick_ms() == 0 && options.passes != 1) {
         environment.err << "pelvan7: TIMER OFFSET is 0, so no second pass would come\n";
         return exit_code::kFailed;
@@ -133,6 +141,8 @@ void add_log_command(CLI::App& cli, ChosenCommand& chosen) {
     command->add_option("--file", options->file,
                         "Log into this file, whatever the set says about files");
     command->add_flag("--single-line", options->single_line, "Log one line a pass");
+    command->add_flag("--allow-writes", options->allow_writes,
+                      "Poll a set with rows that write to controllers too");
     command->callback([options, &chosen] {
         chosen = [options](TerminalEnvironment& environment) { return log(*options, environment); };
     });

@@ -77,8 +77,35 @@ TEST_F(DataLoggerTest, EachKindOfReplyHasItsValueAndMark) {
     }
     // An unknown command is sent with the count of the row before.
     load({"1,32,200,0", "1,6,300,0"});
+    logger.allow_writes();
     logger.RunLoggingPass();
     EXPECT_EQ(link.sent.back(), testing::frame("01 06 01 2C 00 02"));
+}
+
+TEST_F(DataLoggerTest, ASetThatWritesIsAskedAboutBeforeItsFirstPass) {
+    using enum MessageAnswer;
+    const auto asked = [&] { return std::exchange(rig.dialogs.shown, {}).size(); };
+    const std::string automatic = "START MODE=AUTO\r\n";
+    for (const std::string command : {"5", "5.5", "6", "15", "16"}) {
+        logger.ReadLogSet(set_with({"1,3,100,0", "1," + command + ",300,0"}, automatic));
+        EXPECT_EQ(rig.dialogs.shown.at(0).text.find("Row 2 of this log set writes"), 0U);
+        EXPECT_EQ(asked(), 1U) << command;
+        EXPECT_FALSE(logger.timer().running());
+        EXPECT_FALSE(logger.start());
+        EXPECT_EQ(asked(), 1U);
+        EXPECT_TRUE(link.sent.empty());
+    }
+    rig.dialogs.answers = {Yes};
+    EXPECT_TRUE(logger.start());
+    tick(20);
+    EXPECT_EQ(asked(), 1U); // once for all passes
+    EXPECT_EQ(link.sent.size(), 6U);
+    logger.ReadLogSet(set_with({"1,3,100,0", "1,1,300,0", "1,4,300,0", "1,99999,300,"}));
+    EXPECT_EQ(logger.set().writing_rows(), std::vector<int>{});
+    EXPECT_EQ(asked(), 0U);
+    logger.ReadLogSet(set_with({"1,6,300,0", "1,6,301,0"}, automatic)); // another set
+    EXPECT_EQ(rig.dialogs.shown.at(0).text.find("Rows 1, 2 of this log set write"), 0U);
+    EXPECT_EQ(link.sent.size(), 6U);
 }
 
 TEST_F(DataLoggerTest, ShortIntervalsGatherAHundredLines) {

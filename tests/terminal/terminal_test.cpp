@@ -108,6 +108,13 @@ TEST_F(TerminalTest, LogSaysWhyItCannot) {
     expect_failure("log " + set, 1, "no row to poll in \"" + set + "\"");
     testing::write_file(set, "[LOGGING DATA DEVICE AND REGISTER SET]\nLOGGING INTERVAL=40000\n");
     expect_failure("log " + set, 1, "OVERFLOW ERROR");
+    testing::write_file(set, kLogSet + std::string("3DEVICEADDRESS=1\n3DEVICECOMMAND=6\n"
+                                                   "3DEVICEREGISTER=300\n"));
+    expect_failure("log " + set + " --passes 1", 1,
+                   "row 3 of \"" + set +
+                       "\" writes to a controller instead of reading; --allow-writes lets it");
+    EXPECT_EQ(run("log " + set + " --passes 1 --allow-writes"), 0);
+    EXPECT_TRUE(printed("  3: address 1, register 300: 300\n")); // its echo
     testing::write_file(set, kLogSet);
     expect_failure("log " + set + " --passes 60 --file " + dir.file("missing/log.txt"), 1,
                    "WARNING: The data could not be written to the specified file.");
