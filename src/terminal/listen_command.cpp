@@ -77,7 +77,7 @@ void wait_for_bytes(const SerialPort& port) {
 
 /// Listens until the time is over or an interrupt comes; false when the port, a file or the output
 /// failed.
-bool listen_on(Application& app, const ListenCommand& command, TerminalEnvironment& environment) {
+bool listen_on(Core& app, const ListenCommand& command, TerminalEnvironment& environment) {
     const double begin = environment.tick.timeGetTime();
     const auto over = [&] {
         return command.seconds_given &&
@@ -99,7 +99,7 @@ bool listen_on(Application& app, const ListenCommand& command, TerminalEnvironme
 int listen(const ListenCommand& command, TerminalEnvironment& environment) {
     TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
-    Application& app = terminal.app();
+    Core& app = terminal.app();
     ListenMonitor& monitor = app.listen_monitor;
     monitor.options = command.options;
     monitor.choose_timeout(command.timeout);

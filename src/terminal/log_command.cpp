@@ -59,7 +59,7 @@ bool wait_for_tick(const LoggingTimer& timer, TerminalEnvironment& environment) 
 }
 
 /// Puts the set and the options into the logger.
-bool prepare(Application& app, const LogOptions& options) {
+bool prepare(Core& app, const LogOptions& options) {
     DataLogger& logger = app.data_logger;
     return app.events.run([&] {
         logger.read_tick_length();
@@ -76,7 +76,7 @@ bool prepare(Application& app, const LogOptions& options) {
 /// Passes until there are enough or an interrupt comes; false when a run-time error ended them.
 bool run_passes(TerminalApplication& terminal, const LogOptions& options,
                 TerminalEnvironment& environment) {
-    Application& app = terminal.app();
+    Core& app = terminal.app();
     DataLogger& logger = app.data_logger;
     int passes = 0;
     const Subscription each_pass = logger.pass_done.subscribe([&] {
@@ -100,7 +100,7 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
     }
     TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
-    Application& app = terminal.app();
+    Core& app = terminal.app();
     if (!prepare(app, options)) return exit_code::kFailed;
     DataLogger& logger = app.data_logger;
     if (!logger.set().any_row_in_use()) {

@@ -1,3 +1,4 @@
+#include "console/protocol_number.h"
 #include "terminal/commands.h"
 
 namespace pelvan {

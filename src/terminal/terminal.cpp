@@ -25,7 +25,7 @@ struct TerminalApplication::Parts {
                                         environment.open_device) {}
     TerminalDialogs dialogs;
     TerminalDesktop desktop;
-    Application app;
+    Core app;
 };
 
 TerminalApplication::TerminalApplication(TerminalEnvironment& environment)
@@ -33,12 +33,12 @@ TerminalApplication::TerminalApplication(TerminalEnvironment& environment)
 
 TerminalApplication::~TerminalApplication() = default;
 
-Application& TerminalApplication::app() {
+Core& TerminalApplication::app() {
     return parts_->app;
 }
 
 bool TerminalApplication::start() {
-    Application& app = parts_->app;
+    Core& app = parts_->app;
     return app.events.run([&] {
         start_session(app.session.config, app.channels, app.services.application_directory);
     });

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "app/application.h"
+#include "app/core.h"
 
 namespace pelvan {
 
@@ -48,7 +48,7 @@ class TerminalApplication {
   public:
     explicit TerminalApplication(TerminalEnvironment& environment);
     ~TerminalApplication();
-    Application& app();
+    Core& app();
 
     /// Locates the configuration file and builds the channels, without the console's own start-up:
     /// no command changes the protocol that the user chose. False when a run-time error ended it.

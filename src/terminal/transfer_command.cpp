@@ -104,7 +104,7 @@ class TerminalTransfer : public TransferListener {
     }
 
     TerminalApplication& terminal_;
-    Application& app_;
+    Core& app_;
     std::ostream& err_;
     const std::function<void(int ms)>& wait_ms_;
     const TransferOptions& options_;

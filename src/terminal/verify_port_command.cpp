@@ -22,7 +22,7 @@ struct VerifyOptions {
     Jumper jumper = Jumper::Asked;
 };
 
-bool is_simulated_channel(const Application& app, int channel) {
+bool is_simulated_channel(const Core& app, int channel) {
     const auto& devices = app.session.serial.gCommDevice;
     if (channel >= static_cast<int>(devices.size())) return false;
     const auto device = device_for_port(devices[static_cast<std::size_t>(channel)]->CommPort(),
@@ -44,7 +44,7 @@ void wait_for_jumper(TerminalEnvironment& environment, int seconds) {
 /// The test without a window: messages are lines, and what they ask for is waited for.
 class LoopbackRun : public LoopbackListener {
   public:
-    LoopbackRun(Application& app, TerminalEnvironment& environment, Jumper jumper, int pause)
+    LoopbackRun(Core& app, TerminalEnvironment& environment, Jumper jumper, int pause)
         : app_(app), environment_(environment), jumper_(jumper), pause_(pause) {}
     void message(const char* text, const char* title) override {
         app_.services.dialogs.message_box(text, title);
@@ -56,7 +56,7 @@ class LoopbackRun : public LoopbackListener {
     void exchanged(const HistoryRow&) override {}
 
   private:
-    Application& app_;
+    Core& app_;
     TerminalEnvironment& environment_;
     Jumper jumper_;
     int pause_; // seconds
@@ -64,7 +64,7 @@ class LoopbackRun : public LoopbackListener {
 
 int verify(const VerifyOptions& options, TerminalEnvironment& environment) {
     TerminalApplication terminal(environment);
-    Application& app = terminal.app();
+    Core& app = terminal.app();
     if (!terminal.start()) return exit_code::kFailed;
     const int channel =
         options.protocol == kNotGiven ? saved_protocol(app.session.config) : options.protocol;

@@ -1,0 +1,46 @@
+// What every front end stands on: the session's state, the link, and the tools' engines. No control
+// and no form: the terminal's commands work with this alone, the windows with `Application`, which
+// puts the forms on top of it.
+#pragma once
+
+#include "app/error_boundary.h"
+#include "app/session.h"
+#include "console/senders.h"
+#include "listen/listen_monitor.h"
+#include "logging/data_logger.h"
+#include "platform/line_port.h"
+#include "platform/message_gate.h"
+#include "platform/services.h"
+#include "serial/link.h"
+#include "simulator/line/simulator_registry.h"
+
+namespace pelvan {
+
+class Core {
+  public:
+    /// `opener` opens the devices that are not simulated.
+    Core(Services services, LineOpener opener);
+    Core(const Core&) = delete;
+    Core& operator=(const Core&) = delete;
+
+    MessageGate messages;
+    Services services; // its dialogs are the gate
+    Session session;
+    ErrorBoundary events;
+    simulator::SimulatorRegistry simulators;
+    ErrorLog error_log;
+    frm_Comms comms;
+    ChannelTable channels;
+    CountdownPool countdowns;
+    Link link;
+    Modbus modbus;
+    Senders senders;
+    ListenMonitor listen_monitor;
+    DataLogger data_logger;
+
+  private:
+    [[nodiscard]] std::unique_ptr<SerialPort> make_port();
+    LineOpener opener_;
+};
+
+} // namespace pelvan

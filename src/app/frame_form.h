@@ -1,0 +1,55 @@
+// The frame window, whose loading starts everything: the menus that every window shows, the places
+// of the three main windows, and what closing asks.
+#pragma once
+
+#include "forms/form.h"
+#include "platform/event.h"
+
+namespace pelvan {
+
+class Application;
+
+/// The frame window; loading it starts everything.
+class MDIPelvan6 : public Form {
+  public:
+    explicit MDIPelvan6(Application& application);
+
+    /// The tools and settings are reached from every window.
+    MenuEntry mnuTools{"mnuTools", "&Tools"};
+    MenuEntry mnuListen{"mnuListen", "&Listening Mode", "Ctrl+Shift+L",
+                        "Watch a line without sending anything."};
+    MenuEntry mnuTransfer{"mnuTransfer", "&Save/Restore Setup", "Ctrl+Shift+S",
+                          "A controller's registers into a file and back."};
+    MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+Shift+D",
+                             "Poll registers at an interval and log them."};
+    MenuEntry mnuSettings{"mnuSettings", "&Settings"};
+    MenuEntry mnuPortSettings{"mnuPortSettings", "&Port Settings...", "F9",
+                              "Port, baud rate and format of the selected protocol's channel."};
+    MenuEntry mnuSerialDevices{"mnuSerialDevices", "&Serial Devices...", "Shift+F9",
+                               "Which device of this machine a port number stands for."};
+    MenuEntry mnuWindow{"mnuWindow", "&Window"};
+    MenuEntry mnuArrange{"mnuArrange", "&Arrange", "Ctrl+Shift+A",
+                         "Put the three windows back where they were at the start."};
+    MenuEntry mnuShowConsole{"mnuShowConsole", "Command &Center", "Ctrl+1"};
+    MenuEntry mnuShowCommand{"mnuShowCommand", "Command &History", "Ctrl+2"};
+    MenuEntry mnuShowResponse{"mnuShowResponse", "Command &Response", "Ctrl+3"};
+
+    /// Sets the help file, loads the console, then the two history windows, and arranges the three.
+    void MDIForm_Load();
+    /// The console along the top, Command History and Command Response side by side below it.
+    void arrange();
+    /// Data Logging at the frame's top left, over the three windows.
+    void mnuDataLogging_Click();
+
+    void Form_Load() override { MDIForm_Load(); }
+    /// Closing the frame closes its windows: data logging writes what it has gathered, and the
+    /// console ends the program. A running transfer asks whether to cancel; the frame then closes
+    /// when it has ended.
+    bool Form_Unload() override;
+
+  private:
+    Application& application_;
+    Subscription transfer_end_; // the frame closes then
+};
+
+} // namespace pelvan
