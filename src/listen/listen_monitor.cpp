@@ -4,21 +4,13 @@
 
 #include "platform/serial_line.h"
 #include "platform/text_file.h"
+#include "text/bytes.h"
 
 namespace pelvan {
 namespace {
 
 /// Settle times of silence that end a burst.
 constexpr std::int16_t kQuietChars = 4;
-
-std::string raw_text(const std::string& bytes) {
-    std::string out;
-    for (const char byte : bytes) {
-        if (!out.empty()) out += ' ';
-        out += std::to_string(static_cast<unsigned char>(byte));
-    }
-    return out;
-}
 
 } // namespace
 
@@ -144,7 +136,7 @@ std::string ListenMonitor::render(const std::string& bytes) {
     case ListenFormat::Hex:
         return modbus_.ModbusDecodeHex(is_request, bytes);
     case ListenFormat::Raw:
-        return raw_text(bytes);
+        return decimal_bytes(bytes);
     case ListenFormat::Decimal:
         break;
     }

@@ -1,10 +1,7 @@
 #include "listen/traffic.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
-#include <ctime>
 
 #include "text/numbers.h"
 
@@ -17,14 +14,6 @@ constexpr int kBroadcast = 0;
 
 std::string rounded_ms(double ms) {
     return plain_number(round_half_even(ms)) + " ms";
-}
-
-std::string time_of_day(double epoch_ms) {
-    const LocalTime time = local_time(epoch_ms);
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%03d", time.hour, time.minute,
-                  time.second, time.millisecond);
-    return text.data();
 }
 
 std::string kind_text(const Burst& burst) {
@@ -42,30 +31,6 @@ std::string kind_text(const Burst& burst) {
 }
 
 } // namespace
-
-double tick_span(double from, double to) {
-    constexpr double kTickValues = 4294967296.0;
-    return to >= from ? to - from : kTickValues - from + to;
-}
-
-void BurstClock::start(double tick, const LocalTime& now) {
-    std::tm parts{};
-    parts.tm_year = now.year - 1900;
-    parts.tm_mon = now.month - 1;
-    parts.tm_mday = now.day;
-    parts.tm_hour = now.hour;
-    parts.tm_min = now.minute;
-    parts.tm_sec = now.second;
-    parts.tm_isdst = -1; // the system knows whether it is summer time
-    epoch_ms_ = static_cast<double>(std::mktime(&parts)) * 1000 + now.millisecond;
-    last_tick_ = tick;
-}
-
-double BurstClock::epoch_ms(double tick) {
-    epoch_ms_ += tick_span(last_tick_, tick);
-    last_tick_ = tick;
-    return epoch_ms_;
-}
 
 void TimeSummary::add(double ms) {
     minimum = count == 0 ? ms : std::min(minimum, ms);
@@ -85,14 +50,14 @@ std::string Histogram::label(std::size_t index) {
 }
 
 void Traffic::start(double tick, const LocalTime& now) {
-    clock_.start(tick, now);
+    clock_.start(tick, epoch_milliseconds(now));
     last_start_ms_.reset();
     pending_.clear();
 }
 
 const Burst& Traffic::add(double start_tick, double length_ms, const std::string& bytes) {
     Burst burst;
-    burst.start_ms = clock_.epoch_ms(start_tick);
+    burst.start_ms = clock_.at(start_tick);
     burst.bytes = bytes;
     if (last_start_ms_) burst.gap_ms = burst.start_ms - *last_start_ms_;
     last_start_ms_ = burst.start_ms;
@@ -161,7 +126,7 @@ void Traffic::clear() {
 }
 
 std::string burst_note(const Burst& burst) {
-    std::string note = time_of_day(burst.start_ms);
+    std::string note = time_ms_text(local_time(burst.start_ms));
     if (burst.gap_ms) note += "  +" + rounded_ms(*burst.gap_ms);
     return note + "  " + kind_text(burst);
 }

@@ -17,21 +17,6 @@
 
 namespace pelvan {
 
-/// Milliseconds from one reading of the tick to a later one, across a wrap.
-[[nodiscard]] double tick_span(double from, double to);
-
-/// Milliseconds since 1970 for readings of a tick that wraps.
-class BurstClock {
-  public:
-    void start(double tick, const LocalTime& now);
-    /// Readings must not lie further apart than the tick's wrap (49 days).
-    double epoch_ms(double tick);
-
-  private:
-    double last_tick_ = 0;
-    double epoch_ms_ = 0;
-};
-
 struct Burst {
     double start_ms = 0;          // since 1970
     std::optional<double> gap_ms; // from the start of the burst before; none for a session's first
@@ -106,7 +91,7 @@ class Traffic {
     void count(const Burst& burst);
     void keep(Burst burst);
 
-    BurstClock clock_;
+    SteadyTime clock_; // since 1970
     std::optional<double> last_start_ms_;
     std::string pending_; // the request that waits for its reply
     double pending_end_ms_ = 0;

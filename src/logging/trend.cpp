@@ -1,7 +1,6 @@
 #include "logging/trend.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -12,7 +11,6 @@ namespace pelvan {
 namespace {
 
 constexpr double kGap = std::numeric_limits<double>::quiet_NaN();
-constexpr double kDayMs = 86400000;
 
 /// The lowest and the highest reading of a bucket of passes.
 class Extremes {
@@ -82,14 +80,6 @@ class Thinning {
 };
 
 } // namespace
-
-double calendar_milliseconds(const LocalTime& time) {
-    const std::chrono::year_month_day date{std::chrono::year{time.year},
-                                           std::chrono::month{static_cast<unsigned>(time.month)},
-                                           std::chrono::day{static_cast<unsigned>(time.day)}};
-    const auto days = static_cast<double>(std::chrono::sys_days{date}.time_since_epoch().count());
-    return days * kDayMs + ((time.hour * 60.0 + time.minute) * 60.0 + time.second) * 1000.0;
-}
 
 Trend::Trend(int rows, std::size_t capacity)
     : capacity_(capacity), columns_(static_cast<std::size_t>(rows)) {}

@@ -18,9 +18,6 @@
 
 namespace pelvan {
 
-/// Local time as milliseconds since 1970 began, as if there were no time zones.
-[[nodiscard]] double calendar_milliseconds(const LocalTime& time);
-
 struct TrendPoint {
     double time_ms = 0;
     double value = 0;

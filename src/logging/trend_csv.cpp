@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <utility>
@@ -12,19 +10,9 @@
 namespace pelvan {
 namespace {
 
-constexpr double kDayMs = 86400000;
-
 std::string time_cell(double time_ms) {
-    const double day = std::floor(time_ms / kDayMs);
-    const std::chrono::year_month_day date{
-        std::chrono::sys_days{std::chrono::days{static_cast<int>(day)}}};
-    const int ms = static_cast<int>(time_ms - day * kDayMs);
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d.%03d",
-                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
-                  ms % 1000);
-    return text.data();
+    const LocalTime time = calendar_time(time_ms);
+    return iso_date_text(time) + " " + time_ms_text(time);
 }
 
 } // namespace

@@ -9,19 +9,21 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "platform/uninterrupted.h"
+
 namespace pelvan {
 namespace {
 
 constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kAnyWriteBit = 0222;
 constexpr mode_t kPermissionBits = 07777;
-constexpr int kMostLinks = 40;
+constexpr int kMaxLinks = 40;
 
 // The file that a chain of symbolic links ends in, whether it exists or not.
 int follow_links(std::filesystem::path& path) {
     std::error_code error;
     for (int links = 0; std::filesystem::is_symlink(path, error); ++links) {
-        if (links == kMostLinks) return ELOOP;
+        if (links == kMaxLinks) return ELOOP;
         const auto target = std::filesystem::read_symlink(path, error);
         if (error) return error.value();
         path = path.parent_path() / target;
@@ -55,7 +57,7 @@ mode_t mode_of_new_file() {
 
 int give_mode(int descriptor, const struct stat& old, bool exists) {
     if (exists && old.st_uid != ::geteuid()) {
-        // Another's file stays his where the system lets us; elsewhere it becomes ours.
+        // Keep the owner if permitted; otherwise the file becomes ours.
         [[maybe_unused]] const int ignored = ::fchown(descriptor, old.st_uid, old.st_gid);
     }
     const mode_t mode = exists ? (old.st_mode & kPermissionBits) : mode_of_new_file();
@@ -86,8 +88,8 @@ int PosixFile::create_beside(const std::string& directory, std::string& path) {
 
 int PosixFile::write_all(std::string_view bytes) {
     while (!bytes.empty()) {
-        const auto written = ::write(descriptor_, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
+        const auto written =
+            uninterrupted([&] { return ::write(descriptor_, bytes.data(), bytes.size()); });
         if (written <= 0) return written < 0 ? errno : ENOSPC;
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
@@ -100,10 +102,11 @@ int PosixFile::read_all(std::string& bytes) {
     for (;;) {
         const std::size_t size = bytes.size();
         bytes.resize(size + kChunk);
-        const auto got = ::read(descriptor_, bytes.data() + size, kChunk);
+        const auto got =
+            uninterrupted([&] { return ::read(descriptor_, bytes.data() + size, kChunk); });
         const int error = got < 0 ? errno : 0;
         bytes.resize(size + (got > 0 ? static_cast<std::size_t>(got) : 0));
-        if (got == 0 || (error != 0 && error != EINTR)) return error;
+        if (got <= 0) return error;
     }
 }
 

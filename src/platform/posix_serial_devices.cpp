@@ -8,12 +8,13 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <tuple>
 
+#include "text/numbers.h"
 #include "text/strings.h"
 
 namespace pelvan {
@@ -38,11 +39,9 @@ bool has_uart(const std::string& type) {
 
 /// The number behind the prefix, -1 when the name is not built like that.
 int number_after(const std::string& prefix, const std::string& name) {
-    if (name.compare(0, prefix.size(), prefix) != 0) return -1;
-    int number = -1;
-    const char* const end = name.data() + name.size();
-    const auto [stop, error] = std::from_chars(name.data() + prefix.size(), end, number);
-    return error == std::errc() && stop == end ? number : -1;
+    if (!name.starts_with(prefix)) return -1;
+    const auto digits = std::string_view(name).substr(prefix.size());
+    return static_cast<int>(whole_number(digits, 0, std::numeric_limits<int>::max()).value_or(-1));
 }
 
 /// Entries of a directory; none where it cannot be read.

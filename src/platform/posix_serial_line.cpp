@@ -19,6 +19,7 @@
 #include "platform/posix_serial_error.h"
 #include "platform/run_time_error.h"
 #include "platform/serial_line.h"
+#include "platform/uninterrupted.h"
 
 namespace pelvan {
 namespace {
@@ -32,14 +33,6 @@ constexpr int kReadsPerCall = 16; // a line that never falls silent must not hol
 constexpr unsigned kFirstPtyMajor = 136;
 constexpr unsigned kLastPtyMajor = 143;
 constexpr tcflag_t kCharacterFormat = CSIZE | PARENB | PARODD | CMSPAR | CSTOPB;
-
-/// Repeats a system call for as long as a signal interrupts it.
-template <class Call> auto uninterrupted(Call call) {
-    auto result = call();
-    while (result < 0 && errno == EINTR)
-        result = call();
-    return result;
-}
 
 class Descriptor {
   public:

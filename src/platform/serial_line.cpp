@@ -1,23 +1,13 @@
 #include "platform/serial_line.h"
 
-#include <charconv>
-
+#include "text/numbers.h"
 #include "text/strings.h"
 
 namespace pelvan {
 namespace {
 
-constexpr int kSlowestBaud = 50;
-constexpr int kFastestBaud = 4'000'000;
-
-/// The whole text as a number within the limits; nothing for signs, blanks or anything else.
-std::optional<int> whole_number(const std::string& text, int lowest, int highest) {
-    int value = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || stop != end || value < lowest || value > highest) return {};
-    return value;
-}
+constexpr int kMinBaud = 50;
+constexpr int kMaxBaud = 4'000'000;
 
 /// 5 data bits go with 1 or 1.5 stop bits, more of them with 1 or 2: no hardware offers the rest.
 std::optional<double> stop_bits_from(const std::string& text, int data_bits) {
@@ -32,18 +22,18 @@ std::optional<double> stop_bits_from(const std::string& text, int data_bits) {
 std::optional<LineSettings> parse_line_settings(const std::string& text) {
     const auto parts = split(text, ',');
     if (parts.size() != 4) return {};
-    const auto baud = whole_number(parts[0], kSlowestBaud, kFastestBaud);
+    const auto baud = whole_number(parts[0], kMinBaud, kMaxBaud);
     const std::string parity = upper_case(parts[1]);
     const auto data = whole_number(parts[2], 5, 8);
     if (!baud || !data || parity.size() != 1 || std::string("NOEMS").find(parity) == parity.npos)
         return {};
-    const auto stop = stop_bits_from(parts[3], *data);
+    const auto stop = stop_bits_from(parts[3], static_cast<int>(*data));
     if (!stop) return {};
 
     LineSettings settings;
-    settings.baud_rate = *baud;
+    settings.baud_rate = static_cast<int>(*baud);
     settings.parity = parity[0];
-    settings.data_bits = *data;
+    settings.data_bits = static_cast<int>(*data);
     settings.stop_bits = *stop;
     return settings;
 }

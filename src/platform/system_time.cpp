@@ -48,6 +48,18 @@ LocalTime local_time(double epoch_ms) {
             static_cast<int>(epoch_ms - whole * 1000)};
 }
 
+double epoch_milliseconds(const LocalTime& time) {
+    std::tm parts{};
+    parts.tm_year = time.year - 1900;
+    parts.tm_mon = time.month - 1;
+    parts.tm_mday = time.day;
+    parts.tm_hour = time.hour;
+    parts.tm_min = time.minute;
+    parts.tm_sec = time.second;
+    parts.tm_isdst = -1; // the system knows whether it is summer time
+    return static_cast<double>(std::mktime(&parts)) * 1000 + time.millisecond;
+}
+
 std::unique_ptr<TickSource> make_system_tick() {
     return std::make_unique<SystemTick>();
 }

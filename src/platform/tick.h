@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "text/date_time.h"
+
 namespace pelvan {
 
 /// The platform's millisecond tick.
@@ -16,19 +18,30 @@ class TickSource {
     virtual std::uint32_t timeGetTime() = 0;
 };
 
-/// Local calendar time.
-struct LocalTime {
-    int year = 0;
-    int month = 0; // 1..12
-    int day = 0;   // 1..31
-    int hour = 0;  // 0..23
-    int minute = 0;
-    int second = 0;
-    int millisecond = 0;
+/// Milliseconds from one reading of the tick to a later one, across a wrap (not across two).
+[[nodiscard]] double tick_span(double from, double to);
+
+/// Moments in milliseconds that go on with the tick from one that was given: the clock may tell
+/// whole seconds only and may be set back, the tick does neither.
+class SteadyTime {
+  public:
+    /// Says which moment a reading of the tick was.
+    void start(double tick, double moment_ms);
+    [[nodiscard]] bool started() const { return started_; }
+    /// The moment of a later reading, at most one wrap of the tick (49 days) after the last one.
+    double at(double tick);
+
+  private:
+    bool started_ = false;
+    double tick_ = 0;
+    double moment_ms_ = 0;
 };
 
 /// The machine's local time at a moment given in milliseconds since 1970 began (UTC).
 [[nodiscard]] LocalTime local_time(double epoch_ms);
+/// The other way round; where a change to winter time makes a local time ambiguous, the system
+/// decides.
+[[nodiscard]] double epoch_milliseconds(const LocalTime& time);
 
 class Clock {
   public:

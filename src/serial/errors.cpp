@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 #include "platform/text_file.h"
+#include "text/date_time.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -69,18 +69,6 @@ void show_error_message(Dialogs& dialogs, int number, const std::string& subject
                             "DISK ERROR READING DRIVE");
     else
         dialogs.message_box(general_text(number));
-}
-
-std::string date_text(const LocalTime& time) {
-    std::array<char, 40> out{};
-    std::snprintf(out.data(), out.size(), "%02d-%02d-%04d", time.month, time.day, time.year);
-    return out.data();
-}
-
-std::string time_text(const LocalTime& time) {
-    std::array<char, 40> out{};
-    std::snprintf(out.data(), out.size(), "%02d:%02d:%02d", time.hour, time.minute, time.second);
-    return out.data();
 }
 
 void ErrorLog::log_comm_error(const std::string& routine, int error_number) {

@@ -14,10 +14,6 @@ namespace pelvan {
 /// `subject` is the file that an error 53 is about, as far as the caller knows it.
 void show_error_message(Dialogs& dialogs, int number, const std::string& subject = {});
 
-/// "mm-dd-yyyy" and "hh:mm:ss".
-[[nodiscard]] std::string date_text(const LocalTime& time);
-[[nodiscard]] std::string time_text(const LocalTime& time);
-
 class ErrorLog {
   public:
     /// The bare name: the log lies in the process's current directory, wherever that is.

@@ -4,6 +4,7 @@
 
 #include "listen/capture_file.h"
 #include "terminal/commands.h"
+#include "text/bytes.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -25,19 +26,6 @@ struct ListenCommand {
     bool times = false;
     std::string capture;
 };
-
-/// A line that a terminal shows as one line, whatever bytes the controller sent.
-std::string printable(const std::string& line) {
-    std::string out;
-    for (const char character : line) {
-        const auto code = static_cast<unsigned char>(character);
-        if (code >= ' ' && code < 0x7F)
-            out += character;
-        else
-            out += "\\x" + hex_text(code, 2);
-    }
-    return out;
-}
 
 std::string summary(const TimeSummary& times) {
     if (times.count == 0) return "-";
@@ -111,7 +99,7 @@ int listen(const ListenCommand& command, TerminalEnvironment& environment) {
     const Subscription printed =
         monitor.line_added.subscribe([&](const std::string& line, const Burst& burst) {
             if (command.times) environment.out << burst_note(burst) << "  ";
-            environment.out << printable(line) << std::endl;
+            environment.out << ascii_with_escapes(line) << std::endl;
         });
     monitor.ListenStart(static_cast<std::int16_t>(command.channel));
     if (!monitor.listening()) return exit_code::kFailed; // its message was shown

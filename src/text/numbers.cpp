@@ -102,6 +102,14 @@ bool is_numeric(std::string_view text) {
     return !text.empty() && number_length(text) == text.size();
 }
 
+std::optional<long> whole_number(std::string_view text, long min, long max) {
+    long value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || value < min || value > max) return {};
+    return value;
+}
+
 std::string plain_number(double value) {
     return fixed_text(value, 15);
 }

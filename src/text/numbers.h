@@ -17,6 +17,10 @@ namespace pelvan {
 /// Whether the whole text, blanks round it aside, is one decimal number.
 [[nodiscard]] bool is_numeric(std::string_view text);
 
+/// The whole text as a decimal number from `min` to `max`: digits, and a minus sign where `min` is
+/// below 0; nothing for anything else, spaces round it included.
+[[nodiscard]] std::optional<long> whole_number(std::string_view text, long min, long max);
+
 /// Plain decimal text: no exponent, no leading blank, at most 15 significant digits ("0.5", "-3").
 [[nodiscard]] std::string plain_number(double value);
 

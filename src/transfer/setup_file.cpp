@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <filesystem>
 #include <limits>
 
@@ -77,10 +76,7 @@ std::optional<std::string> SetupFile::lacks() const {
 }
 
 std::string header_date(const LocalTime& time) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%d/%d/%04d %02d:%02d:%02d", time.month, time.day,
-                  time.year, time.hour, time.minute, time.second);
-    return text.data();
+    return slash_date_text(time) + " " + time_text(time);
 }
 
 std::array<std::string, 7> setup_header(const ControllerIdentity& identity, const LocalTime& time) {

@@ -47,6 +47,10 @@ TEST(Numbers, RoundingAndHexadecimal) {
     for (const std::string text : {"", "g", "1 2", "123456789", "0x"})
         EXPECT_FALSE(hex_number(text).has_value()) << text;
     EXPECT_EQ(hex_text(10, 4), "000A");
+    EXPECT_EQ(whole_number("-7", -7, 7), -7);
+    EXPECT_EQ(whole_number("0016", 1, 16), 16);
+    for (const std::string text : {"", " 1", "1 ", "+1", "1.0", "17", "-1", "99999999999999999999"})
+        EXPECT_FALSE(whole_number(text, 0, 16).has_value()) << text;
 }
 
 } // namespace

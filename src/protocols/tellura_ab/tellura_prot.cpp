@@ -1,5 +1,6 @@
 #include "protocols/tellura_ab/tellura_prot.h"
 
+#include "text/bytes.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -174,10 +175,7 @@ bool TelluraProt::CheckReply(std::string_view reply) const {
 
 std::string TelluraProt::DisplayPacket(std::string_view packet) {
     if (packet == kTelluraBad) return "Bad or incomplete Packet!";
-    std::string line;
-    for (const char c : packet)
-        line += (line.empty() ? "" : " ") + hex_text(static_cast<unsigned char>(c), 2);
-    return line;
+    return hex_bytes(packet);
 }
 
 TelluraReply TelluraProt::ReadReply(std::string_view reply) const {
