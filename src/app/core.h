@@ -9,7 +9,7 @@
 #include "listen/listen_monitor.h"
 #include "logging/data_logger.h"
 #include "platform/line_port.h"
-#include "platform/message_gate.h"
+#include "platform/message_router.h"
 #include "platform/services.h"
 #include "serial/link.h"
 #include "simulator/line/simulator_registry.h"
@@ -23,8 +23,8 @@ class Core {
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
 
-    MessageGate messages;
-    Services services; // its dialogs are the gate
+    MessageRouter messages;
+    Services services; // its dialogs are the router
     Session session;
     ErrorBoundary events;
     simulator::SimulatorRegistry simulators;

@@ -5,11 +5,11 @@
 
 namespace pelvan {
 namespace {
-constexpr int kHighestPort = 16;
+constexpr int kMaxPort = 16;
 } // namespace
 
 std::optional<std::string> device_for_port(int number, const std::string& ini_file) {
-    if (number < 1 || number > kHighestPort) return std::nullopt;
+    if (number < 1 || number > kMaxPort) return std::nullopt;
     const std::string assigned =
         ini_read_string(ini_key::kDevicesSection, ini_key::serial_device(number), "", ini_file);
     if (!assigned.empty()) return assigned;

@@ -32,7 +32,7 @@ inline constexpr char kDefaultProtocol[] = "DEFAULT PROTOCOL";
 inline constexpr char kTimerOffset[] = "TIMER OFFSET";
 inline constexpr char kDevicesSection[] = "SERIAL DEVICES";
 
-/// "DEVICE 0 COMM PORT " and so on. The trailing blank belongs to the key.
+/// "DEVICE 0 COMM PORT " and so on. The trailing space belongs to the key.
 [[nodiscard]] std::string comm_port(int channel);
 [[nodiscard]] std::string port_setting(int channel);
 [[nodiscard]] std::string rts_mode(int channel);

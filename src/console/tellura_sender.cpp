@@ -22,8 +22,8 @@ std::string without_spaces(const std::string& text) {
 } // namespace
 
 std::optional<TelluraPacket> TelluraSender::build(const TelluraEntry& entry, std::string& refusal) {
-    const MessageGate::Diversion kept(messages_,
-                                      [&refusal](const std::string& text) { refusal = text; });
+    const MessageRouter::Diversion kept(messages_,
+                                        [&refusal](const std::string& text) { refusal = text; });
     protocol_.set_check(entry.check);
     std::uint8_t address = small_number(entry.device_address);
     return protocol_.BuildRequest(address, entry.parameter_address, without_spaces(entry.data),

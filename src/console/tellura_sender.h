@@ -5,7 +5,7 @@
 #include <string>
 
 #include "console/send_outcome.h"
-#include "platform/message_gate.h"
+#include "platform/message_router.h"
 #include "protocols/tellura_ab/tellura_prot.h"
 
 namespace pelvan {
@@ -36,7 +36,7 @@ class TelluraSender {
 
     Link& link_;
     Clock& clock_;
-    MessageGate messages_; // the builder's message is part of the outcome
+    MessageRouter messages_; // the builder's message is part of the outcome
     TelluraProt protocol_;
 };
 

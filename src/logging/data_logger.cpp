@@ -48,7 +48,7 @@ class DataLogger::PassUnderWay {
     DataLogger& logger_;
 };
 
-DataLogger::DataLogger(const Services& services, MessageGate& messages, const ConfigState& config,
+DataLogger::DataLogger(const Services& services, MessageRouter& messages, const ConfigState& config,
                        Link& link, Modbus& modbus, LoggingState& state)
     : services_(services), messages_(messages), config_(config), state_(state),
       poller_(link, modbus), buffer_(state, services.dialogs),
@@ -216,7 +216,7 @@ void DataLogger::poll() {
     last_pass_ = {services_.clock.now(), 0};
     {
         // The pass is the reader's only work for hours: what the port has to say must not hold it.
-        const MessageGate::Diversion quiet(messages_, [this](const std::string& text) {
+        const MessageRouter::Diversion quiet(messages_, [this](const std::string& text) {
             if (port_message_.empty()) set_port_message("Port: " + text);
         });
         PollLogRows();

@@ -12,7 +12,7 @@
 #include "logging/logging_status.h"
 #include "logging/logging_timer.h"
 #include "logging/trend_recorder.h"
-#include "platform/message_gate.h"
+#include "platform/message_router.h"
 #include "platform/services.h"
 
 namespace pelvan {
@@ -20,7 +20,7 @@ namespace pelvan {
 class DataLogger {
   public:
     /// All must outlive this.
-    DataLogger(const Services& services, MessageGate& messages, const ConfigState& config,
+    DataLogger(const Services& services, MessageRouter& messages, const ConfigState& config,
                Link& link, Modbus& modbus, LoggingState& state);
 
     /// Stops and forgets the set, the readings and the status; the trend stays.
@@ -107,7 +107,7 @@ class DataLogger {
     void pass_ended();
 
     Services services_;
-    MessageGate& messages_;
+    MessageRouter& messages_;
     const ConfigState& config_;
     LoggingState& state_;
     LogSet set_;

@@ -18,7 +18,6 @@ class DesktopServices {
     virtual void let_events_run() = 0;
 
     virtual void set_clipboard_text(const std::string& text) = 0;
-    virtual std::string clipboard_text() = 0;
 
     /// Usable area of the screen that the program starts on.
     virtual ScreenSize screen_size() = 0;

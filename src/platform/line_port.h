@@ -3,7 +3,7 @@
 // line's.
 //
 // A line that is lost is given up at once, and the object stays "open but lost" until it is closed
-// and opened anew: bytes that arrived before are still delivered, then reading raises 8020 and
+// and opened again: bytes that arrived before are still delivered, then reading raises 8020 and
 // writing 57. `CommID` is then -1 and `watch_changed` was raised; a watcher that finds the object
 // open with a threshold should run `check_receive` once more, which raises the event of the loss.
 #pragma once
@@ -18,7 +18,7 @@
 
 namespace pelvan {
 
-/// The device that a port number stands for, resolved anew at every opening; nothing when none.
+/// The device that a port number stands for, resolved again at every opening; nothing when none.
 using DeviceMap = std::function<std::optional<std::string>(int number)>;
 
 class LinePort : public SerialPort {

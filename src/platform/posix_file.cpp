@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "platform/uninterrupted.h"
+#include "platform/whole_file.h"
 
 namespace pelvan {
 namespace {

@@ -1,6 +1,5 @@
-// The system's file calls for sectioned_file.cpp and text_file.cpp: one open file, and a file
-// replaced as a whole. Failures are errno values, 0 for success; what they mean to the program is
-// left to the callers.
+// One open file of a POSIX system. Failures are errno values, 0 for success; what they mean to the
+// program is left to the callers.
 #pragma once
 
 #include <cstdint>
@@ -34,13 +33,5 @@ class PosixFile {
   private:
     int descriptor_ = -1;
 };
-
-/// The bytes of a regular file; anything else that bears the name is refused.
-int read_whole_file(const std::string& path, std::string& bytes);
-
-/// Puts the bytes in the file's place, whole or not at all, and keeps its mode and owner; creates a
-/// missing file. A symbolic link is followed, not replaced. A file or directory whose mode gives
-/// nobody the right to write is refused, the superuser included.
-int replace_whole_file(const std::string& path, std::string_view bytes);
 
 } // namespace pelvan

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/posix_file.h"
 #include "platform/sectioned_text.h"
+#include "platform/whole_file.h"
 
 namespace pelvan {
 namespace {
@@ -29,7 +29,7 @@ std::uint32_t leading_integer(std::string_view text) {
     return negative ? 0 - number : number;
 }
 
-std::string without_trailing_blanks(const std::string& text) {
+std::string without_trailing_spaces(const std::string& text) {
     return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
@@ -53,7 +53,7 @@ std::string GetPrivateProfileStringA(const std::string& section, const std::stri
                                      const std::string& file) {
     if (size == 0) return {};
     auto value = read_value(section, key, file);
-    if (!value) value = without_trailing_blanks(default_value);
+    if (!value) value = without_trailing_spaces(default_value);
     return value->substr(0, size - 1);
 }
 

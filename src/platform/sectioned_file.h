@@ -1,6 +1,6 @@
 // The platform's sectioned key=value file service, under its classic names. Sections and keys match
-// whole with ASCII case ignored, and blanks round the arguments are not significant: a key that
-// ends in a blank finds the same entry as one without. Each call opens and closes the file.
+// whole with ASCII case ignored, and spaces round the arguments are not significant: a key that
+// ends in a space finds the same entry as one without. Each call opens and closes the file.
 #pragma once
 
 #include <cstdint>

@@ -6,14 +6,14 @@ namespace pelvan {
 namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
-// What is ignored round a section name, a key and a value of a file. Of the arguments only blanks
+// What is ignored round a section name, a key and a value of a file. Of the arguments only spaces
 // are ignored: a tab in an argument is content.
-constexpr std::string_view kFileBlanks = " \t\v\f";
+constexpr std::string_view kFileSpaces = " \t\v\f";
 
-std::string_view without_blanks(std::string_view text) {
-    const auto first = text.find_first_not_of(kFileBlanks);
+std::string_view without_spaces(std::string_view text) {
+    const auto first = text.find_first_not_of(kFileSpaces);
     if (first == text.npos) return {};
-    return text.substr(first, text.find_last_not_of(kFileBlanks) - first + 1);
+    return text.substr(first, text.find_last_not_of(kFileSpaces) - first + 1);
 }
 
 // A line at `begin`: its content, and where the line after it begins.
@@ -29,11 +29,11 @@ struct Line {
     [[nodiscard]] bool has_section_name(const std::string& upper_name) const {
         // What stands behind the bracket is ignored, and a missing bracket forgiven.
         return is_header() &&
-               upper_case(without_blanks(content.substr(1, content.find(']') - 1))) == upper_name;
+               upper_case(without_spaces(content.substr(1, content.find(']') - 1))) == upper_name;
     }
     [[nodiscard]] bool has_key_name(const std::string& upper_name) const {
         return is_key() &&
-               upper_case(without_blanks(content.substr(0, content.find('=')))) == upper_name;
+               upper_case(without_spaces(content.substr(0, content.find('=')))) == upper_name;
     }
 };
 
@@ -43,7 +43,7 @@ Line line_at(std::string_view text, std::size_t begin) {
     auto content = text.substr(begin, end - begin);
     while (content.ends_with('\r'))
         content.remove_suffix(1);
-    return {without_blanks(content), begin, feed == text.npos ? end : end + 1};
+    return {without_spaces(content), begin, feed == text.npos ? end : end + 1};
 }
 
 // Where a section and a key of it stand in a text.
@@ -88,7 +88,7 @@ std::optional<std::string> find_value(std::string_view text, std::string_view se
     const auto line = find_place(text, section, key).key;
     if (!line) return std::nullopt;
     const auto value = line->content.substr(line->content.find('=') + 1);
-    return std::string(without_quotes(without_blanks(value)));
+    return std::string(without_quotes(without_spaces(value)));
 }
 
 std::string with_value(std::string_view text, std::string_view section, std::string_view key,
@@ -96,7 +96,7 @@ std::string with_value(std::string_view text, std::string_view section, std::str
     const Place place = find_place(text, section, key);
     std::string out;
     if (place.key) {
-        // The key keeps its own spelling, and the blanks that somebody put round it.
+        // The key keeps its own spelling, and the spaces that somebody put round it.
         out = text.substr(0, text.find('=', place.key->begin) + 1);
         out.append(value).append(kLineEnd);
         return out.append(text.substr(place.key->next));

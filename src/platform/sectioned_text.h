@@ -11,7 +11,7 @@
 
 namespace pelvan {
 
-/// The value without surrounding blanks and without one pair of quotes round it; nothing when the
+/// The value without surrounding spaces and without one pair of quotes round it; nothing when the
 /// section or the key is missing.
 [[nodiscard]] std::optional<std::string> find_value(std::string_view text, std::string_view section,
                                                     std::string_view key);

@@ -1,6 +1,6 @@
 // One end of a line that is open: what stands behind a port object. A line begins with its opening
 // and ends with its destruction. Implementations: the system's serial devices
-// (posix_serial_line.cpp) and the simulated controllers (simulator/).
+// (linux_serial_line.cpp) and the simulated controllers (simulator/).
 #pragma once
 
 #include <functional>
@@ -21,7 +21,7 @@ struct LineSettings {
     bool rts = false;
 };
 
-/// Parses "baud,parity,data bits,stop bits" strictly (parity letter in either case; no blanks);
+/// Parses "baud,parity,data bits,stop bits" strictly (parity letter in either case; no spaces);
 /// nothing when malformed. The hand-shake and modem-line members keep their defaults.
 [[nodiscard]] std::optional<LineSettings> parse_line_settings(const std::string& text);
 

@@ -42,7 +42,7 @@ class SerialPort {
     /// Opening raises the errors listed above; closing never fails.
     virtual bool PortOpen() const = 0;
     virtual void set_PortOpen(bool open) = 0;
-    /// Open, but its line is gone: only closing and opening anew helps. Looks at the line, so that
+    /// Open, but its line is gone: only closing and opening again helps. Looks at the line, so that
     /// a loss shows which no other call has met yet; what has arrived stays to be read.
     virtual bool lost() = 0;
 

@@ -9,10 +9,10 @@
 namespace pelvan {
 namespace {
 
-constexpr std::int16_t kLowestPort = 1;
-constexpr std::int16_t kHighestPort = 16;
-constexpr std::size_t kShortestSettings = 9;
-constexpr std::size_t kLongestSettings = 11;
+constexpr std::int16_t kMinPort = 1;
+constexpr std::int16_t kMaxPort = 16;
+constexpr std::size_t kMinSettingsLength = 9;
+constexpr std::size_t kMaxSettingsLength = 11;
 constexpr char kDefaultSettings[] = "9600,N,8,1";
 constexpr char kNoPortData[] = "NO PORT DATA";
 constexpr double kSettleNumerator = 15000;
@@ -36,56 +36,56 @@ constexpr std::array<ModemMode, 6> kModemModes{{
 }};
 
 bool valid_port(std::int16_t port) {
-    return port >= kLowestPort && port <= kHighestPort;
+    return port >= kMinPort && port <= kMaxPort;
 }
+
+struct PortErrorText {
+    int number;
+    const char* text;
+};
 
 /// Texts of `open_port` for the port object's own errors; 8017 has none and gets the general
 /// message.
-const char* port_error_text(int number) {
-    switch (number) {
-    case 8000:
-        return "OPERATION NOT VALID WHILE THE PORT IS OPEN";
-    case 8001:
-        return "TIMEOUT VALUE MUST BE GREATER THAN ZERO";
-    case 8002:
-        return "INVALID PORT NUMBER";
-    case 8003:
-        return "PROPERTY AVAILABLE ONLY AT RUNTIME";
-    case 8004:
-        return "PROPERTY IS READONLY AT RUNTIME";
-    case 8005:
-        return "PORT ALREADY OPEN";
-    case 8006:
-        return "THE DEVICE IDENTIFIER IS INVALID OR UNSUPPORTED";
-    case 8007:
-        return "THE DEVICE'S BAUD RATE IS UNSUPPORTED";
-    case 8008:
-        return "THE SPECIFIED BYTE SIZE IS INVALID";
-    case 8009:
-        return "THE DEFAULT PARAMETERS ARE IN ERROR";
-    case 8010:
-        return "THE HARDWARE IS NOT AVAILABLE(LOCKED BY ANOTHER DEVICE)";
-    case 8011:
-        return "THE FUNCTION CANNOT ALLOCATE THE QUEUES";
-    case 8012:
-        return "THE DEVICE IS NOT OPEN";
-    case 8013:
-        return "THE DEVICE IS ALREADY OPEN";
-    case 8014:
-        return "COULD NOT ENABLE COMM NOTIFICATION";
-    case 8015:
-        return "COULD NOT SET COMM STATE";
-    case 8016:
-        return "COULD NOT SET COMM EVENT MASK";
-    case 8018:
-        return "OPERATION VALID ONLY WHEN THE PORT IS OPEN";
-    case 8019:
-        return "DEVICE BUSY";
-    case 8020:
-        return "ERROR READING COMM DEVICE";
-    default:
-        return nullptr;
+constexpr std::array kPortErrorTexts{
+    PortErrorText{8000, "OPERATION NOT VALID WHILE THE PORT IS OPEN"},
+    PortErrorText{8001, "TIMEOUT VALUE MUST BE GREATER THAN ZERO"},
+    PortErrorText{8002, "INVALID PORT NUMBER"},
+    PortErrorText{8003, "PROPERTY AVAILABLE ONLY AT RUNTIME"},
+    PortErrorText{8004, "PROPERTY IS READONLY AT RUNTIME"},
+    PortErrorText{8005, "PORT ALREADY OPEN"},
+    PortErrorText{8006, "THE DEVICE IDENTIFIER IS INVALID OR UNSUPPORTED"},
+    PortErrorText{8007, "THE DEVICE'S BAUD RATE IS UNSUPPORTED"},
+    PortErrorText{8008, "THE SPECIFIED BYTE SIZE IS INVALID"},
+    PortErrorText{8009, "THE DEFAULT PARAMETERS ARE IN ERROR"},
+    PortErrorText{8010, "THE HARDWARE IS NOT AVAILABLE(LOCKED BY ANOTHER DEVICE)"},
+    PortErrorText{8011, "THE FUNCTION CANNOT ALLOCATE THE QUEUES"},
+    PortErrorText{8012, "THE DEVICE IS NOT OPEN"},
+    PortErrorText{8013, "THE DEVICE IS ALREADY OPEN"},
+    PortErrorText{8014, "COULD NOT ENABLE COMM NOTIFICATION"},
+    PortErrorText{8015, "COULD NOT SET COMM STATE"},
+    PortErrorText{8016, "COULD NOT SET COMM EVENT MASK"},
+    PortErrorText{8018, "OPERATION VALID ONLY WHEN THE PORT IS OPEN"},
+    PortErrorText{8019, "DEVICE BUSY"},
+    PortErrorText{8020, "ERROR READING COMM DEVICE"},
+};
+
+/// What `open_port` does after a trapped error of the port with this number.
+Resume after_open_error(const RunTimeError& error, std::int16_t port_number, Dialogs& dialogs) {
+    if (error.number() == error_number::kDeviceUnavailable) {
+        const MessageAnswer answer = dialogs.message_box(
+            "Cannot open comm port #" + std::to_string(port_number) + ", it is not available",
+            "WARNING");
+        // Tried again after every acknowledgement. Where nobody is there to give one, the
+        // statement is tried again with the next exchange.
+        return answer == MessageAnswer::Skip ? Resume::Leave : Resume::Retry;
     }
+    for (const PortErrorText& row : kPortErrorTexts) {
+        if (row.number != error.number()) continue;
+        dialogs.message_box(row.text);
+        return Resume::Leave;
+    }
+    show_error_message(dialogs, error.number(), error.subject());
+    return Resume::Next;
 }
 
 } // namespace
@@ -139,7 +139,7 @@ bool ChannelTable::build_channel(int n) {
                                            kNoPortData, config_.gIniFile);
     const std::string rts_mode = ini_read_string(ini_key::kCommsSection, ini_key::rts_mode(n),
                                                  kNoPortData, config_.gIniFile);
-    if (settings.size() < kShortestSettings || settings.size() > kLongestSettings) {
+    if (settings.size() < kMinSettingsLength || settings.size() > kMaxSettingsLength) {
         dialogs_.message_box("Port settings are not valid in 'sub init_comms**'");
         settings = kDefaultSettings;
     }
@@ -197,22 +197,8 @@ std::int16_t ChannelTable::open_port(std::int16_t& channel) {
     std::int16_t target = channel;
     ErrorTrap trap(log_, dialogs_, "open_port");
     const auto table = [&](const RunTimeError& error) {
-        if (error.number() == error_number::kDeviceUnavailable) {
-            const MessageAnswer answer = dialogs_.message_box(
-                "Cannot open comm port #" +
-                    std::to_string(devices[static_cast<std::size_t>(target)]->CommPort()) +
-                    ", it is not available",
-                "WARNING");
-            // Tried again after every acknowledgement. Where nobody is there to give one, the
-            // statement is tried again with the next exchange.
-            return answer == MessageAnswer::Skip ? Resume::Leave : Resume::Retry;
-        }
-        if (const char* text = port_error_text(error.number())) {
-            dialogs_.message_box(text);
-            return Resume::Leave;
-        }
-        show_error_message(dialogs_, error.number(), error.subject());
-        return Resume::Next;
+        const SerialPort& port = *devices[static_cast<std::size_t>(target)];
+        return after_open_error(error, port.CommPort(), dialogs_);
     };
     if (!trap.run([&] { target = settle_twins(channel); }, table)) return target;
     SerialPort& port = *devices[checked_index(target, devices.size())];

@@ -7,7 +7,9 @@
 namespace pelvan {
 namespace {
 
-constexpr double kTickMaximum = 4294967295.0;
+/// Required: at a wrap the largest value of the tick is added, not the number of its values, so
+/// such a countdown ends 1 ms late. `tick_span` is the one to use elsewhere.
+constexpr double kMaxTick = 4294967295.0;
 
 } // namespace
 
@@ -32,7 +34,7 @@ bool CountdownPool::countdown_expired(std::int16_t slot) {
     double& start = state_.gTimerStart[index];
     double& remaining = state_.gTimerRemaining[index];
     const double now = read_tick();
-    remaining -= now >= start ? now - start : (kTickMaximum - start) + now;
+    remaining -= now >= start ? now - start : (kMaxTick - start) + now;
     if (remaining > 0) {
         start = now;
         return false;

@@ -15,7 +15,7 @@ struct ErrorText {
     const char* text;
 };
 
-// The texts are fixed: upper case, outer blanks and the doubled "ERROR ERROR" included.
+// The texts are fixed: upper case, outer spaces and the doubled "ERROR ERROR" included.
 constexpr std::array kErrorTexts{
     ErrorText{2, "SYNTAX ERROR"},
     ErrorText{3, "RETURN WITHOUT GOSUB ERROR"},

@@ -52,17 +52,13 @@ class TerminalDesktop : public DesktopServices {
     void let_events_run() override {
         if (on_events) on_events();
     }
-    void set_clipboard_text(const std::string& text) override { clipboard_ = text; }
-    std::string clipboard_text() override { return clipboard_; }
+    void set_clipboard_text(const std::string&) override {}
     ScreenSize screen_size() override { return {1024, 768}; }
     void set_help_file(const std::string&) override {}
     void show_help(const std::string&) override {}
 
     /// Called whenever long work lets events run.
     std::function<void()> on_events;
-
-  private:
-    std::string clipboard_;
 };
 
 } // namespace pelvan

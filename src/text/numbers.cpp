@@ -14,12 +14,12 @@ bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
-bool is_blank(char c) {
+bool is_space(char c) {
     return c == ' ' || c == '\t';
 }
 
-std::string_view without_leading_blanks(std::string_view text) {
-    while (!text.empty() && is_blank(text.front()))
+std::string_view without_leading_spaces(std::string_view text) {
+    while (!text.empty() && is_space(text.front()))
         text.remove_prefix(1);
     return text;
 }
@@ -90,14 +90,14 @@ std::string fixed_text(double value, int significant) {
 } // namespace
 
 double leading_number(std::string_view text) {
-    text = without_leading_blanks(text);
+    text = without_leading_spaces(text);
     const std::size_t length = number_length(text);
     return length == 0 ? 0 : parse(text.substr(0, length));
 }
 
 bool is_numeric(std::string_view text) {
-    text = without_leading_blanks(text);
-    while (!text.empty() && is_blank(text.back()))
+    text = without_leading_spaces(text);
+    while (!text.empty() && is_space(text.back()))
         text.remove_suffix(1);
     return !text.empty() && number_length(text) == text.size();
 }
@@ -128,8 +128,8 @@ double round_half_even(double value) {
 }
 
 std::optional<unsigned long> hex_number(std::string_view text) {
-    text = without_leading_blanks(text);
-    while (!text.empty() && is_blank(text.back()))
+    text = without_leading_spaces(text);
+    while (!text.empty() && is_space(text.back()))
         text.remove_suffix(1);
     if (text.size() > 2 && (text[0] == '&' || text[0] == '0') &&
         (text[1] == 'h' || text[1] == 'H' || text[1] == 'x' || text[1] == 'X'))

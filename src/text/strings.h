@@ -8,7 +8,7 @@
 
 namespace pelvan {
 
-/// The text without blanks at both ends (blanks only: a tab is content).
+/// The text without spaces at both ends (spaces only: a tab is content).
 [[nodiscard]] std::string trim(std::string_view text);
 
 /// ASCII letters in upper case.

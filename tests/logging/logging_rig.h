@@ -89,7 +89,7 @@ class LoggingTest : public ::testing::Test {
 
     SerialRig rig;
     FakeDesktop desktop;
-    MessageGate gate{rig.dialogs};
+    MessageRouter gate{rig.dialogs};
     Services services{rig.tick, rig.clock, gate, desktop, rig.dir.path()};
     ModbusState modbus_state;
     Modbus modbus{modbus_state};

@@ -48,7 +48,7 @@ class OvernightTest : public ::testing::Test {
     testing::FakeClock clock;
     testing::FakeDialogs dialogs;
     testing::FakeDesktop desktop;
-    MessageGate gate{dialogs};
+    MessageRouter gate{dialogs};
     Services services{tick, clock, gate, desktop, dir.path()};
     ConfigState config;
     SerialState serial;

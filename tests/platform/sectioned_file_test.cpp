@@ -44,7 +44,7 @@ class SectionedFile : public ::testing::Test {
 };
 
 TEST_F(SectionedFile, FindsValuesAsTheyStand) {
-    // Sections and keys, line ends and blanks; what separates and what does not; the first counts;
+    // Sections and keys, line ends and spaces; what separates and what does not; the first counts;
     // quotes go in pairs; empty is not missing.
     for (const char* one : {"->none",
                             "K=v\n[S]\n->none",
@@ -70,7 +70,7 @@ TEST_F(SectionedFile, FindsValuesAsTheyStand) {
                             "[S]\nK=   ->",
                             "[S]\nK=\"\"\n->"})
         EXPECT_EQ(read(sides(one).first, "S", "K"), sides(one).second) << one;
-    // The arguments lose their blanks, and only blanks.
+    // The arguments lose their spaces, and only spaces.
     EXPECT_EQ(read("[my s]\nK 1   =3\n", " MY S", " K 1 "), "3");
     EXPECT_EQ(read("[S]\nK=v\n", "S", "K\t"), "none");
     EXPECT_EQ(read("[S]\n;K=c\n", "S", ";K"), "none");

@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/posix_serial_devices.h"
+#include "platform/linux_serial_devices.h"
 #include "support/pty_pair.h"
 #include "support/temp_dir.h"
 

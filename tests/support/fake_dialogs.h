@@ -76,7 +76,6 @@ class FakeDesktop : public DesktopServices {
         if (on_turn) on_turn();
     }
     void set_clipboard_text(const std::string& text) override { clipboard = text; }
-    std::string clipboard_text() override { return clipboard; }
     ScreenSize screen_size() override { return screen; }
     void set_help_file(const std::string& name) override { help_file = name; }
     void show_help(const std::string& page) override { help_pages.push_back(page); }

@@ -23,10 +23,6 @@ void QtDesktopServices::set_clipboard_text(const std::string& text) {
     QGuiApplication::clipboard()->setText(to_qt(text));
 }
 
-std::string QtDesktopServices::clipboard_text() {
-    return from_qt(QGuiApplication::clipboard()->text());
-}
-
 ScreenSize QtDesktopServices::screen_size() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (screen == nullptr) return {};

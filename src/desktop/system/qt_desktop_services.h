@@ -18,7 +18,6 @@ class QtDesktopServices : public DesktopServices {
 
     void let_events_run() override;
     void set_clipboard_text(const std::string& text) override;
-    std::string clipboard_text() override;
     ScreenSize screen_size() override;
     void set_help_file(const std::string& name) override { help_file_ = name; }
     void show_help(const std::string& page) override;

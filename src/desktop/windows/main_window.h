@@ -48,7 +48,7 @@ class MainWindow {
     Subscription console_closed_;
     Subscription print_;
     Subscription preview_;
-    std::optional<MessageGate::Diversion> unattended_; // from `end` on
+    std::optional<MessageRouter::Diversion> unattended_; // from `end` on
 };
 
 } // namespace pelvan::desktop

@@ -19,7 +19,7 @@ constexpr float kNoReplyTimeoutMs = 1; // after bytes that nobody answers
 constexpr std::int16_t kQuietChars = 8;
 constexpr std::int16_t kEndOfResponseQuietChars = 1;
 
-constexpr std::int16_t kHighestAddress = 32;
+constexpr std::int16_t kMaxAddress = 32;
 constexpr char kNotReceived[] = "NOT RECEIVED";
 constexpr char kErrorQuery[] = "? ER2";
 
@@ -93,7 +93,7 @@ std::string FullProtocol::send(const std::string& bytes, float timeout_ms,
 
 bool FullProtocol::full_poll(std::int16_t address) {
     char device = '1';
-    if (address < 0 || address > kHighestAddress)
+    if (address < 0 || address > kMaxAddress)
         dialogs_.message_box("Device address is not valid. Defaulting to 1");
     else
         device = address_character(address);

@@ -56,7 +56,7 @@ std::string ItemWriter::take() {
     return std::move(text_);
 }
 
-// The text is blank from the start, so that stepping over one character writes the blank.
+// The text holds spaces from the start, so that stepping over one character writes the space.
 void ItemWriter::decimal(std::int32_t value) {
     const auto end = std::to_chars(text_.data() + used_, text_.data() + text_.size(), value);
     used_ = static_cast<std::size_t>(end.ptr - text_.data()) + 1;

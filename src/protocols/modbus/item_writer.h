@@ -27,11 +27,11 @@ class ItemWriter {
     void packet_byte(std::uint8_t value);
     void packet_word(std::uint16_t value);
 
-    /// A remark right behind the last number, in the place of its blank.
+    /// A remark right behind the last number, instead of its space.
     void remark(std::string_view text);
 
-    /// The text. In "Decimal" and hexadecimal one blank follows every item, the last one included;
-    /// in "SmartDec" blanks stand between items only.
+    /// The text. In "Decimal" and hexadecimal one space follows every item, the last one included;
+    /// in "SmartDec" spaces stand between items only.
     [[nodiscard]] std::string take();
 
   private:

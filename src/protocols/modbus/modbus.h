@@ -44,8 +44,8 @@ class Modbus {
     /// wrong.
     ///
     /// `values` is used from element 1 to the first `kValueListEnd` (or its last element). Negative
-    /// values are rewritten in place as value + 65536, so that a list must be filled anew before it
-    /// is sent again. More than 127 values for function 15 or 16 are refused as bad data.
+    /// values are rewritten in place as value + 65536, so that a list must be filled again before
+    /// it is sent again. More than 127 values for function 15 or 16 are refused as bad data.
     [[nodiscard]] std::string ModbusBuildRequest(std::int16_t function, std::int16_t address,
                                                  float start_register, std::span<float> values);
 
@@ -55,13 +55,13 @@ class Modbus {
     // function; the third byte for a wrong CRC and for an exception. Replies of functions 1 to 4
     // store their values from element 1 upward; other frames leave the elements at -31000.
 
-    /// The whole packet in decimal, a blank after every item. A frame under 5 bytes is returned as
+    /// The whole packet in decimal, a space after every item. A frame under 5 bytes is returned as
     /// it is. Fills `gReplyValues`; 9 (subscript) for more values than it has room for.
     [[nodiscard]] std::string ModbusDecodeDecimal(std::int16_t is_request, std::string_view frame);
     /// The whole packet in hexadecimal: bytes in two digits, words in four; a frame under 5 bytes
     /// as its bytes. Values and marks as the decimal decoder.
     [[nodiscard]] std::string ModbusDecodeHex(std::int16_t is_request, std::string_view frame);
-    /// The pertinent numbers alone, in decimal, with blanks between: the data values of a reply,
+    /// The pertinent numbers alone, in decimal, with spaces between: the data values of a reply,
     /// register and value of a write; of a request, register and count or values. Empty for a frame
     /// under 5 bytes and for an unknown function. Clears elements 0 to 65 only.
     [[nodiscard]] std::string ModbusDecodeSmartDecimal(std::int16_t is_request,

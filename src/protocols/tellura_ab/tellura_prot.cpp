@@ -13,8 +13,8 @@ constexpr char kDle = 16;
 
 // Controllers listen seven above the address that is set on them: address 1 is called as 8.
 constexpr int kAddressOffset = 7;
-constexpr int kHighestAddress = 32;
-constexpr int kMostBytes = 255;
+constexpr int kMaxAddress = 32;
+constexpr int kMaxBytes = 255;
 constexpr char kWriteCommand = 8;
 constexpr char kReadCommand = 1;
 constexpr std::size_t kParameterDigits = 4;
@@ -26,7 +26,7 @@ constexpr int kSends = 3;
 constexpr int kReplyTries = 4;
 
 constexpr std::size_t kPairSize = 2; // DLE and its partner
-constexpr std::size_t kShortestReply = 10;
+constexpr std::size_t kMinReplyLength = 10;
 // Places in a reply's body, doubled DLEs taken out: destination, source, command, status, two bytes
 // of transaction number.
 constexpr std::size_t kReplyStatus = 3;
@@ -76,7 +76,7 @@ std::optional<TelluraPacket> TelluraProt::BuildRequest(std::uint8_t& device_addr
         dialogs_.message_box(message);
         return std::nullopt;
     };
-    if (device_address < 1 || device_address > kHighestAddress)
+    if (device_address < 1 || device_address > kMaxAddress)
         return refuse("Invalid device address!");
     device_address = static_cast<std::uint8_t>(device_address + kAddressOffset);
     const auto parameter = bytes_of_digits(parameter_address);
@@ -85,7 +85,7 @@ std::optional<TelluraPacket> TelluraProt::BuildRequest(std::uint8_t& device_addr
     const auto content = write ? bytes_of_digits(data)
                                : std::optional(std::string(1, static_cast<char>(byte_count)));
     if (!content) return refuse("Invalid data!");
-    if (!write && (byte_count < 1 || byte_count > kMostBytes))
+    if (!write && (byte_count < 1 || byte_count > kMaxBytes))
         return refuse("Invalid number of bytes!");
     // Source 0, command, status 0, transaction number 0 0.
     const std::string header{
@@ -169,7 +169,7 @@ std::string_view TelluraProt::body_of(std::string_view reply) const {
 }
 
 bool TelluraProt::CheckReply(std::string_view reply) const {
-    if (reply.size() < kShortestReply) return false;
+    if (reply.size() < kMinReplyLength) return false;
     return reply.substr(reply.size() - check_size()) == check_of(body_of(reply));
 }
 
@@ -179,7 +179,7 @@ std::string TelluraProt::DisplayPacket(std::string_view packet) {
 }
 
 TelluraReply TelluraProt::ReadReply(std::string_view reply) const {
-    if (reply.size() < kShortestReply) return {};
+    if (reply.size() < kMinReplyLength) return {};
     const std::string body = unstuffed(body_of(reply));
     TelluraReply out;
     if (body.size() > kReplyStatus) out.status = static_cast<unsigned char>(body[kReplyStatus]);

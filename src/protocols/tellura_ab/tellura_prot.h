@@ -27,7 +27,7 @@ struct TelluraPacket {
     std::string body;
 };
 
-/// What a sound reply says, doubled DLEs taken out.
+/// What a valid reply says, doubled DLEs taken out.
 struct TelluraReply {
     unsigned status = 0; // 0: done as asked
     std::string data;

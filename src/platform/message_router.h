@@ -1,4 +1,4 @@
-// The program's dialogs, with a side door: while work runs that nobody may be watching, plain
+// The program's dialogs, which can be diverted: while work runs that nobody may be watching, plain
 // messages go to a function instead of into a box that would hold the work until it is answered.
 #pragma once
 
@@ -9,23 +9,23 @@
 
 namespace pelvan {
 
-class MessageGate : public Dialogs {
+class MessageRouter : public Dialogs {
   public:
     using Receiver = std::function<void(const std::string& text)>;
 
-    explicit MessageGate(Dialogs& dialogs) : dialogs_(dialogs) {}
+    explicit MessageRouter(Dialogs& dialogs) : dialogs_(dialogs) {}
 
     /// Diverts messages for as long as it lives.
     class Diversion {
       public:
-        Diversion(MessageGate& gate, Receiver receiver)
-            : gate_(gate), former_(std::exchange(gate.receiver_, std::move(receiver))) {}
+        Diversion(MessageRouter& router, Receiver receiver)
+            : router_(router), former_(std::exchange(router.receiver_, std::move(receiver))) {}
         Diversion(const Diversion&) = delete;
         Diversion& operator=(const Diversion&) = delete;
-        ~Diversion() { gate_.receiver_ = std::move(former_); }
+        ~Diversion() { router_.receiver_ = std::move(former_); }
 
       private:
-        MessageGate& gate_;
+        MessageRouter& router_;
         Receiver former_;
     };
 

@@ -34,11 +34,7 @@ LocalTime local_time(double epoch_ms) {
     const double whole = std::floor(epoch_ms / 1000);
     const auto seconds = static_cast<std::time_t>(whole);
     std::tm parts{};
-#ifdef _WIN32
-    localtime_s(&parts, &seconds);
-#else
     localtime_r(&seconds, &parts);
-#endif
     return {parts.tm_year + 1900,
             parts.tm_mon + 1,
             parts.tm_mday,

@@ -1,4 +1,4 @@
-#include "platform/posix_serial_error.h"
+#include "platform/linux_serial_error.h"
 
 #include <cerrno>
 

@@ -16,7 +16,7 @@
 #include <chrono>
 #include <cmath>
 
-#include "platform/posix_serial_error.h"
+#include "platform/linux_serial_error.h"
 #include "platform/run_time_error.h"
 #include "platform/serial_line.h"
 #include "platform/uninterrupted.h"
@@ -64,9 +64,9 @@ tcflag_t control_flags(const LineSettings& settings) {
     return flags;
 }
 
-class PosixSerialLine : public SerialLine {
+class LinuxSerialLine : public SerialLine {
   public:
-    PosixSerialLine(const std::string& path, int descriptor, bool is_pty,
+    LinuxSerialLine(const std::string& path, int descriptor, bool is_pty,
                     const LineSettings& settings)
         : path_(path), device_(descriptor), is_pty_(is_pty),
           character_time_us_(character_time_us(settings)) {
@@ -82,7 +82,7 @@ class PosixSerialLine : public SerialLine {
         device_.control(TIOCEXCL, nullptr);
     }
 
-    ~PosixSerialLine() override {
+    ~LinuxSerialLine() override {
         // Bytes that a stopped line has not taken would otherwise hold up the closing for 30 s.
         device_.control(TCFLSH, TCIOFLUSH);
         device_.control(TIOCNXCL, nullptr);
@@ -115,13 +115,13 @@ class PosixSerialLine : public SerialLine {
     double character_time_us_;
 };
 
-void PosixSerialLine::lock() const {
+void LinuxSerialLine::lock() const {
     if (uninterrupted([&] { return ::flock(device_.get(), LOCK_EX | LOCK_NB); }) < 0)
         fail(SerialOperation::Open);
 }
 
 /// One call for both wires, so that neither is seen in a wrong state between two.
-void PosixSerialLine::set_first_modem_lines(const LineSettings& settings) {
+void LinuxSerialLine::set_first_modem_lines(const LineSettings& settings) {
     int wires = 0;
     int result = device_.control(TIOCMGET, &wires);
     if (result == 0) {
@@ -138,7 +138,7 @@ void PosixSerialLine::set_first_modem_lines(const LineSettings& settings) {
 
 /// Success of the call proves nothing: drivers take over what they can. What counts is read back,
 /// but for pseudo-terminals, which have neither speed nor parity.
-void PosixSerialLine::apply(termios2 attributes, const LineSettings& settings) const {
+void LinuxSerialLine::apply(termios2 attributes, const LineSettings& settings) const {
     const auto speed = static_cast<speed_t>(settings.baud_rate);
     attributes.c_iflag = IGNBRK | IGNPAR;
     if (settings.xon_xoff) attributes.c_iflag |= IXON | IXOFF;
@@ -163,14 +163,14 @@ void PosixSerialLine::apply(termios2 attributes, const LineSettings& settings) c
 
 /// USB adapters may hold a short reply back for up to 16 ms unless told not to; whoever cannot be
 /// told stays as it is.
-void PosixSerialLine::ask_for_low_latency() const {
+void LinuxSerialLine::ask_for_low_latency() const {
     serial_struct driver{};
     if (is_pty_ || device_.control(TIOCGSERIAL, &driver) < 0) return;
     driver.flags |= static_cast<int>(ASYNC_LOW_LATENCY);
     device_.control(TIOCSSERIAL, &driver);
 }
 
-bool PosixSerialLine::read_into(std::string& buffer) {
+bool LinuxSerialLine::read_into(std::string& buffer) {
     std::array<char, 4096> chunk;
     for (int i = 0; i < kReadsPerCall; ++i) {
         const ssize_t count =
@@ -183,7 +183,7 @@ bool PosixSerialLine::read_into(std::string& buffer) {
     return true;
 }
 
-void PosixSerialLine::write(const std::string& bytes) {
+void LinuxSerialLine::write(const std::string& bytes) {
     using namespace std::chrono;
     const double wire_time_us = character_time_us_ * static_cast<double>(bytes.size());
     const auto deadline =
@@ -202,14 +202,14 @@ void PosixSerialLine::write(const std::string& bytes) {
 }
 
 /// Waits for some milliseconds at most; 57 when the deadline is over.
-void PosixSerialLine::wait_until_writable(std::chrono::steady_clock::time_point deadline) const {
+void LinuxSerialLine::wait_until_writable(std::chrono::steady_clock::time_point deadline) const {
     if (std::chrono::steady_clock::now() >= deadline)
         throw RunTimeError(error_number::kDeviceInputOutput, path_ + " (time-out)");
     pollfd watched{device_.get(), POLLOUT, 0};
     static_cast<void>(::poll(&watched, 1, kWritePollMs)); // a lost line shows in the next write
 }
 
-void PosixSerialLine::drive(int wire, bool on) {
+void LinuxSerialLine::drive(int wire, bool on) {
     if (!has_modem_lines_) return;
     if (device_.control(on ? TIOCMBIS : TIOCMBIC, &wire) == 0) return;
     if (serial_error_number(SerialOperation::ModemLines, errno) != 0)
@@ -237,7 +237,7 @@ std::unique_ptr<SerialLine> open_serial_device(const std::string& path,
     const int descriptor = uninterrupted(
         [&] { return ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC); });
     if (descriptor < 0) refuse(errno, path);
-    return std::make_unique<PosixSerialLine>(path, descriptor, is_pseudo_terminal(node), settings);
+    return std::make_unique<LinuxSerialLine>(path, descriptor, is_pseudo_terminal(node), settings);
 }
 
 } // namespace pelvan

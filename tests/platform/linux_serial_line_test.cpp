@@ -10,7 +10,7 @@
 #include <numeric>
 #include <thread>
 
-#include "platform/posix_serial_error.h"
+#include "platform/linux_serial_error.h"
 #include "platform/serial_line.h"
 #include "support/error_of.h"
 #include "support/pty_pair.h"
@@ -35,7 +35,7 @@ int open_error(const std::string& path) {
     return error_of([&] { static_cast<void>(open_serial_device(path, {})); });
 }
 
-TEST(PosixSerialLineTest, PassesEveryByteUnchangedWithAnySettings) {
+TEST(LinuxSerialLineTest, PassesEveryByteUnchangedWithAnySettings) {
     const PtyPair pty;
     std::string bytes(256, '\0');
     std::iota(bytes.begin(), bytes.end(), '\0');
@@ -52,7 +52,7 @@ TEST(PosixSerialLineTest, PassesEveryByteUnchangedWithAnySettings) {
     }
 }
 
-TEST(PosixSerialLineTest, ForgetsWhatCameBeforeTheOpeningAndWhatIsDiscarded) {
+TEST(LinuxSerialLineTest, ForgetsWhatCameBeforeTheOpeningAndWhatIsDiscarded) {
     const PtyPair pty(PtyPair::Slave::KeepOpen);
     const auto send = [&pty](const std::string& bytes) {
         pty.send(bytes);
@@ -72,7 +72,7 @@ TEST(PosixSerialLineTest, ForgetsWhatCameBeforeTheOpeningAndWhatIsDiscarded) {
     EXPECT_EQ(received, "reply");
 }
 
-TEST(PosixSerialLineTest, RefusesWhatIsNoFreeSerialDevice) {
+TEST(LinuxSerialLineTest, RefusesWhatIsNoFreeSerialDevice) {
     const TempDir directory;
     testing::write_file(directory.file("file"), "");
     ASSERT_EQ(::mkfifo(directory.file("pipe").c_str(), 0600), 0);
@@ -83,7 +83,7 @@ TEST(PosixSerialLineTest, RefusesWhatIsNoFreeSerialDevice) {
         EXPECT_EQ(open_error(path), 8002) << path;
 }
 
-TEST(PosixSerialLineTest, FindsALockedDeviceInUseAndLeavesItFreeAfterwards) {
+TEST(LinuxSerialLineTest, FindsALockedDeviceInUseAndLeavesItFreeAfterwards) {
     const PtyPair pty(PtyPair::Slave::KeepOpen);
     ASSERT_EQ(::flock(pty.slave(), LOCK_EX), 0);
     EXPECT_EQ(open_error(pty.path()), 8005);
@@ -95,7 +95,7 @@ TEST(PosixSerialLineTest, FindsALockedDeviceInUseAndLeavesItFreeAfterwards) {
     EXPECT_EQ(open_error(pty.path()), 0);
 }
 
-TEST(PosixSerialLineTest, EndsAnOutputThatIsNotTaken) {
+TEST(LinuxSerialLineTest, EndsAnOutputThatIsNotTaken) {
     PtyPair pty;
     LineSettings fast;
     fast.baud_rate = 4'000'000;

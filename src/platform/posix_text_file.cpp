@@ -14,11 +14,7 @@ namespace pelvan {
 namespace {
 
 constexpr char kLineEnd[] = "\r\n";
-#ifdef _WIN32
-constexpr char kSeparator = '\\';
-#else
 constexpr char kSeparator = '/';
-#endif
 
 bool directory_exists(const std::string& path) {
     const auto parent = std::filesystem::path(path).parent_path();
