@@ -1,6 +1,7 @@
 #include "serial/channel_table.h"
 
 #include <array>
+#include <utility>
 
 #include "platform/run_time_error.h"
 #include "serial/trap.h"
@@ -106,7 +107,32 @@ SerialPort& frm_Comms::extend() {
     return created;
 }
 
-void ChannelTable::init_comms() {
+bool ChannelTable::init_comms() {
+    if (const std::string refusal = line_use_.refusal(nullptr); !refusal.empty()) {
+        dialogs_.message_box(refusal);
+        return false;
+    }
+    rebuild_wanted_ = true;
+    while (keepers_ == 0 && std::exchange(rebuild_wanted_, false)) {
+        ++keepers_;
+        const ScopeGuard leave([this] { --keepers_; });
+        rebuild();
+    }
+    return true;
+}
+
+/// An error of a rebuild that was put off has nobody left to be raised to.
+void ChannelTable::follow_up_rebuild() {
+    if (keepers_ > 0 || !std::exchange(rebuild_wanted_, false)) return;
+    ErrorTrap trap(log_, dialogs_, "init_comms");
+    trap.run([this] { init_comms(); },
+             [this](const RunTimeError& error) {
+                 show_error_message(dialogs_, error.number(), error.subject());
+                 return Resume::Leave;
+             });
+}
+
+void ChannelTable::rebuild() {
     before_rebuild.raise();
     state_.gCommDevice.clear();
     comms_.unload();
@@ -189,24 +215,39 @@ void ChannelTable::apply_mode(std::int16_t channel, const std::string& rts_mode)
 }
 
 std::int16_t ChannelTable::open_port(std::int16_t& channel) {
-    auto& devices = state_.gCommDevice;
-    if (channel < 0 || channel >= static_cast<int>(devices.size())) {
-        dialogs_.message_box("This device/protocol has not been initialized. Check Pelvax6.ini.");
-        channel = 0;
-    }
+    std::int16_t target = -1;
+    keep_ports([&] {
+        if (channel < 0 || channel >= static_cast<int>(state_.gCommDevice.size())) {
+            dialogs_.message_box(
+                "This device/protocol has not been initialized. Check Pelvax6.ini.");
+            channel = 0;
+        }
+        target = open_target(channel);
+    });
+    return target;
+}
+
+std::int16_t ChannelTable::open_target(std::int16_t channel) {
+    const auto& devices = state_.gCommDevice;
     std::int16_t target = channel;
+    std::int16_t port_number = 0;
     ErrorTrap trap(log_, dialogs_, "open_port");
     const auto table = [&](const RunTimeError& error) {
-        const SerialPort& port = *devices[static_cast<std::size_t>(target)];
-        return after_open_error(error, port.CommPort(), dialogs_);
+        return after_open_error(error, port_number, dialogs_);
     };
-    if (!trap.run([&] { target = settle_twins(channel); }, table)) return target;
-    SerialPort& port = *devices[checked_index(target, devices.size())];
+    SerialPort* port = nullptr;
+    const auto choose = [&] {
+        target = settle_twins(channel);
+        port = devices[checked_index(target, devices.size())];
+        port_number = port->CommPort();
+    };
+    if (!trap.run(choose, table)) return target;
+    if (!port) return -1;
     const auto open = [&] {
-        if (!port.PortOpen()) port.set_PortOpen(true);
+        if (!port->PortOpen()) port->set_PortOpen(true);
     };
     if (!trap.run(open, table)) return target;
-    trap.run([&] { port.set_InBufferCount(0); }, table);
+    trap.run([&] { port->set_InBufferCount(0); }, table);
     return target;
 }
 

@@ -11,7 +11,9 @@
 #include "config/ini.h"
 #include "platform/dialogs.h"
 #include "platform/event.h"
+#include "platform/scope_guard.h"
 #include "serial/errors.h"
+#include "serial/line_use.h"
 #include "serial/serial_state.h"
 
 namespace pelvan {
@@ -46,8 +48,10 @@ class ChannelTable {
     /// Closes every port and rebuilds all channels from the configuration file. Touches no device.
     ///
     /// A port number outside 1..16 in the file is reported again and again until the file is
-    /// mended; more than four channels raise 9, channels 0 to 3 staying built.
-    void init_comms();
+    /// mended; more than four channels raise 9, channels 0 to 3 staying built. Asked for in a
+    /// message box of an exchange or of another rebuild, it happens after that one. False, with a
+    /// message, while a tool has claimed the lines.
+    bool init_comms();
 
     /// Sets number, settings and modem-line mode of one existing, closed channel.
     void define_comms_control(std::int16_t channel, std::int16_t port, const std::string& settings,
@@ -57,15 +61,31 @@ class ChannelTable {
     /// use, which is another channel's when that one has the same port open with the same settings.
     ///
     /// An unknown channel becomes 0, in the caller's variable too. Errors are shown, not raised.
+    /// -1 while the table is empty, as it is while a rebuild waits at its first message.
     std::int16_t open_port(std::int16_t& channel);
 
+    /// Runs work that refers to port objects: a rebuild asked for meanwhile, in a message box say,
+    /// follows the work.
+    template <class Work> void keep_ports(Work&& work) {
+        {
+            ++keepers_;
+            const ScopeGuard leave([this] { --keepers_; });
+            work();
+        }
+        follow_up_rebuild();
+    }
+
     [[nodiscard]] SerialState& state() { return state_; }
+    [[nodiscard]] LineUse& line_use() { return line_use_; }
     /// Raised at the beginning of every rebuild, while the old ports still stand.
     Event<> before_rebuild;
     /// Raised before the port of another channel is closed to make way for the one that is opened.
     Event<SerialPort&> before_close;
 
   private:
+    void rebuild();
+    void follow_up_rebuild();
+    std::int16_t open_target(std::int16_t channel);
     [[nodiscard]] bool build_channel(int n);
     void set_settle_time(int channel, const std::string& settings);
     void apply_mode(std::int16_t channel, const std::string& rts_mode);
@@ -76,6 +96,9 @@ class ChannelTable {
     frm_Comms& comms_;
     Dialogs& dialogs_;
     ErrorLog& log_;
+    LineUse line_use_;
+    int keepers_ = 0; // exchanges and rebuilds under way, one in a message box of the other
+    bool rebuild_wanted_ = false;
 };
 
 } // namespace pelvan

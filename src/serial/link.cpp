@@ -44,7 +44,21 @@ Resume after_error(const RunTimeError& error, SerialPort& port, Dialogs& dialogs
 
 } // namespace
 
+bool Link::refused() {
+    const std::string sentence = refusal();
+    if (!sentence.empty()) dialogs_.message_box(sentence);
+    return !sentence.empty();
+}
+
 std::string Link::transmit(std::int16_t channel, const std::string& command, float timeout_ms,
+                           std::int16_t quiet_chars) {
+    if (refused()) return {};
+    std::string reply;
+    channels_.keep_ports([&] { reply = exchange(channel, command, timeout_ms, quiet_chars); });
+    return reply;
+}
+
+std::string Link::exchange(std::int16_t channel, const std::string& command, float timeout_ms,
                            std::int16_t quiet_chars) {
     const std::int16_t port_index = channels_.open_port(channel);
     if (port_index < 0) return {};
@@ -75,13 +89,18 @@ std::string Link::transmit(std::int16_t channel, const std::string& command, flo
 }
 
 std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int16_t quiet_chars) {
+    if (refused()) return {};
     SerialState& state = channels_.state();
-    SerialPort& port = *state.gCommDevice[checked_index(last_port_, state.gCommDevice.size())];
+    const auto last = static_cast<std::size_t>(last_port_);
+    if (last >= state.gCommDevice.size()) return {}; // the ports were rebuilt
+    SerialPort& port = *state.gCommDevice[last];
     const float settle = state.gCharTime[checked_index(channel, kChannelLimit)];
     ErrorTrap trap(log_, dialogs_, "transmit");
     std::string reply;
-    trap.run([&] { reply = receive_reply(port, settle, timeout_ms, quiet_chars); },
-             [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
+    channels_.keep_ports([&] {
+        trap.run([&] { reply = receive_reply(port, settle, timeout_ms, quiet_chars); },
+                 [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
+    });
     return reply;
 }
 

@@ -1,8 +1,10 @@
 // The one exchange with a controller: open, discard, write, collect until the line is quiet. Every
-// tool goes through it. Replies are not parsed here.
+// tool has a link of its own, under its name; all share the channel table. A tool whose work must
+// not be mixed with others' claims the lines for as long as it lasts. Replies are not parsed here.
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "serial/channel_table.h"
 #include "serial/countdown.h"
@@ -11,15 +13,28 @@ namespace pelvan {
 
 class Link {
   public:
-    Link(ChannelTable& channels, CountdownPool& countdowns, Dialogs& dialogs, ErrorLog& log)
-        : channels_(channels), countdowns_(countdowns), dialogs_(dialogs), log_(log) {}
+    /// `user` names the tool where others are refused because of it.
+    Link(ChannelTable& channels, CountdownPool& countdowns, Dialogs& dialogs, ErrorLog& log,
+         std::string user = "another window")
+        : channels_(channels), countdowns_(countdowns), dialogs_(dialogs),
+          log_(log), user_{std::move(user)} {}
+    Link(const Link&) = delete;
+    Link& operator=(const Link&) = delete;
     virtual ~Link() = default;
+
+    /// The lines for this tool alone, and no rebuild of the ports, for as long as the claim is
+    /// held; an empty claim when another tool has them (`refusal`).
+    LineClaim claim() { return channels_.line_use().claim(user_); }
+    /// "The line is in use by Save/Restore Setup." while another tool has claimed the lines, else
+    /// empty. Whoever can tell it better than a message box does looks here before `transmit`.
+    [[nodiscard]] std::string refusal() const { return channels_.line_use().refusal(&user_); }
 
     /// Sends the framed bytes and returns what arrives, empty when nothing does.
     ///
     /// Blocks, without yielding, up to `timeout_ms` plus the quiet pause (and the RTS hold). The
     /// reply ends after `quiet_chars` settle times without a byte. Errors of the port are logged
-    /// and shown, never raised; an empty result is all that the caller sees of them.
+    /// and shown, never raised; an empty result is all that the caller sees of them. So is a line
+    /// that another tool has claimed: `refusal` is shown, and the line is not touched.
     virtual std::string transmit(std::int16_t channel, const std::string& command, float timeout_ms,
                                  std::int16_t quiet_chars);
 
@@ -37,10 +52,15 @@ class Link {
     [[nodiscard]] ChannelTable& channels() { return channels_; }
 
   private:
+    [[nodiscard]] bool refused();
+    std::string exchange(std::int16_t channel, const std::string& command, float timeout_ms,
+                         std::int16_t quiet_chars);
+
     ChannelTable& channels_;
     CountdownPool& countdowns_;
     Dialogs& dialogs_;
     ErrorLog& log_;
+    LineUser user_;
     std::int16_t last_port_ = 0; // index of the object that the last `transmit` used
 };
 
