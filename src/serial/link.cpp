@@ -6,6 +6,10 @@
 namespace pelvan {
 namespace {
 
+/// A controller that has said nothing for so long says nothing any more.
+constexpr float kSilenceMs = 250;
+constexpr float kMaxSilenceWaitMs = 1000;
+
 /// More than any device can send within a time-out of ten seconds; what follows stays in the port.
 constexpr std::size_t kMaxReplyBytes = std::size_t{1} << 20;
 
@@ -102,6 +106,28 @@ std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int1
                  [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
     });
     return reply;
+}
+
+bool Link::let_fall_silent() {
+    const auto& devices = channels_.state().gCommDevice;
+    const auto last = static_cast<std::size_t>(last_port_);
+    if (last >= devices.size() || !devices[last]->PortOpen() || !refusal().empty()) return true;
+    bool silent = true;
+    ErrorTrap trap(log_, dialogs_, "transmit");
+    trap.run([&] { silent = discard_until_silent(*devices[last]); },
+             [](const RunTimeError&) { return Resume::Leave; });
+    return silent;
+}
+
+bool Link::discard_until_silent(SerialPort& port) {
+    CountdownSlot overall(countdowns_, kMaxSilenceWaitMs);
+    while (!overall.expired()) {
+        CountdownSlot silence(countdowns_, kSilenceMs);
+        while (port.InBufferCount() == 0)
+            if (silence.expired()) return true;
+        port.Input();
+    }
+    return false;
 }
 
 std::string Link::receive_reply(SerialPort& port, float char_time, float timeout_ms,

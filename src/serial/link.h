@@ -43,6 +43,13 @@ class Link {
     virtual std::string receive_more(std::int16_t channel, float timeout_ms,
                                      std::int16_t quiet_chars);
 
+    /// Discards what comes on the line that `transmit` used last until it was silent for 250 ms,
+    /// at most 1 s; false when it was not silent even then. For use after an attempt that timed out
+    /// or whose reply was a late one, so that the next request does not take an answer to an
+    /// earlier one for its own. Blocks; errors of the port are logged and end it, the next exchange
+    /// meets and shows them.
+    bool let_fall_silent();
+
     /// The collector alone, for a port that was written to or that raised its receive event.
     /// `char_time` is the settle time in milliseconds. Raises the port's errors.
     std::string receive_reply(SerialPort& port, float char_time, float timeout_ms,
@@ -55,6 +62,7 @@ class Link {
     [[nodiscard]] bool refused();
     std::string exchange(std::int16_t channel, const std::string& command, float timeout_ms,
                          std::int16_t quiet_chars);
+    bool discard_until_silent(SerialPort& port);
 
     ChannelTable& channels_;
     CountdownPool& countdowns_;

@@ -73,6 +73,37 @@ TEST_F(LinkTest, SharedPortKeepsTheChannelsOwnFlag) {
     EXPECT_TRUE(rig.ports[0]->history().ends_with("escape 3, output 3, escape 4, escape 3"));
 }
 
+TEST_F(LinkTest, LetsTheLineFallSilentSoThatALateReplyIsNotTakenForTheNext) {
+    struct Case {
+        std::vector<Arrival> late; // after the time-out, from its end on
+        double waited_ms;
+        bool silent;
+    };
+    std::vector<Arrival> endless;
+    for (int i = 0; i < 20; ++i)
+        endless.push_back({200 + i * 100.0, "x"});
+    const std::vector<Case> cases{{{}, 250, true},
+                                  {{{300, "late"}}, 350, true},
+                                  {{{440, "late"}, {680, "later"}}, 730, true},
+                                  {{{460, "later than that"}}, 250, true},
+                                  {endless, 1000, false}};
+    port().discards_future = false;
+    for (const auto& [late, waited_ms, silent] : cases) {
+        EXPECT_EQ(exchange(late), "");
+        begun_ms = rig.tick.now();
+        EXPECT_EQ(rig.link.let_fall_silent(), silent);
+        EXPECT_NEAR(taken_ms(), waited_ms, silent ? 2 : 110);
+        rig.tick.advance(2000);
+    }
+    port().fail_next("InBufferCount", 8020);
+    EXPECT_TRUE(rig.link.let_fall_silent());
+    EXPECT_TRUE(rig.log_text().ends_with("transmit, ERROR #,  8020 \r\n"));
+    rig.rebuild();
+    EXPECT_TRUE(rig.link.let_fall_silent()) << "nothing is open";
+    EXPECT_TRUE(rig.dialogs.shown.empty()) << "the next exchange meets and shows it";
+    EXPECT_LE(rig.state.gTimerInUse.size(), 3U);
+}
+
 TEST_F(LinkTest, PortThatCannotBeReopenedIsShownAndLeavesNormally) {
     exchange({});
     port().fail_next("Output", 57);
