@@ -1,12 +1,10 @@
 #include "simulator/controller/register_table.h"
 
-#include <utility>
-
 namespace pelvan::simulator {
 
 void RegisterTable::add(std::uint16_t number, Register reg) {
     reg.value = reg.preset;
-    registers_.insert_or_assign(number, std::move(reg));
+    registers_.insert_or_assign(number, reg);
 }
 
 const Register* RegisterTable::find(std::uint16_t number) const {

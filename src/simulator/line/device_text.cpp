@@ -1,8 +1,6 @@
 #include "simulator/line/device_text.h"
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <string_view>
 
 #include "simulator/controller/controller.h"
@@ -41,12 +39,12 @@ constexpr std::array<PlanOption, 14> kPlanOptions{{
 
 struct WholeOption {
     const char* name;
-    double min;
-    double max;
+    long min;
+    long max;
     void (*set)(SimulatedDevice&, std::uint32_t);
 };
 
-constexpr double kMaxWord = 4294967295.0;
+constexpr long kMaxWord = 4294967295;
 
 constexpr std::array<WholeOption, 4> kWholeOptions{{
     {"seed", 0, kMaxWord, [](SimulatedDevice& d, std::uint32_t value) { d.faults.seed = value; }},
@@ -61,16 +59,8 @@ bool set_number(SimulatedDevice& device, const std::string& name, double value) 
         device.faults.*option.member = value;
         return value >= 0 && value <= option.max;
     }
-    if (name == "delay") {
-        device.delay_ms = value;
-        return value >= 0 && value <= kMaxMs;
-    }
-    for (const WholeOption& option : kWholeOptions) {
-        if (name != option.name) continue;
-        option.set(device, static_cast<std::uint32_t>(std::clamp(value, 0.0, option.max)));
-        return value == std::floor(value) && value >= option.min && value <= option.max;
-    }
-    return false;
+    device.delay_ms = value;
+    return name == "delay" && value >= 0 && value <= kMaxMs;
 }
 
 bool set_option(SimulatedDevice& device, const std::string& text) {
@@ -81,6 +71,12 @@ bool set_option(SimulatedDevice& device, const std::string& text) {
     if (device.loopback) {
         device.jumper_in = value == "in";
         return name == "jumper" && (value == "in" || value == "out");
+    }
+    for (const WholeOption& option : kWholeOptions) {
+        if (name != option.name) continue;
+        const auto number = whole_number(value, option.min, option.max);
+        if (number) option.set(device, static_cast<std::uint32_t>(*number));
+        return number.has_value();
     }
     return is_numeric(value) && set_number(device, name, leading_number(value));
 }

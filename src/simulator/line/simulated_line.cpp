@@ -15,13 +15,6 @@ double character_ms(const LineSettings& settings) {
 
 } // namespace
 
-double LineClock::now_ms() {
-    const std::uint32_t tick = tick_.timeGetTime();
-    elapsed_ms_ += static_cast<std::uint32_t>(tick - last_);
-    last_ = tick;
-    return elapsed_ms_;
-}
-
 SimulatedLine::SimulatedLine(std::shared_ptr<LineClock> clock, std::shared_ptr<Station> station,
                              const LineSettings& settings)
     : clock_(std::move(clock)), wire_(std::move(station), character_ms(settings)),

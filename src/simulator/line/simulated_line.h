@@ -12,16 +12,15 @@
 
 namespace pelvan::simulator {
 
-/// Milliseconds since its first reading, across wraps of the tick.
+/// Milliseconds since it was made, across wraps of the tick.
 class LineClock {
   public:
-    explicit LineClock(TickSource& tick) : tick_(tick), last_(tick.timeGetTime()) {}
-    double now_ms();
+    explicit LineClock(TickSource& tick) : tick_(tick) { time_.start(tick.timeGetTime(), 0); }
+    double now_ms() { return time_.at(tick_.timeGetTime()); }
 
   private:
     TickSource& tick_;
-    std::uint32_t last_;
-    double elapsed_ms_ = 0;
+    SteadyTime time_;
 };
 
 class SimulatedLine : public SerialLine {
