@@ -27,6 +27,7 @@ TransferResult Comparison::run(const std::string& file) {
     }
     run_.log("*******Compare Complete*******");
     run_.listener.tell(outcome());
+    run_.access.leave_line();
     return {compared_ > 0, run_.errors.faults(), differences_};
 }
 

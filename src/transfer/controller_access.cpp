@@ -3,6 +3,7 @@
 #include <array>
 
 #include "platform/run_time_error.h"
+#include "protocols/modbus/crc.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 #include "transfer/setup_file.h"
@@ -25,7 +26,25 @@ constexpr float kEraseValue2 = 1600;
 constexpr float kEraseRegister = 1602;
 constexpr float kEraseValue = 800;
 
+/// Longest replies to a read of one register and to a write of one.
+constexpr std::size_t kReadReply = 7;
+constexpr std::size_t kWriteReply = 8;
+
+/// How often the line must fall silent (for 250 ms each time) before another request follows one
+/// that may still be answered.
+constexpr int kSilences = 3;
+
 constexpr char kCrcMark[] = "<--CRC ERROR!";
+
+/// Whether a reply is one to this request, exceptions included; else it is taken for a late one to
+/// an earlier request.
+bool answers(const std::string& reply, const std::string& request) {
+    constexpr unsigned char kExceptionBit = 0x80;
+    const auto byte = [](char c) { return static_cast<unsigned char>(c); };
+    if (reply.size() < 2 || reply[0] != request[0]) return false;
+    const std::size_t longest = byte(request[1]) == kReadHolding ? kReadReply : kWriteReply;
+    return (byte(reply[1]) & ~kExceptionBit) == byte(request[1]) && reply.size() <= longest;
+}
 
 std::string whole_number(float value) {
     return std::to_string(static_cast<long>(round_half_even(static_cast<double>(value))));
@@ -45,10 +64,42 @@ std::string ControllerAccess::request(std::int16_t function, float register_numb
     return modbus_.ModbusBuildRequest(function, address_.number(), register_number, values);
 }
 
-std::string ControllerAccess::exchange(const std::string& frame) {
-    const std::string bytes =
-        link_.transmit(kModbusChannel, frame, kReplyWaitMs, kModbusQuietChars);
-    return modbus_.ModbusDecodeDecimal(0, bytes);
+/// Before another attempt at the same request a short silence will do: a late answer is then the
+/// right one. Any other request would take it for its own.
+void ControllerAccess::await_silence(const std::string& next) {
+    if (doubtful_.empty()) return;
+    const int silences = next == doubtful_ ? 1 : kSilences;
+    for (int i = 0; i < silences && link_.let_fall_silent(); ++i) {
+    }
+    if (next != doubtful_) doubtful_.clear();
+}
+
+std::string ControllerAccess::send(const std::string& frame) {
+    await_silence(frame);
+    std::string reply = link_.transmit(kModbusChannel, frame, kReplyWaitMs, kModbusQuietChars);
+    if (!answers(reply, frame) || !has_valid_crc(reply)) doubtful_ = frame;
+    return reply;
+}
+
+/// Up to three attempts. When each of them got a reply, and none the right one, the last of these;
+/// nothing when one got none.
+std::string ControllerAccess::send_until_answered(const std::string& frame) {
+    bool silent = false;
+    std::string reply;
+    for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
+        reply = send(frame);
+        silent = silent || reply.empty();
+        if (!answers(reply, frame)) continue;
+        if (attempt == 0) return reply;
+        // What came now may be the late answer to the first attempt: its own is to be read too.
+        const std::string again = send(frame);
+        return answers(again, frame) ? again : reply;
+    }
+    return silent ? std::string() : reply;
+}
+
+void ControllerAccess::leave_line() {
+    await_silence({});
 }
 
 /// Whether the reply comes from the address, goes on with the text, and is undamaged.
@@ -60,9 +111,7 @@ bool ControllerAccess::begins(const std::string& reply, const std::string& text)
 Reading ControllerAccess::read_unlisted(float register_number) {
     const std::string frame = request(kReadHolding, register_number, 1);
     if (is_refusal(frame)) return {{Verdict::Refused, frame}, kReadFailed};
-    std::string text;
-    for (int attempt = 0; attempt < kReadAttempts && text.empty(); ++attempt)
-        text = exchange(frame);
+    const std::string text = modbus_.ModbusDecodeDecimal(0, send_until_answered(frame));
     if (text.empty()) return {{}, kReadFailed};
     const Verdict verdict = begins(text, "3 2")   ? Verdict::Accepted
                             : begins(text, "131") ? Verdict::Refused
@@ -135,7 +184,7 @@ Reply ControllerAccess::CheckCommErrorWrite(float Register_No, float DataValue, 
 Reply ControllerAccess::write_once(float register_number, float value) {
     const std::string frame = request(kWriteSingle, register_number, value);
     if (is_refusal(frame)) return {Verdict::Refused, frame};
-    const std::string text = exchange(frame);
+    const std::string text = modbus_.ModbusDecodeDecimal(0, send(frame));
     if (text.empty()) return {};
     const std::string echo = "6 " + whole_number(register_number) + " " + whole_number(value);
     const Verdict verdict = begins(text, echo)    ? Verdict::Accepted

@@ -58,7 +58,8 @@ class ControllerAccess {
         : link_(link), modbus_(modbus), address_(address), listener_(listener), cancel_(cancel),
           errors_(errors) {}
 
-    /// A register's value after up to three attempts (blocks up to 750 ms).
+    /// A register's value after up to three attempts (blocks up to 2 s, longer on a line that never
+    /// falls silent). A value that only a later attempt got is read again.
     ///
     /// What is cut out of a damaged reply or an exception is returned like a value; the register
     /// gets a line among the errors then.
@@ -70,8 +71,8 @@ class ControllerAccess {
         return CheckCommErrorRead(register_number, ReadDataFromControl(register_number));
     }
 
-    /// Writes a register with up to five attempts (blocks up to 1.25 s). A refusal is recorded, a
-    /// damaged reply listed.
+    /// Writes a register with up to five attempts (blocks up to 3 s, longer on a line that never
+    /// falls silent). A refusal is recorded, a damaged reply listed.
     [[nodiscard]] Reply WriteDataToControl(float Register_No, float DataValue);
     /// Asks the user and writes again while there is no reply; none when the user gives up.
     [[nodiscard]] Reply CheckCommErrorWrite(float Register_No, float DataValue, Reply response);
@@ -80,7 +81,8 @@ class ControllerAccess {
         return CheckCommErrorWrite(register_number, value,
                                    WriteDataToControl(register_number, value));
     }
-    /// One write, once, recorded nowhere (blocks up to 250 ms).
+    /// One write, once, recorded nowhere (blocks up to 1 s, longer on a line that never falls
+    /// silent).
     [[nodiscard]] Reply write_once(float register_number, float value);
 
     /// A register's value, read again while replies are damaged, up to three times; lists and tells
@@ -100,6 +102,9 @@ class ControllerAccess {
     /// up.
     [[nodiscard]] std::optional<int> read_number(float register_number);
 
+    /// Waits until no late answer is to be expected, so that nobody takes one for his own.
+    void leave_line();
+
     /// "Comm Error!" with Retry and Cancel; false also when the transfer was cancelled meanwhile.
     [[nodiscard]] bool ask_retry(const std::string& text = kCommError);
 
@@ -110,7 +115,9 @@ class ControllerAccess {
 
   private:
     [[nodiscard]] std::string request(std::int16_t function, float register_number, float value);
-    [[nodiscard]] std::string exchange(const std::string& frame);
+    void await_silence(const std::string& next);
+    [[nodiscard]] std::string send(const std::string& frame);
+    [[nodiscard]] std::string send_until_answered(const std::string& frame);
     [[nodiscard]] bool begins(const std::string& reply, const std::string& text) const;
     [[nodiscard]] Reading read_unlisted(float register_number);
     [[nodiscard]] std::string value_in(const std::string& reply) const;
@@ -125,6 +132,8 @@ class ControllerAccess {
     TransferListener& listener_;
     const CancelFlag& cancel_;
     TransferErrors& errors_;
+    /// The request to which a late answer may still come; empty when there is none.
+    std::string doubtful_;
 };
 
 } // namespace pelvan

@@ -31,6 +31,7 @@ TransferResult Download::run() {
         if (plan->sequence.has_profiles()) download_profiles(*plan);
     }
     end(*plan);
+    run_.access.leave_line();
     return {!run_.canceled() && listed_ > 0, run_.errors.faults(), 0};
 }
 

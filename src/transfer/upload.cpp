@@ -16,6 +16,7 @@ constexpr char kCanceledEntry[] = "Download Canceled ";
 
 TransferResult Upload::run(const std::string& file) {
     if (const auto plan = prepare(file)) restore(*plan);
+    run_.access.leave_line();
     return {completed_, run_.errors.faults(), 0};
 }
 

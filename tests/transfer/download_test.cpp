@@ -1,3 +1,5 @@
+#include <random>
+
 #include "scripted_controller.h"
 #include "support/error_of.h"
 #include "support/file_size_limit.h"
@@ -80,7 +82,42 @@ TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
     std::vector<double> sent;
     for (const auto& event : port().events)
         if (event.what == "output 8") sent.push_back(event.at_ms);
-    EXPECT_NEAR(sent.back() - sent[sent.size() - 2], 250, 2);
+    EXPECT_NEAR(sent.back() - sent[sent.size() - 2], 250 + 250, 3) << "the line fell silent";
+}
+
+/// Every register holds its own number; no line may have another's.
+TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
+    constexpr int kRegisters = 60;
+    std::string list;
+    std::string expected;
+    for (int number = 100; number < 100 + kRegisters; ++number) {
+        registers[number] = number;
+        list += std::to_string(number) + "\r\n";
+        expected += std::to_string(number) + " " + std::to_string(number) + "\r\n";
+    }
+    write_sequence("742.cds", kHead + list);
+    const std::deque<bool> retries(1001, true); // and one for the file that is there
+    const double begun = rig.tick.now();
+    download(retries);
+    EXPECT_LT(rig.tick.now() - begun, (kRegisters + 8) * 70) << "a clean exchange pays nothing";
+    EXPECT_EQ(body(), expected + "25 0\r\n");
+
+    for (const double late : {251.0, 300.0, 480.0, 600.0, 740.0}) {
+        reads.clear();
+        delay_ms = [&](int number) { return number == 130 && reads[130] == 1 ? late : 5; };
+        download(retries);
+        EXPECT_EQ(body(), expected + "25 0\r\n") << "once, " << late;
+        delay_ms = [&](int number) { return number < 130 ? 5 : late; };
+        download({true});
+        EXPECT_TRUE((expected + "25 0\r\n").starts_with(body())) << "always, " << late << "\n"
+                                                                 << body();
+        for (unsigned seed = 1; seed <= 5; ++seed) {
+            std::minstd_rand random(seed);
+            delay_ms = [&](int number) { return number >= 100 && random() % 4 == 0 ? late : 5; };
+            download(retries);
+            EXPECT_EQ(body(), expected + "25 0\r\n") << "at random, " << late;
+        }
+    }
 }
 
 TEST_F(DownloadTest, DamagedRepliesAreStoredAsTheyAreAndListed) {

@@ -46,6 +46,7 @@ class ScriptedController : public ::testing::Test {
         ui.file = path(file_name);
         cancel = {};
         writes.clear();
+        port().discards_future = false;
         return Transfer(TransferContext{rig.link, modbus, rig.clock, rig.dir.path(),
                                         DeviceAddress(address), ui, cancel})
             .run(file...);
@@ -76,6 +77,7 @@ class ScriptedController : public ::testing::Test {
     std::map<int, int> reads;           // requests to read a register
     Writes writes;
     std::function<void(int number, int value)> on_write;
+    std::function<double(int number)> delay_ms = [](int) { return 5; };
 
   private:
     std::vector<Arrival> answer(const std::string& request) {
@@ -90,7 +92,8 @@ class ScriptedController : public ::testing::Test {
             --silent[number];
             return {};
         }
-        return {{5, is_write ? written(request, number, value) : held(request[0], number)}};
+        return {{delay_ms(number),
+                 is_write ? written(request, number, value) : held(request[0], number)}};
     }
     std::string written(const std::string& request, int number, int value) {
         if (refused.contains(number)) return sealed(request.substr(0, 1) + "\x86\x03");
