@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "terminal/commands.h"
+#include "text/bytes.h"
 #include "transfer/comparison.h"
 #include "transfer/download.h"
 #include "transfer/upload.h"
@@ -115,7 +116,7 @@ class TerminalTransfer : public TransferListener {
 
 int TerminalTransfer::report(const TransferResult& result) const {
     for (const std::string& error : errors_)
-        err_ << "pelvan7: " << error << "\n";
+        err_ << "pelvan7: " << ascii_with_escapes(error) << "\n";
     if (!result.completed) {
         err_ << "pelvan7: not completed\n";
         return exit_code::kFailed;

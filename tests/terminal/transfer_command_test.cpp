@@ -31,6 +31,12 @@ TEST_F(TransferCommand, SavesComparesAndRestores) {
     EXPECT_TRUE(told("Controller holds: -15               1500           -9999    Different"));
     EXPECT_EQ(run("restore --yes " + file), exit_code::kFailed) << "beyond the limits";
     EXPECT_TRUE(told("1500           -9999    Error"));
+
+    text.insert(text.rfind("25 0"), "\x1B]0;title\a\r\n" + std::string(1000000, 'x') + "\r\n");
+    testing::write_file(file, text);
+    EXPECT_EQ(run("compare " + file), exit_code::kFailed);
+    EXPECT_TRUE(told("number: \\x1B]0;title\\x07\n"));
+    EXPECT_LT(err.str().size(), 1000U);
 }
 
 TEST_F(TransferCommand, NothingHappensWithoutTheAnswerThatItNeeds) {
