@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "desktop/bindings/mirror.h"
+#include "desktop/bindings/binding.h"
 #include "forms/form.h"
 
 namespace pelvan::desktop {

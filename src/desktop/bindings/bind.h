@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "desktop/bindings/mirror.h"
+#include "desktop/bindings/binding.h"
 #include "forms/form.h"
 #include "forms/lists.h"
 
@@ -22,7 +22,6 @@ class QLineEdit;
 class QMenu;
 class QProgressBar;
 class QRadioButton;
-class QSpinBox;
 class QTableView;
 class QTimer;
 
@@ -45,8 +44,6 @@ void bind(const BindContext& context, ComboBox& model, QComboBox* combo);
 
 /// A bar whose Max lies below its Min runs from Min at the widget's beginning to Max at its end.
 void bind(const BindContext& context, ScrollBar& model, QAbstractSlider* bar);
-/// A spin box shows the values themselves; up is always more.
-void bind(const BindContext& context, ScrollBar& model, QSpinBox* box);
 void bind(const BindContext& context, ProgressBar& model, QProgressBar* bar);
 
 /// Gives the view a model of its own that reads the control's lines. Long lists want a `LineView`.

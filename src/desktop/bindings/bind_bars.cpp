@@ -1,45 +1,33 @@
 #include <QProgressBar>
 #include <QScrollBar>
-#include <QSpinBox>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
 
 #include "desktop/bindings/bind.h"
-#include "desktop/bindings/pacer.h"
+#include "desktop/bindings/update_throttle.h"
 
 namespace pelvan::desktop {
 
 void bind(const BindContext& context, ScrollBar& model, QAbstractSlider* bar) {
     const auto sign = [&model] { return model.Max() < model.Min() ? -1 : 1; };
-    auto* mirror = new Mirror(context, model, bar, [&model, bar, sign] {
+    auto* binding = new Binding(context, model, bar, [&model, bar, sign] {
         bar->setRange(sign() * model.Min(), sign() * model.Max());
         bar->setPageStep(std::max(1, (bar->maximum() - bar->minimum()) / 10));
         bar->setValue(sign() * model.Value());
     });
-    QObject::connect(bar, &QAbstractSlider::valueChanged, mirror, [mirror, &model, sign](int at) {
-        mirror->tell([&model, value = sign() * at] { model.set_Value(value); });
-    });
-}
-
-void bind(const BindContext& context, ScrollBar& model, QSpinBox* box) {
-    auto* mirror = new Mirror(context, model, box, [&model, box] {
-        const auto [low, high] = std::minmax({model.Min(), model.Max()});
-        box->setRange(low, high);
-        box->setValue(model.Value());
-    });
-    QObject::connect(box, &QSpinBox::valueChanged, mirror, [mirror, &model](int value) {
-        mirror->tell([&model, value] { model.set_Value(value); });
+    QObject::connect(bar, &QAbstractSlider::valueChanged, binding, [binding, &model, sign](int at) {
+        binding->tell([&model, value = sign() * at] { model.set_Value(value); });
     });
 }
 
 void bind(const BindContext& context, ProgressBar& model, QProgressBar* bar) {
     constexpr int kSteps = 1000;
     bar->setRange(0, kSteps);
-    auto* pacer = new Pacer(bar, [&model, bar] {
+    auto* throttle = new UpdateThrottle(bar, [&model, bar] {
         bar->setValue(static_cast<int>(std::lround(model.Value() / model.Max() * kSteps)));
     });
-    new Mirror(context, model, bar, [pacer] { pacer->request(); });
+    new Binding(context, model, bar, [throttle] { throttle->request(); });
 }
 
 namespace {
@@ -50,10 +38,8 @@ class TickingTimer : public QTimer {
         : QTimer(context.owner), context_(context), model_(model) {
         setTimerType(Qt::PreciseTimer);
         connect(this, &QTimer::timeout, this, [this] { tick(); });
-        model_.watch([this] { follow(); });
         follow();
     }
-    ~TickingTimer() override { model_.watch({}); }
 
   private:
     void follow() {
@@ -76,6 +62,7 @@ class TickingTimer : public QTimer {
     BindContext context_;
     Timer& model_;
     bool ticking_ = false;
+    Subscription changes_ = model_.watch([this] { follow(); });
 };
 
 } // namespace

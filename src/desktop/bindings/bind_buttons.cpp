@@ -13,20 +13,14 @@ namespace pelvan::desktop {
 namespace {
 
 /// An option group has no widget of its own: its options' buttons show it together.
-class OptionMirror : public QObject {
+class OptionBinding : public QObject {
   public:
-    OptionMirror(const BindContext& context, OptionGroup& model, std::vector<QRadioButton*> radios)
+    OptionBinding(const BindContext& context, OptionGroup& model, std::vector<QRadioButton*> radios)
         : QObject(radios.front()), context_(context), model_(model), radios_(std::move(radios)),
           group_(new QButtonGroup(this)) {
         for (std::size_t i = 0; i < radios_.size(); ++i)
             adopt(radios_[i], static_cast<int>(i));
-        model_.watch([this] { refresh(); });
-        model_.watch_focus([this] { move_focus(); });
         refresh();
-    }
-    ~OptionMirror() override {
-        model_.watch({});
-        model_.watch_focus({});
     }
 
   protected:
@@ -51,7 +45,7 @@ class OptionMirror : public QObject {
     }
 
     void tell(const std::function<void()>& action) {
-        const QPointer<OptionMirror> self(this);
+        const QPointer<OptionBinding> self(this);
         const EventRunner run = context_.run; // outlives this, which the handler may end
         run(action);
         if (self) refresh();
@@ -73,7 +67,8 @@ class OptionMirror : public QObject {
         radio.setVisible(model_.Visible());
     }
 
-    void move_focus() {
+    void move_focus(bool& moved) {
+        moved = true;
         radios_[static_cast<std::size_t>(std::max(0, model_.Value()))]->setFocus();
         if (model_.GotFocus) model_.GotFocus();
     }
@@ -83,42 +78,44 @@ class OptionMirror : public QObject {
     std::vector<QRadioButton*> radios_;
     QButtonGroup* group_;
     std::vector<bool> shown_visible_ = std::vector<bool>(radios_.size(), true);
+    Subscription changes_ = model_.watch([this] { refresh(); });
+    Subscription focus_ = model_.watch_focus([this](bool& moved) { move_focus(moved); });
 };
 
 } // namespace
 
 void bind(const BindContext& context, Label& model, QLabel* label) {
     label->setTextFormat(Qt::PlainText);
-    new Mirror(context, model, label, [&model, label] { label->setText(to_qt(model.Caption())); });
+    new Binding(context, model, label, [&model, label] { label->setText(to_qt(model.Caption())); });
 }
 
 void bind(const BindContext& context, Frame& model, QGroupBox* box) {
-    new Mirror(context, model, box, [&model, box] { box->setTitle(to_qt(model.Caption())); });
+    new Binding(context, model, box, [&model, box] { box->setTitle(to_qt(model.Caption())); });
 }
 
 void bind(const BindContext& context, Button& model, QAbstractButton* button) {
-    auto* mirror = new Mirror(context, model, button,
-                              [&model, button] { button->setText(to_qt(model.Caption())); });
-    QObject::connect(button, &QAbstractButton::clicked, mirror,
-                     [mirror, &model] { mirror->tell([&model] { model.press(); }); });
+    auto* binding = new Binding(context, model, button,
+                                [&model, button] { button->setText(to_qt(model.Caption())); });
+    QObject::connect(button, &QAbstractButton::clicked, binding,
+                     [binding, &model] { binding->tell([&model] { model.press(); }); });
 }
 
 void bind(const BindContext& context, CheckBox& model, QCheckBox* box) {
-    auto* mirror = new Mirror(context, model, box, [&model, box] {
+    auto* binding = new Binding(context, model, box, [&model, box] {
         constexpr Qt::CheckState kStates[] = {Qt::Unchecked, Qt::Checked, Qt::PartiallyChecked};
         box->setText(to_qt(model.Caption()));
         box->setTristate(model.Value() == 2);
         box->setCheckState(kStates[model.Value()]);
     });
     // A press clears a greyed box; it never makes one.
-    QObject::connect(box, &QCheckBox::clicked, mirror, [mirror, &model] {
-        mirror->tell([&model] { model.set_Value(model.Value() == 0 ? 1 : 0); });
+    QObject::connect(box, &QCheckBox::clicked, binding, [binding, &model] {
+        binding->tell([&model] { model.set_Value(model.Value() == 0 ? 1 : 0); });
     });
 }
 
 void bind_options(const BindContext& context, OptionGroup& model,
                   const std::vector<QRadioButton*>& radios) {
-    if (!radios.empty()) new OptionMirror(context, model, radios);
+    if (!radios.empty()) new OptionBinding(context, model, radios);
 }
 
 std::vector<QRadioButton*> make_radios(const BindContext& context, OptionGroup& model,

@@ -32,23 +32,17 @@ int pixels(int twips, int dots_per_inch) {
     return twips * dots_per_inch / kTwipsPerInch;
 }
 
-class FormMirror : public QObject {
+class FormBinding : public QObject {
   public:
-    FormMirror(const BindContext& context, Form& form, QWidget* window)
+    FormBinding(const BindContext& context, Form& form, QWidget* window)
         : QObject(window), context_(context), form_(form), window_(window) {
         window->setObjectName(to_qt(form.Name()));
         window->setAttribute(Qt::WA_DeleteOnClose, false);
         window->installEventFilter(this);
-        form.watch([this] { refresh(); });
-        form.watch_move([this] { move(); });
-        form.watch_show([this] { return come_forward(); });
         if (form.Position() != TwipRect{}) move();
         refresh();
     }
-    ~FormMirror() override {
-        form_.watch({});
-        form_.watch_move({});
-        form_.watch_show({});
+    ~FormBinding() override {
         if (context_.activation != nullptr) context_.activation->forget(form_);
     }
 
@@ -137,12 +131,16 @@ class FormMirror : public QObject {
     BindContext context_;
     Form& form_;
     QWidget* window_;
+    Subscription changes_ = form_.watch([this] { refresh(); });
+    Subscription moves_ = form_.watch_move([this] { move(); });
+    Subscription shows_ =
+        form_.watch_show([this](bool& was_active) { was_active = come_forward(); });
 };
 
 } // namespace
 
 void bind(const BindContext& context, Form& model, QWidget* window) {
-    new FormMirror(context, model, window);
+    new FormBinding(context, model, window);
 }
 
 } // namespace pelvan::desktop

@@ -46,21 +46,19 @@ class CellModel : public QAbstractTableModel {
     CellLook look_;
 };
 
-class GridMirror : public QObject {
+class GridBinding : public QObject {
   public:
-    GridMirror(const BindContext& context, Grid& grid, QTableView* view, CellLook look)
+    GridBinding(const BindContext& context, Grid& grid, QTableView* view, CellLook look)
         : QObject(view), grid_(grid), view_(view), viewport_(view->viewport()),
           cells_(new CellModel(grid, std::move(look), this)),
-          mirror_(new Mirror(context, grid, view, [this] { show_current(); })) {
+          binding_(new Binding(context, grid, view, [this] { show_current(); })) {
         view->setModel(cells_);
-        grid.watch_cells([this](int row, int column) { cells_->cell_changed(row, column); });
-        mirror_->refresh();
+        binding_->refresh();
         connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
                 [this](const QModelIndex& at) { moved_to(at); });
         view->installEventFilter(this);
         view->viewport()->installEventFilter(this);
     }
-    ~GridMirror() override { grid_.watch_cells({}); }
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
@@ -82,14 +80,14 @@ class GridMirror : public QObject {
 
     void moved_to(const QModelIndex& at) {
         if (!at.isValid()) return;
-        mirror_->tell(
+        binding_->tell(
             [this, row = at.row() + 1, column = at.column()] { grid_.set_cell(row, column); });
     }
 
     /// Told after the view has dealt with the event: the handler may ask for a value.
     void pressed(const QModelIndex& at, bool left) {
         if (!at.isValid()) return;
-        mirror_->tell_later([this, row = at.row() + 1, column = at.column(), left] {
+        binding_->tell_later([this, row = at.row() + 1, column = at.column(), left] {
             grid_.set_cell(row, column);
             if (grid_.MouseUp) grid_.MouseUp(left);
         });
@@ -106,7 +104,9 @@ class GridMirror : public QObject {
     QTableView* view_;
     QWidget* viewport_; // events reach it while the view is ending
     CellModel* cells_;
-    Mirror* mirror_;
+    Binding* binding_;
+    Subscription changes_ =
+        grid_.watch_cells([this](int row, int column) { cells_->cell_changed(row, column); });
 };
 
 } // namespace
@@ -114,7 +114,7 @@ class GridMirror : public QObject {
 void bind(const BindContext& context, Grid& model, QTableView* view, CellLook look) {
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
-    new GridMirror(context, model, view, std::move(look));
+    new GridBinding(context, model, view, std::move(look));
 }
 
 } // namespace pelvan::desktop

@@ -4,14 +4,14 @@
 #include <utility>
 
 #include "desktop/bindings/bind.h"
-#include "desktop/bindings/pacer.h"
 #include "desktop/bindings/qt_text.h"
+#include "desktop/bindings/update_throttle.h"
 
 namespace pelvan::desktop {
 namespace {
 
 /// The control's lines, read where they are. Its own count lags behind the control's: lines that
-/// were added come in when the pacer says so.
+/// were added come in when the throttle says so.
 class LineModel : public QAbstractListModel {
   public:
     LineModel(const ListBox& list, QObject* parent)
@@ -39,7 +39,7 @@ class LineModel : public QAbstractListModel {
         count_ = list_.ListCount();
         endInsertRows();
     }
-    void read_anew() {
+    void reread() {
         beginResetModel();
         count_ = list_.ListCount();
         endResetModel();
@@ -50,21 +50,19 @@ class LineModel : public QAbstractListModel {
     int count_;
 };
 
-class ListMirror : public QObject {
+class ListBinding : public QObject {
   public:
-    ListMirror(const BindContext& context, ListBox& list, QAbstractItemView* view)
+    ListBinding(const BindContext& context, ListBox& list, QAbstractItemView* view)
         : QObject(view), list_(list), view_(view), lines_(new LineModel(list, this)),
-          pacer_(new Pacer(this, [this] { catch_up(); })),
-          mirror_(new Mirror(context, list, view, [this] { show_selected(); })) {
+          throttle_(new UpdateThrottle(this, [this] { catch_up(); })),
+          binding_(new Binding(context, list, view, [this] { show_selected(); })) {
         view->setModel(lines_);
-        list.watch_lines([this](ListChange change, int index) { changed(change, index); });
-        mirror_->refresh();
+        binding_->refresh();
         connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
                 [this](const QModelIndex& current) {
-                    mirror_->tell([this, row = current.row()] { list_.set_ListIndex(row); });
+                    binding_->tell([this, row = current.row()] { list_.set_ListIndex(row); });
                 });
     }
-    ~ListMirror() override { list_.watch_lines({}); }
 
   private:
     void changed(ListChange change, int index) {
@@ -72,14 +70,14 @@ class ListMirror : public QObject {
         if (change == ListChange::Inserted && all_others_shown)
             lines_->line_inserted(index);
         else if (change == ListChange::Inserted || change == ListChange::Cleared)
-            lines_->read_anew();
+            lines_->reread();
         scroll_wanted_ = scroll_wanted_ || change == ListChange::Selected;
-        pacer_->request();
+        throttle_->request();
     }
 
     void catch_up() {
         lines_->grow();
-        mirror_->refresh();
+        binding_->refresh();
         // A view scrolls to what becomes its current line; to what is already, it must be told.
         if (std::exchange(scroll_wanted_, false) && list_.ListIndex() >= 0)
             view_->scrollTo(lines_->index(list_.ListIndex(), 0));
@@ -98,9 +96,11 @@ class ListMirror : public QObject {
     ListBox& list_;
     QAbstractItemView* view_;
     LineModel* lines_;
-    Pacer* pacer_;
-    Mirror* mirror_;
+    UpdateThrottle* throttle_;
+    Binding* binding_;
     bool scroll_wanted_ = false;
+    Subscription changes_ =
+        list_.watch_lines([this](ListChange change, int index) { changed(change, index); });
 };
 
 } // namespace
@@ -109,7 +109,7 @@ void bind(const BindContext& context, ListBox& model, QAbstractItemView* view) {
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
     if (auto* list = qobject_cast<QListView*>(view)) list->setUniformItemSizes(true);
-    new ListMirror(context, model, view);
+    new ListBinding(context, model, view);
 }
 
 } // namespace pelvan::desktop

@@ -8,15 +8,14 @@
 namespace pelvan::desktop {
 namespace {
 
-class ActionMirror : public QObject {
+class ActionBinding : public QObject {
   public:
-    ActionMirror(MenuEntry& entry, QAction* action) : QObject(action), entry_(entry) {
+    ActionBinding(MenuEntry& entry, QAction* action) : QObject(action), entry_(entry) {
         action->setObjectName(to_qt(entry.Name()));
         action->setShortcut(QKeySequence(to_qt(entry.shortcut()), QKeySequence::PortableText));
-        entry.watch([this, action] { show(*action); });
+        changes_ = entry.watch([this, action] { show(*action); });
         show(*action);
     }
-    ~ActionMirror() override { entry_.watch({}); }
 
     void show(QAction& action) {
         action.setText(to_qt(entry_.Caption()));
@@ -30,6 +29,7 @@ class ActionMirror : public QObject {
 
   private:
     MenuEntry& entry_;
+    Subscription changes_;
 };
 
 void add_entry(const BindContext& context, MenuEntry* entry, QMenu* menu) {
@@ -44,12 +44,12 @@ void add_entry(const BindContext& context, MenuEntry* entry, QMenu* menu) {
 } // namespace
 
 void bind(const BindContext& context, MenuEntry& model, QAction* action) {
-    auto* mirror = new ActionMirror(model, action);
+    auto* binding = new ActionBinding(model, action);
     // Qt has ticked the action by itself when this arrives; the model decides what it shows.
-    QObject::connect(action, &QAction::triggered, mirror, [context, &model, action, mirror] {
-        const QPointer<ActionMirror> alive(mirror);
+    QObject::connect(action, &QAction::triggered, binding, [context, &model, action, binding] {
+        const QPointer<ActionBinding> alive(binding);
         context.run([&model] { model.choose(); });
-        if (alive) mirror->show(*action);
+        if (alive) binding->show(*action);
     });
 }
 
@@ -57,12 +57,9 @@ QMenu* make_menu(const BindContext& context, MenuEntry& model, QWidget* parent) 
     auto* menu = new QMenu(parent);
     menu->setObjectName(to_qt(model.Name()) + QStringLiteral("_menu"));
     menu->setToolTipsVisible(true);
-    new ActionMirror(model, menu->menuAction());
+    new ActionBinding(model, menu->menuAction());
     for (MenuEntry* child : model.children)
         add_entry(context, child, menu);
-    // A menu may prepare its entries when it opens: that is what its Click is for.
-    QObject::connect(menu, &QMenu::aboutToShow, menu,
-                     [context, &model] { context.run([&model] { model.choose(); }); });
     return menu;
 }
 

@@ -9,70 +9,27 @@
 namespace pelvan::desktop {
 namespace {
 
-class TextMirror : public QObject {
+void show_text(const TextBox& model, QLineEdit& edit) {
+    edit.setReadOnly(model.Locked());
+    const QString text = to_qt(model.Text());
+    if (edit.text() == text) return; // the person's caret and selection stay
+    edit.setText(text);
+    edit.setCursorPosition(0);
+}
+
+/// A box whose widget can be told to select everything.
+class TextBinding : public Binding {
   public:
-    TextMirror(const BindContext& context, TextBox& model, QLineEdit* edit)
-        : QObject(edit), model_(model), edit_(edit),
-          mirror_(new Mirror(context, model, edit, [this] { show(); })) {
-        connect(edit, &QLineEdit::textChanged, this, [this] { typed(); });
-        connect(edit, &QLineEdit::selectionChanged, this, [this] { take_selection(); });
-        connect(edit, &QLineEdit::cursorPositionChanged, this, [this] { take_selection(); });
+    TextBinding(const BindContext& context, TextBox& model, QLineEdit* edit)
+        : Binding(context, model, edit, [&model, edit] { show_text(model, *edit); }),
+          select_all_(model.watch_select_all([edit] { edit->selectAll(); })) {
+        connect(edit, &QLineEdit::textChanged, this, [this, &model](const QString& text) {
+            tell([&model, typed = from_qt(text)] { model.set_Text(typed); });
+        });
     }
 
   private:
-    void typed() {
-        mirror_->tell([this] {
-            typing_ = true;
-            model_.set_Text(from_qt(edit_->text()));
-        });
-        typing_ = false;
-    }
-
-    void show() {
-        edit_->setReadOnly(model_.Locked());
-        const QString text = to_qt(model_.Text());
-        if (edit_->text() != text) {
-            typing_ = false;
-            edit_->setText(text);
-        }
-        if (typing_) {
-            // The new text has put the model's selection back to 0; the person's caret stays. The
-            // Change handler, which comes next, finds the model's selection right.
-            typing_ = false;
-            model_selects_caret();
-        }
-        show_selection();
-    }
-
-    void show_selection() {
-        const int start = to_qt_position(model_.Text(), model_.SelStart());
-        const int end = to_qt_position(model_.Text(), model_.SelStart() + model_.SelLength());
-        if (start == widget_start() && end - start == edit_->selectionLength()) return;
-        if (start == end)
-            edit_->setCursorPosition(start);
-        else
-            edit_->setSelection(start, end - start);
-    }
-
-    void take_selection() {
-        if (edit_->text() == to_qt(model_.Text())) mirror_->tell([this] { model_selects_caret(); });
-    }
-
-    void model_selects_caret() {
-        const int start = from_qt_position(model_.Text(), widget_start());
-        const int end = from_qt_position(model_.Text(), widget_start() + edit_->selectionLength());
-        if (start != model_.SelStart() || end - start != model_.SelLength())
-            model_.select(start, end - start);
-    }
-
-    [[nodiscard]] int widget_start() const {
-        return edit_->hasSelectedText() ? edit_->selectionStart() : edit_->cursorPosition();
-    }
-
-    TextBox& model_;
-    QLineEdit* edit_;
-    bool typing_ = false;
-    Mirror* mirror_;
+    Subscription select_all_;
 };
 
 class KeyFilter : public QObject {
@@ -112,26 +69,26 @@ void show_items(QComboBox& combo, const std::vector<std::string>& items) {
 
 void bind(const BindContext& context, TextBox& model, QLineEdit* edit) {
     edit->setMaxLength(std::numeric_limits<int>::max());
-    new TextMirror(context, model, edit);
+    new TextBinding(context, model, edit);
 }
 
 void bind(const BindContext& context, ComboBox& model, QComboBox* combo) {
     combo->setEditable(model.editable());
     combo->setInsertPolicy(QComboBox::NoInsert);
-    auto* mirror = new Mirror(context, model, combo, [&model, combo] {
+    auto* binding = new Binding(context, model, combo, [&model, combo] {
         show_items(*combo, model.items());
         if (combo->currentIndex() != model.ListIndex()) combo->setCurrentIndex(model.ListIndex());
         const QString text = to_qt(model.Text());
         if (model.editable() && combo->currentText() != text) combo->setEditText(text);
     });
-    QObject::connect(combo, &QComboBox::activated, mirror, [mirror, &model](int index) {
-        mirror->tell([&model, index] { model.set_ListIndex(index); });
+    QObject::connect(combo, &QComboBox::activated, binding, [binding, &model](int index) {
+        binding->tell([&model, index] { model.set_ListIndex(index); });
     });
     if (!model.editable()) return;
     combo->setCompleter(nullptr); // it would finish a text that nobody typed
-    QObject::connect(combo->lineEdit(), &QLineEdit::textEdited, mirror,
-                     [mirror, &model](const QString& text) {
-                         mirror->tell([&model, typed = from_qt(text)] { model.set_Text(typed); });
+    QObject::connect(combo->lineEdit(), &QLineEdit::textEdited, binding,
+                     [binding, &model](const QString& text) {
+                         binding->tell([&model, typed = from_qt(text)] { model.set_Text(typed); });
                      });
 }
 

@@ -4,40 +4,16 @@
 #include <QTextDocument>
 
 namespace pelvan::desktop {
-namespace {
-
-/// Whole UTF-8 or nothing; the empty text is UTF-8.
-bool decode_utf8(const std::string& text, QString& out) {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    out = decoder.decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
-    return !decoder.hasError();
-}
-
-bool is_utf8(const std::string& text) {
-    QString ignored;
-    return decode_utf8(text, ignored);
-}
-
-} // namespace
 
 QString to_qt(const std::string& text) {
-    QString out;
-    if (decode_utf8(text, out)) return out;
-    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+    const QByteArrayView bytes(text.data(), static_cast<qsizetype>(text.size()));
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString out = decoder.decode(bytes);
+    return decoder.hasError() ? QString::fromLatin1(bytes) : out;
 }
 
 std::string from_qt(const QString& text) {
     return text.toStdString();
-}
-
-int to_qt_position(const std::string& text, int bytes) {
-    if (!is_utf8(text)) return bytes;
-    return static_cast<int>(QString::fromUtf8(text.data(), bytes).size());
-}
-
-int from_qt_position(const std::string& text, int units) {
-    if (!is_utf8(text)) return units;
-    return static_cast<int>(to_qt(text).left(units).toUtf8().size());
 }
 
 QString without_marks(const QString& caption) {

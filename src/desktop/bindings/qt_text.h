@@ -10,10 +10,6 @@ namespace pelvan::desktop {
 [[nodiscard]] QString to_qt(const std::string& text);
 [[nodiscard]] std::string from_qt(const QString& text);
 
-/// Positions in a model's text count bytes, those in a widget's count UTF-16 units.
-[[nodiscard]] int to_qt_position(const std::string& text, int bytes);
-[[nodiscard]] int from_qt_position(const std::string& text, int units);
-
 /// A caption without its access-key marks.
 [[nodiscard]] QString without_marks(const QString& caption);
 

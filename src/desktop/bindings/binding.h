@@ -1,7 +1,7 @@
-// What every binding of a control model to a widget has in common. A mirror belongs to its widget
-// and dies with it; the model must outlive the widget. It shows the properties that all controls
-// have, leaves the kind's own ones to a function, and keeps the two directions apart: what it sets
-// in the widget is never told back to the model.
+// What every binding of a control model to a widget has in common. A binding belongs to its widget
+// and ends with it, watching included; the model must outlive the widget. It shows the properties
+// that all controls have, leaves the kind's own ones to a function, and keeps the two directions
+// apart: what it sets in the widget is never told back to the model.
 #pragma once
 
 #include <QPointer>
@@ -30,12 +30,11 @@ struct BindContext {
 bool hand_key(const Control& control, const QKeyEvent& event,
               const std::function<void(const std::function<void()>&)>& tell);
 
-class Mirror : public QObject {
+class Binding : public QObject {
   public:
     /// `show_kind` copies the kind's own properties into the widget.
-    Mirror(const BindContext& context, Control& control, QWidget* widget,
-           std::function<void()> show_kind);
-    ~Mirror() override;
+    Binding(const BindContext& context, Control& control, QWidget* widget,
+            std::function<void()> show_kind);
 
     /// Copies the model into the widget.
     void refresh();
@@ -50,7 +49,7 @@ class Mirror : public QObject {
 
   private:
     void show_common();
-    void move_focus();
+    void move_focus(bool& moved);
 
     BindContext context_;
     Control& control_;
@@ -59,6 +58,8 @@ class Mirror : public QObject {
     bool refreshing_ = false;
     bool moving_focus_ = false;
     bool shown_visible_ = true;
+    Subscription changes_;
+    Subscription focus_;
 };
 
 } // namespace pelvan::desktop

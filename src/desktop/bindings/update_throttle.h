@@ -9,11 +9,12 @@
 
 namespace pelvan::desktop {
 
-class Pacer : public QTimer {
+class UpdateThrottle : public QTimer {
   public:
     /// `show` brings the widget up to date; `parent` is the widget or dies with it.
-    Pacer(QObject* parent, std::function<void()> show) : QTimer(parent), show_(std::move(show)) {
-        setObjectName(QStringLiteral("pacer"));
+    UpdateThrottle(QObject* parent, std::function<void()> show)
+        : QTimer(parent), show_(std::move(show)) {
+        setObjectName(QStringLiteral("update_throttle"));
         setSingleShot(true);
         setInterval(kPauseMs);
         connect(this, &QTimer::timeout, this, [this] {

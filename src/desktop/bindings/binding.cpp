@@ -1,4 +1,4 @@
-#include "desktop/bindings/mirror.h"
+#include "desktop/bindings/binding.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -44,29 +44,24 @@ bool hand_key(const Control& control, const QKeyEvent& event,
     return handled;
 }
 
-Mirror::Mirror(const BindContext& context, Control& control, QWidget* widget,
-               std::function<void()> show_kind)
+Binding::Binding(const BindContext& context, Control& control, QWidget* widget,
+                 std::function<void()> show_kind)
     : QObject(widget), context_(context), control_(control), widget_(widget),
       show_kind_(std::move(show_kind)) {
     widget->setObjectName(to_qt(control.Name()));
     widget->installEventFilter(this);
-    control.watch([this] { refresh(); });
-    control.watch_focus([this] { move_focus(); });
+    changes_ = control.watch([this] { refresh(); });
+    focus_ = control.watch_focus([this](bool& moved) { move_focus(moved); });
     refresh();
 }
 
-Mirror::~Mirror() {
-    control_.watch({});
-    control_.watch_focus({});
-}
-
-void Mirror::refresh() {
+void Binding::refresh() {
     const QScopedValueRollback<bool> guard(refreshing_, true);
     show_common();
     if (show_kind_) show_kind_();
 }
 
-void Mirror::show_common() {
+void Binding::show_common() {
     widget_->setEnabled(control_.Enabled());
     if (shown_visible_ != control_.Visible()) {
         shown_visible_ = control_.Visible();
@@ -80,21 +75,22 @@ void Mirror::show_common() {
         widget_->setAccessibleName(spoken);
 }
 
-void Mirror::tell(const std::function<void()>& action) {
+void Binding::tell(const std::function<void()>& action) {
     if (refreshing_) return;
-    const QPointer<Mirror> self(this);
+    const QPointer<Binding> self(this);
     const EventRunner run = context_.run; // outlives this, which the action may end
     run(action);
     if (self) refresh();
 }
 
-void Mirror::tell_later(std::function<void()> action) {
+void Binding::tell_later(std::function<void()> action) {
     if (refreshing_) return;
     QMetaObject::invokeMethod(
         this, [this, action = std::move(action)] { tell(action); }, Qt::QueuedConnection);
 }
 
-void Mirror::move_focus() {
+void Binding::move_focus(bool& moved) {
+    moved = true;
     if (widget_->hasFocus()) return;
     {
         const QScopedValueRollback<bool> guard(moving_focus_, true);
@@ -105,7 +101,7 @@ void Mirror::move_focus() {
     if (control_.GotFocus) control_.GotFocus();
 }
 
-bool Mirror::eventFilter(QObject* watched, QEvent* event) {
+bool Binding::eventFilter(QObject* watched, QEvent* event) {
     if (watched == widget_ && event->type() == QEvent::KeyPress)
         return hand_key(control_, *static_cast<QKeyEvent*>(event),
                         [this](const std::function<void()>& action) { tell(action); });
