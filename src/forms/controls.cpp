@@ -11,10 +11,9 @@ std::string control_name(const std::string& array, int index) {
 }
 
 void Control::SetFocus() {
-    if (focus_mover_)
-        focus_mover_();
-    else
-        raise(GotFocus);
+    bool moved = false;
+    focus_wanted_.raise(moved);
+    if (!moved) raise(GotFocus);
 }
 
 void Button::press() {
@@ -24,16 +23,8 @@ void Button::press() {
 void TextBox::set_Text(const std::string& text) {
     if (text == text_) return;
     text_ = text;
-    sel_start_ = sel_length_ = 0;
     notify();
     raise(Change);
-}
-
-void TextBox::select(int start, int length) {
-    const int size = static_cast<int>(text_.size());
-    sel_start_ = std::clamp(start, 0, size);
-    sel_length_ = std::clamp(length, 0, size - sel_start_);
-    notify();
 }
 
 void CheckBox::set_Value(int value) {

@@ -3,13 +3,15 @@
 // tests). Two rules hold for every kind:
 //  * a property that changes raises the control's event, whoever changed it, as the classic toolkit
 //    does; setting a property to the value that it has raises nothing;
-//  * one watcher hears of every change and re-reads what it shows.
+//  * whoever watches a control is notified of every change and re-reads what it shows.
 // Handlers may throw RunTimeError; it passes through to whoever raised the outermost event.
 #pragma once
 
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "platform/event.h"
 
 namespace pelvan {
 
@@ -33,7 +35,6 @@ class Control {
     [[nodiscard]] bool Enabled() const { return enabled_; }
     [[nodiscard]] bool Visible() const { return visible_; }
     void set_Caption(const std::string& text) { assign(caption_, text); }
-    void set_ToolTipText(const std::string& text) { assign(tool_tip_, text); }
     void set_Enabled(bool on) { assign(enabled_, on); }
     void set_Visible(bool on) { assign(visible_, on); }
 
@@ -43,8 +44,14 @@ class Control {
     /// A key pressed while the focus is here; false leaves it to the front end.
     std::function<bool(Key)> KeyDown;
 
-    void watch(std::function<void()> watcher) { watcher_ = std::move(watcher); }
-    void watch_focus(std::function<void()> mover) { focus_mover_ = std::move(mover); }
+    /// Is notified after a property has changed.
+    Subscription watch(std::function<void()> watcher) {
+        return changed_.subscribe(std::move(watcher));
+    }
+    /// Moves the focus to the control, raises GotFocus itself, and says so by setting `moved`.
+    Subscription watch_focus(std::function<void(bool& moved)> mover) {
+        return focus_wanted_.subscribe(std::move(mover));
+    }
 
   protected:
     template <class T> bool assign(T& property, const T& value) {
@@ -53,7 +60,7 @@ class Control {
         notify();
         return true;
     }
-    void notify() { raise(watcher_); }
+    void notify() { changed_.raise(); }
     static void raise(const std::function<void()>& event) {
         if (event) event();
     }
@@ -64,8 +71,8 @@ class Control {
     std::string tool_tip_;
     bool enabled_ = true;
     bool visible_ = true;
-    std::function<void()> watcher_;
-    std::function<void()> focus_mover_;
+    Event<> changed_;
+    Event<bool&> focus_wanted_;
 };
 
 class Label : public Control {
@@ -99,18 +106,16 @@ class TextBox : public Control {
     [[nodiscard]] bool Locked() const { return locked_; }
     void set_Locked(bool locked) { assign(locked_, locked); }
 
-    /// Selection in characters; the start is clipped to the text, the length to what follows it.
-    [[nodiscard]] int SelStart() const { return sel_start_; }
-    [[nodiscard]] int SelLength() const { return sel_length_; }
-    void select(int start, int length);
-    /// Selection start 0, length of the whole text.
-    void select_all() { select(0, static_cast<int>(text_.size())); }
+    /// Selection start 0, length of the whole text. What a person selects is the front end's.
+    void select_all() { select_all_.raise(); }
+    Subscription watch_select_all(std::function<void()> watcher) {
+        return select_all_.subscribe(std::move(watcher));
+    }
 
   private:
     std::string text_;
     bool locked_ = false;
-    int sel_start_ = 0;
-    int sel_length_ = 0;
+    Event<> select_all_;
 };
 
 class CheckBox : public Control {

@@ -4,7 +4,7 @@ namespace pelvan {
 
 void Form::Move(const TwipRect& position) {
     position_ = position;
-    raise(move_watcher_);
+    moved_.raise();
 }
 
 void Form::Load() {
@@ -17,8 +17,8 @@ void Form::Show() {
     const bool opening = !Visible();
     Load();
     set_Visible(true);
-    const auto watcher = show_watcher_;
-    const bool was_active = watcher && watcher();
+    bool was_active = false;
+    shown_.raise(was_active);
     if (opening || !was_active) Form_Activate();
 }
 

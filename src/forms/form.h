@@ -57,12 +57,17 @@ class Form : public Control {
     /// False keeps the window open.
     virtual bool Form_Unload() { return true; }
 
-    /// Hears of `Move` alone: a new caption must not put a window back that was moved by hand.
-    void watch_move(std::function<void()> watcher) { move_watcher_ = std::move(watcher); }
-    /// Hears of every `Show`, also of a window that is visible already: it comes to the front.
-    /// Called before `Form_Activate`, which `Show` runs itself. True when the window was the active
-    /// one of the program before.
-    void watch_show(std::function<bool()> watcher) { show_watcher_ = std::move(watcher); }
+    /// Is notified of `Move` alone: a new caption must not put a window back that was moved by
+    /// hand.
+    Subscription watch_move(std::function<void()> watcher) {
+        return moved_.subscribe(std::move(watcher));
+    }
+    /// Is notified of every `Show`, also of a window that is visible already: it comes to the
+    /// front. Called before `Form_Activate`, which `Show` runs itself. Sets `was_active` when the
+    /// window was the active one of the program before.
+    Subscription watch_show(std::function<void(bool& was_active)> watcher) {
+        return shown_.subscribe(std::move(watcher));
+    }
 
   protected:
     void set_help_page(std::string page) { help_page_ = std::move(page); }
@@ -73,8 +78,8 @@ class Form : public Control {
     TwipRect position_;
     std::string help_page_;
     bool loaded_ = false;
-    std::function<void()> move_watcher_;
-    std::function<bool()> show_watcher_;
+    Event<> moved_;
+    Event<bool&> shown_;
 };
 
 /// Shows the hourglass on a form for as long as it lives.

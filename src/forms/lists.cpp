@@ -13,27 +13,27 @@ const std::string& ListBox::List(int index) const {
 
 void ListBox::AddItem(const std::string& text) {
     items_.push_back(text);
-    lines_changed(ListChange::Added, ListCount() - 1);
+    lines_changed_.raise(ListChange::Added, ListCount() - 1);
 }
 
 void ListBox::AddItem(const std::string& text, int index) {
     if (index < 0 || index > ListCount()) throw RunTimeError(error_number::kIllegalCall);
     items_.insert(items_.begin() + index, text);
     if (list_index_ >= index) ++list_index_;
-    lines_changed(ListChange::Inserted, index);
+    lines_changed_.raise(ListChange::Inserted, index);
 }
 
 void ListBox::Clear() {
     items_.clear();
     list_index_ = -1;
-    lines_changed(ListChange::Cleared, -1);
+    lines_changed_.raise(ListChange::Cleared, -1);
 }
 
 void ListBox::set_ListIndex(int index) {
     if (index < -1 || index >= ListCount()) throw RunTimeError(error_number::kIllegalCall);
     if (index == list_index_) return;
     list_index_ = index;
-    lines_changed(ListChange::Selected, index);
+    lines_changed_.raise(ListChange::Selected, index);
     raise(Click);
 }
 
@@ -93,7 +93,7 @@ void Grid::set_TextMatrix(int row, int column, const std::string& text) {
     std::string& there = cells_[cell(row, column)];
     if (there == text) return;
     there = text;
-    if (cell_watcher_) cell_watcher_(row, column);
+    cell_changed_.raise(row, column);
 }
 
 std::int32_t Grid::RowData(int row) const {
@@ -102,7 +102,7 @@ std::int32_t Grid::RowData(int row) const {
 
 void Grid::set_RowData(int row, std::int32_t word) {
     row_data_[checked_index(row, row_data_.size())] = word;
-    if (cell_watcher_) cell_watcher_(row, -1);
+    cell_changed_.raise(row, -1);
 }
 
 void Grid::set_cell(int row, int column) {

@@ -28,18 +28,15 @@ class ListBox : public Control {
     void set_ListIndex(int index);
     std::function<void()> Click;
 
-    /// Hears of line changes with the index that they concern, instead of `watch`.
-    void watch_lines(std::function<void(ListChange, int)> watcher) {
-        line_watcher_ = std::move(watcher);
+    /// Is notified of line changes with the index that they concern, instead of `watch`.
+    Subscription watch_lines(std::function<void(ListChange, int)> watcher) {
+        return lines_changed_.subscribe(std::move(watcher));
     }
 
   private:
-    void lines_changed(ListChange change, int index) {
-        if (line_watcher_) line_watcher_(change, index);
-    }
     std::vector<std::string> items_;
     int list_index_ = -1;
-    std::function<void(ListChange, int)> line_watcher_;
+    Event<ListChange, int> lines_changed_;
 };
 
 /// A drop-down list; with `editable` its text may be typed as well.
@@ -83,8 +80,10 @@ class Grid : public Control {
     void set_cell(int row, int column);
     /// Mouse pressed in the current cell; `left` tells the button.
     std::function<void(bool left)> MouseUp;
-    /// Hears which cell changed (column -1: the row's data word), instead of `watch`.
-    void watch_cells(std::function<void(int, int)> watcher) { cell_watcher_ = std::move(watcher); }
+    /// Is notified which cell changed (column -1: the row's data word), instead of `watch`.
+    Subscription watch_cells(std::function<void(int row, int column)> watcher) {
+        return cell_changed_.subscribe(std::move(watcher));
+    }
 
   private:
     [[nodiscard]] std::size_t cell(int row, int column) const;
@@ -94,7 +93,7 @@ class Grid : public Control {
     int col_ = 0;
     std::vector<std::string> cells_;
     std::vector<std::int32_t> row_data_;
-    std::function<void(int, int)> cell_watcher_;
+    Event<int, int> cell_changed_;
 };
 
 } // namespace pelvan

@@ -15,7 +15,7 @@ TEST(ConsoleProtocols, FullCommands) {
     ConsoleRig rig(Texts(4, kDevice), protocol::kFull);
     TextPanel& panel = rig.console.text;
     MousePointer during = MousePointer::Normal;
-    rig.history.frmCommand.list.watch_lines(
+    const Subscription watching = rig.history.frmCommand.list.watch_lines(
         [&](ListChange, int) { during = rig.console.Pointer(); });
     const std::vector<std::tuple<std::string, std::string, std::string>> cases{
         {"9", "? MODEL", "? MODEL > 742"},

@@ -17,8 +17,8 @@ namespace pelvan::desktop::testing {
 /// Also what a widget puts off, to be painted less often.
 inline void run_events() {
     for (const QWidget* window : QApplication::topLevelWidgets())
-        for (QTimer* pacer : window->findChildren<QTimer*>(QStringLiteral("pacer")))
-            pacer->setInterval(0);
+        for (QTimer* throttle : window->findChildren<QTimer*>(QStringLiteral("update_throttle")))
+            throttle->setInterval(0);
     QCoreApplication::processEvents();
     QCoreApplication::processEvents();
 }

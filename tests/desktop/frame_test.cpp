@@ -1,6 +1,7 @@
 // Windows: forms bound to them, the frame, and the activation rule.
 #include "desktop/windows/mdi_frame.h"
 #include "desktop_fixture.h"
+#include "support/fake_dialogs.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -17,6 +18,12 @@ struct RecordingForm : Form {
     std::string& log;
     MenuEntry menu{"mnu" + Name(), "&" + Name()};
     MenuEntry entry{"entry" + Name(), "Entry", "Ctrl+W"};
+    bool may_unload = true;
+};
+
+struct FrameForm : Form {
+    using Form::Form;
+    bool Form_Unload() override { return may_unload; }
     bool may_unload = true;
 };
 
@@ -44,11 +51,12 @@ class FrameTest : public testing::WindowTest {
     std::string taken_log() { return std::exchange(log_, {}); }
 
     std::string log_;
-    Form frame_form_{"MDIPelvan6", "Pelvan 7"};
+    FrameForm frame_form_{"MDIPelvan6", "Pelvan 7"};
+    pelvan::testing::FakeDesktop services_;
     RecordingForm console_{"console", log_};
     RecordingForm history_{"history", log_};
     RecordingForm dialog_{"settings", log_};
-    std::unique_ptr<MdiFrame> frame_ = std::make_unique<MdiFrame>(context_, frame_form_);
+    std::unique_ptr<MdiFrame> frame_ = std::make_unique<MdiFrame>(context_, frame_form_, services_);
 };
 
 TEST_F(FrameTest, OnlyComingFromAnotherWindowOfTheProgramActivates) {
@@ -107,7 +115,8 @@ TEST_F(FrameTest, ClosingUnloadsUnlessThatIsRefused) {
     EXPECT_TRUE(child(history_)->isVisible());
     EXPECT_EQ(taken_log(), "history;");
     for (const bool may : {false, true}) {
-        frame_->before_close = [&] { return may; };
+        frame_form_.Load();
+        frame_form_.may_unload = may;
         EXPECT_EQ(frame_->close(), may);
         EXPECT_EQ(frame_->isVisible(), !may);
     }

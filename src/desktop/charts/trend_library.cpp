@@ -1,15 +1,15 @@
 #include "desktop/charts/trend_library.h"
 
-#include <QLibrary>
+#include "desktop/system/module.h"
 
 namespace pelvan::desktop {
 
 TrendWindow make_trend_window(const QString& directory, Trend& trend, QWidget* parent) {
     using Maker = QWidget* (*)(Trend*, QWidget*);
-    QLibrary library(directory + QStringLiteral("/libpelvan7_trend"));
-    const auto make = reinterpret_cast<Maker>(library.resolve("pelvan_make_trend_window"));
-    if (make == nullptr) return {nullptr, library.errorString()};
-    return {make(&trend, parent), {}};
+    const ModuleEntry entry =
+        find_in_module(directory, "libpelvan7_trend", "pelvan_make_trend_window");
+    if (entry.address == nullptr) return {nullptr, entry.error};
+    return {reinterpret_cast<Maker>(entry.address)(&trend, parent), {}};
 }
 
 } // namespace pelvan::desktop

@@ -10,7 +10,7 @@
 #include <map>
 #include <memory>
 
-#include "desktop/bindings/mirror.h"
+#include "desktop/bindings/binding.h"
 #include "platform/serial_port.h"
 
 namespace pelvan::desktop {

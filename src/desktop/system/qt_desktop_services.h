@@ -19,15 +19,12 @@ class QtDesktopServices : public DesktopServices {
     void let_events_run() override;
     void set_clipboard_text(const std::string& text) override;
     ScreenSize screen_size() override;
-    void set_help_file(const std::string& name) override { help_file_ = name; }
+    /// The pages of the folder stand for the help file.
+    void set_help_file(const std::string&) override {}
     void show_help(const std::string& page) override;
-
-    /// The help file's name, kept as it was set; the pages of the folder stand for it.
-    [[nodiscard]] const std::string& help_file() const { return help_file_; }
 
   private:
     std::string help_folder_;
-    std::string help_file_;
     std::unique_ptr<HelpWindow> help_window_; // made when help is first asked for
 };
 

@@ -2,18 +2,24 @@
 #pragma once
 
 #include <functional>
+#include <utility>
 
 #include "forms/form.h"
 
 namespace pelvan::desktop {
 
-/// `make` binds the form to a window of its own, which takes this watcher's place.
-inline void make_on_first_show(Form& form, std::function<void()> make) {
-    form.watch([&form, make = std::move(make)] {
-        if (!form.Visible()) return;
-        const auto kept = make; // binding ends this function object
-        kept();
-    });
-}
+class FirstShow {
+  public:
+    /// `make` binds the form to a window of its own; it runs once. The form must outlive this.
+    FirstShow(Form& form, std::function<void()> make)
+        : changes_(form.watch([this, &form, make = std::move(make)] {
+              if (!form.Visible()) return;
+              changes_.end();
+              make();
+          })) {}
+
+  private:
+    Subscription changes_;
+};
 
 } // namespace pelvan::desktop

@@ -9,7 +9,6 @@
 #include "desktop/printing/print_module.h"
 #include "desktop/windows/console_window.h"
 #include "desktop/windows/first_paint.h"
-#include "desktop/windows/first_show.h"
 #include "desktop/windows/listen_window.h"
 #include "desktop/windows/logging_window.h"
 #include "desktop/windows/settings_window.h"
@@ -28,11 +27,9 @@ MainWindow::MainWindow(const std::string& directory)
       desktop_((QCoreApplication::applicationDirPath() + "/help").toStdString()),
       application_(Services{*tick_, *clock_, dialogs_, desktop_, directory}, open_serial_device),
       watcher_(bind_context().run),
-      frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame)) {
+      frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame, desktop_)) {
     Application& app = application_;
     watch_ports();
-    frame_->show_help = [this](const std::string& page) { desktop_.show_help(page); };
-    frame_->before_close = [&app] { return app.frame.Unload(); };
     // Closing the console alone ends the program at once: no questions, no saving.
     console_closed_ = app.console.closed.subscribe([&app] {
         app.transfer.cancel_transfer();
@@ -74,21 +71,21 @@ void MainWindow::make_children() {
         [this](const HistoryDocument& document) { print(document, PrintAction::Print); });
     preview_ = app.history.preview_requested.subscribe(
         [this](const HistoryDocument& document) { print(document, PrintAction::Preview); });
-    make_on_first_show(app.comms_settings, [this, &app] {
+    first_shows_.emplace_back(app.comms_settings, [this, &app] {
         make_comms_settings(frame_->context(), app.comms_settings, *frame_);
     });
-    make_on_first_show(app.serial_devices, [this, &app] {
+    first_shows_.emplace_back(app.serial_devices, [this, &app] {
         make_serial_devices(frame_->context(), app.serial_devices, *frame_);
     });
-    make_on_first_show(app.listen, [this, &app] {
+    first_shows_.emplace_back(app.listen, [this, &app] {
         frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
             ->setGeometry(kListenPlace);
     });
-    make_on_first_show(app.logging, [this, &app] {
+    first_shows_.emplace_back(app.logging, [this, &app] {
         frame_->add_child(app.logging,
                           make_logging(frame_->context(), app.logging, dialogs_, *frame_));
     });
-    make_on_first_show(app.transfer, [this, &app] {
+    first_shows_.emplace_back(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))
             ->setGeometry(kTransferPlace);
     });

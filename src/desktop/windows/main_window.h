@@ -2,6 +2,7 @@
 // window for each of its forms.
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <optional>
 
@@ -10,6 +11,7 @@
 #include "desktop/system/port_watcher.h"
 #include "desktop/system/qt_desktop_services.h"
 #include "desktop/system/qt_dialogs.h"
+#include "desktop/windows/first_show.h"
 #include "desktop/windows/mdi_frame.h"
 
 namespace pelvan::desktop {
@@ -48,6 +50,7 @@ class MainWindow {
     Subscription console_closed_;
     Subscription print_;
     Subscription preview_;
+    std::deque<FirstShow> first_shows_;
     std::optional<MessageRouter::Diversion> unattended_; // from `end` on
 };
 

@@ -13,8 +13,9 @@
 
 namespace pelvan::desktop {
 
-MdiFrame::MdiFrame(const BindContext& context, Form& form)
-    : activation_(context.run), context_(context), form_(form), area_(new QMdiArea(this)) {
+MdiFrame::MdiFrame(const BindContext& context, Form& form, DesktopServices& services)
+    : activation_(context.run), context_(context), form_(form), services_(services),
+      area_(new QMdiArea(this)) {
     context_.activation = &activation_;
     if (context_.owner == nullptr) context_.owner = this;
     setObjectName(to_qt(form.Name()));
@@ -22,7 +23,7 @@ MdiFrame::MdiFrame(const BindContext& context, Form& form)
     area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     own_menus_ = make_menus(form);
-    form_.watch([this] {
+    changes_ = form_.watch([this] {
         setWindowTitle(to_qt(form_.Caption()));
         if (isHidden() == form_.Visible()) setVisible(form_.Visible());
     });
@@ -34,7 +35,6 @@ MdiFrame::MdiFrame(const BindContext& context, Form& form)
 }
 
 MdiFrame::~MdiFrame() {
-    form_.watch({});
     // The children go first: they tell the tracker, and the area would announce each one's end.
     area_->disconnect(this);
     delete area_;
@@ -80,7 +80,7 @@ void MdiFrame::setVisible(bool visible) {
 
 void MdiFrame::closeEvent(QCloseEvent* event) {
     bool may_close = true;
-    context_.run([this, &may_close] { may_close = !before_close || before_close(); });
+    context_.run([this, &may_close] { may_close = form_.Unload(); });
     event->setAccepted(may_close);
 }
 
@@ -99,6 +99,10 @@ void MdiFrame::child_activated(QMdiSubWindow* child) {
         activation_.shown(*found->second.form);
     else
         activation_.entered(*found->second.form);
+}
+
+void MdiFrame::show_help(const std::string& page) {
+    context_.run([this, page] { services_.show_help(page); });
 }
 
 std::vector<QMenu*> MdiFrame::make_menus(Form& form) {
@@ -150,10 +154,7 @@ void MdiFrame::add_keys() {
     on("Ctrl+Shift+F6", [this] { area_->activatePreviousSubWindow(); });
     on("F1", [this] {
         const Form* form = active_form();
-        const std::string page = form == nullptr ? form_.help_page() : form->help_page();
-        context_.run([this, page] {
-            if (show_help) show_help(page);
-        });
+        show_help(form == nullptr ? form_.help_page() : form->help_page());
     });
 }
 

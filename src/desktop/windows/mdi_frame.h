@@ -8,6 +8,7 @@
 
 #include "desktop/bindings/activation.h"
 #include "desktop/bindings/bind.h"
+#include "platform/desktop_services.h"
 
 class QMdiArea;
 class QMdiSubWindow;
@@ -17,8 +18,9 @@ namespace pelvan::desktop {
 class MdiFrame : public QMainWindow {
   public:
     /// `form` stands for the frame itself: its caption, its state, and the menus shown whichever
-    /// child window is active. It is shown by the form's `Show` or by the window's own `show`.
-    MdiFrame(const BindContext& context, Form& form);
+    /// child window is active. It is shown by the form's `Show` or by the window's own `show`;
+    /// closing it unloads the form, and it stays when the form refuses.
+    MdiFrame(const BindContext& context, Form& form, DesktopServices& services);
     ~MdiFrame() override;
 
     /// Puts the content into a child window bound to the form; both stay the frame's.
@@ -37,10 +39,8 @@ class MdiFrame : public QMainWindow {
     /// The context to bind the controls and windows of the children with.
     [[nodiscard]] const BindContext& context() const { return context_; }
 
-    /// Asked when the frame is to close; false keeps it open.
-    std::function<bool()> before_close;
-    /// Asked on F1 for the active child's help page.
-    std::function<void(const std::string& page)> show_help;
+    /// As F1 does with the active child's page.
+    void show_help(const std::string& page);
 
     void setVisible(bool visible) override;
 
@@ -63,12 +63,14 @@ class MdiFrame : public QMainWindow {
     ActivationTracker activation_;
     BindContext context_;
     Form& form_;
+    DesktopServices& services_;
     QMdiArea* area_;
     std::map<QMdiSubWindow*, Child> children_;
     std::vector<QMenu*> own_menus_;
     QMenu* window_menu_ = nullptr;
     std::vector<QAction*> listed_;
     bool becoming_visible_ = false;
+    Subscription changes_;
 };
 
 } // namespace pelvan::desktop
