@@ -1,5 +1,5 @@
 // The history on paper: its lines, and a PDF written through the module that the program loads.
-#include "desktop/printing/page_lines.h"
+#include "desktop/printing/history_table.h"
 #include "desktop/printing/print_module.h"
 #include "desktop_fixture.h"
 
@@ -8,16 +8,29 @@ namespace {
 
 TEST(PrintingTest, LongLinesGoOnBelowThemselvesInTheirColumn) {
     HistoryDocument document;
-    document.rows = {{"16:30:05.007", "0123456789abcdef", "16:30:05.250", std::string(40, 'r')},
+    document.rows = {{"16:30:05.007", "1 3 100 1", "16:30:05.250", std::string(400, 'r')},
                      {"", "? C1", "", "a\rb"}};
-    EXPECT_EQ(page_lines(document, 38),
-              (QStringList{"Command       Response", "0123456789ab  " + QString(24, u'r'),
-                           "cdef          " + QString(16, u'r'),
-                           QString::fromUtf16(u"? C1          a\u240Db")}));
-    document.with_times = true;
-    EXPECT_EQ(page_lines(document, 100)[1],
-              "16:30:05.007  0123456789abcdef  16:30:05.250  " + QString(40, u'r'));
-    EXPECT_FALSE(page_lines(document, 1).isEmpty()) << "the narrowest paper";
+    QImage paper(600, 800, QImage::Format_Mono);
+    for (const bool with_times : {false, true}) {
+        document.with_times = with_times;
+        const auto text = history_table(document, paper, paper.size());
+        QTextTable* table = qobject_cast<QTextTable*>(text->rootFrame()->childFrames().first());
+        ASSERT_EQ(table->columns(), with_times ? 4 : 2);
+        EXPECT_EQ(table->format().headerRowCount(), 1);
+        const auto cell = [&](int row, int column) {
+            return table->cellAt(row, column).firstCursorPosition().block();
+        };
+        EXPECT_EQ(cell(0, with_times ? 1 : 0).text(), "Command");
+        EXPECT_EQ(cell(1, 0).text(), with_times ? "16:30:05.007" : "1 3 100 1");
+        const QTextBlock response = cell(1, with_times ? 3 : 1);
+        EXPECT_EQ(response.text().size(), 400);
+        ASSERT_GT(response.layout()->lineCount(), 4);
+        for (int i = 0; i < response.layout()->lineCount(); ++i)
+            EXPECT_LE(response.layout()->lineAt(i).naturalTextWidth(), paper.width());
+        EXPECT_EQ(cell(1, 0).layout()->lineCount(), 1) << "a short one needs one line";
+        EXPECT_EQ(cell(2, table->columns() - 1).text(), QString::fromUtf16(u"a\u240Db"));
+        EXPECT_EQ(text->pageCount(), 1);
+    }
 }
 
 TEST(PrintingTest, WritesAPdfOfManyPagesThroughTheModule) {

@@ -1,6 +1,6 @@
 #include "desktop/printing/print_history.h"
 
-#include <QFontDatabase>
+#include <QAbstractTextDocumentLayout>
 #include <QFontMetricsF>
 #include <QPageLayout>
 #include <QPainter>
@@ -10,78 +10,67 @@
 #include <algorithm>
 
 #include "desktop/bindings/qt_text.h"
-#include "desktop/printing/page_lines.h"
+#include "desktop/printing/history_table.h"
 
 namespace pelvan::desktop {
 namespace {
 
-constexpr qreal kPointSize = 8;
 constexpr QMarginsF kMargins{15, 15, 15, 15}; // mm
-constexpr int kHeaderLines = 3;               // title and page, columns' titles, an empty one
+constexpr int kHeadLines = 2;                 // title, date and page, and an empty line
 
-/// Writes the pages one after another; every page begins with title, date, page and column titles.
+/// Every page begins with title, date and page number; the table's head line follows.
 class Pages {
   public:
     Pages(QPrinter& printer, const HistoryDocument& document)
-        : printer_(printer), font_(QFontDatabase::systemFont(QFontDatabase::FixedFont)),
-          area_(QPointF(), printer.pageRect(QPrinter::DevicePixel).size()) {
-        font_.setPointSizeF(kPointSize);
-        const QFontMetricsF metrics(font_, &printer);
-        line_height_ = metrics.lineSpacing();
-        lines_ =
-            page_lines(document, static_cast<int>(area_.width() / metrics.horizontalAdvance(u'0')));
-        columns_ = lines_.takeFirst();
-        per_page_ = std::max(1, static_cast<int>(area_.height() / line_height_) - kHeaderLines);
-        title_ = to_qt(document.title);
-        date_ = to_qt(document.date);
-    }
+        : printer_(printer), title_(to_qt(document.title)), date_(to_qt(document.date)),
+          line_height_(QFontMetricsF(print_font(), &printer).lineSpacing()),
+          body_(printer.pageRect(QPrinter::DevicePixel).size() -
+                QSizeF(0, kHeadLines * line_height_)),
+          table_(history_table(document, printer, body_)) {}
 
     /// False when the printer (or the file) refused.
     bool paint() {
         QPainter painter;
         if (!painter.begin(&printer_)) return false;
-        painter.setFont(font_);
-        const int count = page_count();
+        painter.setFont(print_font());
+        const int count = table_->pageCount();
         const int first = printer_.fromPage() > 0 ? printer_.fromPage() : 1;
         const int last = printer_.toPage() > 0 ? std::min(printer_.toPage(), count) : count;
         for (int page = first; page <= last; ++page) {
             if (page > first && !printer_.newPage()) return false;
-            paint_page(painter, page);
+            paint_head(painter, QStringLiteral("Page %1 of %2").arg(page).arg(count));
+            paint_table(painter, page);
         }
         return painter.end();
     }
 
   private:
-    [[nodiscard]] int page_count() const {
-        return std::max(1, (static_cast<int>(lines_.size()) + per_page_ - 1) / per_page_);
+    void paint_head(QPainter& painter, const QString& page) const {
+        const QRectF place(0, 0, body_.width(), line_height_);
+        painter.drawText(place, Qt::AlignLeft, title_);
+        painter.drawText(place, Qt::AlignRight, date_ + QStringLiteral("   ") + page);
+        const qreal below = 1.5 * line_height_;
+        painter.drawLine(QPointF(0, below), QPointF(body_.width(), below));
     }
 
-    void paint_page(QPainter& painter, int page) {
-        const QString number = QStringLiteral("Page %1 of %2").arg(page).arg(page_count());
-        const QRectF head = line_place(0);
-        painter.drawText(head, Qt::AlignLeft, title_);
-        painter.drawText(head, Qt::AlignRight, date_ + QStringLiteral("   ") + number);
-        painter.drawText(line_place(1), Qt::AlignLeft, columns_);
-        painter.drawLine(line_place(1).bottomLeft(), line_place(1).bottomRight());
-        const int first = (page - 1) * per_page_;
-        const int end = std::min<int>(first + per_page_, static_cast<int>(lines_.size()));
-        for (int i = first; i < end; ++i)
-            painter.drawText(line_place(kHeaderLines + i - first), Qt::AlignLeft, lines_[i]);
-    }
-
-    [[nodiscard]] QRectF line_place(int line) const {
-        return {area_.left(), area_.top() + line * line_height_, area_.width(), line_height_};
+    void paint_table(QPainter& painter, int page) const {
+        const QRectF part(QPointF(0, (page - 1) * body_.height()), body_);
+        QAbstractTextDocumentLayout::PaintContext look;
+        look.clip = part;
+        look.palette.setColor(QPalette::Text, Qt::black); // in a dark theme too
+        painter.save();
+        painter.translate(0, kHeadLines * line_height_ - part.top());
+        painter.setClipRect(part);
+        table_->documentLayout()->draw(&painter, look);
+        painter.restore();
     }
 
     QPrinter& printer_;
-    QFont font_;
-    QRectF area_;
-    qreal line_height_ = 1;
-    int per_page_ = 1;
-    QStringList lines_;
-    QString columns_;
     QString title_;
     QString date_;
+    qreal line_height_;
+    QSizeF body_;
+    std::unique_ptr<QTextDocument> table_;
 };
 
 bool show_preview(QPrinter& printer, const HistoryDocument& document, QWidget* parent) {
