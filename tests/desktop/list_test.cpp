@@ -1,4 +1,3 @@
-#include "desktop/bindings/line_view.h"
 #include "desktop_fixture.h"
 
 namespace pelvan::desktop {
@@ -13,7 +12,7 @@ class ListTest : public testing::WindowTest {
     }
 
     ListBox list_{"lst_Command", "Commands"};
-    LineView* view_ = new LineView(&window_);
+    QListView* view_ = new QListView(&window_);
     testing::WidgetsEnd end_{window_};
 };
 
@@ -27,7 +26,7 @@ TEST_F(ListTest, TenThousandLinesArriveOneByOneAndTheSelectedOneIsInSight) {
         list_.set_ListIndex(i);
     }
     testing::run_events();
-    EXPECT_EQ(inserts, 10000) << "never the whole list anew";
+    EXPECT_EQ(inserts, 10000) << "never the whole list again";
     const QRect last = view_->visualRect(view_->currentIndex());
     EXPECT_TRUE(view_->viewport()->rect().contains(last));
     EXPECT_EQ(view_->indexAt(last.center()).data().toString(), "line 9999");

@@ -1,6 +1,5 @@
 // The listen window of the whole program, on a pseudo-terminal: bytes reach it through the event
 // loop.
-#include "desktop/bindings/line_view.h"
 #include "desktop/windows/traffic_view.h"
 #include "desktop_fixture.h"
 #include "support/pty_pair.h"
@@ -33,8 +32,8 @@ class ListenWindowTest : public testing::ProgramTest {
 TEST_F(ListenWindowTest, ShowsCopiesAndLogsWhatArrivesAndSaysWhyItStopped) {
     hear({"\1\3\0\144\0\2\205\324", 8});
     hear({"\1\3\4\2\325\377\377\353\303", 9});
-    auto* lines = own<LineView>("lst_CommsCommand");
-    auto* times = own<LineView>("lst_Times");
+    auto* lines = own<QListView>("lst_CommsCommand");
+    auto* times = own<QListView>("lst_Times");
     EXPECT_FALSE(times->isVisible());
     find<QAction>("mnuShowTimes")->trigger();
     testing::run_events();

@@ -85,7 +85,7 @@ TEST_F(MainWindowTest, TimesStayBesideTheirLines) {
         return find<QAbstractItemView>(list)->indexAt(QPoint(2, 2)).row();
     };
     for (int i = 0; i < 1000; ++i)
-        history.add("command", "response " + std::to_string(i));
+        history.add({"", "command", "", "response " + std::to_string(i)});
     testing::run_events();
     EXPECT_FALSE(find("lst_CommsResponseTimes")->isVisible());
     EXPECT_GT(top("lst_CommsResponse"), 900);

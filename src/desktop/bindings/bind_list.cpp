@@ -1,6 +1,7 @@
-#include <QAbstractItemView>
 #include <QAbstractListModel>
+#include <QKeyEvent>
 #include <QListView>
+#include <QScrollBar>
 #include <utility>
 
 #include "desktop/bindings/bind.h"
@@ -10,17 +11,24 @@
 namespace pelvan::desktop {
 namespace {
 
+constexpr int kMargin = 4;           // left and right of a line, pixels
+constexpr int kScrollCharacters = 4; // that an arrow key moves a list with long lines
+
 /// The control's lines, read where they are. Its own count lags behind the control's: lines that
-/// were added come in when the throttle says so.
+/// were added come in when the throttle says so. All lines are as wide as the widest, so that the
+/// view need not ask each one.
 class LineModel : public QAbstractListModel {
   public:
-    LineModel(const ListBox& list, QObject* parent)
-        : QAbstractListModel(parent), list_(list), count_(list.ListCount()) {}
+    LineModel(const ListBox& list, const QWidget& view, QObject* parent)
+        : QAbstractListModel(parent), list_(list), view_(view), count_(list.ListCount()) {
+        measure(0);
+    }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent) const override {
         return parent.isValid() ? 0 : count_;
     }
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override {
+        if (role == Qt::SizeHintRole) return QSize(widest_, view_.fontMetrics().height() + 2);
         if (role != Qt::DisplayRole || index.row() >= list_.ListCount()) return {};
         return visible_line(list_.List(index.row()));
     }
@@ -30,30 +38,47 @@ class LineModel : public QAbstractListModel {
     void line_inserted(int row) {
         beginInsertRows({}, row, row);
         ++count_;
+        widen(row);
         endInsertRows();
     }
     /// Takes in the lines that were added at the end.
     void grow() {
         if (list_.ListCount() <= count_) return;
-        beginInsertRows({}, count_, list_.ListCount() - 1);
+        const int first = count_;
+        beginInsertRows({}, first, list_.ListCount() - 1);
         count_ = list_.ListCount();
+        measure(first);
         endInsertRows();
     }
     void reread() {
         beginResetModel();
         count_ = list_.ListCount();
+        measure(0);
         endResetModel();
+    }
+    /// Every line from `first` on; with 0 after a change of the font as well.
+    void measure(int first) {
+        if (first == 0) widest_ = 0;
+        for (int row = first; row < count_; ++row)
+            widen(row);
     }
 
   private:
+    void widen(int row) {
+        const QString line = visible_line(list_.List(row));
+        widest_ = std::max(widest_, view_.fontMetrics().horizontalAdvance(line) + 2 * kMargin);
+    }
+
     const ListBox& list_;
+    const QWidget& view_;
     int count_;
+    int widest_ = 0; // pixels
 };
 
 class ListBinding : public QObject {
   public:
-    ListBinding(const BindContext& context, ListBox& list, QAbstractItemView* view)
-        : QObject(view), list_(list), view_(view), lines_(new LineModel(list, this)),
+    ListBinding(const BindContext& context, ListBox& list, QListView* view)
+        : QObject(view), list_(list), view_(view), lines_(new LineModel(list, *view, this)),
           throttle_(new UpdateThrottle(this, [this] { catch_up(); })),
           binding_(new Binding(context, list, view, [this] { show_selected(); })) {
         view->setModel(lines_);
@@ -62,9 +87,29 @@ class ListBinding : public QObject {
                 [this](const QModelIndex& current) {
                     binding_->tell([this, row = current.row()] { list_.set_ListIndex(row); });
                 });
+        view->installEventFilter(this);
+    }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (watched == view_ && event->type() == QEvent::KeyPress)
+            return scroll_sideways(static_cast<QKeyEvent*>(event)->key());
+        if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+            lines_->measure(0);
+            view_->doItemsLayout();
+        }
+        return QObject::eventFilter(watched, event);
     }
 
   private:
+    bool scroll_sideways(int key) {
+        if (key != Qt::Key_Left && key != Qt::Key_Right) return false;
+        const int step = kScrollCharacters * view_->fontMetrics().averageCharWidth();
+        QScrollBar* bar = view_->horizontalScrollBar();
+        bar->setValue(bar->value() + (key == Qt::Key_Left ? -step : step));
+        return true;
+    }
+
     void changed(ListChange change, int index) {
         const bool all_others_shown = lines_->count() + 1 == list_.ListCount();
         if (change == ListChange::Inserted && all_others_shown)
@@ -94,7 +139,7 @@ class ListBinding : public QObject {
     }
 
     ListBox& list_;
-    QAbstractItemView* view_;
+    QListView* view_;
     LineModel* lines_;
     UpdateThrottle* throttle_;
     Binding* binding_;
@@ -105,11 +150,24 @@ class ListBinding : public QObject {
 
 } // namespace
 
-void bind(const BindContext& context, ListBox& model, QAbstractItemView* view) {
+void bind(const BindContext& context, ListBox& model, QListView* view) {
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
-    if (auto* list = qobject_cast<QListView*>(view)) list->setUniformItemSizes(true);
+    view->setUniformItemSizes(true);
+    view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     new ListBinding(context, model, view);
+}
+
+void scroll_together(QListView* lines, QListView* beside) {
+    QScrollBar* leader = lines->verticalScrollBar();
+    QScrollBar* follower = beside->verticalScrollBar();
+    const auto follow = [leader, follower] { follower->setValue(leader->value()); };
+    QObject::connect(leader, &QScrollBar::valueChanged, beside, follow);
+    // Also when it appears; hidden, it has no height to go by.
+    QObject::connect(follower, &QScrollBar::rangeChanged, beside, follow);
+    QObject::connect(follower, &QScrollBar::valueChanged, beside, [beside, leader](int value) {
+        if (beside->isVisible()) leader->setValue(value);
+    });
 }
 
 } // namespace pelvan::desktop

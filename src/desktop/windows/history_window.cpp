@@ -1,8 +1,8 @@
 #include <QHBoxLayout>
+#include <QListView>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
-#include "desktop/bindings/line_view.h"
 #include "desktop/windows/console_window.h"
 
 namespace pelvan::desktop {
@@ -17,29 +17,21 @@ void follow(QAbstractItemView* view, const ScrollBar& bar) {
     view->horizontalScrollBar()->setValue(-bar.Value() / kTwipsPerPixel);
 }
 
-LineView* make_list(const BindContext& context, ListBox& model) {
-    auto* view = new LineView;
+QListView* make_list(const BindContext& context, ListBox& model) {
+    auto* view = new QListView;
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     bind(context, model, view);
     return view;
 }
 
 /// The times, left of the lines that they belong to and scrolled with them.
-LineView* make_times(const BindContext& context, ListBox& model, LineView* lines) {
-    LineView* times = make_list(context, model);
+QListView* make_times(const BindContext& context, ListBox& model, QListView* lines) {
+    QListView* times = make_list(context, model);
     times->setFocusPolicy(Qt::NoFocus);
     times->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     times->setFixedWidth(times->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00.0000")) +
                          2 * times->frameWidth());
-    QScrollBar* down = lines->verticalScrollBar();
-    QScrollBar* times_down = times->verticalScrollBar();
-    const auto as_lines = [down, times_down] { times_down->setValue(down->value()); };
-    QObject::connect(down, &QScrollBar::valueChanged, times, as_lines);
-    QObject::connect(times_down, &QScrollBar::rangeChanged, times,
-                     as_lines); // also when it appears
-    QObject::connect(times_down, &QScrollBar::valueChanged, times, [times, down](int value) {
-        if (times->isVisible()) down->setValue(value); // hidden, it has no height to go by
-    });
+    scroll_together(lines, times);
     return times;
 }
 
@@ -47,8 +39,8 @@ LineView* make_times(const BindContext& context, ListBox& model, LineView* lines
 
 QWidget* make_history(const BindContext& context, HistoryForm& form) {
     auto* content = new QWidget;
-    LineView* view = make_list(context, form.list);
-    LineView* times = make_times(context, form.lst_Times, view);
+    QListView* view = make_list(context, form.list);
+    QListView* times = make_times(context, form.lst_Times, view);
 
     auto* bar = new QScrollBar(Qt::Horizontal, content);
     bar->setPageStep(kPageTwips);

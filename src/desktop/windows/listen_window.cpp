@@ -5,6 +5,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QMenu>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -12,7 +13,6 @@
 #include <QSplitter>
 #include <QTabWidget>
 
-#include "desktop/bindings/line_view.h"
 #include "desktop/bindings/qt_text.h"
 #include "desktop/windows/traffic_view.h"
 
@@ -36,8 +36,8 @@ QLayout* statistics(const BindContext& context, frm_Listen& form) {
     return grid;
 }
 
-LineView* line_view(const BindContext& context, ListBox& list) {
-    auto* view = new LineView;
+QListView* line_view(const BindContext& context, ListBox& list) {
+    auto* view = new QListView;
     view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     // Both lists have the bar, or neither would keep its lines level with the other's.
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
@@ -50,13 +50,8 @@ QWidget* captured_lines(const BindContext& context, frm_Listen& form) {
     auto* times = line_view(context, form.lst_Times);
     times->setMinimumWidth(times->fontMetrics().averageCharWidth() * kTimesCharacters);
     auto* lines = line_view(context, form.lst_CommsCommand);
-    const auto follow = [](LineView* leader, LineView* follower) {
-        QObject::connect(leader->verticalScrollBar(), &QScrollBar::valueChanged,
-                         follower->verticalScrollBar(), &QScrollBar::setValue);
-    };
-    follow(lines, times);
-    follow(times, lines);
-    for (LineView* view : {times, lines}) {
+    scroll_together(lines, times);
+    for (QListView* view : {times, lines}) {
         auto* copy = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_C), view);
         copy->setContext(Qt::WidgetShortcut);
         QObject::connect(copy, &QShortcut::activated, view, [context, &form] {

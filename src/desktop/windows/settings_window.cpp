@@ -7,11 +7,10 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QMenu>
 #include <QPushButton>
 #include <QVBoxLayout>
-
-#include "desktop/bindings/line_view.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -138,7 +137,7 @@ QWidget* make_comms_settings(const BindContext& context, frm_CommsSettings& form
 
 QWidget* make_serial_devices(const BindContext& context, frm_SerialDevices& form, MdiFrame& frame) {
     QWidget* window = make_dialog(&frame);
-    auto* list = new LineView;
+    auto* list = new QListView;
     list->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     list->setMinimumHeight((kListHeight + 1) * (list->fontMetrics().height() + 2));
     bind(context, form.lst_Ports, list);

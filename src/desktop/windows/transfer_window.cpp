@@ -5,10 +5,9 @@
 #include <QComboBox>
 #include <QFontDatabase>
 #include <QLabel>
+#include <QListView>
 #include <QProgressBar>
 #include <QPushButton>
-
-#include "desktop/bindings/line_view.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -23,8 +22,8 @@ QPushButton* button_for(const BindContext& context, Button& model, const char* s
     return button;
 }
 
-LineView* list_for(const BindContext& context, ListBox& model) {
-    auto* view = new LineView;
+QListView* list_for(const BindContext& context, ListBox& model) {
+    auto* view = new QListView;
     view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     view->setMinimumSize(kListWidth, kListHeight);
     bind(context, model, view);
@@ -49,7 +48,7 @@ QLayout* choices(const BindContext& context, frm_DownloadParm& form) {
 /// A list below its title, with the button that clears it; `titles` stand between.
 QLayout* titled_list(const BindContext& context, Label& title, ListBox& list, Button& clear,
                      const std::vector<Label*>& titles) {
-    LineView* view = list_for(context, list);
+    QListView* view = list_for(context, list);
     auto* head = new QHBoxLayout;
     head->addWidget(label_for(context, title, view));
     head->addStretch();
