@@ -126,7 +126,7 @@ void History::join_console(Form& console, MenuEntry& file_menu) {
 }
 
 void History::add(const HistoryRow& row) {
-    if (frmCommand.list.ListCount() >= kMaxLines) clear();
+    if (frmCommand.list.ListCount() > kMaxLines) clear();
     frmCommand.add_line(row.command, row.sent_at);
     frmResponse.add_line(row.response, row.received_at);
     select(frmCommand.list.ListCount() - 1);

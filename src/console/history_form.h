@@ -67,8 +67,8 @@ class History {
     HistoryForm frmCommand;
     HistoryForm frmResponse;
 
-    /// Adds a pair of lines and selects it. Both lists are cleared before an entry that would
-    /// follow 10,000 others, so that a session of days stays bounded.
+    /// Adds a pair of lines and selects it. Both lists are cleared first when they hold more than
+    /// 10,000, so that a session of days stays bounded.
     void add(const HistoryRow& row);
     void clear();
 

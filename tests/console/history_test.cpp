@@ -63,7 +63,7 @@ TEST_F(HistoryTest, SavesAndPrintsNothingWhenThereIsNothingOrNobodyNamesAFile) {
     EXPECT_EQ(testing::error_of([&] { history.mnuSaveHistory.choose(); }), 76);
 }
 
-TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreTenThousand) {
+TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreMoreThanTenThousand) {
     fill();
     EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
     history.frmCommand.mnuTimes.choose();
@@ -76,9 +76,9 @@ TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreTenThousand) {
     EXPECT_EQ(desktop.clipboard, "1 3 100 1");
     history.frmResponse.mnuTimes.choose();
     EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
-    for (int lines = 3; lines < 10000; ++lines)
+    for (int lines = 3; lines < 10001; ++lines)
         history.add({"", "ask", "", "answer"});
-    EXPECT_EQ(history.frmCommand.list.ListCount(), 10000);
+    EXPECT_EQ(history.frmCommand.list.ListCount(), 10001);
     history.add({"", "next", "", "reply"});
     EXPECT_EQ(history.frmCommand.list.ListCount(), 1);
     EXPECT_EQ(history.frmCommand.lst_Times.ListCount(), 1);
