@@ -156,6 +156,9 @@ void FrameDecoder::fields(ItemWriter& out) {
     case FunctionFamily::kUnknown:
         // Address and function are all that can be told of such a frame.
         state_.gReplyValues[1] = kNoReplyValue;
+        if (!smart()) return; // they stand there already
+        out.byte(byte_at(0));
+        out.byte(byte_at(1));
         return;
     }
 }
