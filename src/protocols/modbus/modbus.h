@@ -63,7 +63,7 @@ class Modbus {
     [[nodiscard]] std::string ModbusDecodeHex(std::int16_t is_request, std::string_view frame);
     /// The pertinent numbers alone, in decimal, with spaces between: the data values of a reply,
     /// register and value of a write; of a request, register and count or values. Empty for a frame
-    /// under 5 bytes and for an unknown function. Clears elements 0 to 65 only.
+    /// under 5 bytes; address and function for an unknown function. Clears elements 0 to 65 only.
     [[nodiscard]] std::string ModbusDecodeSmartDecimal(std::int16_t is_request,
                                                        std::string_view frame);
 
@@ -77,7 +77,8 @@ class Modbus {
 [[nodiscard]] bool is_refusal(std::string_view text);
 
 /// "H L": the two words of a 32-bit number given in decimal text, high word first, each signed; an
-/// empty text stays empty. 6 (overflow) for a number outside the signed 32-bit range.
+/// empty text stays empty. A number above the signed 32-bit range, up to 4294967295, has the words
+/// of the same bits; 6 (overflow) beyond.
 [[nodiscard]] std::string SplitLongToWords(const std::string& text);
 
 /// The signed 32-bit number of two words.

@@ -28,12 +28,15 @@ TEST(ModbusCrc, CheckValue) {
 TEST(LongWords, SplitAndJoin) {
     const std::vector<std::tuple<const char*, std::int16_t, std::int16_t>> cases = {
         {"65541", 1, 5}, {"40000", 0, -25536}, {"-1", -1, -1}, {"-2147483648", -32768, 0}};
+    // The same words as those of the signed number.
+    EXPECT_EQ(SplitLongToWords("4294967295"), "-1 -1");
+    EXPECT_EQ(SplitLongToWords("2147483648"), "-32768 0");
     for (const auto& [text, high, low] : cases) {
         EXPECT_EQ(SplitLongToWords(text), std::to_string(high) + " " + std::to_string(low));
         EXPECT_EQ(std::to_string(join_words(high, low)), text);
     }
     EXPECT_EQ(SplitLongToWords(""), "");
-    EXPECT_THROW((void)SplitLongToWords("2147483648"), RunTimeError);
+    EXPECT_THROW((void)SplitLongToWords("4294967296"), RunTimeError);
 }
 
 class ModbusBuildRequest : public ::testing::Test {
