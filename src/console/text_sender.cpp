@@ -20,8 +20,8 @@ std::int16_t address_number(const std::string& text) {
 }
 
 bool says_nothing_came(const std::string& result) {
-    return result == kFullNotConnected || result == kFullNakNotReceived ||
-           result == kFullNoErrorCode;
+    return result == kFullNotConnected || result == kFullNotReceived ||
+           result == kFullNakNotReceived || result == kFullNoErrorCode;
 }
 
 std::string taken_text(const ExchangeTimes& times) {

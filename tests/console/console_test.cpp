@@ -117,6 +117,14 @@ TEST_F(ConsoleTest, RepliesInEachFormatAndTheirLackInWords) {
     EXPECT_EQ(history.frmResponse.list.List(lines() - 1), "Broadcast: no controller answers.");
 }
 
+TEST_F(ConsoleTest, AFullResponseThatTwiceLacksItsEndIsNoReply) {
+    for (const char* answer : {"1^", "^", "{7", "}", "{7"})
+        rig.ports[0]->replies.push_back({{1, testing::wire(answer)}});
+    const SendOutcome outcome = senders.text.send(TextProtocol::Full, {"1", "? C1"});
+    EXPECT_EQ(outcome.row->response, "NOT RECEIVED");
+    EXPECT_EQ(outcome.kind, SendOutcome::Kind::NoReply);
+}
+
 TEST_F(ConsoleTest, ArrowKeysRecallAndEnterSends) {
     for (const std::string start : {"10", "20", "30"}) {
         choose(2, start, "1");

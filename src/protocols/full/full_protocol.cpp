@@ -20,7 +20,6 @@ constexpr std::int16_t kQuietChars = 8;
 constexpr std::int16_t kEndOfResponseQuietChars = 1;
 
 constexpr std::int16_t kMaxAddress = 32;
-constexpr char kNotReceived[] = "NOT RECEIVED";
 constexpr char kErrorQuery[] = "? ER2";
 
 struct DeviceError {
@@ -106,7 +105,7 @@ bool FullProtocol::full_send_message(const std::string& command, float timeout_m
 
 std::string FullProtocol::full_read_response() {
     const std::string reply = send({kEot}, kReplyTimeoutMs, kQuietChars);
-    if (!ends_response(reply)) return kNotReceived;
+    if (!ends_response(reply)) return kFullNotReceived;
     static_cast<void>(send({kEot}, kNoReplyTimeoutMs, kEndOfResponseQuietChars));
     return reply.size() < 2 ? std::string() : reply.substr(1, reply.size() - 2);
 }
@@ -125,7 +124,7 @@ void FullProtocol::full_end() {
 std::string FullProtocol::full_error_query() {
     if (!full_send_message(kErrorQuery, kReplyTimeoutMs)) return kFullNoErrorCode;
     const std::string data = full_read_response();
-    if (data == kNotReceived) return kFullNoErrorCode;
+    if (data == kFullNotReceived) return kFullNoErrorCode;
     return device_error_text(leading_number(data));
 }
 
@@ -153,8 +152,8 @@ std::string FullProtocol::answer_of(const std::string& command) {
         return {};
     }
     std::string response = full_read_response();
-    if (response == kNotReceived) response = full_nak_retry();
-    completed_ = response != kFullNakNotReceived && response != kNotReceived;
+    if (response == kFullNotReceived) response = full_nak_retry();
+    completed_ = response != kFullNakNotReceived && response != kFullNotReceived;
     return response;
 }
 

@@ -17,6 +17,7 @@ inline constexpr float kFullCommandTimeoutMs = 5000;
 
 /// The outcomes that say that nothing usable came back.
 inline constexpr char kFullNotConnected[] = "COULDN'T CONNECT TO DEVICE";
+inline constexpr char kFullNotReceived[] = "NOT RECEIVED";
 inline constexpr char kFullNakNotReceived[] = "NAK NOT RECEIVED";
 inline constexpr char kFullNoErrorCode[] = "DEVICE ERROR COULDN'T BE DETECTED";
 
