@@ -2,6 +2,7 @@
 
 #include "console/loopback_test.h"
 #include "console/start_up.h"
+#include "platform/deferred_error.h"
 
 namespace pelvan {
 namespace {
@@ -73,14 +74,19 @@ void frm_Pelvan5VB::handle_keys() {
 }
 
 void frm_Pelvan5VB::Form_Load() {
-    start_session(config_, channels_, services_.application_directory);
+    // Four channels work also when the file has a fifth, so that its error waits for the rest.
+    DeferredError error;
+    error.run([&] { start_session(config_, channels_, services_.application_directory); });
     text.txt_CommsCommand.set_Text(kInitialCommand);
     const int saved = saved_protocol(config_);
     // The handler runs also when the option was the designer's choice already.
-    if (saved == opt_Protocol.Value())
-        opt_Protocol_Click(saved);
-    else
-        opt_Protocol.set_Value(saved);
+    error.run([&] {
+        if (saved == opt_Protocol.Value())
+            opt_Protocol_Click(saved);
+        else
+            opt_Protocol.set_Value(saved);
+    });
+    error.raise();
 }
 
 bool frm_Pelvan5VB::Form_Unload() {
@@ -92,9 +98,11 @@ bool frm_Pelvan5VB::Form_Unload() {
 void frm_Pelvan5VB::opt_Protocol_Click(int index) {
     show_panel();
     // Rebuilt first: every port is closed before the choice is written.
-    channels_.init_comms();
+    DeferredError error;
+    error.run([&] { channels_.init_comms(); });
     ini_write_string(ini_key::kCommsSection, ini_key::kDefaultProtocol, std::to_string(index),
                      config_.gIniFile);
+    error.raise();
 }
 
 void frm_Pelvan5VB::cmd_SendCommand_Click() {
@@ -188,7 +196,7 @@ void frm_Pelvan5VB::mnuSendSetupFile_Click() {
     });
 }
 
-/// While a setup file is sent nothing else may use the line or rebuild the channels.
+/// While a script is sent nothing else may use the line or rebuild the channels.
 void frm_Pelvan5VB::set_busy(bool busy) {
     for (Control* control : std::initializer_list<Control*>{
              &cmd_SendCommand, &opt_Protocol, &mnuSendSetupFile, &mnuverifyport,

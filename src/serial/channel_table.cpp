@@ -159,8 +159,6 @@ bool ChannelTable::build_channel(int n) {
             MessageAnswer::Skip)
             return false;
     }
-    // A fifth channel is refused before it exists: the table stays at channels 0 to 3.
-    static_cast<void>(checked_index(n, kChannelLimit));
     std::string settings = ini_read_string(ini_key::kCommsSection, ini_key::port_setting(n),
                                            kNoPortData, config_.gIniFile);
     const std::string rts_mode = ini_read_string(ini_key::kCommsSection, ini_key::rts_mode(n),
@@ -169,6 +167,8 @@ bool ChannelTable::build_channel(int n) {
         dialogs_.message_box("Port settings are not valid in 'sub init_comms**'");
         settings = kDefaultSettings;
     }
+    // A fifth channel is refused before it exists: the table stays at channels 0 to 3.
+    static_cast<void>(checked_index(n, kChannelLimit));
     SerialPort& device = n == 0 ? *comms_.com_Device.front() : comms_.extend();
     state_.gCommDevice.push_back(&device);
     define_comms_control(static_cast<std::int16_t>(n), port, settings, rts_mode);

@@ -39,9 +39,11 @@ Core& TerminalApplication::app() {
 
 bool TerminalApplication::start() {
     Core& app = parts_->app;
-    return app.events.run([&] {
+    // A fifth channel in the file is an error that leaves four to work with.
+    app.events.run([&] {
         start_session(app.session.config, app.channels, app.services.application_directory);
     });
+    return !app.session.serial.gCommDevice.empty();
 }
 
 void TerminalApplication::answer_questions_yes(bool yes) {

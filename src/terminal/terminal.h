@@ -51,7 +51,7 @@ class TerminalApplication {
     Core& app();
 
     /// Locates the configuration file and builds the channels, without the console's own start-up:
-    /// no command changes the protocol that the user chose. False when a run-time error ended it.
+    /// no command changes the protocol that the user chose. False when no channel was built.
     bool start();
     /// What every question with a choice is answered with from now on.
     void answer_questions_yes(bool yes);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "console/console_form.h"
+#include "console/start_up.h"
+#include "support/error_of.h"
 #include "support/frames.h"
 #include "support/serial_rig.h"
 
@@ -157,6 +159,21 @@ TEST_F(ConsoleTest, LoadingSelectsTheSavedProtocolAndWritesItBack) {
         EXPECT_EQ(testing::read_file(ini),
                   "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=" + std::to_string(expected) + "\r\n");
     }
+}
+
+TEST_F(ConsoleTest, AFifthChannelKeepsNothingElseFromHappening) {
+    const std::string channel = ";9600,N,8,1;1";
+    rig.dialogs.shown.clear();
+    EXPECT_EQ(testing::error_of([&] {
+                  rig.build({"1" + channel, "2" + channel, "3" + channel, "4" + channel, "5;x;1"});
+              }),
+              9);
+    EXPECT_EQ(rig.dialogs.texts(), Texts{"Port settings are not valid in 'sub init_comms**'"});
+    EXPECT_EQ(testing::error_of([&] { console.Load(); }), 9);
+    EXPECT_EQ(console.text.txt_CommsCommand.Text(), "? C1");
+    EXPECT_EQ(testing::error_of([&] { console.opt_Protocol.set_Value(2); }), 9);
+    EXPECT_EQ(saved_protocol(rig.config), 2);
+    EXPECT_EQ(rig.state.gCommDevice.size(), 4U);
 }
 
 TEST_F(ConsoleTest, ChoosingAProtocolRebuildsBeforeItWrites) {

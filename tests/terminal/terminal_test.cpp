@@ -52,6 +52,11 @@ TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
     EXPECT_THROW(for (int i = 0; i < 100; ++i) show_both(), CommandAborted);
 }
 
+TEST_F(TerminalTest, AFifthChannelIsToldAndTheOthersWork) {
+    testing::configure_devices(dir, std::vector<std::string>(5, "simulated:742"));
+    expect("send --format smart", 0, "0 1\n742\n", "pelvan7: SUBSCRIPT OUT OF RANGE ERROR\n");
+}
+
 TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
     EXPECT_EQ(run("ports"), exit_code::kDone);
     EXPECT_TRUE(printed("PORT 2 = simulated:742: simulated controller\n"));
