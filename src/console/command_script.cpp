@@ -1,5 +1,7 @@
 #include "console/command_script.h"
 
+#include <algorithm>
+
 #include "platform/text_file.h"
 #include "text/strings.h"
 
@@ -8,18 +10,26 @@ namespace {
 
 constexpr char kCommentMark = ';';
 
+/// The end mark of old text files is no fault.
+bool is_text(const std::string& line) {
+    return std::none_of(line.begin(), line.end(), [](char c) {
+        return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\f' && c != '\x1A';
+    });
+}
+
 std::string counted(std::size_t count, const char* word) {
     return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
 } // namespace
 
-std::vector<ScriptLine> read_command_script(const std::string& path) {
+std::optional<std::vector<ScriptLine>> read_command_script(const std::string& path) {
     const auto file = opentextfile(path);
     std::vector<ScriptLine> lines;
     while (!file->AtEndOfStream()) {
         const int number = file->Line();
         const std::string text = trim(file->readline());
+        if (!is_text(text)) return std::nullopt;
         if (!text.empty() && text[0] != kCommentMark) lines.push_back({number, text});
     }
     return lines;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,9 +17,9 @@ struct ScriptLine {
     std::string text;
 };
 
-/// The lines of a script; empty ones and those that begin with ";" are left out. Raises the file's
-/// errors.
-[[nodiscard]] std::vector<ScriptLine> read_command_script(const std::string& path);
+/// The lines of a script; empty ones and those that begin with ";" are left out. Nothing when the
+/// file is no text: a line holds a control character other than a tab. Raises the file's errors.
+[[nodiscard]] std::optional<std::vector<ScriptLine>> read_command_script(const std::string& path);
 
 enum class ScriptAnswer { Retry, Skip, Cancel };
 

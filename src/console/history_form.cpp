@@ -127,8 +127,8 @@ void History::join_console(Form& console, MenuEntry& file_menu) {
 
 void History::add(const HistoryRow& row) {
     if (frmCommand.list.ListCount() > kMaxLines) clear();
-    frmCommand.add_line(row.command, row.sent_at);
-    frmResponse.add_line(row.response, row.received_at);
+    frmCommand.add_line(shortened(row.command, kMaxLineLength), row.sent_at);
+    frmResponse.add_line(shortened(row.response, kMaxLineLength), row.received_at);
     select(frmCommand.list.ListCount() - 1);
 }
 

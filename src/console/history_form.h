@@ -91,6 +91,9 @@ class History {
     Event<const HistoryDocument&> preview_requested;
 
     static constexpr int kMaxLines = 10000;
+    /// Bytes of a line; the longest Modbus rendering has some 1,500. A list that has to lay out a
+    /// line of a megabyte stands still.
+    static constexpr std::size_t kMaxLineLength = 2000;
 
   private:
     void select(int index);

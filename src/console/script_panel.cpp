@@ -1,9 +1,12 @@
 #include "console/script_panel.h"
 
+#include "text/strings.h"
+
 namespace pelvan {
 namespace {
 
 constexpr char kTitle[] = "Send Setup File";
+constexpr std::size_t kShownLine = 200; // characters of a line in a box or the status line
 
 } // namespace
 
@@ -22,14 +25,15 @@ bool ScriptPanel::line_due(const ScriptLine& line, std::size_t done, std::size_t
     prg_SetupFile.set_Max(static_cast<double>(count));
     prg_SetupFile.set_Value(static_cast<double>(done));
     status_.set_Caption(std::to_string(done + 1) + " of " + std::to_string(count) + ": " +
-                        line.text);
+                        shortened(line.text, kShownLine));
     services_.desktop.let_events_run();
     return !cancelled_;
 }
 
 ScriptAnswer ScriptPanel::line_failed(const ScriptLine& line, const std::string& reason) {
-    const std::string question =
-        "Line " + std::to_string(line.number) + " failed:\n" + line.text + "\n\n" + reason;
+    const std::string question = "Line " + std::to_string(line.number) + " failed:\n" +
+                                 shortened(line.text, kShownLine) + "\n\n" +
+                                 shortened(reason, kShownLine);
     switch (services_.dialogs.message_box(question, kTitle, MessageButtons::RetrySkipCancel,
                                           MessageIcon::Exclamation)) {
     case MessageAnswer::Retry:
@@ -49,7 +53,12 @@ void ScriptPanel::run(const SendLine& send_line) {
     request.must_exist = true;
     const auto path = services_.dialogs.open_file(request);
     if (!path) return;
-    const std::vector<ScriptLine> lines = read_command_script(*path);
+    const auto lines = read_command_script(*path);
+    if (!lines) {
+        services_.dialogs.message_box("\"" + *path + "\" is no text file.", kTitle,
+                                      MessageButtons::Ok, MessageIcon::Exclamation);
+        return;
+    }
     struct Shown {
         explicit Shown(ScriptPanel& panel) : owner(panel) { owner.show_controls(true); }
         Shown(const Shown&) = delete;
@@ -61,7 +70,7 @@ void ScriptPanel::run(const SendLine& send_line) {
     {
         const Shown shown(*this);
         cancelled_ = false;
-        summary = send_script(lines, send_line, *this);
+        summary = send_script(*lines, send_line, *this);
     }
     status_.set_Caption(summary.text());
     if (!abandoned_) services_.dialogs.message_box(summary.text(), kTitle);

@@ -25,4 +25,16 @@ std::vector<std::string> split(std::string_view text, char separator) {
     }
 }
 
+std::string shortened(std::string_view text, std::size_t length) {
+    constexpr std::string_view kMore = "...";
+    if (text.size() <= length) return std::string(text);
+    std::size_t kept = length > kMore.size() ? length - kMore.size() : 0;
+    const auto continues = [&] {
+        return (static_cast<unsigned char>(text[kept]) & 0xC0U) == 0x80U;
+    };
+    while (kept > 0 && continues())
+        --kept;
+    return std::string(text.substr(0, kept)).append(kMore);
+}
+
 } // namespace pelvan

@@ -14,6 +14,10 @@ namespace pelvan {
 /// ASCII letters in upper case.
 [[nodiscard]] std::string upper_case(std::string_view text);
 
+/// The text itself, or as much of it as `length` bytes hold with "..." behind; a character of
+/// several bytes is not cut.
+[[nodiscard]] std::string shortened(std::string_view text, std::size_t length);
+
 /// The pieces between the separators, empty ones included; an empty text is one empty piece.
 [[nodiscard]] std::vector<std::string> split(std::string_view text, char separator);
 

@@ -1,4 +1,4 @@
-// Sending a setup file from the console.
+// Sending a command script from the console.
 #include <gtest/gtest.h>
 
 #include "console_rig.h"
@@ -99,6 +99,21 @@ TEST_F(SetupFile, ALineWhoseReplyIsDamagedIsNotCountedAsSent) {
                   (Texts{std::string("Line 1 failed:\n300 700\n\n") + response,
                          "0 lines sent, 1 skipped after a failure"}));
     }
+}
+
+TEST_F(SetupFile, WhatIsNoTextIsRefusedAndLongLinesAreCutWhereTheyAreShown) {
+    choose_file(std::string("= SP1 50\r\n\0\x7F"
+                            "ELF",
+                            16));
+    send_with(protocol::kFull);
+    EXPECT_EQ(rig.dialogs.texts(), Texts{"\"" + rig.dir.file("setup.txt") + "\" is no text file."});
+    EXPECT_TRUE(rig.pairs().empty());
+    rig.dialogs.shown.clear();
+    choose_file("? " + std::string(1'000'000, 'x'));
+    rig.desktop.on_turn = [&] { EXPECT_LT(console.lbl_Status.Caption().size(), 300U); };
+    send_with(protocol::kFull);
+    EXPECT_LT(rig.dialogs.texts().front().size(), 600U);
+    EXPECT_LT(rig.pairs().front().size(), 5000U);
 }
 
 TEST_F(SetupFile, ShowsProgressMayBeCancelledAndLeavesTheLineToItself) {
