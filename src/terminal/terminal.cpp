@@ -4,6 +4,7 @@
 
 #include "console/start_up.h"
 #include "terminal/commands.h"
+#include "terminal/shown_stream.h"
 #include "terminal/terminal_dialogs.h"
 
 namespace pelvan {
@@ -69,8 +70,10 @@ void TerminalApplication::on_events(std::function<void()> handler) {
     };
 }
 
-std::optional<int> run_terminal(const std::vector<std::string>& arguments,
-                                TerminalEnvironment& environment) {
+namespace {
+
+std::optional<int> run_shown(const std::vector<std::string>& arguments,
+                             TerminalEnvironment& environment) {
     CLI::App cli("Pelvan 7: talks to temperature and process controllers over serial lines.",
                  "pelvan7");
     cli.footer(kFooter);
@@ -105,6 +108,25 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
         show_error_message(dialogs, error.number(), error.subject());
         return exit_code::kFailed;
     }
+}
+
+} // namespace
+
+std::optional<int> run_terminal(const std::vector<std::string>& arguments,
+                                TerminalEnvironment& environment) {
+    ShownStream out(environment.out);
+    ShownStream err(environment.err);
+    TerminalEnvironment shown{out,
+                              err,
+                              environment.tick,
+                              environment.clock,
+                              environment.open_device,
+                              environment.directory,
+                              environment.stop,
+                              environment.wait_ms};
+    std::optional<int> code = run_shown(arguments, shown);
+    environment.directory = shown.directory;
+    return code;
 }
 
 } // namespace pelvan

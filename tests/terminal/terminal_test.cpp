@@ -2,6 +2,7 @@
 
 #include "command_test.h"
 #include "support/modbus_slave.h"
+#include "terminal/shown_stream.h"
 #include "terminal/terminal_dialogs.h"
 
 namespace pelvan {
@@ -55,6 +56,25 @@ TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
 TEST_F(TerminalTest, AFifthChannelIsToldAndTheOthersWork) {
     testing::configure_devices(dir, std::vector<std::string>(5, "simulated:742"));
     expect("send --format smart", 0, "0 1\n742\n", "pelvan7: SUBSCRIPT OUT OF RANGE ERROR\n");
+}
+
+TEST_F(TerminalTest, NothingThatWasReadReachesTheTerminalAsAControl) {
+    expect("log j\xC3\xB6rg\x1B]0;\xE9\x07\xC2\x9B.PV5", 1, "",
+           "pelvan7: no set file \"j\xC3\xB6rg\\x1B]0;\\xE9\\x07\\xC2\\x9B.PV5\"\n");
+}
+
+TEST(ShownText, KeepsLinesAndUtf8AndShowsTheRestAsBytes) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"a ~\n", "a ~\n"},
+        {"\xC2\xA0\xC3\xB6\xE2\x82\xAC\xF0\x9F\x98\x80",
+         "\xC2\xA0\xC3\xB6\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        {"\r\t\x1B\x7F", "\\x0D\\x09\\x1B\\x7F"},
+        {"\xC2\x9B\xE9", "\\xC2\\x9B\\xE9"},
+        {"\xC0\x9B\xE0\x82\x9B", "\\xC0\\x9B\\xE0\\x82\\x9B"}, // overlong forms of ESC
+        {"\xED\xA0\x80\xF4\x90\x80\x80", "\\xED\\xA0\\x80\\xF4\\x90\\x80\\x80"},
+    };
+    for (const auto& [text, shown] : cases)
+        EXPECT_EQ(shown_text(text), shown);
 }
 
 TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
