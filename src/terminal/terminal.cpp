@@ -114,7 +114,8 @@ std::optional<int> run_shown(const std::vector<std::string>& arguments,
 
 std::optional<int> run_terminal(const std::vector<std::string>& arguments,
                                 TerminalEnvironment& environment) {
-    ShownStream out(environment.out);
+    // Without a reader for what it prints a command would go on for nobody.
+    ShownStream out(environment.out, [&environment] { environment.stop = true; });
     ShownStream err(environment.err);
     TerminalEnvironment shown{out,
                               err,
@@ -126,6 +127,9 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
                               environment.wait_ms};
     std::optional<int> code = run_shown(arguments, shown);
     environment.directory = shown.directory;
+    out.flush();
+    err.flush();
+    if (code == exit_code::kDone && !(out && err)) code = exit_code::kFailed;
     return code;
 }
 
