@@ -44,7 +44,7 @@ struct ModbusEntry {
     std::size_t type = 2; // index into modbus_command_types()
     std::string address;
     std::string start_register;
-    std::string values; // numbers separated by blanks or commas
+    std::string values; // numbers separated by spaces or commas
     bool hexadecimal = false;
 
     bool operator==(const ModbusEntry&) const = default;
@@ -53,8 +53,8 @@ struct ModbusEntry {
 /// Whether the entry goes to every controller, so that none answers.
 [[nodiscard]] bool is_broadcast(const ModbusEntry& entry);
 
-/// The entry for a line "register value" of a setup file, in decimal: a write of one register. What
-/// is missing or too much in the line is refused when the request is built.
+/// The entry for a line "register value" of a command script, in decimal: a write of one register.
+/// What is missing or too much in the line is refused when the request is built.
 [[nodiscard]] ModbusEntry write_register_entry(const std::string& address, const std::string& line);
 
 /// The request frame, or a text beginning with "Bad". Text that is no number is refused as the

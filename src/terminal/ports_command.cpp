@@ -7,7 +7,7 @@
 namespace pelvan {
 namespace {
 
-constexpr int kHighestPort = 16;
+constexpr int kMaxPort = 16;
 
 std::string state_of(const std::string& device) {
     if (simulator::is_simulated(device))
@@ -29,7 +29,7 @@ int list_ports(TerminalEnvironment& environment) {
     if (devices.empty()) out << "  none\n";
     out << "Port numbers (section \"SERIAL DEVICES\" of " << ini << "):\n";
     bool any = false;
-    for (int number = 1; number <= kHighestPort; ++number) {
+    for (int number = 1; number <= kMaxPort; ++number) {
         const auto device = device_for_port(number, ini);
         if (!device) continue;
         any = true;

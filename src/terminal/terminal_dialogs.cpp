@@ -8,7 +8,7 @@ namespace {
 /// A command of several exchanges on a port that is not open shows the same text up to 18 times by
 /// rule; a message that waits for somebody to mend something comes without end, perhaps in turn
 /// with another one.
-constexpr int kMostTimes = 20;
+constexpr int kMaxTimes = 20;
 
 std::string one_line(const std::string& text) {
     std::string line;
@@ -31,7 +31,7 @@ MessageAnswer TerminalDialogs::message_box(const std::string& text, const std::s
     if (!repeated)
         err_ << "pelvan7: " << (title.empty() ? "" : one_line(title) + ": ") << one_line(text)
              << "\n";
-    if (++times_[text] > kMostTimes) throw CommandAborted{"stopped: " + one_line(text)};
+    if (++times_[text] > kMaxTimes) throw CommandAborted{"stopped: " + one_line(text)};
     if (buttons == MessageButtons::YesNo || buttons == MessageButtons::YesNoPreferNo)
         return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
     if (buttons == MessageButtons::RetryCancel)

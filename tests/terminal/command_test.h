@@ -21,7 +21,7 @@ class CommandTest : public ::testing::Test {
         testing::configure_devices(dir, std::vector<std::string>(4, device),
                                    "DEFAULT PROTOCOL=3\r\n");
     }
-    /// Runs a command line, its words parted by blanks, those with blanks in them 'quoted'; the
+    /// Runs a command line, its words parted by spaces, those with spaces in them 'quoted'; the
     /// exit code, -1 when the windows are wanted.
     int run(const std::string& line) {
         std::vector<std::string> arguments;
