@@ -1,5 +1,6 @@
 #include "console/tellura_sender.h"
 
+#include "text/bytes.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -66,7 +67,7 @@ void TelluraSender::judge(const std::string& reply, bool write, std::string& lin
         return;
     }
     if (!said.data.empty())
-        line += "  Data: " + TelluraProt::DisplayPacket(said.data);
+        line += "  Data: " + hex_bytes(said.data);
     else
         line += write ? "  Written" : "  No data";
     outcome.accepted = true;

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "console_rig.h"
+#include "support/frames.h"
+#include "support/serial_rig.h"
 
 namespace pelvan {
 namespace {
@@ -79,6 +81,15 @@ TEST(ConsoleProtocols, TelluraPackets) {
     }
     EXPECT_EQ(rig.dialogs.texts(), (Texts{"Invalid device address!", "Invalid number of bytes!"}));
     EXPECT_EQ(rig.pairs().size(), 5U);
+}
+
+TEST(ConsoleProtocols, TelluraDataThatSpellBadAreDataLikeOthers) {
+    testing::SerialRig rig;
+    rig.build(Texts(4, "1;9600,N,8,1;1"));
+    const std::string reply = "10 02 00 08 41 00 00 00 42 41 44 10 03 F0";
+    rig.ports[3]->replies = {{{5, testing::bytes("10 06 " + reply)}}};
+    TelluraSender sender(rig.link, rig.clock, rig.dialogs);
+    EXPECT_EQ(sender.send({}).row->response, reply + "  Data: 42 41 44");
 }
 
 TEST(ConsoleProtocols, ADamagedTelluraReplyIsToldSo) {
