@@ -103,7 +103,10 @@ void frm_CommsSettings::show_device(int index) {
 
 void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
     const PortFields typed = typed_fields(index);
-    const std::vector<std::string> messages = ValidatePortSettings(typed);
+    std::vector<std::string> messages = ValidatePortSettings(typed);
+    // Stored now, the settings would come up under the tool with the next rebuild.
+    if (const std::string refusal = settings_.refusal(); !refusal.empty())
+        messages.push_back(refusal);
     for (const std::string& message : messages)
         services_.dialogs.message_box(message);
     if (!messages.empty()) return;

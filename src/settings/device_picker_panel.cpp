@@ -35,6 +35,10 @@ void DevicePickerPanel::show_port(int number) {
 
 void DevicePickerPanel::assign() {
     if (!is_port_number(number_) || cmb_Device.ListIndex() < 0) return;
+    if (const std::string refusal = devices_.refusal(); !refusal.empty()) {
+        services_.dialogs.message_box(refusal);
+        return;
+    }
     if (!devices_.assign(number_,
                          choices_[static_cast<std::size_t>(cmb_Device.ListIndex())].device))
         services_.dialogs.message_box("The assignment could not be written to " + config_.gIniFile +

@@ -44,6 +44,8 @@ class PortDevices {
     [[nodiscard]] std::string meaning(int number) const;
     /// A device that is assigned, but not among those that are there, is a choice, too.
     [[nodiscard]] DeviceChoices choices(int number) const;
+    /// Why nothing may be assigned now, in a sentence: a tool has claimed the lines. Else empty.
+    [[nodiscard]] std::string refusal() const { return channels_.line_use().refusal(nullptr); }
     /// Lets a port number stand for a device from now on and rebuilds all channels: an open port
     /// would go on with the device that it was opened on. False when it could not be written.
     [[nodiscard]] bool assign(int number, const std::string& device);

@@ -32,7 +32,10 @@ class PortSettings {
     PortSettings(const ConfigState& config, ChannelTable& channels)
         : config_(config), channels_(channels) {}
 
-    /// Rebuilds all channels from the file; an error leaves those that were built before it.
+    /// Why nothing may be stored now, in a sentence: a tool has claimed the lines. Else empty.
+    [[nodiscard]] std::string refusal() const { return channels_.line_use().refusal(nullptr); }
+    /// Rebuilds all channels from the file, or says who has the lines; an error leaves those that
+    /// were built before it.
     void rebuild() { channels_.init_comms(); }
     /// The fields of a channel's port object; of a channel that the table does not have, a baud
     /// rate alone.

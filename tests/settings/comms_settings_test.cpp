@@ -166,6 +166,21 @@ TEST_F(CommsSettingsTest, StaysOpenWhenTheFileCannotBeWritten) {
     EXPECT_FALSE(form.changed(2));
 }
 
+TEST_F(CommsSettingsTest, NothingIsStoredWhileAToolHasTheLines) {
+    rig.build({"1;9600,N,8,1;0"});
+    open(0);
+    const std::string before = testing::read_file(rig.config.gIniFile);
+    const LineUser transfer{"Save/Restore Setup"};
+    const LineClaim claim = rig.table.line_use().claim(transfer);
+    type(0, "3;4800;e;7;2");
+    form.cmd_SaveChanges[0].press();
+    form.picker.cmb_Device.set_ListIndex(1);
+    form.picker.cmd_AssignDevice.press();
+    EXPECT_EQ(rig.dialogs.texts(), Texts(2, "The line is in use by Save/Restore Setup."));
+    EXPECT_EQ(testing::read_file(rig.config.gIniFile), before);
+    EXPECT_TRUE(form.Visible());
+}
+
 TEST_F(CommsSettingsTest, LockActsOnTheModbusFrameAlone) {
     for (const bool locked : {true, false}) {
         form.LockDataOptionmenu.choose();
