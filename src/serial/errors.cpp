@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 #include "platform/text_file.h"
 #include "text/date_time.h"
@@ -9,6 +10,9 @@
 
 namespace pelvan {
 namespace {
+
+/// A port that is missing over night logs an error a second and row.
+constexpr std::uintmax_t kMaxLogBytes = 10'000'000;
 
 struct ErrorText {
     int number;
@@ -72,6 +76,10 @@ void show_error_message(Dialogs& dialogs, int number, const std::string& subject
 }
 
 void ErrorLog::log_comm_error(const std::string& routine, int error_number) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path_, error);
+    // A log that cannot be renamed goes on growing: no entry is lost for it.
+    if (!error && size >= kMaxLogBytes) std::filesystem::rename(path_, path_ + ".OLD", error);
     const LocalTime now = clock_.now();
     append_line(path_, date_text(now) + ", " + time_text(now) + ", " + routine + ", " +
                            "ERROR #, " + signed_number(error_number) + " ");

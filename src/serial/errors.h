@@ -23,7 +23,7 @@ class ErrorLog {
         : clock_(clock), path_(std::move(path)) {}
 
     /// Appends one line; opens and closes the file. A log that cannot be written raises its file
-    /// error.
+    /// error. A log of 10 MB is kept as ".OLD" instead of an older one and begun again.
     void log_comm_error(const std::string& routine, int error_number);
 
   private:
