@@ -12,6 +12,7 @@
 
 #include "platform/linux_serial_error.h"
 #include "platform/serial_line.h"
+#include "platform/system_calls.h"
 #include "support/error_of.h"
 #include "support/pty_pair.h"
 #include "support/temp_dir.h"
@@ -22,6 +23,7 @@ namespace {
 using testing::error_of;
 using testing::PtyPair;
 using testing::TempDir;
+using Texts = std::vector<std::string>;
 
 /// Polls until a condition holds; false when it does not come true for 5 s.
 template <class Condition> bool comes_true(Condition condition) {
@@ -113,13 +115,80 @@ TEST(LinuxSerialLineTest, EndsAnOutputThatIsNotTaken) {
     EXPECT_EQ(error_of([&] { line->discard_input(); }), 57);
 }
 
-/// Those that pseudo-terminals do not meet.
+/// Of the requests that need a structure of the kernel's own headers.
+bool is_terminal_request(unsigned long request, unsigned number) {
+    return _IOC_TYPE(request) == 'T' && _IOC_NR(request) == number;
+}
+constexpr unsigned kGetAttributes = 0x2A;
+constexpr unsigned kSetAttributes = 0x2B;
+
+TEST(LinuxSerialLineTest, DrivesModemLinesAndTellsMissingOnesFromLostOnes) {
+    const PtyPair pty;
+    Texts calls;
+    int failure = 0;
+    const testing::IoctlAnswers answers(
+        [&](unsigned long request, int* wires) -> std::optional<int> {
+            if (request == TIOCMGET) *wires = TIOCM_DTR | TIOCM_CTS;
+            const std::pair<unsigned long, std::string> known[] = {
+                {TIOCMGET, "get"}, {TIOCMSET, "set"}, {TIOCMBIS, "raise"}, {TIOCMBIC, "drop"}};
+            for (const auto& [number, name] : known) {
+                if (request != number) continue;
+                calls.push_back(name + (*wires & TIOCM_DTR ? " DTR" : "") +
+                                (*wires & TIOCM_RTS ? " RTS" : "") +
+                                (*wires & TIOCM_CTS ? " CTS" : ""));
+                errno = failure;
+                return failure == 0 ? 0 : -1;
+            }
+            return std::nullopt;
+        });
+    LineSettings settings;
+    settings.rts = true;
+    const auto line = open_serial_device(pty.path(), settings);
+    line->set_dtr(true);
+    line->set_rts(false);
+    EXPECT_EQ(calls, (Texts{"get DTR CTS", "set RTS CTS", "raise DTR", "drop RTS"}));
+    failure = EIO;
+    EXPECT_EQ(error_of([&] { line->set_rts(true); }), 57);
+    EXPECT_EQ(open_error(pty.path()), 8005) << "still locked";
+    failure = ENOTTY;
+    line->set_rts(true);
+    const auto asked = calls.size();
+    line->set_rts(true);
+    EXPECT_EQ(calls.size(), asked) << "a line without wires is asked once";
+}
+
+TEST(LinuxSerialLineTest, TurnsFailuresOfTheHardwareIntoNumbers) {
+    const PtyPair pty;
+    struct Case {
+        std::function<bool(unsigned long)> request;
+        int errno_value;
+        int number;
+    };
+    const auto is = [](unsigned long wanted) {
+        return [wanted](unsigned long request) { return request == wanted; };
+    };
+    const auto terminal = [](unsigned number) {
+        return [number](unsigned long request) { return is_terminal_request(request, number); };
+    };
+    for (const Case& one : {Case{terminal(kGetAttributes), EIO, 8010}, // no chip behind the node
+                            Case{terminal(kSetAttributes), EINVAL, 8015},
+                            Case{is(TIOCMGET), EIO, 57}, Case{is(TIOCMGET), EINVAL, 0}}) {
+        const testing::IoctlAnswers failing([&](unsigned long request, int*) -> std::optional<int> {
+            if (!one.request(request)) return std::nullopt;
+            errno = one.errno_value;
+            return -1;
+        });
+        EXPECT_EQ(open_error(pty.path()), one.number) << one.errno_value;
+    }
+}
+
+/// Those that no request of the tests above meets.
 TEST(SerialErrorTest, TurnsSystemErrorsIntoNumbers) {
     using enum SerialOperation;
     const std::vector<std::tuple<SerialOperation, std::vector<int>, int>> cases{
-        {Open, {ELOOP, EISDIR}, 8002},           {Open, {ENXIO, ENODEV}, 68},
-        {Open, {EACCES, EPERM, EIO}, 8010},      {Open, {EMFILE, ENFILE, ENOMEM}, 57},
-        {Settings, {EINVAL, EIO, ENOTTY}, 8015}, {ModemLines, {EIO, ENODEV}, 57},
+        {Open, {ELOOP, EISDIR}, 8002},      {Open, {ENXIO, ENODEV}, 68},
+        {Open, {EACCES, EPERM, EIO}, 8010}, {Open, {EMFILE, ENFILE, ENOMEM}, 57},
+        {Settings, {EIO, ENOTTY}, 8015},    {ModemLines, {ENODEV}, 57},
         {Read, {ENXIO, ENODEV}, 8020},
     };
     for (const auto& [operation, errors, number] : cases)

@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "platform/system_calls.h"
 #include "support/error_of.h"
 #include "support/file_size_limit.h"
 #include "support/temp_dir.h"
@@ -58,7 +59,9 @@ TEST_F(TextFile, WritesEachLineAtOnceAndAppends) {
     writer->Close();
     EXPECT_NE(error_of([&] { writer->writeline("late"); }), 0);
     const std::string lines[] = {"a", "", "b"};
+    const int synced = testing::syncs;
     append_lines(file_, lines, 3, true);
+    EXPECT_EQ(testing::syncs, synced + 1);
     append_line(file_, "c");
     EXPECT_EQ(read_file(file_), "25 0\r\na\r\n\r\nb\r\nc\r\n");
 }
