@@ -10,6 +10,10 @@ namespace pelvan {
 
 class PosixFile {
   public:
+    /// Names of `create_beside`: the prefix and so many letters and digits.
+    static constexpr char kTemporaryPrefix[] = ".pelvan";
+    static constexpr std::size_t kTemporaryLetters = 6;
+
     PosixFile() = default;
     PosixFile(const PosixFile&) = delete;
     PosixFile& operator=(const PosixFile&) = delete;

@@ -1,24 +1,28 @@
 #include "platform/sectioned_file.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <optional>
 #include <string_view>
 
 #include "platform/sectioned_text.h"
 #include "platform/whole_file.h"
+#include "text/utf16.h"
 
 namespace pelvan {
 namespace {
 
 std::optional<std::string> read_value(const std::string& section, const std::string& key,
                                       const std::string& file) {
-    std::string text;
-    if (read_whole_file(file, text) != 0) return std::nullopt;
-    return find_value(text, section, key);
+    std::string bytes;
+    if (read_whole_file(file, bytes) != 0) return std::nullopt;
+    const auto order = utf16_order(bytes);
+    return find_value(order ? from_utf16(bytes, *order) : bytes, section, key);
 }
 
-// A sign and the digits behind it, as far as they go; too many of them wrap.
+// A sign and the digits behind it, as far as they go, too many of them wrap; behind spaces, which
+// quotes may have kept.
 std::uint32_t leading_integer(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     const bool negative = text.starts_with('-');
     if (negative || text.starts_with('+')) text.remove_prefix(1);
     std::uint32_t number = 0;
@@ -60,11 +64,11 @@ std::string GetPrivateProfileStringA(const std::string& section, const std::stri
 bool WritePrivateProfileStringA(const std::string& section, const std::string& key,
                                 const std::string& value, const std::string& file) {
     if (!is_one_line(section) || !is_one_line(key) || !is_one_line(value)) return false;
-    std::string text;
-    const int error = read_whole_file(file, text);
-    // A file that is there but cannot be read must not be taken for an empty one.
-    if (error != 0 && error != ENOENT) return false;
-    return replace_whole_file(file, with_value(text, section, key, value)) == 0;
+    return change_whole_file(file, [&](std::string_view bytes) {
+               const auto order = utf16_order(bytes); // as some editors save it; kept so
+               if (!order) return with_value(bytes, section, key, value);
+               return to_utf16(with_value(from_utf16(bytes, *order), section, key, value), *order);
+           }) == 0;
 }
 
 } // namespace pelvan

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
+#include <thread>
 
+#include "platform/system_calls.h"
 #include "support/file_size_limit.h"
 #include "support/temp_dir.h"
 
@@ -90,9 +93,10 @@ TEST_F(SectionedFile, CutsValuesAndDefaultsToTheBuffer) {
 }
 
 TEST_F(SectionedFile, ReadsTheIntegerThatAValueBeginsWith) {
-    for (const char* one : {"+5->5", "010->10", "12abc->12", "12 ;c->12", "3.7->3", "\"12\"->12",
-                            "4294967297->1", "-32769->-32769", "2147483648->-2147483648", "-x->0",
-                            "--5->0", "->77", "   ->77", "\"\"->77"}) {
+    for (const char* one :
+         {"+5->5", "010->10", "12abc->12", "12 ;c->12", "3.7->3", "\"12\"->12", "\" 12\"->12",
+          "4294967297->1", "-32769->-32769", "2147483648->-2147483648", "-x->0", "--5->0", "->77",
+          "   ->77", "\"\"->77"}) {
         write_file(file_, "[S]\r\nK=" + sides(one).first + "\r\n");
         EXPECT_EQ(static_cast<std::int32_t>(GetPrivateProfileIntA("S", "K", 77, file_)),
                   std::stoi(sides(one).second))
@@ -116,6 +120,59 @@ TEST_F(SectionedFile, WritesInPlaceByteForByte) {
     for (const std::string& value :
          {std::string(), std::string("\" a=;[\xE9\" "), std::string(1000, 'x')})
         EXPECT_EQ(written("[S]\nK=\"old\"\n", "S", "K", value), "[S]\nK=" + value + "\r\n");
+}
+
+TEST_F(SectionedFile, ReadsAndKeepsUtf16WithItsMark) {
+    for (const bool big_endian : {false, true}) {
+        const auto encoded = [&](const std::u16string& units) {
+            std::string bytes;
+            for (const char16_t unit : u'\xFEFF' + units) {
+                const char high = static_cast<char>(unit >> 8), low = static_cast<char>(unit);
+                bytes += big_endian ? high : low;
+                bytes += big_endian ? low : high;
+            }
+            return bytes;
+        };
+        const std::u16string before = u"[S]\r\nOther=\u00E4\u20AC\U0001F525\xD800\r\n";
+        write_file(file_, encoded(before + u"K=1\r\n"));
+        EXPECT_EQ(GetPrivateProfileIntA("S", "K", 7, file_), 1U);
+        EXPECT_EQ(GetPrivateProfileStringA("S", "Other", "", 10, file_), "\u00E4\u20AC\U0001F525");
+        EXPECT_EQ(written(read_file(file_), "S", "K", "\u00FC"), encoded(before + u"K=\u00FC\r\n"));
+    }
+    // Half a character at the end: no UTF-16.
+    EXPECT_EQ(read("\xFF\xFEK", "S", "K"), "none");
+}
+
+TEST_F(SectionedFile, KeepsEveryByteOfALongFileAndPutsItOnTheDisk) {
+    std::string bytes = "[T]\r\n";
+    for (int i = 0; bytes.size() < 200'000; ++i)
+        bytes += "Key " + std::to_string(i) + "=value\r\n";
+    const int synced = testing::syncs;
+    EXPECT_EQ(written(bytes, "S", "K", "v"), bytes + "[S]\r\nK=v\r\n");
+    EXPECT_EQ(GetPrivateProfileStringA("S", "K", "", 255, file_), "v");
+    EXPECT_EQ(testing::syncs, synced + 2) << "the bytes, and the name";
+}
+
+TEST_F(SectionedFile, ProcessesThatWriteAtOnceLoseNothing) {
+    constexpr int kWrites = 40;
+    const auto write = [this](const std::string& key) {
+        for (int i = 0; i < kWrites; ++i)
+            WritePrivateProfileStringA("S", key + std::to_string(i), "v", file_);
+    };
+    // The lock is one of open files, so threads stand for processes here.
+    std::thread other(write, "A");
+    write("B");
+    other.join();
+    const std::string bytes = read_file(file_);
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '='), 2 * kWrites);
+}
+
+TEST_F(SectionedFile, ClearsWhatAKilledWriteLeft) {
+    for (const char* name : {".pelvanAb12cD", ".pelvanAb12cDe", ".pelvan-----", "pelvanAb12cD"})
+        write_file(directory_.file(name), "half");
+    EXPECT_TRUE(WritePrivateProfileStringA("S", "K", "v", file_));
+    EXPECT_FALSE(fs::exists(directory_.file(".pelvanAb12cD")));
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory_.path()), {}), 4);
 }
 
 TEST_F(SectionedFile, KeepsModeAndLink) {
