@@ -23,7 +23,16 @@ ListenMonitor::ListenMonitor(Link& link, Modbus& modbus, ListenState& state, Clo
 void ListenMonitor::ListenStart(std::int16_t channel) {
     if (state_.gListening) ListenStop(); // the port of another channel must not go on calling
     state_.gListenDevice = nullptr;
-    close_lost(channel);
+    // Opening could close the port of whoever works on the line.
+    const std::string refusal = link_.channels().line_use().refusal(nullptr);
+    if (!refusal.empty()) return end("Not listening. " + refusal);
+    link_.channels().keep_ports([this, channel] {
+        close_lost(channel);
+        begin_listening(channel);
+    });
+}
+
+void ListenMonitor::begin_listening(std::int16_t channel) {
     state_.gListening = true;
     state_.gListenStarted = false;
     try {

@@ -36,7 +36,8 @@ class ListenMonitor {
                   std::string directory);
 
     /// Opens the channel's port and is notified of its receive event. Not listening afterwards when
-    /// the port did not open; its message was shown then. 9 for a channel outside 0 to 3.
+    /// the port did not open, its message having been shown, or while another tool has claimed the
+    /// lines. 9 for a channel outside 0 to 3.
     void ListenStart(std::int16_t channel);
     void ListenStop();
     /// Takes in one burst. Blocks as `Link::receive_reply` does, up to the chosen time-out. An
@@ -71,6 +72,7 @@ class ListenMonitor {
     void ports_rebuilt();
     /// The port is about to be closed for another channel: ends the listening on it and says so.
     void port_closing(const SerialPort& port);
+    void begin_listening(std::int16_t channel);
     void open_channel(std::int16_t channel);
     void close_lost(std::int16_t channel);
     void end(const std::string& status);

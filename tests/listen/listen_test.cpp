@@ -204,6 +204,25 @@ TEST_F(ListenTest, PortFailuresAndRebuildingEndTheListeningAndStartWorksAgain) {
     EXPECT_EQ(lines, Texts{"y"});
 }
 
+TEST_F(ListenTest, StartKeepsOffClaimedLinesAndHoldsItsPortsWhileItsMessageStands) {
+    {
+        const LineClaim claim = link.claim();
+        monitor.ListenStart(1);
+        EXPECT_EQ(status(), "Not listening. The line is in use by another window.");
+        EXPECT_FALSE(monitor.listening() || ports[1]->PortOpen());
+    }
+    ports[1]->fail_next("PortOpen", error_number::kPortAlreadyOpen);
+    std::size_t built = 0;
+    dialogs.on_message = [&](const std::string&) { // a protocol is chosen while the box stands
+        table.init_comms();
+        built = ports.size();
+    };
+    monitor.ListenStart(1);
+    EXPECT_EQ(built, 3U) << "the port under the box was destroyed";
+    EXPECT_EQ(ports.size(), 6U);
+    EXPECT_FALSE(monitor.listening());
+}
+
 TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
     for (const std::int16_t none : {std::int16_t{4}, std::int16_t{-1}}) {
         monitor.ListenStart(1);
