@@ -63,8 +63,7 @@ void wait_for_bytes(const SerialPort& port) {
         ::poll(nullptr, 0, kAskEveryMs);
 }
 
-/// Listens until the time is over or an interrupt comes; false when the port, a file or the output
-/// failed.
+/// Listens until the time is over or an interrupt comes; false when the port or a file failed.
 bool listen_on(Core& app, const ListenCommand& command, TerminalEnvironment& environment) {
     const double begin = environment.tick.timeGetTime();
     const auto over = [&] {
@@ -76,10 +75,6 @@ bool listen_on(Core& app, const ListenCommand& command, TerminalEnvironment& env
         wait_for_bytes(port);
         // A script must be told of a log or a capture that could not be written, so that ends it.
         if (!app.events.run([&] { port.check_receive(); })) return false;
-        if (environment.out.fail()) {
-            environment.err << "pelvan7: The output could not be written.\n";
-            return false;
-        }
     }
     return app.listen_monitor.listening();
 }
