@@ -69,7 +69,7 @@ class ProfileSequenceReader {
 } // namespace
 
 SequenceFile::SequenceFile(const std::string& path) : reader_(opentextfile(path)) {
-    // Only the first three characters count, trimmed: a blank ahead of the word hides it.
+    // Only the first three characters count, trimmed: a space ahead of the word hides it.
     has_profiles_ = upper_case(trim(without_mark(next_line(*reader_)).substr(0, 3))) == "YES";
 }
 

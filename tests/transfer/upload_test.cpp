@@ -237,21 +237,6 @@ TEST_F(UploadTest, ComparingListsWhatCannotBeRead) {
     EXPECT_EQ(ui.messages, Lines{"No difference was found, but not everything could be compared."});
 }
 
-TEST_F(UploadTest, SetupFilesOfAnyContent) {
-    const std::string head = "*\n   Model #:  742\n\n\n\n\n*\n";
-    const std::pair<std::string, Writes> cases[] = {
-        {"", {}},
-        {"*\n   Model #:  1e99\n\n\n\n\n*\n5 1\n", {}},
-        {"*\nab742\n\n\n\n\n*\n5 1\n", {{5, 1}}},
-        {head + "5 1e99\n6 99999999999999999999\nx 1\n 7 3\n8 4\n", {{8, 4}}},
-    };
-    for (const auto& [text, expected] : cases) {
-        write_file(path("a.txt"), text);
-        upload({true, true}); // the first is about the missing end
-        EXPECT_EQ(restored(), expected) << text;
-    }
-}
-
 /// Lines 2 to 4 name the registers; a line without a number leaves the usual one, 4040.
 class ProfileUploadTest : public UploadTest {
   protected:
