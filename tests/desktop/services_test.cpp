@@ -53,10 +53,11 @@ TEST(QtDialogsTest, InputBoxGivesItsTextOrNothing) {
     for (const bool accept : {true, false}) {
         when_asked<QInputDialog>([&](QInputDialog& box) {
             EXPECT_EQ(box.findChild<QLabel*>()->textFormat(), Qt::PlainText);
+            EXPECT_EQ(box.findChild<QLabel*>()->text(), "a<br>\n\nb\nc");
             box.setTextValue(box.textValue() + "7");
             accept ? box.accept() : box.reject();
         });
-        EXPECT_EQ(QtDialogs().input_box("a<br>\nb", "Enter Value", "5"), accept ? "57" : "");
+        EXPECT_EQ(QtDialogs().input_box("a<br>\r\rb\r\nc", "Enter Value", "5"), accept ? "57" : "");
     }
 }
 
@@ -157,6 +158,23 @@ TEST_F(PortWatcherTest, HandlerIsNeverEnteredTwiceAndItsErrorsEndInTheRunner) {
     testing::run_events();
     EXPECT_EQ(deepest, 1);
     EXPECT_EQ(errors_, std::vector<int>{error_number::kOverflow});
+}
+
+TEST(QtDialogsTest, AFileGivenAsDirectoryStandsForItsFolder) {
+    const pelvan::testing::TempDir folder;
+    pelvan::testing::write_file(folder.file("set.PV5"), "x");
+    FileDialogRequest request;
+    for (const std::string& given :
+         {folder.file("set.PV5"), folder.file("new.PV5"), folder.path()}) {
+        request.initial_directory = given;
+        QString shown;
+        when_asked<QFileDialog>([&](QFileDialog& dialog) {
+            shown = dialog.directory().absolutePath();
+            dialog.reject();
+        });
+        EXPECT_EQ(QtDialogs().open_file(request), std::nullopt);
+        EXPECT_EQ(shown.toStdString(), folder.path()) << given;
+    }
 }
 
 TEST(EndSignalsTest, ASignalBecomesOneEvent) {

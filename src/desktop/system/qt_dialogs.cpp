@@ -44,11 +44,23 @@ QString title_or_application(const std::string& title) {
     return title.empty() ? QString::fromLatin1(kApplicationTitle) : to_qt(title);
 }
 
+/// Every kind of line break of the program's texts is one on the screen.
+QString shown_text(const std::string& text) {
+    return to_qt(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
+}
+
+/// A file that is given as directory (the last one chosen, say) stands for the folder it lies in.
+QString folder_of(const std::string& directory) {
+    const QFileInfo given(to_qt(directory));
+    return given.isDir() ? given.filePath() : given.path();
+}
+
 void prepare(QFileDialog& dialog, const FileDialogRequest& request) {
     if (!request.title.empty()) dialog.setWindowTitle(to_qt(request.title));
     const QStringList filters = name_filters(request.filter);
     if (!filters.isEmpty()) dialog.setNameFilters(filters);
-    if (!request.initial_directory.empty()) dialog.setDirectory(to_qt(request.initial_directory));
+    if (!request.initial_directory.empty())
+        dialog.setDirectory(folder_of(request.initial_directory));
     if (!request.file_name.empty()) dialog.selectFile(to_qt(request.file_name));
     dialog.setDefaultSuffix(to_qt(request.default_extension));
     dialog.setFileMode(request.must_exist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
@@ -97,8 +109,7 @@ MessageAnswer QtDialogs::message_box(const std::string& text, const std::string&
     QMessageBox box(QApplication::activeWindow());
     box.setWindowTitle(title_or_application(title));
     box.setTextFormat(Qt::PlainText);
-    box.setText(
-        to_qt(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n'));
+    box.setText(shown_text(text));
     box.setIcon(icon == MessageIcon::Exclamation ? QMessageBox::Warning : QMessageBox::NoIcon);
     const std::vector<ButtonFace> shown = faces(buttons);
     for (const ButtonFace& face : shown)
@@ -117,7 +128,7 @@ std::string QtDialogs::input_box(const std::string& prompt, const std::string& t
     QInputDialog box(QApplication::activeWindow());
     box.setWindowTitle(title_or_application(title));
     box.setInputMode(QInputDialog::TextInput);
-    box.setLabelText(to_qt(prompt));
+    box.setLabelText(shown_text(prompt));
     box.setTextValue(to_qt(default_text));
     if (auto* label = box.findChild<QLabel*>()) label->setTextFormat(Qt::PlainText);
     if (auto* entry = box.findChild<QLineEdit*>()) entry->setAccessibleName(to_qt(prompt));
