@@ -47,7 +47,13 @@ int main(int argc, char** argv) {
     pelvan::desktop::MainWindow window(directory);
     window.open();
 #ifdef Q_OS_UNIX
-    const pelvan::desktop::EndSignals signals([&window] { window.end(); });
+    using pelvan::desktop::EndSignals;
+    const EndSignals signals([&window] { window.end(); });
+    // No event arrives in a pass of data logging, which may take minutes on silent controllers.
+    pelvan::DataLogger& logger = window.application().data_logger;
+    const pelvan::Subscription ends = logger.before_row.subscribe([&logger](int) {
+        if (EndSignals::pending()) logger.end_pass();
+    });
 #endif
     return QApplication::exec();
 }

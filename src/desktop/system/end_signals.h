@@ -13,6 +13,9 @@ class EndSignals : public QObject {
     /// ends the process at once. Signals that are ignored stay so. One object at a time.
     explicit EndSignals(std::function<void()> end);
     ~EndSignals() override;
+
+    /// Whether a signal came, also before its event: for work that lets no events run.
+    [[nodiscard]] static bool pending();
 };
 
 } // namespace pelvan::desktop

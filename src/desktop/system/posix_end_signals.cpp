@@ -17,7 +17,10 @@ constexpr std::array kSignals{SIGTERM, SIGINT, SIGHUP};
 std::array<int, 2> pipe_ends{-1, -1};
 std::array<void (*)(int), kSignals.size()> former{};
 
+volatile std::sig_atomic_t signal_came = 0;
+
 void told(int) {
+    signal_came = 1;
     for (const int each : kSignals)
         std::signal(each, SIG_DFL);
     const char byte = 0;
@@ -44,11 +47,16 @@ EndSignals::EndSignals(std::function<void()> end) {
 }
 
 EndSignals::~EndSignals() {
+    signal_came = 0;
     if (pipe_ends[0] < 0) return;
     for (std::size_t i = 0; i < kSignals.size(); ++i)
         std::signal(kSignals[i], former[i]);
     for (int& end : pipe_ends)
         ::close(std::exchange(end, -1));
+}
+
+bool EndSignals::pending() {
+    return signal_came != 0;
 }
 
 } // namespace pelvan::desktop
