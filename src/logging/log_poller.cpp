@@ -14,8 +14,8 @@ unsigned char byte_at(const std::string& frame, std::size_t at) {
     return static_cast<unsigned char>(frame[at]);
 }
 
-/// Whether the reply is the asked controller's to this request. The log takes whatever the decoder
-/// gives; only the mark beside the row tells the difference.
+/// Whether the reply is the asked controller's to such a request; another one came too late for an
+/// earlier request.
 bool belongs(const std::string& request, const std::string& reply) {
     return reply.size() > 1 && reply[0] == request[0] &&
            (byte_at(reply, 1) & ~kExceptionBit) == byte_at(request, 1);
@@ -74,6 +74,11 @@ LogReading LogPoller::exchange(const std::string& frame) {
     LogReading reading;
     reading.value = modbus_.ModbusDecodeSmartDecimal(0, reply);
     reading.state = state_of(frame, reply, reading.value);
+    const bool is_whole = begins_with_number(reading.value) || is_exception_text(reading.value);
+    // What a late reply says is no value of this row. A damaged one is told in the decoder's words.
+    if (is_whole && !belongs(frame, reply)) reading.value.clear();
+    // The answer may still come, and must not be taken for that to the next request.
+    if (reading.state == RowState::Nothing) link_.let_fall_silent();
     return reading;
 }
 

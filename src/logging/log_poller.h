@@ -25,7 +25,8 @@ class LogPoller {
 
     /// Forgets what earlier rows put into the value array.
     void begin_pass();
-    /// Blocks for one exchange. 6 (overflow) for a command or value outside its integer range.
+    /// Blocks for one exchange, and when it gave no reading until the line is silent. 6 (overflow)
+    /// for a command or value outside its integer range.
     [[nodiscard]] LogReading poll(const LogRow& row);
 
   private:

@@ -60,7 +60,10 @@ TEST_F(DataLoggerTest, EachKindOfReplyHasItsValueAndMark) {
         {"1,4,999,0", {}, "-31746", Exception},
         {"1,3,100,0", "", "", Nothing},
         {"1,3,100,0", "\1\3\2", "", Nothing},
-        {"1,3,100,0", testing::frame("02 03 02 00 07"), " 7", Nothing}, // another controller's
+        // Late ones, to requests of other rows.
+        {"1,3,100,0", testing::frame("02 03 02 00 07"), "", Nothing},
+        {"1,3,100,0", testing::frame("01 04 02 00 07"), "", Nothing},
+        {"1,3,100,0", testing::frame("02 83 02"), "", Nothing},
         // A damaged reply is told as such, and looks like no reading.
         {"1,3,100,1", "\1\3\2\2\1\1\1", kBadCheck, Nothing},
         {"1,32,200,0", "\1\3\4\2\1\1\1\1\1", kBadCheck, Nothing},

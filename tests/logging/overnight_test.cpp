@@ -1,6 +1,8 @@
 // Data logging through the night: the real link on simulated controllers and a fake tick.
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "config/device_map.h"
 #include "logging/data_logger.h"
 #include "platform/line_port.h"
@@ -21,11 +23,12 @@ class OvernightTest : public ::testing::Test {
         config.gIniFile = dir.file("pelvan7.ini");
         testing::configure_devices(dir, {"simulated:loopback", device});
         table.init_comms();
-        testing::write_file(dir.file("set.PV5"),
-                            "[LOGGING DATA DEVICE AND REGISTER SET]\nLOG TO FILE=TRUE\n"
-                            "1DEVICEADDRESS=1\n1DEVICECOMMAND=3\n"
-                            "2DEVICEADDRESS=1\n2DEVICECOMMAND=3\nLOGGING INTERVAL=" +
-                                std::to_string(seconds) + "\n");
+        testing::write_file(
+            dir.file("set.PV5"),
+            "[LOGGING DATA DEVICE AND REGISTER SET]\nLOG TO FILE=TRUE\n"
+            "1DEVICEADDRESS=1\n1DEVICECOMMAND=3\n"
+            "2DEVICEADDRESS=1\n2DEVICECOMMAND=3\n2DEVICEREGISTER=300\nLOGGING INTERVAL=" +
+                std::to_string(seconds) + "\n");
         logger.read_tick_length();
         logger.ReadLogSet(dir.file("set.PV5"));
         logger.start();
@@ -96,6 +99,26 @@ TEST_F(OvernightTest, TwelveHoursWithLostRepliesLoseNoPass) {
     // The trend's time goes on across the wrap of the tick.
     const TrendSpan span = logger.trend().span();
     EXPECT_GT(span.to_ms - span.from_ms, 12 * 3600 * 1000.0 - 10000);
+}
+
+TEST_F(OvernightTest, ALateReplyIsNotTakenForTheNextRows) {
+    for (const char* lateness : {"late=1,only=3", "late=1", "late=0.3,seed=7"}) {
+        std::set<std::string> first;
+        std::set<std::string> second;
+        const auto watched = logger.pass_done.subscribe([&] {
+            first.insert(logger.reading(1).value);
+            second.insert(logger.reading(2).value);
+        });
+        // It answers each request in turn, after the time-out of 2000 ms.
+        start("simulated:742,queue=1,late_ms=2100," + std::string(lateness), 6);
+        run_ticks(6 * 40);
+        using Values = std::set<std::string>;
+        const bool answers = lateness != std::string("late=1");
+        EXPECT_EQ(first, answers ? Values({"", " 742"}) : Values({""})) << lateness;
+        second.erase("");
+        EXPECT_EQ(second.size(), answers ? 1U : 0U) << lateness;
+        EXPECT_EQ(second.count(" 742"), 0U) << lateness;
+    }
 }
 
 TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
