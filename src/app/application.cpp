@@ -7,18 +7,24 @@ Application::Application(Services given, LineOpener opener)
       console(services, session.config, channels, link, senders, history),
       listen(services, listen_monitor,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
-      transfer(services, link, modbus), logging(services, data_logger),
+      transfer(services, transfer_link, modbus), logging(services, data_logger),
       comms_settings(services, session.config, channels, *this),
       serial_devices(services, session.config, channels), frame(*this) {
     logging_closed_ = logging.closed.subscribe([this] { restore_windows(); });
     history.join_console(console, console.mnuFile);
-    console_busy_ = console.busy_changed.subscribe([this](bool busy) {
-        for (MenuEntry* entry : {&frame.mnuListen, &frame.mnuTransfer, &frame.mnuDataLogging,
-                                 &frame.mnuPortSettings, &frame.mnuSerialDevices})
-            entry->set_Enabled(!busy);
-    });
+    line_use_ = channels.line_use().changed.subscribe([this] { hold_menus(); });
     jumper_moved_ =
         console.simulated_jumper_moved.subscribe([this](bool in) { simulators.set_jumper(in); });
+}
+
+/// While a tool has claimed the lines, the others and the settings of the ports wait.
+void Application::hold_menus() {
+    frame.mnuListen.hold(listen_link.refusal());
+    frame.mnuDataLogging.hold(logging_link.refusal());
+    frame.mnuTransfer.hold(transfer_link.refusal());
+    const std::string holder = channels.line_use().refusal(nullptr);
+    frame.mnuPortSettings.hold(holder);
+    frame.mnuSerialDevices.hold(holder);
 }
 
 void Application::restore_windows() {

@@ -32,8 +32,9 @@ class Application : public Core, private SettingsHost {
     [[nodiscard]] int selected_protocol() const override { return console.opt_Protocol.Value(); }
     void hold_windows(bool held) override;
     void restore_windows();
+    void hold_menus();
     Subscription logging_closed_;
-    Subscription console_busy_;
+    Subscription line_use_;
     Subscription jumper_moved_;
 };
 

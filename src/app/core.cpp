@@ -11,10 +11,14 @@ Core::Core(Services given, LineOpener opener)
       comms([this] { return make_port(); }),
       channels(session.serial, session.config, comms, services.dialogs, error_log),
       countdowns(session.serial, services.tick),
-      link(channels, countdowns, services.dialogs, error_log), modbus(session.modbus),
-      senders(link, modbus, services.clock, services.dialogs),
-      listen_monitor(link, modbus, session.listen, services.clock, services.application_directory),
-      data_logger(services, messages, session.config, link, modbus, session.logging),
+      link(channels, countdowns, services.dialogs, error_log, "Command Center"),
+      listen_link(channels, countdowns, services.dialogs, error_log, "Listening Mode"),
+      logging_link(channels, countdowns, services.dialogs, error_log, "Data Logging"),
+      transfer_link(channels, countdowns, services.dialogs, error_log, "Save/Restore Setup"),
+      modbus(session.modbus), senders(link, modbus, services.clock, services.dialogs),
+      listen_monitor(listen_link, modbus, session.listen, services.clock,
+                     services.application_directory),
+      data_logger(services, messages, session.config, logging_link, modbus, session.logging),
       opener_(std::move(opener)) {}
 
 std::unique_ptr<SerialPort> Core::make_port() {

@@ -32,7 +32,11 @@ class Core {
     frm_Comms comms;
     ChannelTable channels;
     CountdownPool countdowns;
-    Link link;
+    /// One a tool, so that whoever is refused is told which of them has the line.
+    Link link; // the console's
+    Link listen_link;
+    Link logging_link;
+    Link transfer_link;
     Modbus modbus;
     Senders senders;
     ListenMonitor listen_monitor;

@@ -186,23 +186,28 @@ void frm_Pelvan5VB::jumper_asked(bool in) {
 
 void frm_Pelvan5VB::mnuSendSetupFile_Click() {
     if (script.running()) return;
-    set_busy(true);
-    struct Free {
-        frm_Pelvan5VB& form;
-        ~Free() { form.set_busy(false); }
-    } const free_again{*this};
+    const LineClaim claim = link_.claim();
+    if (!claim && line_refused()) return;
     script.run([this, send_line = panel().script_sender()](const std::string& line) {
         return listed(send_line(line));
     });
 }
 
-/// While a script is sent nothing else may use the line or rebuild the channels.
-void frm_Pelvan5VB::set_busy(bool busy) {
+/// While a tool has claimed the lines, this one's script too, nothing else may be sent from here or
+/// rebuild the channels.
+void frm_Pelvan5VB::hold_controls() {
+    const std::string holder = channels_.line_use().refusal(nullptr);
     for (Control* control : std::initializer_list<Control*>{
              &cmd_SendCommand, &opt_Protocol, &mnuSendSetupFile, &mnuverifyport,
              &history_.frmCommand.mnuverifyport, &history_.frmResponse.mnuverifyport})
-        control->set_Enabled(!busy);
-    busy_changed.raise(busy);
+        control->hold(holder);
+}
+
+/// Says who has the line; false when nobody else has.
+bool frm_Pelvan5VB::line_refused() {
+    const std::string refusal = link_.refusal();
+    if (!refusal.empty()) services_.dialogs.message_box(refusal);
+    return !refusal.empty();
 }
 
 bool frm_Pelvan5VB::handle_key(Key key) {

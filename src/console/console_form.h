@@ -68,8 +68,6 @@ class frm_Pelvan5VB : public Form {
 
     /// The console has been closed.
     Event<> closed;
-    /// The sending of a setup file begins (true) or has ended.
-    Event<bool> busy_changed;
     /// The jumper of the simulated loop-back plug goes in (true) or out.
     Event<bool> simulated_jumper_moved;
 
@@ -87,7 +85,8 @@ class frm_Pelvan5VB : public Form {
     void show_ticks();
     void choose_jumper(const MenuEntry& chosen);
     void jumper_asked(bool in);
-    void set_busy(bool busy);
+    void hold_controls();
+    bool line_refused();
     bool handle_key(Key key);
 
     Services& services_;
@@ -96,6 +95,7 @@ class frm_Pelvan5VB : public Form {
     Link& link_;
     History& history_;
     std::array<ProtocolPanel*, protocol::kCount> panels_; // by protocol number
+    Subscription line_use_ = channels_.line_use().changed.subscribe([this] { hold_controls(); });
 };
 
 } // namespace pelvan

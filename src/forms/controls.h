@@ -31,12 +31,17 @@ class Control {
 
     [[nodiscard]] const std::string& Name() const { return name_; }
     [[nodiscard]] const std::string& Caption() const { return caption_; }
-    [[nodiscard]] const std::string& ToolTipText() const { return tool_tip_; }
-    [[nodiscard]] bool Enabled() const { return enabled_; }
+    [[nodiscard]] const std::string& ToolTipText() const {
+        return held_because_.empty() ? tool_tip_ : held_because_;
+    }
+    [[nodiscard]] bool Enabled() const { return enabled_ && held_because_.empty(); }
     [[nodiscard]] bool Visible() const { return visible_; }
     void set_Caption(const std::string& text) { assign(caption_, text); }
     void set_Enabled(bool on) { assign(enabled_, on); }
     void set_Visible(bool on) { assign(visible_, on); }
+    /// Disables the control, whatever its property says, and lets its tool tip tell the reason; an
+    /// empty reason gives both back.
+    void hold(const std::string& reason) { assign(held_because_, reason); }
 
     /// Asks the front end to move the focus here; without one, the GotFocus event comes at once.
     void SetFocus();
@@ -69,6 +74,7 @@ class Control {
     std::string name_;
     std::string caption_;
     std::string tool_tip_;
+    std::string held_because_;
     bool enabled_ = true;
     bool visible_ = true;
     Event<> changed_;

@@ -56,7 +56,7 @@ class TerminalTransfer : public TransferListener {
     }
 
     [[nodiscard]] TransferContext context() {
-        return {app_.link,
+        return {app_.transfer_link,
                 app_.modbus,
                 app_.services.clock,
                 app_.services.application_directory,

@@ -82,6 +82,10 @@ void frm_DownloadParm::enable_buttons(bool on) {
 /// Runs a transfer; an error of a file ends it with its message.
 void frm_DownloadParm::transfer(const std::function<void()>& work) {
     if (running_) return;
+    if (const std::string refusal = link_.refusal(); !refusal.empty()) {
+        services_.dialogs.message_box(refusal);
+        return;
+    }
     {
         const Transferring transferring(*this);
         try {

@@ -34,8 +34,8 @@ struct TransferResult {
 class TransferRun {
   public:
     explicit TransferRun(const TransferContext& context)
-        : listener(context.listener), cancel(context.cancel), directory(context.directory),
-          errors(listener),
+        : claim(context.link.claim()), listener(context.listener), cancel(context.cancel),
+          directory(context.directory), errors(listener),
           access(context.link, context.modbus, context.address, listener, cancel, errors) {}
     TransferRun(const TransferRun&) = delete;
     TransferRun& operator=(const TransferRun&) = delete;
@@ -46,6 +46,8 @@ class TransferRun {
     }
     [[nodiscard]] bool canceled() const { return cancel.canceled; }
 
+    /// Nobody else's request may stand between two of a transfer.
+    const LineClaim claim;
     TransferListener& listener;
     CancelFlag& cancel;
     const std::string directory;

@@ -131,6 +131,14 @@ TEST_F(ApplicationTest, WhileAScriptIsSentTheOtherToolsAreOutOfReach) {
     app.console.mnuSendSetupFile.choose();
     EXPECT_GT(desktop.turns, 0);
     EXPECT_TRUE(app.frame.mnuPortSettings.Enabled());
+    {
+        const LineClaim claim = app.transfer_link.claim();
+        EXPECT_EQ(app.frame.mnuDataLogging.ToolTipText(),
+                  "The line is in use by Save/Restore Setup.");
+        EXPECT_TRUE(app.frame.mnuTransfer.Enabled()) << "its window can still be reached";
+        EXPECT_FALSE(app.console.cmd_SendCommand.Enabled());
+    }
+    EXPECT_TRUE(app.console.cmd_SendCommand.Enabled());
 }
 
 TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {

@@ -119,13 +119,13 @@ TEST_F(SetupFile, WhatIsNoTextIsRefusedAndLongLinesAreCutWhereTheyAreShown) {
 TEST_F(SetupFile, ShowsProgressMayBeCancelledAndLeavesTheLineToItself) {
     choose_file("= SP1 50\r\n= SP1 51\r\n= SP1 52\r\n");
     Texts states;
-    std::vector<bool> busy;
-    const Subscription watching =
-        console.busy_changed.subscribe([&](bool on) { busy.push_back(on); });
+    Link other{rig.table, rig.countdowns, rig.dialogs, rig.log};
     rig.desktop.on_turn = [&] {
         states.push_back(console.lbl_Status.Caption());
         EXPECT_TRUE(console.script.prg_SetupFile.Visible());
         EXPECT_FALSE(console.cmd_SendCommand.Enabled() || console.opt_Protocol.Enabled());
+        EXPECT_EQ(console.cmd_SendCommand.ToolTipText(), "The line is in use by Command Center.");
+        EXPECT_EQ(other.refusal(), "The line is in use by Command Center.");
         console.mnuSendSetupFile.choose();
         rig.history.frmCommand.mnuverifyport.choose();
         if (states.size() == 3) console.script.cmd_CancelSetup.press();
@@ -136,7 +136,12 @@ TEST_F(SetupFile, ShowsProgressMayBeCancelledAndLeavesTheLineToItself) {
     EXPECT_EQ(console.lbl_Status.Caption(), "2 lines sent, cancelled with 1 left");
     EXPECT_FALSE(console.script.prg_SetupFile.Visible());
     EXPECT_TRUE(console.cmd_SendCommand.Enabled());
-    EXPECT_EQ(busy, (std::vector<bool>{true, false}));
+    EXPECT_TRUE(other.refusal().empty());
+    rig.dialogs.shown.clear();
+    const LineClaim claim = other.claim();
+    EXPECT_EQ(console.mnuSendSetupFile.ToolTipText(), "The line is in use by another window.");
+    console.mnuSendSetupFile_Click();
+    EXPECT_EQ(rig.dialogs.texts(), Texts{"The line is in use by another window."});
     EXPECT_EQ(rig.pairs().size(), 2U);
 }
 

@@ -55,7 +55,7 @@ struct ConsoleRig {
     }};
     ChannelTable table{serial, config, comms, dialogs, log};
     CountdownPool countdowns{serial, tick};
-    Link link{table, countdowns, dialogs, log};
+    Link link{table, countdowns, dialogs, log, "Command Center"};
     Modbus modbus{modbus_state};
     History history{services};
     Senders senders{link, modbus, clock, dialogs};
