@@ -86,6 +86,7 @@ TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
 /// Every register holds its own number; no line may have another's.
 TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
     constexpr int kRegisters = 60;
+    rig.tick.step_ms = 1; // many waits
     std::string list;
     std::string expected;
     for (int number = 100; number < 100 + kRegisters; ++number) {
