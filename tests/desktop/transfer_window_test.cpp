@@ -27,7 +27,7 @@ TEST_F(TransferWindow, EscapeCancelsARunningTransfer) {
     desktop.on_turn = [&] {
         run_events();
         if (app.transfer.List1.ListCount() != 5) return;
-        EXPECT_EQ(find<QProgressBar>("ProgressBar1")->value(), 4);
+        EXPECT_GT(find<QProgressBar>("ProgressBar1")->value(), 0);
         EXPECT_EQ(find<QAbstractItemView>("List1")->currentIndex().row(), 4);
         QTest::keyClick(window_.focusWidget(), Qt::Key_Escape);
     };
