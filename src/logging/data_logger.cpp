@@ -50,7 +50,7 @@ class DataLogger::PassUnderWay {
 
 DataLogger::DataLogger(const Services& services, MessageRouter& messages, const ConfigState& config,
                        Link& link, Modbus& modbus, LoggingState& state)
-    : services_(services), messages_(messages), config_(config), state_(state),
+    : services_(services), messages_(messages), config_(config), state_(state), link_(link),
       poller_(link, modbus), buffer_(state, services.dialogs),
       timer_changes_(timer_.changed.subscribe([this] { timer_changed.raise(); })) {
     reset();
@@ -63,6 +63,7 @@ void DataLogger::reset() {
     writes_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     last_pass_.reset();
+    skipped_passes_ = 0;
     set_port_message("");
     set_file_name("");
     set_interval(set_.interval_seconds);
@@ -186,6 +187,7 @@ bool DataLogger::RunLoggingPass() {
     }
     const LoggingTimer::Pause pause(timer_);
     timer_.start(); // goes on behind the pass, unless somebody stops it meanwhile
+    if (skips_pass()) return true;
     try {
         const PassUnderWay under_way(*this);
         poll();
@@ -195,6 +197,18 @@ bool DataLogger::RunLoggingPass() {
         end_logging();
         throw;
     }
+    status_changed.raise();
+    return true;
+}
+
+/// Requests between those of a transfer would disturb both, and wait for a line that is not free.
+bool DataLogger::skips_pass() {
+    const std::string reason = link_.refusal();
+    if (reason.empty()) return false;
+    ++skipped_passes_;
+    for (int row = 1; row <= kLogRows; ++row)
+        if (set_.row(row).in_use) set_reading(row, {reading(row).value, RowState::LineInUse});
+    set_port_message("Pass skipped: " + reason);
     status_changed.raise();
     return true;
 }
@@ -287,7 +301,8 @@ void DataLogger::set_port_message(const std::string& text) {
 
 LoggingStatus DataLogger::status() const {
     return {last_pass_,     timer_.running(),      timer_.tick_ms(),
-            timer_.ticks(), set_.interval_seconds, buffer_.waiting()};
+            timer_.ticks(), set_.interval_seconds, buffer_.waiting(),
+            skipped_passes_};
 }
 
 } // namespace pelvan

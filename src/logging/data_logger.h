@@ -64,7 +64,8 @@ class DataLogger {
     /// Polls every row in use once, flushes by rule and starts the timer. Blocks for all exchanges.
     /// A run-time error ends logging, so that it does not come back with every pass, and is passed
     /// on. Nothing while a pass is under way already. Before the first pass of a set that writes to
-    /// controllers a question says so; false, and logging ends, when the answer is no.
+    /// controllers a question says so; false, and logging ends, when the answer is no. While
+    /// another tool has the line the pass is skipped and counted; its rows say so.
     bool RunLoggingPass();
     void PollLogRows();
     /// Ends the pass under way before its next row.
@@ -97,6 +98,7 @@ class DataLogger {
   private:
     class PassUnderWay;
     [[nodiscard]] bool may_poll();
+    [[nodiscard]] bool skips_pass();
     void apply_start_mode(const std::string& file);
     void poll();
     void flush_if_due();
@@ -110,6 +112,7 @@ class DataLogger {
     MessageRouter& messages_;
     const ConfigState& config_;
     LoggingState& state_;
+    Link& link_;
     LogSet set_;
     LogPoller poller_;
     LogBuffer buffer_;
@@ -122,6 +125,7 @@ class DataLogger {
     bool writes_allowed_ = false;               // by this set
     std::array<LogReading, kLogRows> readings_; // row 1 first
     std::optional<LoggingStatus::Pass> last_pass_;
+    int skipped_passes_ = 0;
     std::string port_message_;
 };
 

@@ -11,7 +11,7 @@
 namespace pelvan {
 
 /// What became of a row in the last pass.
-enum class RowState { NotPolled, Answered, Exception, Nothing };
+enum class RowState { NotPolled, Answered, Exception, Nothing, LineInUse };
 
 struct LogReading {
     std::string value; // for the Value column and the log

@@ -33,7 +33,10 @@ std::string next_pass_text(const LoggingStatus& status) {
 
 std::string status_text(const LoggingStatus& status) {
     return last_pass_text(status) + next_pass_text(status) +
-           " Lines waiting: " + plain_number(status.lines_waiting) + ".";
+           " Lines waiting: " + plain_number(status.lines_waiting) + "." +
+           (status.skipped_passes > 0
+                ? " Passes skipped: " + plain_number(status.skipped_passes) + "."
+                : "");
 }
 
 } // namespace pelvan

@@ -21,6 +21,7 @@ struct LoggingStatus {
     std::int32_t ticks = 0; // since the last pass
     std::int32_t interval_seconds = 0;
     int lines_waiting = 0;
+    int skipped_passes = 0; // another tool had the line
 };
 
 /// The last pass, its length, the next pass, and the lines that wait in the buffer.

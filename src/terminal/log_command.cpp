@@ -23,6 +23,8 @@ const char* state_text(RowState state) {
         return " (exception)";
     case RowState::Nothing:
         return " (no valid reply)";
+    case RowState::LineInUse:
+        return " (skipped)";
     case RowState::NotPolled:
         return " (not polled)";
     case RowState::Answered:

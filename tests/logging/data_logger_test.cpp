@@ -201,6 +201,26 @@ TEST_F(DataLoggerTest, APassThatIsEndedLeavesItsOtherRowsOut) {
     EXPECT_EQ(state.gLogBufferCount, -1); // half a record would mislead
 }
 
+TEST_F(DataLoggerTest, APassIsSkippedAndCountedWhileAnotherToolHasTheLine) {
+    load({"1,3,100,0"}, "LOG TO FILE=TRUE\r\n");
+    start(1);
+    const LineUser other{"Save/Restore Setup"};
+    {
+        const LineClaim claim = rig.table.line_use().claim(other);
+        tick(2);
+        EXPECT_EQ(link.sent.size(), 1U);
+        EXPECT_EQ(value(1), " 725");
+        EXPECT_EQ(logger.reading(1).state, RowState::LineInUse);
+        EXPECT_EQ(logger.port_message(), "Pass skipped: The line is in use by Save/Restore Setup.");
+        EXPECT_TRUE(status_says("Passes skipped: 2."));
+        EXPECT_EQ(state.gLogBufferCount, 1);
+    }
+    tick(1);
+    EXPECT_EQ(link.sent.size(), 2U);
+    EXPECT_EQ(logger.reading(1).state, RowState::Answered);
+    EXPECT_EQ(logger.port_message(), "");
+}
+
 TEST_F(DataLoggerTest, TheBufferOverflowsAtThe203rdLineAndLoggingStops) {
     int stops = 0;
     const auto watched = logger.stopped.subscribe([&] { ++stops; });

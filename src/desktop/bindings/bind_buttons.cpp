@@ -35,7 +35,6 @@ class OptionBinding : public QObject {
         const OptionGroup::Option& option = model_.option(index);
         radio->setObjectName(to_qt(control_name(model_.Name(), index)));
         radio->setText(to_qt(option.caption));
-        radio->setToolTip(plain_tip(option.tool_tip));
         radio->setAccessibleName(option.caption.empty() ? to_qt(option.tool_tip)
                                                         : without_marks(radio->text()));
         group_->addButton(radio, index);
@@ -62,6 +61,9 @@ class OptionBinding : public QObject {
     void show(QRadioButton& radio, int index) {
         radio.setChecked(model_.Value() == index);
         radio.setEnabled(model_.Enabled() && model_.option(index).enabled);
+        // A group has a tip of its own only while it is held.
+        const std::string& held = model_.ToolTipText();
+        radio.setToolTip(plain_tip(held.empty() ? model_.option(index).tool_tip : held));
         if (shown_visible_.at(static_cast<std::size_t>(index)) == model_.Visible()) return;
         shown_visible_[static_cast<std::size_t>(index)] = model_.Visible();
         radio.setVisible(model_.Visible());

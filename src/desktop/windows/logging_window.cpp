@@ -40,7 +40,12 @@ const StateLook* look_of(RowState state) {
     static const StateLook nothing{" \u2717 no reply",
                                    "No valid reply in the last pass, or nothing could be sent.",
                                    QColor(255, 214, 209)};
+    static const StateLook in_use{" \u2013 skipped",
+                                  "The last pass was skipped: another tool had the line.",
+                                  QColor(225, 225, 235)};
     switch (state) {
+    case RowState::LineInUse:
+        return &in_use;
     case RowState::Answered:
         return &answered;
     case RowState::Exception:
