@@ -5,6 +5,7 @@
 #include "desktop/system/port_watcher.h"
 #include "desktop/system/qt_desktop_services.h"
 #include "desktop/system/qt_dialogs.h"
+#include "desktop/system/type_ahead.h"
 #include "desktop_fixture.h"
 #include "support/fake_serial_port.h"
 
@@ -46,6 +47,20 @@ TEST(QtDialogsTest, MessageBoxShowsItsTextAsItIsAndAnswersByButton) {
         });
         EXPECT_EQ(QtDialogs().message_box("<b> &\r\nmore", "", buttons, MessageIcon::None), answer)
             << static_cast<int>(buttons) << press;
+    }
+}
+
+TEST(QtDialogsTest, ABoxNeverOutgrowsTheScreen) {
+    EXPECT_EQ(box_text("a\r\nb\rc\n\x01"), QString::fromUtf16(u"a\nb\nc\n\u2401"));
+    for (const std::string& text :
+         {std::string(1000000, 'x'), std::string(100000, '\n'), std::string(9999, '\xFF')}) {
+        const QString shown = box_text(text);
+        EXPECT_TRUE(shown.endsWith(QChar(0x2026)));
+        EXPECT_LE(shown.count(u'\n'), 25);
+        QLabel label(shown);
+        label.setWordWrap(true);
+        EXPECT_LT(label.minimumSizeHint().width(), 800);
+        EXPECT_LT(label.heightForWidth(800), 700);
     }
 }
 
@@ -105,6 +120,64 @@ TEST(QtDesktopServicesTest, HelpShowsPagesFindsTextsAndSaysWhatIsMissing) {
     window->findChild<QLineEdit*>("help_search")->setText("bytes ON");
     ASSERT_EQ(contents->count(), 1);
     EXPECT_EQ(contents->item(0)->text(), "Listening");
+}
+
+/// A box whose Enter sends, with the program's time and the stamps of the input in our hands.
+class TypeAheadTest : public testing::WindowTest {
+  protected:
+    TypeAheadTest() {
+        box_.KeyDown = [this](Key key) {
+            if (key != Key::Enter) return false;
+            ++sent_;
+            now_ms_ += blocks_ms_;
+            return true;
+        };
+        context_.run = [this](const std::function<void()>& handler) { input_.run(handler); };
+        bind(context_, box_, edit_);
+    }
+    ~TypeAheadTest() override { delete edit_; }
+
+    /// The input's clock is 5 seconds behind the program's.
+    void type(Qt::Key key, const char* text, int at_ms) {
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, QString::fromLatin1(text));
+        press.setTimestamp(static_cast<quint64>(at_ms - 5000));
+        QCoreApplication::sendEvent(edit_, &press);
+    }
+
+    qint64 now_ms_ = 10000;
+    int blocks_ms_ = 2000;
+    int sent_ = 0;
+    TypeAhead input_{[this] { return now_ms_; }};
+    TextBox box_{"txt_Command"};
+    QLineEdit* edit_ = new QLineEdit(&window_);
+};
+
+TEST_F(TypeAheadTest, WhatWasTypedWhileAnExchangeBlockedIsDropped) {
+    type(Qt::Key_Return, "\r", 10000);
+    for (const int at : {10200, 10400, 11900})
+        type(Qt::Key_Return, "\r", at);
+    type(Qt::Key_A, "a", 11950);
+    EXPECT_EQ(sent_, 1);
+    now_ms_ = 12100;
+    type(Qt::Key_B, "b", 12090);
+    EXPECT_EQ(edit_->text(), "b");
+    type(Qt::Key_Return, "\r", 12100);
+    EXPECT_EQ(sent_, 2);
+}
+
+TEST_F(TypeAheadTest, QuickTypingAndWhatNobodyStartedDropNothing) {
+    blocks_ms_ = 60;
+    for (const int at : {10000, 10020, 10040})
+        type(Qt::Key_Return, "\r", at);
+    EXPECT_EQ(sent_, 3) << "a line that answers at once";
+    now_ms_ += 5000; // a pass of data logging, run by its timer
+    for (const int at : {11000, 12000})
+        type(Qt::Key_A, "a", at);
+    EXPECT_EQ(edit_->text(), "aa");
+    now_ms_ += 5000; // which has to say something
+    input_.drop_typed_meanwhile();
+    type(Qt::Key_Return, "\r", 16000);
+    EXPECT_EQ(sent_, 3) << "the box is not answered by what was typed before";
 }
 
 /// On a line without a handle; hardware lines are watched by the listen window's tests.

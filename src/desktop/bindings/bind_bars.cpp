@@ -54,7 +54,7 @@ class TickingTimer : public QTimer {
         if (ticking_ || !model_.Tick) return;
         const QPointer<TickingTimer> self(this);
         ticking_ = true;
-        const EventRunner run = context_.run; // outlives this, which the handler may end
+        const EventRunner run = context_.run_unasked; // outlives this, which the handler may end
         run(model_.Tick);
         if (self) ticking_ = false;
     }

@@ -24,6 +24,7 @@ struct BindContext {
     EventRunner run;                         // required; every user event goes through it
     QObject* owner = nullptr;                // parent of what has no widget: timers, menus
     ActivationTracker* activation = nullptr; // of the forms' windows
+    EventRunner run_unasked = run;           // for what nobody did: a timer's tick
 };
 
 /// Offers a key to the control's own handler, which `tell` runs; true when the handler took it.

@@ -40,13 +40,22 @@ std::vector<ButtonFace> faces(MessageButtons buttons) {
     return {{QMessageBox::Ok, "&OK", MessageAnswer::Ok}};
 }
 
-QString title_or_application(const std::string& title) {
-    return title.empty() ? QString::fromLatin1(kApplicationTitle) : to_qt(title);
+/// With places where a long word may be broken: a box is as wide as the longest that it shows.
+QString breakable(const QString& line) {
+    constexpr int kMaxWord = 60;
+    constexpr QChar kBreak(0x200B); // has no width
+    QString out;
+    int length = 0;
+    for (const QChar character : line) {
+        length = character.isSpace() ? 0 : length + 1;
+        out += character;
+        if (length % kMaxWord == 0 && length > 0) out += kBreak;
+    }
+    return out;
 }
 
-/// Every kind of line break of the program's texts is one on the screen.
-QString shown_text(const std::string& text) {
-    return to_qt(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
+QString title_or_application(const std::string& title) {
+    return title.empty() ? QString::fromLatin1(kApplicationTitle) : to_qt(title);
 }
 
 /// A file that is given as directory (the last one chosen, say) stands for the folder it lies in.
@@ -84,6 +93,19 @@ std::optional<std::string> choose(const FileDialogRequest& request, QFileDialog:
 
 } // namespace
 
+QString box_text(const std::string& text) {
+    constexpr qsizetype kMaxCharacters = 1500;
+    constexpr qsizetype kMaxLines = 25;
+    QString all = to_qt(text);
+    all.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
+    QStringList lines = all.left(kMaxCharacters).split(u'\n');
+    const bool cut = all.size() > kMaxCharacters || lines.size() > kMaxLines;
+    lines = lines.mid(0, kMaxLines);
+    for (QString& line : lines)
+        line = breakable(visible_line(from_qt(line)));
+    return lines.join(u'\n') + (cut ? QStringLiteral("\u2026") : QString());
+}
+
 QStringList name_filters(const std::string& filter) {
     const QStringList parts = to_qt(filter).split(u'|');
     QStringList out;
@@ -109,7 +131,7 @@ MessageAnswer QtDialogs::message_box(const std::string& text, const std::string&
     QMessageBox box(QApplication::activeWindow());
     box.setWindowTitle(title_or_application(title));
     box.setTextFormat(Qt::PlainText);
-    box.setText(shown_text(text));
+    box.setText(box_text(text));
     box.setIcon(icon == MessageIcon::Exclamation ? QMessageBox::Warning : QMessageBox::NoIcon);
     const std::vector<ButtonFace> shown = faces(buttons);
     for (const ButtonFace& face : shown)
@@ -117,6 +139,7 @@ MessageAnswer QtDialogs::message_box(const std::string& text, const std::string&
     box.setDefaultButton(buttons == MessageButtons::YesNoPreferNo ? QMessageBox::No
                                                                   : shown.front().button);
     box.setEscapeButton(shown.back().button);
+    before_opening_();
     const int pressed = box.exec();
     for (const ButtonFace& face : shown)
         if (pressed == face.button) return face.answer;
@@ -128,18 +151,21 @@ std::string QtDialogs::input_box(const std::string& prompt, const std::string& t
     QInputDialog box(QApplication::activeWindow());
     box.setWindowTitle(title_or_application(title));
     box.setInputMode(QInputDialog::TextInput);
-    box.setLabelText(shown_text(prompt));
+    box.setLabelText(box_text(prompt));
     box.setTextValue(to_qt(default_text));
     if (auto* label = box.findChild<QLabel*>()) label->setTextFormat(Qt::PlainText);
     if (auto* entry = box.findChild<QLineEdit*>()) entry->setAccessibleName(to_qt(prompt));
+    before_opening_();
     return box.exec() == QDialog::Accepted ? from_qt(box.textValue()) : std::string();
 }
 
 std::optional<std::string> QtDialogs::open_file(const FileDialogRequest& request) {
+    before_opening_();
     return choose(request, QFileDialog::AcceptOpen);
 }
 
 std::optional<std::string> QtDialogs::save_file(const FileDialogRequest& request) {
+    before_opening_();
     return choose(request, QFileDialog::AcceptSave);
 }
 

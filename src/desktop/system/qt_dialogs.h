@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QStringList>
+#include <functional>
+#include <utility>
 
 #include "platform/dialogs.h"
 
@@ -11,13 +13,24 @@ inline constexpr char kApplicationTitle[] = "Pelvan 7";
 
 class QtDialogs : public Dialogs {
   public:
+    /// `before_opening` runs before each box and file dialog.
+    explicit QtDialogs(std::function<void()> before_opening = [] {})
+        : before_opening_(std::move(before_opening)) {}
+
     MessageAnswer message_box(const std::string& text, const std::string& title,
                               MessageButtons buttons, MessageIcon icon) override;
     std::string input_box(const std::string& prompt, const std::string& title,
                           const std::string& default_text) override;
     std::optional<std::string> open_file(const FileDialogRequest& request) override;
     std::optional<std::string> save_file(const FileDialogRequest& request) override;
+
+  private:
+    std::function<void()> before_opening_;
 };
+
+/// A text as a box shows it: cut where the box would outgrow the screen, control characters made
+/// visible, and every line end a line end.
+[[nodiscard]] QString box_text(const std::string& text);
 
 /// "Text Files (*.txt)|*.txt|All Files (*.*)|*.*|" as {"Text Files (*.txt)", "All Files (*)"}.
 [[nodiscard]] QStringList name_filters(const std::string& filter);

@@ -1,6 +1,7 @@
 #include "desktop/windows/main_window.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QMdiSubWindow>
 #include <QScreen>
@@ -20,13 +21,19 @@ namespace {
 constexpr QRect kListenPlace{60, 60, 900, 560};
 constexpr QRect kTransferPlace{100, 80, 1000, 560};
 
+std::function<qint64()> elapsed_ms() {
+    QElapsedTimer timer;
+    timer.start();
+    return [timer] { return timer.elapsed(); };
+}
+
 } // namespace
 
 MainWindow::MainWindow(const std::string& directory)
-    : tick_(make_system_tick()), clock_(make_system_clock()),
+    : tick_(make_system_tick()), clock_(make_system_clock()), type_ahead_(elapsed_ms()),
       desktop_((QCoreApplication::applicationDirPath() + "/help").toStdString()),
       application_(Services{*tick_, *clock_, dialogs_, desktop_, directory}, open_serial_device),
-      watcher_(bind_context().run),
+      watcher_(bind_context().run_unasked),
       frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame, desktop_)) {
     Application& app = application_;
     watch_ports();
@@ -99,10 +106,13 @@ void MainWindow::print(const HistoryDocument& document, PrintAction action) {
 }
 
 BindContext MainWindow::bind_context() {
-    EventRunner run = [this](const std::function<void()>& handler) {
+    const EventRunner unasked = [this](const std::function<void()>& handler) {
         application_.events.run(handler);
     };
-    return {std::move(run), nullptr, nullptr};
+    const EventRunner asked = [this, unasked](const std::function<void()>& handler) {
+        type_ahead_.run([&] { unasked(handler); });
+    };
+    return {asked, nullptr, nullptr, unasked};
 }
 
 void MainWindow::watch_ports() {

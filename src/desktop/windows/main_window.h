@@ -11,6 +11,7 @@
 #include "desktop/system/port_watcher.h"
 #include "desktop/system/qt_desktop_services.h"
 #include "desktop/system/qt_dialogs.h"
+#include "desktop/system/type_ahead.h"
 #include "desktop/windows/first_show.h"
 #include "desktop/windows/mdi_frame.h"
 
@@ -41,7 +42,8 @@ class MainWindow {
 
     std::unique_ptr<TickSource> tick_;
     std::unique_ptr<Clock> clock_;
-    QtDialogs dialogs_;
+    TypeAhead type_ahead_;
+    QtDialogs dialogs_{[this] { type_ahead_.drop_typed_meanwhile(); }};
     QtDesktopServices desktop_;
     Application application_;
     PortWatcher watcher_;
