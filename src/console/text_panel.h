@@ -52,7 +52,7 @@ class TextPanel {
     TextSender& sender_;
     Half full_{*this, TextProtocol::Full};
     Half xon_{*this, TextProtocol::Xon};
-    const Half* shown_ = nullptr;
+    const Half* shown_ = &full_; // what the fields look like at first
 };
 
 } // namespace pelvan

@@ -53,6 +53,7 @@ class MainWindowTest : public testing::ProgramTest {
 };
 
 TEST_F(MainWindowTest, TypedCommandAndReplyStandInTheSameLine) {
+    EXPECT_FALSE(find("Fram_CommsCommand")->isVisible()) << "another protocol's";
     find<QRadioButton>("opt_DataFormat(2)")->click();
     auto* start = find<QLineEdit>("txt_Register");
     for (const char* text : {"0", "100"}) {
@@ -85,8 +86,11 @@ TEST_F(MainWindowTest, TimesStayBesideTheirLines) {
         return find<QAbstractItemView>(list)->indexAt(QPoint(2, 2)).row();
     };
     for (int i = 0; i < 1000; ++i)
-        history.add({"", "command", "", "response " + std::to_string(i)});
+        history.add({"", "command", "", std::string(300, 'r') + std::to_string(i)});
     testing::run_events();
+    auto* responses = find<QListView>("lst_CommsResponse");
+    history.frmResponse.hscrl_List.set_Value(-3000); // twips
+    EXPECT_EQ(responses->visualRect(responses->currentIndex()).left(), -3000 / 15);
     EXPECT_FALSE(find("lst_CommsResponseTimes")->isVisible());
     EXPECT_GT(top("lst_CommsResponse"), 900);
     history.frmCommand.mnuTimes.choose();
