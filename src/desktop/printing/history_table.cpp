@@ -14,6 +14,7 @@ namespace pelvan::desktop {
 namespace {
 
 constexpr qreal kPointSize = 8;
+constexpr char kGap[] = "  "; // behind a line that fills its column
 
 QStringList cells(const HistoryDocument& document, const HistoryRow& row) {
     if (!document.with_times) return {visible_line(row.command), visible_line(row.response)};
@@ -26,7 +27,7 @@ QStringList cells(const HistoryDocument& document, const HistoryRow& row) {
 QList<QTextLength> column_widths(const HistoryDocument& document, QPaintDevice& device,
                                  qreal page_width) {
     const QFontMetricsF metrics(print_font(), &device);
-    const QString gap = QStringLiteral("  ");
+    const QString gap = QString::fromLatin1(kGap);
     qreal command = metrics.horizontalAdvance(QStringLiteral("Command") + gap);
     for (const HistoryRow& row : document.rows)
         command = std::max(command, metrics.horizontalAdvance(visible_line(row.command) + gap));
@@ -39,9 +40,14 @@ QList<QTextLength> column_widths(const HistoryDocument& document, QPaintDevice& 
     return {time, share(command), time, QTextLength()};
 }
 
-void fill(QTextTable& table, int row, const QStringList& texts) {
-    for (int column = 0; column < table.columns(); ++column)
-        table.cellAt(row, column).firstCursorPosition().insertText(texts[column]);
+void fill(QTextTable& table, int row, const QStringList& texts, qreal gap) {
+    QTextBlockFormat with_gap;
+    with_gap.setRightMargin(gap);
+    for (int column = 0; column < table.columns(); ++column) {
+        QTextCursor cell = table.cellAt(row, column).firstCursorPosition();
+        if (column < table.columns() - 1) cell.setBlockFormat(with_gap);
+        cell.insertText(texts[column]);
+    }
 }
 
 } // namespace
@@ -69,12 +75,16 @@ std::unique_ptr<QTextDocument> history_table(const HistoryDocument& document, QP
     format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
     format.setColumnWidthConstraints(column_widths(document, device, page.width()));
     const int rows = static_cast<int>(document.rows.size()) + 1;
+    // In the device's own pixels, other than fixed widths; less than what the columns allow for,
+    // which is rounded.
+    const qreal gap =
+        0.9 * QFontMetricsF(print_font(), &device).horizontalAdvance(QString::fromLatin1(kGap));
     QTextCursor cursor(text.get());
     cursor.beginEditBlock();
     QTextTable* table = cursor.insertTable(rows, document.with_times ? 4 : 2, format);
-    fill(*table, 0, cells(document, {"Sent", "Command", "Received", "Response"}));
+    fill(*table, 0, cells(document, {"Sent", "Command", "Received", "Response"}), gap);
     for (int row = 1; row < rows; ++row)
-        fill(*table, row, cells(document, document.rows[static_cast<std::size_t>(row - 1)]));
+        fill(*table, row, cells(document, document.rows[static_cast<std::size_t>(row - 1)]), gap);
     cursor.endEditBlock();
     text->setPageSize(page);
     return text;
