@@ -31,7 +31,7 @@ TEST_F(ListTest, TenThousandLinesArriveOneByOneAndTheSelectedOneIsInSight) {
     EXPECT_TRUE(view_->viewport()->rect().contains(last));
     EXPECT_EQ(view_->indexAt(last.center()).data().toString(), "line 9999");
     QTest::keyClick(view_, Qt::Key_PageUp);
-    EXPECT_EQ(list_.ListIndex(), 9999 - view_->verticalScrollBar()->pageStep());
+    EXPECT_NEAR(list_.ListIndex(), 9999 - view_->verticalScrollBar()->pageStep(), 1);
     EXPECT_EQ(view_->horizontalScrollBar()->maximum(), 0);
     list_.Clear();
     const std::string line(1000, 'W'); // can be seen in its whole length

@@ -11,6 +11,13 @@ namespace {
 constexpr int kTwipsPerPixel = 15;
 constexpr int kPageTwips = 3000;
 
+/// Takes no room. Switched off, the bar would have no range to scroll in.
+class HiddenBar : public QScrollBar {
+  public:
+    using QScrollBar::QScrollBar;
+    [[nodiscard]] QSize sizeHint() const override { return {0, 0}; }
+};
+
 /// The list is drawn shifted to the left by what the model's scroll bar says: the bar counts
 /// downwards in twips, the view's own (hidden) bar upwards in pixels.
 void follow(QAbstractItemView* view, const ScrollBar& bar) {
@@ -19,7 +26,7 @@ void follow(QAbstractItemView* view, const ScrollBar& bar) {
 
 QListView* make_list(const BindContext& context, ListBox& model) {
     auto* view = new QListView;
-    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setHorizontalScrollBar(new HiddenBar(Qt::Horizontal));
     bind(context, model, view);
     return view;
 }
