@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "transfer/profile_access.h"
-#include "transfer/setup_file.h"
+#include "registers/profile_access.h"
+#include "registers/setup_file.h"
 
 namespace pelvan {
 

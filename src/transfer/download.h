@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "transfer/sequence_file.h"
-#include "transfer/setup_file.h"
-#include "transfer/transfer_run.h"
+#include "registers/sequence_file.h"
+#include "registers/setup_file.h"
+#include "registers/transfer_run.h"
 
 namespace pelvan {
 

@@ -11,7 +11,7 @@
 #include "forms/lists.h"
 #include "platform/event.h"
 #include "platform/services.h"
-#include "transfer/transfer_run.h"
+#include "registers/transfer_run.h"
 
 namespace pelvan {
 

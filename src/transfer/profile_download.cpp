@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "platform/text_file.h"
+#include "registers/setup_file.h"
 #include "text/numbers.h"
-#include "transfer/setup_file.h"
 
 namespace pelvan {
 namespace {

@@ -10,7 +10,7 @@
 
 #include <string>
 
-#include "transfer/profile_access.h"
+#include "registers/profile_access.h"
 
 namespace pelvan {
 

@@ -4,8 +4,8 @@
 
 #include <set>
 
-#include "transfer/profile_access.h"
-#include "transfer/setup_file.h"
+#include "registers/profile_access.h"
+#include "registers/setup_file.h"
 
 namespace pelvan {
 

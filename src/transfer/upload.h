@@ -4,9 +4,9 @@
 
 #include <string>
 
+#include "registers/setup_file.h"
+#include "registers/transfer_run.h"
 #include "transfer/profile_upload.h"
-#include "transfer/setup_file.h"
-#include "transfer/transfer_run.h"
 
 namespace pelvan {
 

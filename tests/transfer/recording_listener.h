@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "transfer/transfer_listener.h"
+#include "registers/transfer_listener.h"
 
 namespace pelvan::testing {
 

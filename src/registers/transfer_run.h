@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/tick.h"
-#include "transfer/controller_access.h"
+#include "registers/controller_access.h"
 
 namespace pelvan {
 

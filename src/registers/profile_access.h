@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include "transfer/sequence_file.h"
-#include "transfer/transfer_run.h"
+#include "registers/sequence_file.h"
+#include "registers/transfer_run.h"
 
 namespace pelvan {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/text_file.h"
-#include "transfer/transfer_listener.h"
+#include "registers/transfer_listener.h"
 
 namespace pelvan {
 

@@ -1,4 +1,4 @@
-#include "transfer/profile_access.h"
+#include "registers/profile_access.h"
 
 namespace pelvan {
 namespace {

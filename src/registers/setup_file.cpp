@@ -1,4 +1,4 @@
-#include "transfer/setup_file.h"
+#include "registers/setup_file.h"
 
 #include <algorithm>
 #include <array>

@@ -1,11 +1,11 @@
-#include "transfer/sequence_file.h"
+#include "registers/sequence_file.h"
 
 #include <algorithm>
 #include <array>
 
+#include "registers/setup_file.h"
 #include "text/numbers.h"
 #include "text/strings.h"
-#include "transfer/setup_file.h"
 
 namespace pelvan {
 namespace {

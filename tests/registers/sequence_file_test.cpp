@@ -1,4 +1,4 @@
-#include "transfer/sequence_file.h"
+#include "registers/sequence_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
-#include "transfer/controller_access.h"
+#include "registers/controller_access.h"
 
 #include <array>
 
 #include "platform/run_time_error.h"
 #include "protocols/modbus/crc.h"
+#include "registers/setup_file.h"
 #include "text/numbers.h"
 #include "text/strings.h"
-#include "transfer/setup_file.h"
 
 namespace pelvan {
 namespace {

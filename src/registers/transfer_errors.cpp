@@ -1,11 +1,11 @@
-#include "transfer/transfer_errors.h"
+#include "registers/transfer_errors.h"
 
 #include <filesystem>
 #include <utility>
 
 #include "platform/run_time_error.h"
+#include "registers/setup_file.h"
 #include "text/numbers.h"
-#include "transfer/setup_file.h"
 
 namespace pelvan {
 namespace {

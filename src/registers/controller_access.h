@@ -7,8 +7,8 @@
 #include <string>
 
 #include "protocols/modbus/modbus.h"
+#include "registers/transfer_errors.h"
 #include "serial/link.h"
-#include "transfer/transfer_errors.h"
 
 namespace pelvan {
 
