@@ -16,6 +16,10 @@ std::string next_line(TextReader& reader) {
     return reader.AtEndOfStream() ? std::string() : reader.readline();
 }
 
+std::size_t digits_at_start(std::string_view text) {
+    return std::min(text.find_first_not_of("0123456789"), text.size());
+}
+
 /// A first line without the mark that some editors put before UTF-8.
 std::string without_mark(std::string line) {
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
@@ -24,7 +28,7 @@ std::string without_mark(std::string line) {
 }
 
 /// The selecting registers, one a line, in this order at the head of a .pds.
-constexpr std::array<float ProfileSequence::*, 6> kSelectors{
+constexpr std::array<ProfileRegister ProfileSequence::*, 6> kSelectors{
     &ProfileSequence::profile_number, &ProfileSequence::step_number,
     &ProfileSequence::action,         &ProfileSequence::step_type,
     &ProfileSequence::step_count,     &ProfileSequence::highest_profile};
@@ -32,16 +36,24 @@ constexpr std::array<float ProfileSequence::*, 6> kSelectors{
 /// Takes the lines of a .pds one by one.
 class ProfileSequenceReader {
   public:
+    explicit ProfileSequenceReader(SequenceFault& fault) : fault_(fault) {}
+
     bool take(const std::string& line) {
         if (trim(line).empty()) return true;
         const auto number = GetRegNumber(line);
-        if (selectors_read_ < kSelectors.size()) {
-            if (number) sequence.*kSelectors[selectors_read_++] = *number;
-            return number.has_value();
-        }
-        if (!number) return open_section(upper_case(line));
-        if (section_) section_->push_back(*number);
-        return section_ != nullptr;
+        const bool selecting = selectors_read_ < kSelectors.size();
+        if (!number) return !selecting && open_section(line);
+        if (!selecting && section_ == nullptr) return false;
+        RegisterText text =
+            parse_register_text(std::string_view(line).substr(digits_at_start(line)));
+        fault_.reason = text.problem;
+        ProfileRegister read{*number, std::move(text.text), std::move(text.attributes),
+                             fault_.line};
+        if (selecting)
+            sequence.*kSelectors[selectors_read_++] = std::move(read);
+        else
+            section_->push_back(std::move(read));
+        return fault_.reason.empty();
     }
     [[nodiscard]] bool complete() const { return selectors_read_ == kSelectors.size(); }
 
@@ -51,19 +63,32 @@ class ProfileSequenceReader {
     bool open_section(const std::string& line) {
         constexpr std::string_view kProfile = "PROFILE";
         constexpr std::string_view kType = "TYPE ";
-        if (line.starts_with(kProfile)) {
+        const std::string upper = upper_case(line);
+        if (upper.starts_with(kProfile)) {
             section_ = &sequence.profile_registers;
             return true;
         }
-        if (!line.starts_with(kType)) return false;
-        const auto type = GetRegNumber(trim(line.substr(kType.size())));
+        if (upper == "RUN" || upper.starts_with("RUN ")) {
+            section_ = &sequence.run_registers;
+            return true;
+        }
+        return upper.starts_with(kType) && open_type(trim(line.substr(kType.size())));
+    }
+
+    bool open_type(const std::string& text) {
+        const auto type = GetRegNumber(text);
         if (!type || *type > 32767) return false;
-        section_ = &sequence.step_registers[static_cast<int>(*type)];
+        const std::string name = trim(std::string_view(text).substr(digits_at_start(text)));
+        StepSection& section = sequence.step_types[static_cast<int>(*type)];
+        if (section.line == 0) section.line = fault_.line;
+        if (section.name.empty()) section.name = name;
+        section_ = &section.registers;
         return true;
     }
 
+    SequenceFault& fault_;
     std::size_t selectors_read_ = 0;
-    std::vector<float>* section_ = nullptr;
+    std::vector<ProfileRegister>* section_ = nullptr;
 };
 
 } // namespace
@@ -90,16 +115,18 @@ int register_lines(int cds_lines) {
     return std::max(0, cds_lines - (kFirstRegisterLine - 1));
 }
 
-std::optional<ProfileSequence> read_profile_sequence(const std::string& path, int& bad_line) {
+std::optional<ProfileSequence> read_profile_sequence(const std::string& path,
+                                                     SequenceFault& fault) {
     const auto reader = opentextfile(path);
-    ProfileSequenceReader lines;
+    fault = {};
+    ProfileSequenceReader lines(fault);
     while (!reader->AtEndOfStream()) {
-        bad_line = reader->Line();
+        fault.line = reader->Line();
         if (!lines.take(without_mark(reader->readline()))) return std::nullopt;
     }
-    bad_line = reader->Line();
+    fault.line = reader->Line();
     if (!lines.complete()) return std::nullopt;
-    return lines.sequence;
+    return std::move(lines.sequence);
 }
 
 } // namespace pelvan

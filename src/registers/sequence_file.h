@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/text_file.h"
+#include "registers/register_attributes.h"
 
 namespace pelvan {
 
@@ -51,21 +52,42 @@ class SequenceFile {
 /// Register lines that a .cds of so many lines can have.
 [[nodiscard]] int register_lines(int cds_lines);
 
-/// What a .pds file says.
-struct ProfileSequence {
-    float profile_number = 0;
-    float step_number = 0;
-    float action = 0;
-    float step_type = 0;
-    float step_count = 0;
-    float highest_profile = 0;
-    std::vector<float> profile_registers;             // read once a profile
-    std::map<int, std::vector<float>> step_registers; // read for each step, by its type
+/// A register that a .pds names.
+struct ProfileRegister {
+    float number = 0;
+    std::string text;
+    RegisterAttributes attributes;
+    int line = 0; // of the file
 };
 
-/// Reads a .pds file; nothing, and the number of the line in `bad_line`, when a line is not
-/// understood. Lines without content are skipped.
+/// A kind of step.
+struct StepSection {
+    std::string name;
+    std::vector<ProfileRegister> registers;
+    int line = 0;
+};
+
+/// What a .pds file says.
+struct ProfileSequence {
+    ProfileRegister profile_number;
+    ProfileRegister step_number;
+    ProfileRegister action;
+    ProfileRegister step_type;
+    ProfileRegister step_count;
+    ProfileRegister highest_profile;
+    std::vector<ProfileRegister> profile_registers; // read once a profile
+    std::map<int, StepSection> step_types;          // what is read for each step, by its type
+    std::vector<ProfileRegister> run_registers;     // of what runs, no part of a profile
+};
+
+/// The line at which a .pds file is not understood.
+struct SequenceFault {
+    int line = 0;
+    std::string reason; // a sentence; empty when the line is missing or of no known kind
+};
+
+/// Reads a .pds file; nothing when a line is not understood. Lines without content are skipped.
 [[nodiscard]] std::optional<ProfileSequence> read_profile_sequence(const std::string& path,
-                                                                   int& bad_line);
+                                                                   SequenceFault& fault);
 
 } // namespace pelvan

@@ -22,11 +22,12 @@ std::optional<ProfileSequence> ProfileDownload::read_sequence(const std::string&
                            ".");
         return std::nullopt;
     }
-    int line = 0;
-    auto sequence = read_profile_sequence(path, line);
+    SequenceFault fault;
+    auto sequence = read_profile_sequence(path, fault);
     if (!sequence)
-        run_.listener.tell("Line " + std::to_string(line) + " of the file " + model +
-                           ".pds is missing or not understood.");
+        run_.listener.tell("Line " + std::to_string(fault.line) + " of the file " + model +
+                           ".pds is missing or not understood." +
+                           (fault.reason.empty() ? "" : " " + fault.reason));
     return sequence;
 }
 
@@ -38,9 +39,9 @@ void ProfileDownload::DownLoadProfiles(const std::string& model) {
     }
     const std::string number = plain_number(leading_number(model));
     run_.errors.open_file(reg_downloads_path(run_.directory, number + "_Download_Error.TXT"));
-    ProfileAccess profiles(run_,
-                           {sequence->profile_number, sequence->action, sequence->step_count});
-    const auto highest = run_.access.read_number(sequence->highest_profile);
+    ProfileAccess profiles(run_, {sequence->profile_number.number, sequence->action.number,
+                                  sequence->step_count.number});
+    const auto highest = run_.access.read_number(sequence->highest_profile.number);
     if (!highest) {
         run_.cancel.canceled = true;
         return;
@@ -57,15 +58,15 @@ void ProfileDownload::DownLoadProfiles(const std::string& model) {
 void ProfileDownload::download_profile(ProfileAccess& profiles, const ProfileSequence& sequence,
                                        int number) {
     const Reply selected =
-        profiles.select_recorded(sequence.profile_number, static_cast<float>(number));
+        profiles.select_recorded(sequence.profile_number.number, static_cast<float>(number));
     if (!selected.is(Verdict::Accepted)) return;
     const auto steps = profiles.step_count();
     // None: a number whose profile was erased while higher ones were there.
     if (!steps || *steps <= 0) return run_.listener.let_events_run();
-    write_line(sequence.profile_number, std::to_string(number));
-    write_line(sequence.action, text_of(ProfileAction::Create));
+    write_line(sequence.profile_number.number, std::to_string(number));
+    write_line(sequence.action.number, text_of(ProfileAction::Create));
     for (int i = 1; i < *steps; ++i)
-        write_line(sequence.action, text_of(ProfileAction::InsertStep));
+        write_line(sequence.action.number, text_of(ProfileAction::InsertStep));
     download_registers(sequence.profile_registers);
     for (int step = 1; step <= *steps && !run_.canceled(); ++step)
         download_step(profiles, sequence, step);
@@ -73,25 +74,27 @@ void ProfileDownload::download_profile(ProfileAccess& profiles, const ProfileSeq
 
 void ProfileDownload::download_step(ProfileAccess& profiles, const ProfileSequence& sequence,
                                     int step) {
-    const Reply selected = profiles.select_recorded(sequence.step_number, static_cast<float>(step));
+    const Reply selected =
+        profiles.select_recorded(sequence.step_number.number, static_cast<float>(step));
     if (!selected.is(Verdict::Accepted)) return;
-    const auto type = run_.access.read_number(sequence.step_type);
+    const auto type = run_.access.read_number(sequence.step_type.number);
     if (!type) {
         run_.cancel.canceled = true;
         return;
     }
-    write_line(sequence.step_number, std::to_string(step));
-    write_line(sequence.step_type, std::to_string(*type));
-    const auto registers = sequence.step_registers.find(*type);
-    if (registers == sequence.step_registers.end())
-        return run_.errors.list("No such step type in the .pds file", sequence.step_type,
+    write_line(sequence.step_number.number, std::to_string(step));
+    write_line(sequence.step_type.number, std::to_string(*type));
+    const auto registers = sequence.step_types.find(*type);
+    if (registers == sequence.step_types.end())
+        return run_.errors.list("No such step type in the .pds file", sequence.step_type.number,
                                 std::to_string(*type));
-    download_registers(registers->second);
+    download_registers(registers->second.registers);
 }
 
-void ProfileDownload::download_registers(const std::vector<float>& registers) {
-    for (const float register_number : registers) {
+void ProfileDownload::download_registers(const std::vector<ProfileRegister>& registers) {
+    for (const ProfileRegister& named : registers) {
         if (run_.canceled()) return;
+        const float register_number = named.number;
         const Reading reading = run_.access.read(register_number);
         if (reading.failed()) run_.cancel.canceled = true;
         if (!reading.failed() && !is_skip_mark(reading.value))

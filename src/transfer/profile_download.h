@@ -26,7 +26,7 @@ class ProfileDownload {
     [[nodiscard]] std::optional<ProfileSequence> read_sequence(const std::string& model);
     void download_profile(ProfileAccess& profiles, const ProfileSequence& sequence, int number);
     void download_step(ProfileAccess& profiles, const ProfileSequence& sequence, int step);
-    void download_registers(const std::vector<float>& registers);
+    void download_registers(const std::vector<ProfileRegister>& registers);
     void write_line(float register_number, const std::string& value);
 
     TransferRun& run_;
