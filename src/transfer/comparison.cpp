@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "platform/scope_guard.h"
 #include "text/numbers.h"
 
 namespace pelvan {
 
 TransferResult Comparison::run(const std::string& file) {
+    const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
     run_.listener.begun();
     run_.listener.working();
     const SetupFile setup(file);
@@ -27,7 +29,6 @@ TransferResult Comparison::run(const std::string& file) {
     }
     run_.log("*******Compare Complete*******");
     run_.listener.tell(outcome());
-    run_.access.leave_line();
     return {compared_ > 0, run_.errors.faults(), differences_};
 }
 

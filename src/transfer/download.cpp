@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/scope_guard.h"
 #include "text/numbers.h"
 #include "transfer/profile_download.h"
 
@@ -19,6 +20,7 @@ constexpr std::size_t kHeldBackWritten = 16;
 } // namespace
 
 TransferResult Download::run() {
+    const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
     auto plan = prepare();
     if (!plan) return {false, run_.errors.faults(), 0};
     run_.listener.begun();
@@ -31,7 +33,6 @@ TransferResult Download::run() {
         if (plan->sequence.has_profiles()) download_profiles(*plan);
     }
     end(*plan);
-    run_.access.leave_line();
     return {!run_.canceled() && listed_ > 0, run_.errors.faults(), 0};
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "platform/run_time_error.h"
+#include "platform/scope_guard.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -15,8 +16,8 @@ constexpr char kCanceledEntry[] = "Download Canceled ";
 } // namespace
 
 TransferResult Upload::run(const std::string& file) {
+    const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
     if (const auto plan = prepare(file)) restore(*plan);
-    run_.access.leave_line();
     return {completed_, run_.errors.faults(), 0};
 }
 
@@ -114,8 +115,11 @@ bool Upload::restore_all(const Plan& plan, ProfileUpload& profiles) {
 }
 
 void Upload::tell_partly_restored(const Plan& plan) {
-    run_.listener.tell(std::to_string(restored_) + " of " +
-                       std::to_string(plan.file.register_lines().size()) +
+    const std::string lines = std::to_string(plan.file.register_lines().size());
+    if (restored_ == 0)
+        return run_.listener.tell("None of the " + lines +
+                                  " lines was restored. The controller's settings may be erased.");
+    run_.listener.tell(std::to_string(restored_) + " of " + lines +
                        " lines were restored. The controller's settings were erased and are only "
                        "partly restored: restore the file again.");
 }

@@ -119,6 +119,13 @@ TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
     }
 }
 
+TEST_F(DownloadTest, ALateAnswerToATransferThatEndedEarlyReachesNobody) {
+    delay_ms = [](int) { return 600.0; };
+    EXPECT_FALSE(download().completed) << "given up at the model";
+    silent[1] = 1;
+    EXPECT_EQ(rig.link.transmit(1, frame("01 03 00 01 00 01"), 1000, 30), "");
+}
+
 TEST_F(DownloadTest, DamagedRepliesAreStoredAsTheyAreAndListed) {
     write_sequence("742.cds", kHead + "5\r\n6\r\n9\r\n10\r\n");
     instead = {

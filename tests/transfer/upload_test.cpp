@@ -13,6 +13,9 @@ constexpr char kMismatch[] =
     "of values is canceled.";
 
 std::string partly(int done, int of) {
+    if (done == 0)
+        return "None of the " + std::to_string(of) +
+               " lines was restored. The controller's settings may be erased.";
     return std::to_string(done) + " of " + std::to_string(of) +
            " lines were restored. The controller's settings were erased and are only partly "
            "restored: restore the file again.";
