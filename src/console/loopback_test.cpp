@@ -36,6 +36,12 @@ bool verify_port(Link& link, Clock& clock, std::int16_t channel, LoopbackListene
         listener.exchanged(times.row(text, received));
         return received == text;
     };
+    // Between the halves somebody moves a jumper: nobody else's bytes may come back meanwhile.
+    const LineClaim claim = link.claim();
+    if (!claim) {
+        listener.message(link.refusal().c_str(), kTitle);
+        return false;
+    }
     listener.message(kIntroduction, kTitle);
     listener.jumper_expected(true);
     if (!comes_back(kEchoText)) {

@@ -38,6 +38,10 @@ TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
           "Test failed. Check the wiring or verify the comm port and it's settings."},
          {kEcho + " > "}},
     };
+    Link other{rig.table, rig.countdowns, rig.dialogs, rig.log};
+    rig.dialogs.on_message = [&](const std::string& text) {
+        EXPECT_FALSE(other.refusal().empty()) << "its bytes would come between: " << text;
+    };
     for (const auto& [jumper, entry, messages, pairs] : cases) {
         rig.dialogs.shown.clear();
         rig.history.clear();
