@@ -1,26 +1,16 @@
 #include "console/send_outcome.h"
 
-#include "serial/errors.h"
+#include "text/date_time.h"
 
 namespace pelvan {
-namespace {
-
-/// "16:30:05.250"
-std::string moment_text(const LocalTime& time) {
-    const std::string thousandths = std::to_string(1000 + time.millisecond % 1000);
-    return time_text(time) + "." + thousandths.substr(1);
-}
-
-} // namespace
 
 ExchangeTimes::ExchangeTimes(CountdownPool& ticks, Clock& clock)
-    : ticks_(ticks), clock_(clock), begun_(ticks.read_tick()), sent_at_(moment_text(clock.now())) {}
+    : ticks_(ticks), clock_(clock), begun_(ticks.read_tick()), sent_at_(time_ms_text(clock.now())) {
+}
 
 void ExchangeTimes::end() {
-    // Unsigned, so that a tick that wrapped meanwhile gives the right span.
-    taken_ms_ = static_cast<long>(static_cast<std::uint32_t>(ticks_.read_tick()) -
-                                  static_cast<std::uint32_t>(begun_));
-    received_at_ = moment_text(clock_.now());
+    taken_ms_ = static_cast<long>(tick_span(begun_, ticks_.read_tick()));
+    received_at_ = time_ms_text(clock_.now());
 }
 
 std::string ExchangeTimes::status(std::size_t bytes_sent, std::size_t bytes_received) const {

@@ -1,5 +1,6 @@
 #include "console/text_sender.h"
 
+#include "text/bytes.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -33,14 +34,7 @@ std::string taken_text(const ExchangeTimes& times) {
 std::string printable(std::string_view text) {
     while (!text.empty() && (text.back() == '\r' || text.back() == '\n'))
         text.remove_suffix(1);
-    std::string out;
-    for (const char c : text) {
-        if (c >= ' ' && c <= '~')
-            out += c;
-        else
-            out += "<" + hex_text(static_cast<unsigned char>(c), 2) + ">";
-    }
-    return out;
+    return ascii_in_brackets(text);
 }
 
 SendOutcome TextSender::send(TextProtocol protocol, const TextEntry& entry) {
