@@ -2,14 +2,12 @@
 
 #include "config/ini.h"
 #include "platform/serial_devices.h"
+#include "platform/serial_port.h"
 
 namespace pelvan {
-namespace {
-constexpr int kMaxPort = 16;
-} // namespace
 
 std::optional<std::string> device_for_port(int number, const std::string& ini_file) {
-    if (number < 1 || number > kMaxPort) return std::nullopt;
+    if (!is_port_number(number)) return std::nullopt;
     const std::string assigned =
         ini_read_string(ini_key::kDevicesSection, ini_key::serial_device(number), "", ini_file);
     if (!assigned.empty()) return assigned;

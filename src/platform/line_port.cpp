@@ -7,7 +7,6 @@
 namespace pelvan {
 namespace {
 
-constexpr int kMaxPort = 16;
 constexpr std::int16_t kXonXoff = 1;
 
 /// What waits unread never grows beyond this; what follows is dropped, as a full hardware buffer
@@ -21,7 +20,7 @@ LinePort::LinePort(DeviceMap devices, LineOpener opener)
 
 void LinePort::set_CommPort(std::int16_t number) {
     if (open_) throw RunTimeError(error_number::kOpenNotAllowed);
-    if (number < 1 || number > kMaxPort) throw RunTimeError(error_number::kInvalidPortNumber);
+    if (!is_port_number(number)) throw RunTimeError(error_number::kInvalidPortNumber);
     comm_port_ = number;
 }
 

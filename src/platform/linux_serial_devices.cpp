@@ -14,6 +14,7 @@
 #include <map>
 #include <tuple>
 
+#include "platform/serial_port.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 
@@ -22,7 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kMaxPort = 16;
 const std::string kBuiltInName = "ttyS";
 
 std::string first_line(const fs::path& file) {
@@ -149,7 +149,7 @@ DeviceState probe_device(const std::string& path, const DeviceRoots& roots) {
 }
 
 std::optional<std::string> built_in_device(int number, const DeviceRoots& roots) {
-    if (number < 1 || number > kMaxPort) return {};
+    if (!is_port_number(number)) return {};
     const std::string name = kBuiltInName + std::to_string(number - 1);
     if (!has_uart(first_line(fs::path(roots.sys) / "class/tty" / name / "type"))) return {};
     return (fs::path(roots.dev) / name).string();

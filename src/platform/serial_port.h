@@ -15,6 +15,13 @@
 
 namespace pelvan {
 
+inline constexpr int kMinPortNumber = 1;
+inline constexpr int kMaxPortNumber = 16;
+
+[[nodiscard]] constexpr bool is_port_number(double number) {
+    return number >= kMinPortNumber && number <= kMaxPortNumber;
+}
+
 /// Function codes of `EscapeCommFunction`.
 enum class EscapeCode { SETRTS = 3, CLRRTS = 4, SETDTR = 5, CLRDTR = 6 };
 

@@ -10,8 +10,6 @@
 namespace pelvan {
 namespace {
 
-constexpr std::int16_t kMinPort = 1;
-constexpr std::int16_t kMaxPort = 16;
 constexpr std::size_t kMinSettingsLength = 9;
 constexpr std::size_t kMaxSettingsLength = 11;
 constexpr char kDefaultSettings[] = "9600,N,8,1";
@@ -35,10 +33,6 @@ constexpr std::array<ModemMode, 6> kModemModes{{
     {true, true, 1, false},
     {true, false, 1, true},
 }};
-
-bool valid_port(std::int16_t port) {
-    return port >= kMinPort && port <= kMaxPort;
-}
 
 struct PortErrorText {
     int number;
@@ -151,7 +145,7 @@ bool ChannelTable::build_channel(int n) {
     for (;;) {
         port = ini_read_int(ini_key::kCommsSection, ini_key::comm_port(n), 0, config_.gIniFile);
         if (port == 0) return false;
-        if (valid_port(port)) break;
+        if (is_port_number(port)) break;
         // Required: the same key is read again, so the message comes back after every
         // acknowledgement until somebody mends the file. Where nobody is there any more to give
         // one, the list ends.
@@ -186,7 +180,7 @@ void ChannelTable::set_settle_time(int channel, const std::string& settings) {
 
 void ChannelTable::define_comms_control(std::int16_t channel, std::int16_t port,
                                         const std::string& settings, const std::string& rts_mode) {
-    if (!valid_port(port)) {
+    if (!is_port_number(port)) {
         dialogs_.message_box("port_number% can only be (1 to 16) in sub define_comms_control");
         return;
     }

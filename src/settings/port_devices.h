@@ -8,16 +8,10 @@
 
 #include "config/ini.h"
 #include "platform/serial_devices.h"
+#include "platform/serial_port.h"
 #include "serial/channel_table.h"
 
 namespace pelvan {
-
-inline constexpr int kMinPortNumber = 1;
-inline constexpr int kMaxPortNumber = 16;
-
-[[nodiscard]] constexpr bool is_port_number(double number) {
-    return number >= kMinPortNumber && number <= kMaxPortNumber;
-}
 
 struct DeviceChoice {
     std::string device; // as it is written into the file; empty ends an assignment

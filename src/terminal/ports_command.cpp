@@ -1,13 +1,12 @@
 #include "config/device_map.h"
 #include "console/start_up.h"
 #include "platform/serial_devices.h"
+#include "platform/serial_port.h"
 #include "simulator/line/device_text.h"
 #include "terminal/commands.h"
 
 namespace pelvan {
 namespace {
-
-constexpr int kMaxPort = 16;
 
 std::string state_of(const std::string& device) {
     if (simulator::is_simulated(device))
@@ -29,7 +28,7 @@ int list_ports(TerminalEnvironment& environment) {
     if (devices.empty()) out << "  none\n";
     out << "Port numbers (section \"SERIAL DEVICES\" of " << ini << "):\n";
     bool any = false;
-    for (int number = 1; number <= kMaxPort; ++number) {
+    for (int number = kMinPortNumber; number <= kMaxPortNumber; ++number) {
         const auto device = device_for_port(number, ini);
         if (!device) continue;
         any = true;
