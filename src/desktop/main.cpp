@@ -1,11 +1,14 @@
 // `pelvan7` opens the windows, `pelvan7 COMMAND` works without a screen.
 #include <QApplication>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 
+#include "desktop/bindings/qt_text.h"
 #include "desktop/system/app_icon.h"
 #include "desktop/system/end_signals.h"
+#include "desktop/system/qt_dialogs.h"
 #include "desktop/windows/main_window.h"
 #include "terminal/terminal.h"
 
@@ -32,6 +35,16 @@ void say_why_no_window(QtMsgType type, const QMessageLogContext&, const QString&
     if (type != QtDebugMsg && type != QtInfoMsg) std::cerr << text.toStdString() << "\n";
 }
 
+/// Its files would be looked for, and saved, under another name.
+int refuse_directory(const std::string& path) {
+    pelvan::desktop::QtDialogs().message_box("The windows cannot work in the directory " + path +
+                                                 ", because its name is not UTF-8. Rename it, or "
+                                                 "start with --directory and another one.",
+                                             {}, pelvan::MessageButtons::Ok,
+                                             pelvan::MessageIcon::Exclamation);
+    return pelvan::exit_code::kFailed;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -44,6 +57,9 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("Pelvan 7");
     QApplication::setDesktopFileName("pelvan7");
     QApplication::setWindowIcon(pelvan::desktop::app_icon());
+    if (const std::string path = std::filesystem::absolute(directory).string();
+        !pelvan::desktop::survives_qt(path))
+        return refuse_directory(path);
     pelvan::desktop::MainWindow window(directory);
     window.open();
 #ifdef Q_OS_UNIX

@@ -1,6 +1,7 @@
 // Dialogs, desktop services and the watcher of received bytes.
 #include <csignal>
 
+#include "desktop/bindings/qt_text.h"
 #include "desktop/system/end_signals.h"
 #include "desktop/system/port_watcher.h"
 #include "desktop/system/qt_desktop_services.h"
@@ -260,6 +261,24 @@ TEST(EndSignalsTest, ASignalBecomesOneEvent) {
     testing::run_events();
     testing::run_events();
     EXPECT_EQ(ended, 1);
+}
+
+TEST(EndSignalsTest, TheEndOfASessionMayComeTwiceAndAClosedTerminalIsNone) {
+    int ended = 0;
+    const EndSignals signals([&] { ++ended; });
+    std::raise(SIGPIPE);
+    testing::run_events();
+    EXPECT_EQ(ended, 0);
+    for (int i = 0; i < 2; ++i)
+        std::raise(SIGHUP); // of the terminal and of the shell
+    testing::run_events();
+    EXPECT_EQ(ended, 1);
+}
+
+TEST(QtText, OnlyUtf8ComesBackAsItWas) {
+    EXPECT_TRUE(survives_qt("/home/k\xC3\xA4the/\xF0\x9F\x94\xA5 a"));
+    EXPECT_FALSE(survives_qt("/home/k\xE4the"));
+    EXPECT_FALSE(survives_qt("\xED\xA0\x80")); // half of a pair
 }
 
 } // namespace

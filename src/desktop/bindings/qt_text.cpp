@@ -16,6 +16,10 @@ std::string from_qt(const QString& text) {
     return text.toStdString();
 }
 
+bool survives_qt(const std::string& text) {
+    return from_qt(to_qt(text)) == text;
+}
+
 QString without_marks(const QString& caption) {
     QString out;
     for (qsizetype i = 0; i < caption.size(); ++i) {

@@ -10,6 +10,9 @@ namespace pelvan::desktop {
 [[nodiscard]] QString to_qt(const std::string& text);
 [[nodiscard]] std::string from_qt(const QString& text);
 
+/// Whether a text comes back from Qt as it was: one that is not UTF-8 does not.
+[[nodiscard]] bool survives_qt(const std::string& text);
+
 /// A caption without its access-key marks.
 [[nodiscard]] QString without_marks(const QString& caption);
 
