@@ -9,9 +9,6 @@
 
 namespace pelvan {
 
-/// Values of the action register.
-enum class ProfileAction { Create = 1, Erase = 2, InsertStep = 3 };
-
 enum class ProfilePresence {
     GivenUp,
     /// The controller did not take the number.

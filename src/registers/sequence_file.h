@@ -52,6 +52,9 @@ class SequenceFile {
 /// Register lines that a .cds of so many lines can have.
 [[nodiscard]] int register_lines(int cds_lines);
 
+/// Values of the action register.
+enum class ProfileAction { Create = 1, Erase = 2, InsertStep = 3 };
+
 /// A register that a .pds names.
 struct ProfileRegister {
     float number = 0;
