@@ -43,15 +43,15 @@ SendOutcome TextSender::send(TextProtocol protocol, const TextEntry& entry) {
 
 SendOutcome TextSender::send_full(const TextEntry& entry) {
     ExchangeTimes times(link_.countdowns(), clock_);
-    const std::string result = full_.full_command(
-        entry.command, address_number(entry.device_address), kFullCommandTimeoutMs);
+    const FullReply reply = full_.full_command(entry.command, address_number(entry.device_address),
+                                               kFullCommandTimeoutMs);
     times.end();
-    std::string shown = printable(result);
-    if (result.empty()) shown = entry.command.starts_with('?') ? kNoData : kNoReadOrWrite;
-    SendOutcome outcome{SendOutcome::Kind::Done, shown, full_.completed(), {}, {}};
+    std::string shown = printable(reply.text);
+    if (reply.text.empty()) shown = entry.command.starts_with('?') ? kNoData : kNoReadOrWrite;
+    SendOutcome outcome{SendOutcome::Kind::Done, shown, reply.completed, {}, {}};
     if (outcome.accepted)
         outcome.status = taken_text(times);
-    else if (says_nothing_came(result))
+    else if (says_nothing_came(reply.text))
         outcome.kind = SendOutcome::Kind::NoReply;
     outcome.row = times.row(printable(entry.command), shown);
     return outcome;

@@ -1,5 +1,7 @@
 #include "protocols/full/full_protocol.h"
 
+#include <utility>
+
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -128,23 +130,19 @@ std::string FullProtocol::full_error_query() {
     return device_error_text(leading_number(data));
 }
 
-std::string FullProtocol::full_command(const std::string& command, std::int16_t address,
-                                       float timeout_ms) {
-    completed_ = false;
+FullReply FullProtocol::full_command(const std::string& command, std::int16_t address,
+                                     float timeout_ms) {
     // A device that does not answer its poll was not selected: there is nothing to end.
-    if (!full_poll(address)) return kFullNotConnected;
-    std::string result =
-        full_send_message(command, timeout_ms) ? answer_of(command) : full_error_query();
+    if (!full_poll(address)) return {kFullNotConnected};
+    FullReply reply =
+        full_send_message(command, timeout_ms) ? answer_of(command) : FullReply{full_error_query()};
     full_end();
-    return result;
+    return reply;
 }
 
-std::string FullProtocol::answer_of(const std::string& command) {
+FullReply FullProtocol::answer_of(const std::string& command) {
     const char first = command.empty() ? '\0' : command[0];
-    if (first == '=') {
-        completed_ = true;
-        return "MESSAGE COMPLETED";
-    }
+    if (first == '=') return {"MESSAGE COMPLETED", true};
     if (first != '?') {
         // Looked at only after the device has acknowledged: what the user entered is always sent,
         // so that a device's own reaction to it can be seen.
@@ -153,8 +151,8 @@ std::string FullProtocol::answer_of(const std::string& command) {
     }
     std::string response = full_read_response();
     if (response == kFullNotReceived) response = full_nak_retry();
-    completed_ = response != kFullNakNotReceived && response != kFullNotReceived;
-    return response;
+    const bool came = response != kFullNakNotReceived && response != kFullNotReceived;
+    return {std::move(response), came};
 }
 
 } // namespace pelvan

@@ -21,6 +21,15 @@ inline constexpr char kFullNotReceived[] = "NOT RECEIVED";
 inline constexpr char kFullNakNotReceived[] = "NAK NOT RECEIVED";
 inline constexpr char kFullNoErrorCode[] = "DEVICE ERROR COULDN'T BE DETECTED";
 
+/// How a command ended.
+struct FullReply {
+    /// The text to show.
+    std::string text;
+    /// The write was acknowledged or the read answered: a text that a controller returns may look
+    /// like an outcome.
+    bool completed = false;
+};
+
 class FullProtocol {
   public:
     FullProtocol(Link& link, Dialogs& dialogs) : link_(link), dialogs_(dialogs) {}
@@ -31,12 +40,8 @@ class FullProtocol {
     /// A silent device costs 200 ms and the quiet pause; `timeout_ms` is for the acknowledgement of
     /// the command. An address outside 0..32 and a command that begins with neither "=" nor "?"
     /// show a message box; the latter is sent all the same, and its result is empty.
-    [[nodiscard]] std::string full_command(const std::string& command, std::int16_t address,
-                                           float timeout_ms);
-
-    /// Whether the last `full_command` ended with its write acknowledged or its read answered: a
-    /// text that a controller returns may look like an outcome.
-    [[nodiscard]] bool completed() const { return completed_; }
+    [[nodiscard]] FullReply full_command(const std::string& command, std::int16_t address,
+                                         float timeout_ms);
 
     // The steps of the exchange.
 
@@ -56,11 +61,10 @@ class FullProtocol {
   private:
     [[nodiscard]] std::string send(const std::string& bytes, float timeout_ms,
                                    std::int16_t quiet_chars);
-    [[nodiscard]] std::string answer_of(const std::string& command);
+    [[nodiscard]] FullReply answer_of(const std::string& command);
 
     Link& link_;
     Dialogs& dialogs_;
-    bool completed_ = false;
 };
 
 } // namespace pelvan
