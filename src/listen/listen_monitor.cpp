@@ -47,9 +47,28 @@ void ListenMonitor::begin_listening(std::int16_t channel) {
         if (state_.gListening) ListenProcessEvent();
     });
     port.set_RThreshold(1);
+    tell_listening();
+}
+
+void ListenMonitor::tell_listening() {
+    const SerialPort& port = *state_.gListenDevice;
     status_changed.raise("Listening on channel " + std::to_string(state_.gListenChannel) +
                          ", port " + std::to_string(port.CommPort()) + ", " + port.Settings() +
                          ".");
+}
+
+/// What arrives meanwhile are answers to the tool that has the lines, and collecting one would keep
+/// that tool from its next request.
+void ListenMonitor::claim_changed() {
+    if (!state_.gListening) return;
+    const std::string refusal = link_.channels().line_use().refusal(nullptr);
+    if (waiting_ == !refusal.empty()) return;
+    waiting_ = !waiting_;
+    state_.gListenDevice->set_RThreshold(waiting_ ? 0 : 1);
+    if (waiting_)
+        status_changed.raise("Listening waits. " + refusal);
+    else
+        tell_listening();
 }
 
 void ListenMonitor::open_channel(std::int16_t channel) {
@@ -79,6 +98,7 @@ void ListenMonitor::ListenStop() {
 
 void ListenMonitor::end(const std::string& status) {
     state_.gListening = false;
+    waiting_ = false;
     if (state_.gListenDevice) state_.gListenDevice->set_RThreshold(0);
     status_changed.raise(status);
 }

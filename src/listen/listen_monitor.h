@@ -37,7 +37,7 @@ class ListenMonitor {
 
     /// Opens the channel's port and is notified of its receive event. Not listening afterwards when
     /// the port did not open, its message having been shown, or while another tool has claimed the
-    /// lines. 9 for a channel outside 0 to 3.
+    /// lines; a claim that begins later makes it wait. 9 for a channel outside 0 to 3.
     void ListenStart(std::int16_t channel);
     void ListenStop();
     /// Takes in one burst. Blocks as `Link::receive_reply` does, up to the chosen time-out. An
@@ -72,10 +72,13 @@ class ListenMonitor {
     void ports_rebuilt();
     /// The port is about to be closed for another channel: ends the listening on it and says so.
     void port_closing(const SerialPort& port);
+    /// Another tool has claimed the lines, or has released them.
+    void claim_changed();
     void begin_listening(std::int16_t channel);
     void open_channel(std::int16_t channel);
     void close_lost(std::int16_t channel);
     void end(const std::string& status);
+    void tell_listening();
     void begin_session();
     std::string collect(SerialPort& port);
     const Burst& record(double start_tick, double spent_ms, const std::string& bytes);
@@ -93,7 +96,10 @@ class ListenMonitor {
     Subscription rebuild_ = link_.channels().before_rebuild.subscribe([this] { ports_rebuilt(); });
     Subscription closing_ = link_.channels().before_close.subscribe(
         [this](const SerialPort& port) { port_closing(port); });
+    Subscription claim_ =
+        link_.channels().line_use().changed.subscribe([this] { claim_changed(); });
     Subscription received_;
+    bool waiting_ = false; // for the end of another tool's claim
 };
 
 } // namespace pelvan

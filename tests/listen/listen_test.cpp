@@ -223,6 +223,25 @@ TEST_F(ListenTest, StartKeepsOffClaimedLinesAndHoldsItsPortsWhileItsMessageStand
     EXPECT_FALSE(monitor.listening());
 }
 
+TEST_F(ListenTest, WaitsWhileAnotherToolHasTheLine) {
+    monitor.ListenStart(1);
+    const std::string listening = status();
+    {
+        const LineClaim claim = link.claim();
+        burst_at(100, reply);
+        EXPECT_EQ(status(), "Listening waits. The line is in use by another window.");
+        EXPECT_EQ(hits(), 0) << "an answer to the other tool was taken away";
+        table.line_use().changed.raise();
+        monitor.ListenStop();
+    }
+    EXPECT_EQ(status(), "Not listening.");
+    monitor.ListenStart(1);
+    static_cast<void>(link.claim());
+    EXPECT_EQ(status(), listening);
+    burst_at(200, reply);
+    EXPECT_EQ(hits(), 1);
+}
+
 TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
     for (const std::int16_t none : {std::int16_t{4}, std::int16_t{-1}}) {
         monitor.ListenStart(1);
