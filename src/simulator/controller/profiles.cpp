@@ -27,20 +27,20 @@ constexpr unsigned kTimed = kRampTime | kSoak;
 constexpr unsigned kRunning = kRampTime | kRampRate | kSoak;
 
 constexpr std::array<FieldRule, 14> kRules{{
-    {4004, 0, 0, 99, kTimed},                      // hours
-    {4005, 0, 0, 59, kTimed},                      // minutes
-    {4006, 0, 0, 59, kTimed},                      // seconds
-    {4007, 0, -2000, 9999, kRampTime | kRampRate}, // set point of loop 1
-    {4008, 0, -2000, 9999, kRampTime},             // set point of loop 2
-    {4009, 1, 1, 5, kRunning},                     // PID set
-    {4010, 0, 0, 2, kTimed},                       // wait for: nothing, input 1, input 2
-    {4011, 0, 0, 255, kRunning},                   // event outputs, a bit each
-    {4012, 10, 1, 9999, kRampRate},                // tenths of a degree a minute
-    {4013, 1, 1, Profiles::kMaxProfiles, kJump},   // profile to go to
-    {4014, 1, 1, Profiles::kMaxSteps, kJump},      // step to go to
-    {4015, 0, 0, 999, kJump},                      // how many times
-    {4016, 0, 0, 3, kEnd},                         // end: hold, control off, all off, idle
-    {4017, 0, -2000, 9999, kEnd},                  // idle set point
+    {reg::kStepHours, 0, 0, 99, kTimed},
+    {reg::kStepMinutes, 0, 0, 59, kTimed},
+    {reg::kStepSeconds, 0, 0, 59, kTimed},
+    {reg::kStepSetPoint1, 0, -2000, 9999, kRampTime | kRampRate},
+    {reg::kStepSetPoint2, 0, -2000, 9999, kRampTime},
+    {reg::kStepPidSet, 1, 1, 5, kRunning},
+    {reg::kStepWait, 0, 0, 2, kTimed},        // nothing, input 1, input 2
+    {reg::kStepEvents, 0, 0, 255, kRunning},  // a bit each
+    {reg::kStepRate, 10, 1, 9999, kRampRate}, // tenths of a degree a minute
+    {reg::kJumpProfile, 1, 1, Profiles::kMaxProfiles, kJump},
+    {reg::kJumpStep, 1, 1, Profiles::kMaxSteps, kJump},
+    {reg::kJumpCount, 0, 0, 999, kJump},
+    {reg::kEndKind, 0, 0, 3, kEnd}, // hold, control off, all off, idle
+    {reg::kIdleSetPoint, 0, -2000, 9999, kEnd},
 }};
 
 const FieldRule* rule_of(std::uint16_t number, StepType type) {
@@ -70,6 +70,17 @@ Profiles::Step Profiles::make_step(StepType type) {
         if ((rule.types & bit(type)) != 0) step.fields[rule.number] = rule.preset;
     }
     return step;
+}
+
+const Profiles::Step* Profiles::step(int profile, int step) const {
+    if (step < 1 || step > step_count(profile)) return nullptr;
+    return &profiles_[static_cast<std::size_t>(profile - 1)]
+                .steps[static_cast<std::size_t>(step - 1)];
+}
+
+int Profiles::step_count(int profile) const {
+    if (profile < 1 || static_cast<std::size_t>(profile) > profiles_.size()) return 0;
+    return static_cast<int>(profiles_[static_cast<std::size_t>(profile - 1)].steps.size());
 }
 
 const Profiles::Profile* Profiles::selected() const {

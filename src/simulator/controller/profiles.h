@@ -22,6 +22,20 @@ inline constexpr std::uint16_t kStepNumber = 4001;
 inline constexpr std::uint16_t kProfileAction = 4002;
 inline constexpr std::uint16_t kStepType = 4003;
 inline constexpr std::uint16_t kStepFieldFirst = 4004;
+inline constexpr std::uint16_t kStepHours = 4004;
+inline constexpr std::uint16_t kStepMinutes = 4005;
+inline constexpr std::uint16_t kStepSeconds = 4006;
+inline constexpr std::uint16_t kStepSetPoint1 = 4007;
+inline constexpr std::uint16_t kStepSetPoint2 = 4008;
+inline constexpr std::uint16_t kStepPidSet = 4009;
+inline constexpr std::uint16_t kStepWait = 4010;
+inline constexpr std::uint16_t kStepEvents = 4011;
+inline constexpr std::uint16_t kStepRate = 4012;
+inline constexpr std::uint16_t kJumpProfile = 4013;
+inline constexpr std::uint16_t kJumpStep = 4014;
+inline constexpr std::uint16_t kJumpCount = 4015;
+inline constexpr std::uint16_t kEndKind = 4016;
+inline constexpr std::uint16_t kIdleSetPoint = 4017;
 inline constexpr std::uint16_t kStepFieldLast = 4017;
 inline constexpr std::uint16_t kStepCount = 4040;
 inline constexpr std::uint16_t kHighestProfile = 4041;
@@ -40,18 +54,35 @@ class Profiles {
     static constexpr int kMaxProfiles = 40;
     static constexpr int kMaxSteps = 50;
 
+    struct Step {
+        StepType type = StepType::End;
+        std::map<std::uint16_t, std::int16_t> fields;
+
+        /// 0 for a register that the kind of step does not have.
+        [[nodiscard]] int field(std::uint16_t number) const {
+            const auto found = fields.find(number);
+            return found == fields.end() ? 0 : found->second;
+        }
+    };
+
     [[nodiscard]] static bool is_register(std::uint16_t number) {
         return number >= reg::kProfileNumber && number <= reg::kProfileNameLast;
     }
+    /// Whether a write of the register changes the selected profile.
+    [[nodiscard]] static bool is_edit(std::uint16_t number) {
+        return is_register(number) && number != reg::kProfileNumber && number != reg::kStepNumber;
+    }
+
+    /// A step by its number and its profile's, counted from 1; null when it is not there.
+    [[nodiscard]] const Step* step(int profile, int step) const;
+    [[nodiscard]] int step_count(int profile) const;
+    /// Counted from 1.
+    [[nodiscard]] int selected_number() const { return static_cast<int>(profile_) + 1; }
 
     [[nodiscard]] ExceptionCode read(std::uint16_t number, std::int16_t& value) const;
     ExceptionCode write(std::uint16_t number, std::int16_t value);
 
   private:
-    struct Step {
-        StepType type = StepType::End;
-        std::map<std::uint16_t, std::int16_t> fields;
-    };
     struct Profile {
         std::vector<Step> steps; // the last one is the end step; no steps: no profile
         std::string name = std::string(10, ' ');
