@@ -338,3 +338,5 @@ YES  model 742 has ramp profiles
 1522 Calibration date (-32002 where not set)
 1900 32-bit batch number, high word
 1901 32-bit batch number, low word
+4120 Wait band of a profile that runs
+4121 What a profile does after a power failure

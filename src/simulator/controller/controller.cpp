@@ -1,7 +1,6 @@
 #include "simulator/controller/controller.h"
 
-#include <algorithm>
-#include <cmath>
+#include <utility>
 
 #include "simulator/controller/model_tables.h"
 
@@ -13,66 +12,13 @@ constexpr std::int16_t kKey1 = 1512;
 constexpr std::int16_t kKey2 = 1600;
 constexpr std::int16_t kResetAll = 800;
 
-// Places in the ten registers of an alarm.
-constexpr int kAlarmSource = 0;
-constexpr int kAlarmType = 1;
-constexpr int kAlarmLow = 2;
-constexpr int kAlarmHigh = 3;
-
-constexpr std::size_t kDigitalInputs = 8; // the alarm states stand behind them
-
-std::int16_t rounded(double value) {
-    return static_cast<std::int16_t>(std::lround(std::clamp(value, -32000.0, 32000.0)));
-}
-
-std::uint16_t offset(std::uint16_t number, int by) {
-    return static_cast<std::uint16_t>(number + by);
-}
-
 } // namespace
 
-Controller::Controller(int model)
+Controller::Controller(int model, int speed, std::set<std::uint16_t> refused)
     : table_(make_register_table(model)), coils_(model == 742 ? 16 : 8), inputs_(12),
-      has_profiles_(model == 742) {
-    loops_.emplace_back(250, 3000, 45000);
-    if (model == 742) loops_.emplace_back(250, 1500, 20000);
-    show_process();
-}
-
-void Controller::advance(double now_ms) {
-    if (!started_) now_ms_ = now_ms;
-    started_ = true;
-    const double elapsed = now_ms - now_ms_;
-    if (elapsed <= 0) return;
-    now_ms_ = now_ms;
-    loops_[0].advance(elapsed, table_.value(reg::kSetPoint1),
-                      table_.value(reg::kProportionalBand1));
-    if (loops_.size() > 1) {
-        loops_[1].advance(elapsed, table_.value(reg::kSetPoint2),
-                          table_.value(reg::kProportionalBand2));
-    }
-    show_process();
-}
-
-void Controller::show_process() {
-    table_.set_value(reg::kProcessValue1, rounded(loops_[0].value()));
-    table_.set_value(reg::kProcessValue1Shown, rounded(loops_[0].value()));
-    table_.set_value(reg::kOutput1, rounded(loops_[0].output() * 10));
-    if (loops_.size() > 1) {
-        table_.set_value(reg::kProcessValue2, rounded(loops_[1].value()));
-        table_.set_value(reg::kOutput2, rounded(loops_[1].output() * 10));
-    }
-    for (int i = 0; i < 4; ++i) {
-        const std::uint16_t block = offset(reg::kAlarms, 10 * i);
-        if (table_.find(block) == nullptr) break;
-        const bool second = table_.value(offset(block, kAlarmSource)) == 2 && loops_.size() > 1;
-        const double value = loops_[second ? 1 : 0].value();
-        const bool on = table_.value(offset(block, kAlarmType)) != 0 &&
-                        (value < table_.value(offset(block, kAlarmLow)) ||
-                         value > table_.value(offset(block, kAlarmHigh)));
-        table_.set_value(offset(reg::kAlarmState1, i), on ? 1 : 0);
-        inputs_[kDigitalInputs + static_cast<std::size_t>(i)] = on;
-    }
+      has_profiles_(model == 742), speed_(speed), refused_(std::move(refused)) {
+    add_loops();
+    show();
 }
 
 bool Controller::is_profile_register(std::uint16_t number) const {
@@ -83,19 +29,46 @@ ExceptionCode Controller::read(std::uint16_t number, std::int16_t& value) const 
     return is_profile_register(number) ? profiles_.read(number, value) : table_.read(number, value);
 }
 
+ExceptionCode Controller::check_write(std::uint16_t number, std::int16_t value) const {
+    if (refused_.count(number) != 0) return ExceptionCode::IllegalValue;
+    if (is_profile_register(number)) {
+        const bool runs = profiles_.selected_number() == run_.place().profile;
+        return runs && Profiles::is_edit(number) ? ExceptionCode::IllegalValue
+                                                 : ExceptionCode::None;
+    }
+    const bool of_the_run = number == reg::kSetPoint1 || number == reg::kSetPoint2;
+    if (of_the_run && run_.active()) return ExceptionCode::IllegalValue;
+    return table_.check_write(number, value);
+}
+
 ExceptionCode Controller::write(std::uint16_t number, std::int16_t value) {
+    const ExceptionCode code = check_write(number, value);
+    if (code != ExceptionCode::None) return code;
     if (is_profile_register(number)) return profiles_.write(number, value);
-    if (number == reg::kReset && value == kResetAll) return reset(value);
+    switch (number) {
+    case reg::kRunCommand:
+        return obey(static_cast<RunCommand>(value));
+    case reg::kPowerFails:
+        fail_power();
+        return ExceptionCode::None;
+    case reg::kReset:
+        if (value == kResetAll) return reset();
+        break;
+    case reg::kSetPoint1:
+    case reg::kSetPoint2:
+        run_.switch_outputs_on();
+        break;
+    default:
+        break;
+    }
     return table_.write(number, value);
 }
 
 ExceptionCode Controller::write_many(std::uint16_t first, const std::vector<std::int16_t>& values) {
     std::uint16_t number = first;
     for (const std::int16_t value : values) {
-        const ExceptionCode code =
-            is_profile_register(number) ? ExceptionCode::None : table_.check_write(number, value);
+        const ExceptionCode code = check_write(number++, value);
         if (code != ExceptionCode::None) return code;
-        ++number;
     }
     number = first;
     for (const std::int16_t value : values) {
@@ -105,16 +78,41 @@ ExceptionCode Controller::write_many(std::uint16_t first, const std::vector<std:
     return ExceptionCode::None;
 }
 
-ExceptionCode Controller::reset(std::int16_t value) {
-    const ExceptionCode code = table_.check_write(reg::kReset, value);
-    if (code != ExceptionCode::None) return code;
+ExceptionCode Controller::obey(RunCommand command) {
+    RunLoops loops = run_loops();
+    const RunPlace place{table_.value(reg::kStartProfile), table_.value(reg::kStartStep)};
+    const bool done = command == RunCommand::Start ? run_.start(place, profiles_, loops)
+                                                   : run_.obey(command, profiles_, loops);
+    if (!done) return ExceptionCode::IllegalValue;
+    use_plants();
+    apply_run(loops);
+    show();
+    return ExceptionCode::None;
+}
+
+ExceptionCode Controller::reset() {
     if (table_.value(reg::kResetKey1) != kKey1 || table_.value(reg::kResetKey2) != kKey2) {
         return ExceptionCode::IllegalValue;
     }
     // Profiles stay: they are erased one by one, through their own registers.
     table_.restore_presets();
+    run_ = ProfileRun{};
+    use_plants();
+    show();
     silent_until_ms_ = now_ms_ + kRestartMs;
     return ExceptionCode::None;
+}
+
+void Controller::fail_power() {
+    silent_until_ms_ = now_ms_ + kRestartMs;
+    power_back_us_ = now_us_ + static_cast<std::int64_t>(kRestartMs * 1000) * speed_;
+}
+
+void Controller::return_power(RunLoops& loops) {
+    power_back_us_.reset();
+    const auto choice = static_cast<AfterPowerFailure>(table_.value(reg::kAfterPowerFailure));
+    if (choice == AfterPowerFailure::Hold) run_.obey(RunCommand::Hold, profiles_, loops);
+    if (choice == AfterPowerFailure::End) run_.obey(RunCommand::End, profiles_, loops);
 }
 
 } // namespace pelvan::simulator

@@ -2,17 +2,25 @@
 // that have them, ramp profiles. Every protocol slave works on this one object, so that a set point
 // written by one protocol is read by another. Lines, faults and frames are no business of it.
 //
-// Time is handed in as milliseconds of whatever clock the owner keeps.
+// Time is handed in as milliseconds of whatever clock the owner keeps; the controller's own clock
+// may run faster than that.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
+#include <set>
 #include <vector>
 
 #include "simulator/controller/process.h"
+#include "simulator/controller/profile_run.h"
 #include "simulator/controller/profiles.h"
 #include "simulator/controller/register_table.h"
 
 namespace pelvan::simulator {
+
+/// Values of the register that says what a run does when the power is back.
+enum class AfterPowerFailure : std::int16_t { Continue = 0, Hold = 1, End = 2 };
 
 /// Register numbers with a meaning to the controller itself.
 namespace reg {
@@ -30,25 +38,46 @@ inline constexpr std::uint16_t kAlarms = 800; // blocks of ten: source, type, lo
 inline constexpr std::uint16_t kResetKey1 = 1789;
 inline constexpr std::uint16_t kResetKey2 = 1415;
 inline constexpr std::uint16_t kReset = 1602;
+inline constexpr std::uint16_t kRunState = 4100;
+inline constexpr std::uint16_t kRunCommand = 4101;
+inline constexpr std::uint16_t kStartProfile = 4102;
+inline constexpr std::uint16_t kStartStep = 4103;
+inline constexpr std::uint16_t kRunProfile = 4104;
+inline constexpr std::uint16_t kRunStep = 4105;
+inline constexpr std::uint16_t kHoursLeft = 4106;
+inline constexpr std::uint16_t kMinutesLeft = 4107;
+inline constexpr std::uint16_t kSecondsLeft = 4108;
+inline constexpr std::uint16_t kJumpsDone = 4109;
+inline constexpr std::uint16_t kPresentSetPoint1 = 4110;
+inline constexpr std::uint16_t kPresentSetPoint2 = 4111;
+inline constexpr std::uint16_t kPresentEvents = 4112;
+inline constexpr std::uint16_t kWaitBand = 4120;
+inline constexpr std::uint16_t kAfterPowerFailure = 4121;
+inline constexpr std::uint16_t kPowerFails = 4122;
 } // namespace reg
 
 class Controller {
   public:
-    /// Model 742 or 730; any other is the caller's mistake (see `is_known_model`).
-    explicit Controller(int model);
+    /// Model 742 or 730; any other is the caller's mistake (see `is_known_model`). `speed` is how
+    /// many times faster than the owner's its clock runs; writes to the registers `refused` are
+    /// answered with exception 3.
+    explicit Controller(int model, int speed = 1, std::set<std::uint16_t> refused = {});
 
     [[nodiscard]] static bool is_known_model(int model) { return model == 742 || model == 730; }
 
-    /// Lets time pass up to `now_ms`; a step backwards is taken as none.
+    /// Lets time pass up to `now_ms`; a step backwards is taken as none. One long step ends where
+    /// many short ones do. It takes a tenth of a second at most: while a profile runs, more than 30
+    /// days of the controller's clock in one step count as 30.
     void advance(double now_ms);
 
-    /// A controller that restarts after a reset receives and sends nothing for two seconds.
+    /// A controller that restarts after a reset or a power failure receives and sends nothing for
+    /// two seconds of the owner's clock.
     [[nodiscard]] bool silent(double now_ms) const { return now_ms < silent_until_ms_; }
 
     [[nodiscard]] ExceptionCode read(std::uint16_t number, std::int16_t& value) const;
     ExceptionCode write(std::uint16_t number, std::int16_t value);
-    /// Checks every value before it writes the first: all or none, profile registers aside, which
-    /// act one upon the other.
+    /// Checks every value before it writes the first: all or none, profile registers and the run's
+    /// commands aside, which act one upon the other.
     ExceptionCode write_many(std::uint16_t first, const std::vector<std::int16_t>& values);
 
     [[nodiscard]] std::vector<bool>& coils() { return coils_; }
@@ -56,19 +85,47 @@ class Controller {
     [[nodiscard]] const RegisterTable& table() const { return table_; }
 
   private:
+    struct Loop {
+        Process process;
+        std::array<int, 5> bands; // proportional, of each PID set, while time passes
+        std::uint16_t set_point;
+        std::uint16_t proportional_band; // of PID set 1
+        std::uint16_t process_value;
+        std::uint16_t output;
+    };
+
     [[nodiscard]] bool is_profile_register(std::uint16_t number) const;
-    ExceptionCode reset(std::int16_t value);
-    void show_process();
+    [[nodiscard]] ExceptionCode check_write(std::uint16_t number, std::int16_t value) const;
+    ExceptionCode obey(RunCommand command);
+    ExceptionCode reset();
+    void fail_power();
+    void return_power(RunLoops& loops);
+    void add_loops();
+    void use_plants();
+    void pass_time(std::int64_t until_us);
+    bool tick(RunLoops& loops);
+    [[nodiscard]] RunLoops run_loops() const;
+    void apply_run(const RunLoops& loops);
+    void show();
+    void show_alarms();
+    void show_run();
 
     RegisterTable table_;
-    std::vector<Process> loops_;
+    std::vector<Loop> loops_;
     std::vector<bool> coils_;
     std::vector<bool> inputs_;
     Profiles profiles_;
+    ProfileRun run_;
     bool has_profiles_;
+    int speed_;
+    std::set<std::uint16_t> refused_;
+    double begin_ms_ = 0; // of the owner's clock
     double now_ms_ = 0;
     bool started_ = false;
     double silent_until_ms_ = 0;
+    std::int64_t now_us_ = 0; // of the controller's clock
+    std::int64_t next_tick_us_ = 0;
+    std::optional<std::int64_t> power_back_us_;
 };
 
 } // namespace pelvan::simulator

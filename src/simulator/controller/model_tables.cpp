@@ -185,6 +185,17 @@ void add_system(RegisterTable& table) {
     add_single(table, 1901, -31072, -32768, 32767); // 32-bit batch number, low word
 }
 
+void add_profile_run(RegisterTable& table) {
+    for (const int number : {4100, 4104, 4105, 4106, 4107, 4108, 4109, 4110, 4111, 4112})
+        add_read_only(table, number, 0);
+    add_single(table, 4101, 0, 1, 5);         // Command
+    add_single(table, 4102, 1, 1, 40);        // Profile to start
+    add_single(table, 4103, 1, 1, 50);        // Step to start at
+    add_single(table, 4120, 50, 1, kMaxTemp); // Wait band
+    add_single(table, 4121, 0, 0, 2);         // After a power failure: continue, hold, end
+    add_single(table, 4122, 0, 1, 1);         // Power failure
+}
+
 } // namespace
 
 RegisterTable make_register_table(int model) {
@@ -210,6 +221,7 @@ RegisterTable make_register_table(int model) {
                20,
                {{0, 0, kMinTemp, kMaxTemp}, {1, 0, kMinTemp, kMaxTemp}}}); // linearisation: in, out
     add_inactive(table, 1530, 6); // Retransmission, not fitted
+    add_profile_run(table);
     return table;
 }
 

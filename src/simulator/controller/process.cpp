@@ -5,22 +5,30 @@
 
 namespace pelvan::simulator {
 namespace {
-constexpr double kStepMs = 250;
-constexpr double kSettledAfterMs = 600000;
+constexpr double kStill = 1e-9; // tenths of a degree in a tick
 } // namespace
 
-void Process::advance(double elapsed_ms, double set_point, double band) {
-    // After ten minutes the process has settled; simulating more would only cost time.
-    double left = std::clamp(elapsed_ms, 0.0, kSettledAfterMs);
-    while (left > 0) {
-        const double step = std::min(left, kStepMs);
-        left -= step;
-        const double steady = 100 * (set_point - ambient_) / gain_;
-        const double correction = 100 * (set_point - value_) / std::max(band, 1.0);
-        output_ = std::clamp(steady + correction, -100.0, 100.0);
-        const double target = ambient_ + gain_ * output_ / 100;
-        value_ += (target - value_) * (1 - std::exp(-step / time_constant_ms_));
-    }
+void Process::set_plant(const Plant& plant) {
+    gain_ = plant.gain;
+    share_ = 1 - std::exp(-kTickMs / plant.time_constant_ms);
+}
+
+bool Process::tick(double set_point, double band) {
+    const double steady = 100 * (set_point - ambient_) / gain_;
+    const double correction = 100 * (set_point - value_) / std::max(band, 1.0);
+    output_ = std::clamp(steady + correction, -100.0, 100.0);
+    return move();
+}
+
+bool Process::coast() {
+    output_ = 0;
+    return move();
+}
+
+bool Process::move() {
+    const double step = (ambient_ + gain_ * output_ / 100 - value_) * share_;
+    value_ += step;
+    return std::abs(step) > kStill;
 }
 
 } // namespace pelvan::simulator

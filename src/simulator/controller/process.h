@@ -4,24 +4,40 @@
 
 namespace pelvan::simulator {
 
+/// What is heated.
+struct Plant {
+    double gain;             // tenths of a degree above ambient at full output
+    double time_constant_ms; // how fast it gets there
+};
+
 class Process {
   public:
-    /// Tenths of a degree, tenths of a degree at full output above ambient, milliseconds.
-    Process(double ambient, double gain, double time_constant_ms)
-        : ambient_(ambient), gain_(gain), time_constant_ms_(time_constant_ms), value_(ambient) {}
+    /// The length of a tick. A coarse one, because days may have to pass at once.
+    static constexpr double kTickMs = 250;
 
-    /// Lets `elapsed_ms` pass under the given set point and proportional band. A long time costs no
-    /// more than a short one.
-    void advance(double elapsed_ms, double set_point, double band);
+    /// Tenths of a degree.
+    Process(double ambient, const Plant& plant) : ambient_(ambient), value_(ambient) {
+        set_plant(plant);
+    }
+
+    /// The value stays and goes on from where it is.
+    void set_plant(const Plant& plant);
+    /// Lets a tick pass under the given set point and proportional band; returns whether the value
+    /// still moved.
+    bool tick(double set_point, double band);
+    /// Lets a tick pass without output.
+    bool coast();
 
     [[nodiscard]] double value() const { return value_; }
     /// Percent, -100 (full cooling) to 100 (full heating).
     [[nodiscard]] double output() const { return output_; }
 
   private:
+    bool move();
+
     double ambient_;
-    double gain_;
-    double time_constant_ms_;
+    double gain_ = 0;
+    double share_ = 0; // of the way to its target that the value goes in a tick
     double value_;
     double output_ = 0;
 };
