@@ -3,199 +3,146 @@
 #include <gtest/gtest.h>
 
 #include "support/error_of.h"
+#include "text/strings.h"
 
-namespace pelvan {
-namespace {
+namespace pelvan::testing {
 
-using testing::error_of;
+class LinePortTest : public ::testing::Test {
+  protected:
+    struct FakeLine : SerialLine {
+        explicit FakeLine(LinePortTest& test) : far_end(test) { ++far_end.lines_open; }
+        ~FakeLine() override { --far_end.lines_open; }
+        bool read_into(std::string& buffer) override {
+            buffer += std::exchange(far_end.arriving, {});
+            return !far_end.gone;
+        }
+        void discard_input() override { far_end.arriving.clear(); }
+        void write(const std::string&) override {
+            if (far_end.stopped) throw RunTimeError(57);
+        }
+        void set_rts(bool on) override { far_end.wires += on ? 'R' : 'r'; }
+        void set_dtr(bool on) override { far_end.wires += on ? 'D' : 'd'; }
+        int descriptor() const override { return 77; }
+        LinePortTest& far_end;
+    };
+    /// Carries out one step after the other, "+" lets what follows it arrive. What each gives, a
+    /// space behind it: a number, bytes, the number of its error.
+    std::string run(const std::string& steps) {
+        std::string results;
+        for (const std::string& step : split(steps, ' '))
+            if (const int error = error_of([&] { results += result_of(step); }))
+                results += std::to_string(error) + " ";
+        return results;
+    }
+    std::string result_of(const std::string& step) {
+        if (step[0] == '+') arriving += step.substr(1);
+        if (step == "open" || step == "close") port->set_PortOpen(step == "open");
+        if (step == "count") return std::to_string(port->InBufferCount()) + " ";
+        if (step == "read") return port->Input() + " ";
+        if (step == "discard") port->set_InBufferCount(0);
+        if (step == "write") port->set_Output("x");
+        if (step == "raise") port->EscapeCommFunction(EscapeCode::SETRTS);
+        if (step == "check") port->check_receive();
+        return {};
+    }
+    int number_error(int number) {
+        return error_of(&LinePort::set_CommPort, port, static_cast<std::int16_t>(number));
+    }
 
-/// What the far end of the fake line does and sees; it outlives the lines that are opened on it.
-struct Wire {
+    // The far end; before the port, as lines refer to it until they are closed.
     std::string arriving;
     std::string wires; // "R" and "D" for RTS and DTR raised, in small letters dropped
     bool gone = false;
     bool stopped = false; // takes no bytes
     int lines_open = 0;
-    LineSettings settings;
-};
-
-class FakeLine : public SerialLine {
-  public:
-    explicit FakeLine(Wire& wire) : wire_(wire) { ++wire_.lines_open; }
-    ~FakeLine() override { --wire_.lines_open; }
-    bool read_into(std::string& buffer) override {
-        buffer += std::exchange(wire_.arriving, {});
-        return !wire_.gone;
-    }
-    void discard_input() override {
-        fail_if(wire_.gone);
-        wire_.arriving.clear();
-    }
-    void write(const std::string&) override { fail_if(wire_.gone || wire_.stopped); }
-    void set_rts(bool on) override { set_wire(on ? 'R' : 'r'); }
-    void set_dtr(bool on) override { set_wire(on ? 'D' : 'd'); }
-    int descriptor() const override { return 77; }
-
-  private:
-    static void fail_if(bool fails) {
-        if (fails) throw RunTimeError(57);
-    }
-    void set_wire(char letter) {
-        fail_if(wire_.gone);
-        wire_.wires += letter;
-    }
-    Wire& wire_;
-};
-
-class LinePortTest : public ::testing::Test {
-  protected:
-    int count_error() {
-        return error_of([this] { static_cast<void>(port.InBufferCount()); });
-    }
-    int open_error() {
-        return error_of([this] { port.set_PortOpen(true); });
-    }
-    int output_error() {
-        return error_of([this] { port.set_Output("x"); });
-    }
-    /// How counting, reading, writing, discarding and moving a wire end.
-    std::vector<int> use_errors() {
-        return {count_error(), error_of([this] { static_cast<void>(port.Input()); }),
-                output_error(), error_of([this] { port.set_InBufferCount(0); }),
-                error_of([this] { port.EscapeCommFunction(EscapeCode::SETRTS); })};
-    }
-
-    Wire wire; // before the port: lines refer to it until they are closed
     std::optional<std::string> device = "device";
-    const DeviceMap devices = [this](int) { return device; };
-    const LineOpener opener = [this](const std::string&, const LineSettings& settings) {
-        wire.settings = settings;
-        return std::make_unique<FakeLine>(wire);
-    };
-    LinePort port{devices, opener};
+    LineSettings opened_with;
+    std::unique_ptr<LinePort> port =
+        std::make_unique<LinePort>([this](int) { return device; },
+                                   [this](const std::string&, const LineSettings& settings) {
+                                       opened_with = settings;
+                                       return std::make_unique<FakeLine>(*this);
+                                   });
 };
 
 TEST_F(LinePortTest, RefusesWhatItsStateForbids) {
     for (const int number : {0, 17, -1})
-        EXPECT_EQ(error_of([&] { port.set_CommPort(static_cast<std::int16_t>(number)); }), 8002);
-    EXPECT_EQ(error_of([&] { port.set_CommPort(16); }), 0);
-    EXPECT_EQ(use_errors(), std::vector<int>(5, 8018));
-    EXPECT_EQ(error_of([&] { port.set_PortOpen(false); }), 0);
-
+        EXPECT_EQ(number_error(number), 8002) << number;
+    EXPECT_EQ(number_error(16), 0);
+    EXPECT_EQ(run("count read write discard raise close"), "8018 8018 8018 8018 8018 ");
     device.reset();
-    EXPECT_EQ(open_error(), 8002);
+    EXPECT_EQ(run("open"), "8002 ");
     device = "device";
-    port.set_Settings("no port data");
-    EXPECT_EQ(open_error(), 8015);
-    EXPECT_FALSE(port.PortOpen());
-    port.set_Settings("9600,N,8,1");
-    EXPECT_EQ(open_error(), 0);
-    EXPECT_EQ(open_error(), 8005);
-    EXPECT_EQ(error_of([&] { port.set_CommPort(2); }), 8000);
-    EXPECT_EQ(port.CommPort(), 16);
+    port->set_Settings("no port data");
+    EXPECT_EQ(run("open"), "8015 ");
+    EXPECT_FALSE(port->PortOpen());
+    port->set_Settings("9600,N,8,1");
+    EXPECT_EQ(run("open open"), "8005 ");
+    EXPECT_EQ(number_error(2), 8000);
+    EXPECT_EQ(port->CommPort(), 16);
 }
 
 TEST_F(LinePortTest, HandsItsPropertiesToTheLine) {
-    port.set_Handshaking(1);
-    port.set_DTREnable(false);
-    port.set_PortOpen(true);
-    EXPECT_TRUE(wire.settings.xon_xoff);
-    EXPECT_FALSE(wire.settings.dtr);
-    EXPECT_TRUE(wire.settings.rts);
-    port.set_RTSEnable(false);
-    port.set_DTREnable(true);
-    port.EscapeCommFunction(EscapeCode::SETRTS);
-    port.EscapeCommFunction(EscapeCode::CLRDTR);
-    EXPECT_EQ(wire.wires, "rDRd");
+    port->set_Handshaking(1);
+    port->set_DTREnable(false);
+    port->set_PortOpen(true);
+    EXPECT_TRUE(opened_with.xon_xoff && opened_with.rts && !opened_with.dtr);
+    port->set_RTSEnable(false);
+    port->set_DTREnable(true);
+    port->EscapeCommFunction(EscapeCode::SETRTS);
+    port->EscapeCommFunction(EscapeCode::CLRDTR);
+    EXPECT_EQ(wires, "rDRd");
 }
 
 TEST_F(LinePortTest, CollectsDiscardsAndForgetsAtClosing) {
-    port.set_PortOpen(true);
-    wire.arriving = "ab";
-    EXPECT_EQ(port.InBufferCount(), 2);
-    wire.arriving = "c";
-    EXPECT_EQ(port.Input(), "abc");
-    wire.arriving = "old";
-    EXPECT_EQ(port.InBufferCount(), 3);
-    wire.arriving = "also old";
-    port.set_InBufferCount(0);
-    EXPECT_EQ(port.InBufferCount(), 0);
-    wire.arriving = std::string(2'000'000, 'x');
-    EXPECT_EQ(port.InBufferCount(), 1 << 20);
-    port.set_PortOpen(false);
-    EXPECT_EQ(wire.lines_open, 0);
-    port.set_PortOpen(true);
-    EXPECT_EQ(port.InBufferCount(), 0);
+    EXPECT_EQ(run("open +ab count +c read"), "2 abc ");
+    EXPECT_EQ(run("+old count +also_old discard count"), "3 0 ");
+    EXPECT_EQ(run("+" + std::string(2'000'000, 'x') + " count close"), "1048576 ");
+    EXPECT_EQ(lines_open, 0);
+    EXPECT_EQ(run("open count"), "0 ");
 }
 
 TEST_F(LinePortTest, DeliversTheLastBytesOfALostLineThenTheError) {
-    port.set_PortOpen(true);
-    wire.stopped = true;
-    EXPECT_EQ(output_error(), 57);
-    EXPECT_EQ(wire.lines_open, 1) << "stopped is not lost";
-    wire.arriving = "short";
-    wire.gone = true;
-    EXPECT_EQ(port.InBufferCount(), 5);
-    EXPECT_EQ(wire.lines_open, 0);
-    EXPECT_TRUE(port.PortOpen());
-    EXPECT_EQ(port.Input(), "short");
-    EXPECT_EQ(port.InBufferCount(), 0); // lets a collector end its reply
-    EXPECT_EQ(count_error(), 8020);
-    EXPECT_EQ(use_errors(), (std::vector<int>{8020, 8020, 57, 57, 57}));
-
-    wire.gone = wire.stopped = false;
-    EXPECT_EQ(open_error(), 8005);
-    port.set_PortOpen(false);
-    EXPECT_EQ(open_error(), 0);
-    EXPECT_EQ(output_error(), 0);
-    wire.gone = true;
-    EXPECT_EQ(count_error(), 8020) << "at once, as nothing was read since the output";
+    stopped = true;
+    EXPECT_EQ(run("open write"), "57 ");
+    EXPECT_EQ(lines_open, 1) << "stopped is not lost";
+    gone = true;
+    EXPECT_EQ(run("+short count"), "5 ");
+    EXPECT_EQ(lines_open, 0);
+    EXPECT_TRUE(port->PortOpen());
+    // The empty count lets a collector end its reply.
+    EXPECT_EQ(run("read count count read write discard raise"), "short 0 8020 8020 57 57 57 ");
+    gone = stopped = false;
+    EXPECT_EQ(run("open close open write"), "8005 ");
+    gone = true;
+    EXPECT_EQ(run("count"), "8020 ") << "at once, as nothing was read since the output";
 }
 
 TEST_F(LinePortTest, LetsTheReceiveHandlerMeetTheThresholdAndTheLossOnce) {
     std::string taken;
-    std::vector<int> errors, handles;
+    std::vector<int> handles;
     const Subscription watching =
-        port.watch_changed.subscribe([&] { handles.push_back(port.CommID()); });
-    const Subscription receiving = port.OnComm.subscribe([&] {
-        errors.push_back(error_of([&] {
-            while (port.InBufferCount() > 0)
-                taken += port.Input();
-        }));
-    });
-    port.check_receive(); // closed
-    port.set_PortOpen(true);
-    wire.arriving = "ab";
-    port.check_receive(); // no threshold
-    port.set_RThreshold(3);
-    port.check_receive();
+        port->watch_changed.subscribe([&] { handles.push_back(port->CommID()); });
+    Subscription receiving = port->OnComm.subscribe([&] { taken += run("read count"); });
+    EXPECT_EQ(run("check open +ab check"), ""); // closed; no threshold
+    port->set_RThreshold(3);
+    run("check");
     EXPECT_EQ(taken, "");
-    wire.arriving = "c";
-    wire.gone = true;
-    for (int i = 0; i < 3; ++i)
-        port.check_receive();
-    EXPECT_EQ(taken, "abc");
-    EXPECT_EQ(errors, (std::vector<int>{0, 8020}));
+    gone = true;
+    run("+c check check check");
+    EXPECT_EQ(taken, "abc 0 8020 8020 ");
     EXPECT_EQ(handles, (std::vector<int>{77, 77, -1})) << "whoever watches the handle is told";
-}
 
-TEST_F(LinePortTest, MayEndInItsEvent) {
-    auto mortal = std::make_unique<LinePort>(devices, opener);
-    const Subscription ending = mortal->OnComm.subscribe([&] { mortal.reset(); });
-    mortal->set_PortOpen(true);
-    mortal->set_RThreshold(1);
-    wire.arriving = "x";
-    wire.gone = true;
-    mortal->check_receive();
-    EXPECT_FALSE(mortal);
+    receiving = port->OnComm.subscribe([&] { port.reset(); });
+    gone = false;
+    run("close open +abc check");
+    EXPECT_FALSE(port) << "it may end in its event";
 }
 
 TEST(LineSettingsTest, ParsesStrictly) {
-    const auto settings = parse_line_settings("19200,o,7,2");
-    ASSERT_TRUE(settings);
-    EXPECT_EQ(settings->baud_rate, 19200);
-    EXPECT_EQ(settings->parity, 'O');
-    EXPECT_NEAR(character_time_us(*settings), 11e6 / 19200, 0.01);
+    const auto settings = parse_line_settings("19200,o,7,2").value();
+    EXPECT_EQ(std::pair(settings.baud_rate, settings.parity), std::pair(19200, 'O'));
+    EXPECT_NEAR(character_time_us(settings), 11e6 / 19200, 0.01);
     for (const char* good : {"9600,N,8,1", "50,m,5,1.5", "115200,S,6,2", "38400,E,7,1"})
         EXPECT_TRUE(parse_line_settings(good)) << good;
     for (const char* bad :
@@ -205,5 +152,4 @@ TEST(LineSettingsTest, ParsesStrictly) {
         EXPECT_FALSE(parse_line_settings(bad)) << bad;
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing
