@@ -1,107 +1,103 @@
+// Exchanges on one channel, who may use the lines, and what happens to ports that somebody wants to
+// rebuild meanwhile.
 #include <gtest/gtest.h>
 
 #include "support/serial_rig.h"
 
-namespace pelvan {
-namespace {
+namespace pelvan::testing {
 
-using testing::Arrival;
-using testing::FakeSerialPort;
-using testing::SerialRig;
 using Texts = std::vector<std::string>;
 
-/// Channel 0 on port 1: settle time 2 ms, mode as given.
-class LinkTest : public ::testing::Test {
+/// Channel 0 on port 1: settle time 2 ms, mode as given. Channel 1 on port 2.
+class LinkTest : public ::testing::Test, public SerialRig {
   protected:
-    LinkTest() { start("1"); }
-    void start(const std::string& mode) { rig.build({"1;9600,N,8,1;" + mode}); }
-    FakeSerialPort& port() { return *rig.ports[0]; }
-    std::string exchange(const std::vector<Arrival>& reply) {
-        port().replies.push_back(reply);
-        begun_ms = rig.tick.now();
-        return rig.link.transmit(0, "ask", 200, 8);
+    LinkTest() {
+        start("1");
+        dialogs.on_message = [this](const std::string&) {
+            if (const auto action = std::exchange(in_next_box, {})) action();
+        };
     }
-    [[nodiscard]] double taken_ms() const { return rig.tick.now() - begun_ms; }
+    void start(const std::string& mode) { build({"1;9600,N,8,1;" + mode, "2;9600,N,8,1;1"}); }
+    FakeSerialPort& port() { return *ports[0]; }
+    std::string exchange(const std::vector<Arrival>& reply, Link* by = nullptr) {
+        port().replies.push_back(reply);
+        begun_ms = tick.now();
+        return (by ? *by : link).transmit(0, "ask", 200, 8);
+    }
+    [[nodiscard]] double taken_ms() const { return tick.now() - begun_ms; }
 
-    SerialRig rig;
     double begun_ms = 0;
+    std::function<void()> in_next_box; // happens while it stands
 };
+using SharedLineTest = LinkTest;
 
 TEST_F(LinkTest, SilenceEndsWithTheTimeOut) {
     EXPECT_EQ(exchange({}), "");
     EXPECT_NEAR(taken_ms(), 200, 2);
     EXPECT_EQ(port().outputs, Texts{"ask"});
-    EXPECT_TRUE(rig.dialogs.shown.empty());
+    EXPECT_TRUE(dialogs.shown.empty());
 }
 
-TEST_F(LinkTest, CollectsPiecesUntilTheQuietPause) {
-    EXPECT_EQ(exchange({{50, "ab"}, {60, "c"}, {75, std::string(1, '\0')}}),
+TEST_F(LinkTest, CollectsPiecesUntilTheQuietPauseAndNothingLater) {
+    EXPECT_EQ(exchange({{50, "ab"}, {60, "c"}, {75, std::string(1, '\0')}, {160, "rest"}}),
               std::string("abc\0", 4));
     EXPECT_LT(taken_ms(), 100);
-}
-
-TEST_F(LinkTest, RestAfterALongGapIsDiscardedByTheNextExchange) {
-    EXPECT_EQ(exchange({{10, "first"}, {60, "rest"}}), "first");
-    rig.tick.advance(100);
+    tick.advance(100);
     port().discards_future = false;
-    EXPECT_EQ(exchange({{5, "second"}}), "second");
+    EXPECT_EQ(exchange({{5, "second"}}), "second") << "the rest is discarded";
 }
 
 TEST_F(LinkTest, EndlessReplyIsCutByTheTimeOut) {
     std::vector<Arrival> endless;
     for (int i = 0; i < 100; ++i)
         endless.push_back({i * 10.0, "x"});
-    const std::string reply = exchange(endless);
-    EXPECT_NEAR(static_cast<double>(reply.size()), 20, 3);
+    EXPECT_NEAR(static_cast<double>(exchange(endless).size()), 20, 3);
     EXPECT_LT(taken_ms(), 200 + 2 * 16 + 2);
 }
 
 TEST_F(LinkTest, RtsIsHeldForTheBytesAndRaisedAgain) {
     start("2");
     exchange({{30, "ok"}});
+    const auto& events = port().events;
     EXPECT_EQ(port().history(), "DTREnable 1, RTSEnable 0, Handshaking 0, open, discard, discard, "
                                 "escape 3, output 3, escape 4, escape 3");
-    const auto& events = port().events;
     EXPECT_NEAR(events[8].at_ms - events[7].at_ms, 3 * 2, 1);
 }
 
 TEST_F(LinkTest, SharedPortKeepsTheChannelsOwnFlag) {
-    rig.build({"1;9600,N,8,1;1", "1;9600,N,8,1;2"});
-    rig.ports[0]->set_PortOpen(true);
-    rig.ports[0]->replies.push_back({{1, "shared"}});
-    EXPECT_EQ(rig.link.transmit(1, "ask", 200, 8), "shared");
-    EXPECT_TRUE(rig.ports[0]->history().ends_with("escape 3, output 3, escape 4, escape 3"));
+    build({"1;9600,N,8,1;1", "1;9600,N,8,1;2"});
+    port().set_PortOpen(true);
+    port().replies.push_back({{1, "shared"}});
+    EXPECT_EQ(link.transmit(1, "ask", 200, 8), "shared");
+    EXPECT_TRUE(port().history().ends_with("escape 3, output 3, escape 4, escape 3"));
 }
 
 TEST_F(LinkTest, LetsTheLineFallSilentSoThatALateReplyIsNotTakenForTheNext) {
-    struct Case {
-        std::vector<Arrival> late; // after the time-out, from its end on
-        double waited_ms;
-        bool silent;
-    };
     std::vector<Arrival> endless;
     for (int i = 0; i < 20; ++i)
         endless.push_back({200 + i * 100.0, "x"});
-    const std::vector<Case> cases{{{}, 250, true},
-                                  {{{300, "late"}}, 350, true},
-                                  {{{440, "late"}, {680, "later"}}, 730, true},
-                                  {{{460, "later than that"}}, 250, true},
-                                  {endless, 1000, false}};
+    // What comes late, after the time-out at 200; the wait from there on; whether silence ended it.
+    const std::tuple<std::vector<Arrival>, double, bool> late_replies[] = {
+        {{}, 250, true},
+        {{{300, "late"}}, 350, true},
+        {{{440, "late"}, {680, "later"}}, 730, true},
+        {{{460, "later than that"}}, 250, true},
+        {endless, 1000, false}};
     port().discards_future = false;
-    for (const auto& [late, waited_ms, silent] : cases) {
+    for (const auto& [late, waited_ms, silent] : late_replies) {
         EXPECT_EQ(exchange(late), "");
-        begun_ms = rig.tick.now();
-        EXPECT_EQ(rig.link.let_fall_silent(), silent);
+        begun_ms = tick.now();
+        EXPECT_EQ(link.let_fall_silent(), silent);
         EXPECT_NEAR(taken_ms(), waited_ms, silent ? 2 : 110);
-        rig.tick.advance(2000);
+        tick.advance(2000);
     }
     port().fail_next("InBufferCount", 8020);
-    EXPECT_TRUE(rig.link.let_fall_silent());
-    EXPECT_TRUE(rig.log_text().ends_with("transmit, ERROR #,  8020 \r\n"));
-    rig.rebuild();
-    EXPECT_TRUE(rig.link.let_fall_silent()) << "nothing is open";
-    EXPECT_TRUE(rig.dialogs.shown.empty()) << "the next exchange meets and shows it";
-    EXPECT_LE(rig.state.gTimerInUse.size(), 3U);
+    EXPECT_TRUE(link.let_fall_silent());
+    EXPECT_TRUE(log_text().ends_with("transmit, ERROR #,  8020 \r\n"));
+    rebuild();
+    EXPECT_TRUE(link.let_fall_silent()) << "nothing is open";
+    EXPECT_TRUE(dialogs.shown.empty()) << "the next exchange meets and shows it";
+    EXPECT_LE(state.gTimerInUse.size(), 3U);
 }
 
 TEST_F(LinkTest, PortThatCannotBeReopenedIsShownAndLeavesNormally) {
@@ -110,29 +106,27 @@ TEST_F(LinkTest, PortThatCannotBeReopenedIsShownAndLeavesNormally) {
     port().fail_next("PortOpen", 8002);
     EXPECT_EQ(exchange({}), "");
     // The reopening's own error, then the collection on the closed port.
-    EXPECT_EQ(rig.dialogs.texts(), (Texts{"COMM ERROR NUMBER: 8002.  CHECK PORT/SETTINGS",
-                                          "COMM ERROR NUMBER: 8018.  CHECK PORT/SETTINGS"}));
+    EXPECT_EQ(dialogs.texts(), (Texts{"COMM ERROR NUMBER: 8002.  CHECK PORT/SETTINGS",
+                                      "COMM ERROR NUMBER: 8018.  CHECK PORT/SETTINGS"}));
 }
 
 TEST_F(LinkTest, WhatFollowsAWriteErrorByItsNumber) {
-    const std::string comm_error = "COMM ERROR NUMBER: 8020.  CHECK PORT/SETTINGS";
-    const std::vector<std::tuple<int, Texts, std::string>> cases{
+    const std::tuple<int, Texts, std::string> errors[] = {
         {57, {}, ", close, open"}, // reopened
         {69, {}, ", close, open"},
         {68, {}, ", output 3"}, // the statement is retried
         {8010, {}, ""},         // the next statement follows in silence
-        {8020, {comm_error}, ""},
-        {5, {"ILLEGAL FUNCTION CALL ERROR"}, ""},
-    };
-    for (const auto& [number, messages, events] : cases) {
+        {8020, {"COMM ERROR NUMBER: 8020.  CHECK PORT/SETTINGS"}, ""},
+        {5, {"ILLEGAL FUNCTION CALL ERROR"}, ""}};
+    for (const auto& [number, messages, events] : errors) {
         start("1");
-        rig.dialogs.shown.clear();
+        dialogs.shown.clear();
         port().fail_next("Output", number);
         EXPECT_EQ(exchange({}), "");
-        EXPECT_EQ(rig.dialogs.texts(), messages) << number;
+        EXPECT_EQ(dialogs.texts(), messages) << number;
         EXPECT_TRUE(port().history().ends_with("open, discard, discard" + events)) << number;
         EXPECT_TRUE(
-            rig.log_text().ends_with("transmit, ERROR #,  " + std::to_string(number) + " \r\n"));
+            log_text().ends_with("transmit, ERROR #,  " + std::to_string(number) + " \r\n"));
     }
 }
 
@@ -141,45 +135,117 @@ TEST_F(LinkTest, ReadErrorGivesAnEmptyReplyAndNoLostCountdown) {
         port().fail_next("InBufferCount", 8020);
         EXPECT_EQ(exchange({{0, "x"}}), "");
     }
-    EXPECT_LE(rig.state.gTimerInUse.size(), 2U);
-    EXPECT_EQ(rig.dialogs.shown.size(), 5U);
+    EXPECT_LE(state.gTimerInUse.size(), 2U);
+    EXPECT_EQ(dialogs.shown.size(), 5U);
 }
 
 TEST_F(LinkTest, UnwritableLogIsShownInPlaceOfTheEntry) {
-    ErrorLog nowhere(rig.clock, rig.dir.file("missing/errors"));
-    Link link(rig.table, rig.countdowns, rig.dialogs, nowhere);
+    ErrorLog nowhere(clock, dir.file("missing/errors"));
+    Link unlogged(table, countdowns, dialogs, nowhere);
     port().fail_next("Output", 8010);
-    EXPECT_EQ(link.transmit(0, "ask", 20, 8), "");
-    EXPECT_EQ(rig.dialogs.texts(), Texts{"PATH NOT FOUND ERROR"});
+    EXPECT_EQ(exchange({}, &unlogged), "");
+    EXPECT_EQ(dialogs.texts(), Texts{"PATH NOT FOUND ERROR"});
 }
 
-TEST(Countdown, PoolReusesTheLowestSlotAndGrowsByOne) {
-    SerialState state;
-    testing::FakeTick tick;
-    CountdownPool pool(state, tick);
+TEST_F(SharedLineTest, AClaimEndsWithItsLastHandle) {
+    LineUse use;
+    const LineUser setup{"Save/Restore Setup"}, scripts{"Command scripts"};
+    std::string changes;
+    const Subscription watching =
+        use.changed.subscribe([&] { changes += use.refusal(nullptr).empty() ? "-" : "+"; });
+    {
+        LineClaim outer = use.claim(setup);
+        const LineClaim inner = use.claim(setup);
+        EXPECT_TRUE(outer && inner);
+        LineClaim refused = use.claim(scripts);
+        EXPECT_FALSE(refused);
+        EXPECT_EQ(use.refusal(&setup), "");
+        LineClaim moved = std::move(outer);
+        moved = std::move(refused); // releases what it held
+        EXPECT_FALSE(moved);
+        EXPECT_EQ(use.refusal(&scripts), "The line is in use by Save/Restore Setup.");
+    }
+    EXPECT_EQ(use.refusal(&scripts), "");
+    EXPECT_TRUE(use.claim(scripts));
+    EXPECT_EQ(changes, "+-+-");
+}
+
+TEST_F(SharedLineTest, WhileClaimedOnlyTheHolderTransmitsAndNobodyRebuilds) {
+    Link setup(table, countdowns, dialogs, log, "Save/Restore Setup");
+    const Texts refusals(2, "The line is in use by Save/Restore Setup.");
+    auto* const before = ports[0];
+    {
+        const LineClaim claim = setup.claim();
+        EXPECT_FALSE(link.claim());
+        EXPECT_EQ(exchange({{1, "reply"}}, &setup), "reply");
+        EXPECT_EQ(exchange({{1, "reply"}}), "");
+        EXPECT_EQ(port().outputs.size(), 1U) << "the line was not touched";
+        EXPECT_FALSE(table.init_comms());
+        EXPECT_EQ(ports[0], before);
+        EXPECT_EQ(dialogs.texts(), refusals);
+    }
+    EXPECT_EQ(exchange({}), "reply");
+    EXPECT_TRUE(table.init_comms());
+}
+
+TEST_F(SharedLineTest, ARebuildAskedForInABoxFollowsTheExchangeOrOpeningOrRebuilding) {
+    exchange({});
+    port().fail_next("Output", error_number::kCannotReadDevice);
+    in_next_box = [&] {
+        EXPECT_TRUE(table.init_comms());
+        EXPECT_EQ(ports.size(), 2U) << "nothing is rebuilt under the exchange";
+    };
+    EXPECT_EQ(exchange({{1, "reply"}}), "");
+    EXPECT_EQ(ports.size(), 4U) << "rebuilt when the exchange had ended";
+    ports = {ports[2], ports[3]};
+    in_next_box = [&] { table.init_comms(); };
+    port().fail_next("PortOpen", 8005);
+    std::int16_t channel = 0;
+    EXPECT_EQ(table.open_port(channel), 0);
+    EXPECT_EQ(ports.size(), 4U);
+    ini_write_string("COMMS CONTROLS", "DEVICE 1 PORT SETTING ", "short", config.gIniFile);
+    in_next_box = [&] { table.init_comms(); };
+    rebuild();
+    EXPECT_EQ(state.gCommDevice.size(), 2U);
+    EXPECT_EQ(ports.size(), 4U) << "once, and once again";
+    ports = {ports[2], ports[3]};
+    EXPECT_EQ(exchange({{1, "reply"}}), "reply");
+}
+
+TEST_F(SharedLineTest, AnExchangeOnAnEmptyTableIsLoggedAndReturnsNothing) {
+    ini_write_string("COMMS CONTROLS", "DEVICE 0 COMM PORT ", "99", config.gIniFile);
+    std::string reply = "none yet";
+    in_next_box = [&] { // about the bad port number
+        reply = link.transmit(0, "ask", 50, 8);
+        ini_write_string("COMMS CONTROLS", "DEVICE 0 COMM PORT ", "1", config.gIniFile);
+    };
+    rebuild();
+    EXPECT_EQ(reply, "");
+    EXPECT_TRUE(log_text().ends_with("open_port, ERROR #,  9 \r\n")) << log_text();
+    EXPECT_EQ(state.gCommDevice.size(), 2U);
+}
+
+TEST_F(LinkTest, CountdownsReuseTheLowestSlotAndGrowByOne) {
     for (int slot = 0; slot < 3; ++slot)
-        EXPECT_EQ(pool.start_countdown(10), slot);
-    pool.stop_countdown(1);
-    pool.stop_countdown(0);
-    EXPECT_EQ(pool.start_countdown(5), 0);
-    EXPECT_EQ(pool.start_countdown(5), 1);
+        EXPECT_EQ(countdowns.start_countdown(10), slot);
+    countdowns.stop_countdown(1);
+    countdowns.stop_countdown(0);
+    EXPECT_EQ(countdowns.start_countdown(5), 0);
+    EXPECT_EQ(countdowns.start_countdown(5), 1);
     EXPECT_EQ(state.gTimerInUse.size(), 3U);
-    EXPECT_FALSE(pool.countdown_expired(0));
+    EXPECT_FALSE(countdowns.countdown_expired(0));
     tick.advance(6);
-    EXPECT_TRUE(pool.countdown_expired(0));
+    EXPECT_TRUE(countdowns.countdown_expired(0));
     EXPECT_FALSE(state.gTimerInUse[0]);
 }
 
-TEST(Countdown, EndsAtTheRightTimeAcrossTheWrap) {
-    SerialState state;
-    testing::FakeTick tick(4294967296.0 - 100);
+TEST_F(LinkTest, CountdownsEndAtTheRightTimeAcrossTheWrap) {
     tick.step_ms = 1;
-    CountdownPool pool(state, tick);
-    const double begun = tick.now();
-    pool.wait(500);
-    EXPECT_NEAR(tick.now() - begun, 500, 4);
+    tick.advance(4294967296.0 - 100 - tick.now());
+    begun_ms = tick.now();
+    countdowns.wait(500);
+    EXPECT_NEAR(taken_ms(), 500, 4);
     EXPECT_LT(state.gLastTick, 1000U);
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing
