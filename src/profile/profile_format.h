@@ -100,6 +100,8 @@ struct ProfileFormat {
     [[nodiscard]] static std::string value_text(const ProfileField& field, int raw);
     /// As `value_text`, with the unit behind.
     [[nodiscard]] static std::string unit_text(const ProfileField& field, int raw);
+    /// What the field takes, as the beginning of a sentence.
+    [[nodiscard]] static std::string limits_text(const ProfileField& field);
     /// Takes what `value_text` and `unit_text` give and what people type: a word in small letters
     /// or capitals, a number with no more decimals than the field has. Any text, however long.
     [[nodiscard]] static ParsedValue parse_value(const ProfileField& field, std::string_view text);

@@ -31,19 +31,8 @@ std::string with_unit(const ProfileField& field, const std::string& text) {
     return field.unit.empty() ? text : text + " " + field.unit;
 }
 
-/// What a field accepts, as a sentence for whoever typed something else.
-std::string accepts(const ProfileField& field) {
-    if (field.choices.empty())
-        return field.name + " is from " + number_text(field, field.min) + " to " +
-               with_unit(field, number_text(field, field.max));
-    std::string words;
-    for (const auto& [number, word] : field.choices)
-        words += (words.empty() ? "" : ", ") + word;
-    return field.name + " is one of: " + words;
-}
-
 ParsedValue refused(const ProfileField& field, std::string_view text) {
-    return {std::nullopt, accepts(field) + "; not \"" + shown(text) + "\"."};
+    return {std::nullopt, ProfileFormat::limits_text(field) + "; not \"" + shown(text) + "\"."};
 }
 
 /// The text's number in the field's last decimal; nothing for a text that is no number. Numbers
@@ -110,6 +99,16 @@ std::string ProfileFormat::value_text(const ProfileField& field, int raw) {
 
 std::string ProfileFormat::unit_text(const ProfileField& field, int raw) {
     return with_unit(field, value_text(field, raw));
+}
+
+std::string ProfileFormat::limits_text(const ProfileField& field) {
+    if (field.choices.empty())
+        return field.name + " is from " + number_text(field, field.min) + " to " +
+               with_unit(field, number_text(field, field.max));
+    std::string words;
+    for (const auto& [number, word] : field.choices)
+        words += (words.empty() ? "" : ", ") + word;
+    return field.name + " is one of: " + words;
 }
 
 ParsedValue ProfileFormat::parse_value(const ProfileField& field, std::string_view text) {
