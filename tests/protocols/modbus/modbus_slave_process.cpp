@@ -8,49 +8,28 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
-
-namespace {
-
-constexpr int kItems = 200;
-
-using Context = std::unique_ptr<modbus_t, decltype(&modbus_free)>;
-using Mapping = std::unique_ptr<modbus_mapping_t, decltype(&modbus_mapping_free)>;
-
-void fill(modbus_mapping_t& mapping) {
-    for (int i = 0; i < kItems; ++i) {
-        const bool negative = i >= 100 && i < 110;
-        mapping.tab_registers[i] = static_cast<std::uint16_t>(negative ? -10 * i : 10 * i);
-        mapping.tab_input_registers[i] = static_cast<std::uint16_t>(10 * i + 1);
-        mapping.tab_bits[i] = i % 3 == 0 ? 1 : 0;
-        mapping.tab_input_bits[i] = static_cast<std::uint8_t>(i % 2);
-    }
-}
-
-/// Answers until the line is gone; a request that is cut short or has a wrong CRC gets no answer.
-void serve(modbus_t* context, modbus_mapping_t* mapping) {
-    std::uint8_t request[MODBUS_RTU_MAX_ADU_LENGTH];
-    for (;;) {
-        const int length = modbus_receive(context, request);
-        if (length > 0)
-            modbus_reply(context, request, length, mapping);
-        else if (length < 0 && (errno == EIO || errno == ECONNRESET || errno == EBADF))
-            return;
-    }
-}
-
-} // namespace
 
 int main(int argc, char** argv) {
-    const Context context(modbus_new_rtu(argc > 1 ? argv[1] : "", 9600, 'N', 8, 1), &modbus_free);
-    const Mapping mapping(modbus_mapping_new(kItems, kItems, kItems, kItems), &modbus_mapping_free);
-    if (!context || !mapping || modbus_set_slave(context.get(), 1) != 0 ||
-        modbus_connect(context.get()) != 0) {
+    constexpr int kItems = 200;
+    modbus_t* const context = modbus_new_rtu(argc > 1 ? argv[1] : "", 9600, 'N', 8, 1);
+    modbus_mapping_t* const items = modbus_mapping_new(kItems, kItems, kItems, kItems);
+    if (!context || !items || modbus_set_slave(context, 1) != 0 || modbus_connect(context) != 0) {
         std::fprintf(stderr, "%s\n", modbus_strerror(errno));
         return 1;
     }
-    fill(*mapping);
+    for (int i = 0; i < kItems; ++i) {
+        const bool negative = i >= 100 && i < 110;
+        items->tab_registers[i] = static_cast<std::uint16_t>(negative ? -10 * i : 10 * i);
+        items->tab_input_registers[i] = static_cast<std::uint16_t>(10 * i + 1);
+        items->tab_bits[i] = i % 3 == 0 ? 1 : 0;
+        items->tab_input_bits[i] = static_cast<std::uint8_t>(i % 2);
+    }
     std::puts("ready");
     std::fflush(stdout);
-    serve(context.get(), mapping.get());
+    // A request that is cut short or has a wrong CRC gets no answer.
+    std::uint8_t request[MODBUS_RTU_MAX_ADU_LENGTH];
+    for (int length = 0; length >= 0 || (errno != EIO && errno != ECONNRESET && errno != EBADF);) {
+        length = modbus_receive(context, request);
+        if (length > 0) modbus_reply(context, request, length, items);
+    }
 }
