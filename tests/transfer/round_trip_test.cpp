@@ -4,13 +4,13 @@
 #include <filesystem>
 
 #include "platform/line_port.h"
-#include "recording_listener.h"
 #include "simulator/line/device_text.h"
 #include "simulator/line/simulated_line.h"
 #include "simulator/line/simulator_registry.h"
 #include "support/configuration.h"
 #include "support/fake_dialogs.h"
 #include "support/fake_time.h"
+#include "support/recording_listener.h"
 #include "transfer/comparison.h"
 #include "transfer/download.h"
 #include "transfer/upload.h"

@@ -8,8 +8,8 @@
 #include <map>
 #include <set>
 
-#include "recording_listener.h"
 #include "support/frames.h"
+#include "support/recording_listener.h"
 #include "support/serial_rig.h"
 #include "transfer/comparison.h"
 #include "transfer/download.h"
