@@ -15,6 +15,7 @@ Core::Core(Services given, LineOpener opener)
       listen_link(channels, countdowns, services.dialogs, error_log, "Listening Mode"),
       logging_link(channels, countdowns, services.dialogs, error_log, "Data Logging"),
       transfer_link(channels, countdowns, services.dialogs, error_log, "Save/Restore Setup"),
+      profile_link(channels, countdowns, services.dialogs, error_log, "Profile Logic"),
       modbus(session.modbus), senders(link, modbus, services.clock, services.dialogs),
       listen_monitor(listen_link, modbus, session.listen, services.clock,
                      services.application_directory),

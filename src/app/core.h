@@ -37,6 +37,7 @@ class Core {
     Link listen_link;
     Link logging_link;
     Link transfer_link;
+    Link profile_link;
     Modbus modbus;
     Senders senders;
     ListenMonitor listen_monitor;
