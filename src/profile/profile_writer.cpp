@@ -1,0 +1,170 @@
+#include "profile/profile_writer.h"
+
+#include <ranges>
+
+#include "profile/profile_writing.h"
+
+namespace pelvan {
+namespace {
+
+std::set<int> numbers_of(const ProfileSet& profiles) {
+    const auto keys = std::views::keys(profiles);
+    return {keys.begin(), keys.end()};
+}
+
+/// What keeps a profile from being written at all, whatever the controller holds.
+std::string impossible(const ProfileFormat& format, const Profile& profile) {
+    const std::string place = profile_place(profile.number);
+    if (!format.profile_number.allows(profile.number) || profile.number < 1)
+        return place + " cannot be: numbers go from 1 to " + std::to_string(format.max_profiles()) +
+               ".";
+    if (profile.steps.empty()) return place + " has no step, so no end either.";
+    if (static_cast<int>(profile.steps.size()) > format.max_steps())
+        return place + " has " + std::to_string(profile.steps.size()) + " steps, at most " +
+               std::to_string(format.max_steps()) + " can be.";
+    for (std::size_t i = 0; i < profile.steps.size(); ++i)
+        if (!format.kind(profile.steps[i].type))
+            return profile_place(profile.number, static_cast<int>(i) + 1) +
+                   ": the model has no step of type " + std::to_string(profile.steps[i].type) + ".";
+    return {};
+}
+
+} // namespace
+
+ProfileWriter::ProfileWriter(const TransferContext& context) : link_(context.link), run_(context) {}
+
+ProfilePlan ProfileWriter::begin_plan() {
+    ProfilePlan plan;
+    if (!run_.claim) {
+        plan.refusal = link_.refusal();
+        return plan;
+    }
+    run_.listener.begun();
+    LoadedModel loaded = read_profile_model(run_);
+    plan.model = std::move(loaded.model);
+    plan.refusal = loaded.problem;
+    return plan;
+}
+
+ProfilePlan ProfileWriter::end_plan(ProfilePlan plan) {
+    if (run_.canceled() && plan.refusal.empty()) plan.refusal = "Cancelled.";
+    if (run_.claim) run_.access.leave_line();
+    return plan;
+}
+
+/// Reads what stands under the numbers; those below the highest of them that have a profile, too.
+std::set<int> ProfileWriter::read_before(ProfilePlan& plan, ProfileSelection& selection,
+                                         const std::set<int>& numbers) {
+    std::set<int> present;
+    const int last = std::min(plan.highest, numbers.empty() ? 0 : *numbers.rbegin());
+    for (int number = 1; number <= last && plan.refusal.empty() && !run_.canceled(); ++number) {
+        run_.listener.progress(number, last);
+        if (!numbers.contains(number)) {
+            plan.refusal = selection.select(number);
+            if (!plan.refusal.empty()) break;
+            const NumberRead steps = selection.step_count();
+            plan.refusal = steps.problem;
+            if (steps.value.value_or(0) > 0) present.insert(number);
+            continue;
+        }
+        ProfileRead read = read_profile(selection, number);
+        if (!read.profile && !read.problems.empty()) plan.refusal = read.problems.front();
+        plan.unread.insert(plan.unread.end(), read.problems.begin(), read.problems.end());
+        if (!read.profile) continue;
+        present.insert(number);
+        plan.before.emplace(number, std::move(*read.profile));
+    }
+    return present;
+}
+
+void ProfileWriter::plan_numbers(ProfilePlan& plan, const ProfileSet& wanted,
+                                 const std::set<int>& erased) {
+    const ProfileFormat& format = plan.model->format;
+    for (const auto& [number, profile] : wanted)
+        if (plan.refusal = impossible(format, profile); !plan.refusal.empty()) return;
+    ProfileSelection selection(run_, format);
+    std::set<int> numbers = numbers_of(wanted);
+    numbers.insert(erased.begin(), erased.end());
+    plan.refusal = refusal_while_running(selection, numbers);
+    if (!plan.refusal.empty()) return;
+    const NumberRead highest = selection.highest();
+    plan.refusal = highest.problem;
+    plan.highest = highest.value.value_or(0);
+    const std::set<int> present = read_before(plan, selection, numbers);
+    for (const auto& [number, profile] : wanted) {
+        const auto before = plan.before.find(number);
+        if (before == plan.before.end() ||
+            !profile_differences(format, profile, before->second).empty()) {
+            plan.wanted.emplace(number, profile);
+            continue;
+        }
+        plan.unchanged.insert(number);
+        plan.before.erase(before);
+    }
+    for (const int number : erased)
+        if (plan.before.contains(number)) plan.erased.insert(number);
+    plan.fillers = filler_numbers(plan.wanted, present);
+}
+
+ProfilePlan ProfileWriter::plan_write(int model, const ProfileSet& wanted) {
+    ProfilePlan plan = begin_plan();
+    if (plan.model && plan.model->number != model)
+        plan.refusal = "The profiles are of model " + std::to_string(model) +
+                       ", the controller is a " + std::to_string(plan.model->number) + ".";
+    if (plan.refusal.empty()) plan_numbers(plan, wanted, {});
+    return end_plan(std::move(plan));
+}
+
+ProfilePlan ProfileWriter::plan_copy(int from, int to) {
+    ProfilePlan plan = begin_plan();
+    if (!plan.refusal.empty()) return end_plan(std::move(plan));
+    ProfileSelection selection(run_, plan.model->format);
+    const NumberRead highest = selection.highest();
+    ProfileRead read;
+    if (!highest.value)
+        read.problems.push_back(highest.problem);
+    else if (from >= 1 && from <= *highest.value)
+        read = read_profile(selection, from);
+    if (!read.problems.empty())
+        plan.refusal = read.problems.front();
+    else if (!read.profile)
+        plan.refusal = "There is no profile " + std::to_string(from) + ".";
+    else
+        plan_numbers(plan, {{to, copied_profile(plan.model->format, *read.profile, to)}}, {});
+    return end_plan(std::move(plan));
+}
+
+ProfilePlan ProfileWriter::plan_erase(const std::set<int>& numbers) {
+    ProfilePlan plan = begin_plan();
+    if (plan.refusal.empty()) plan_numbers(plan, {}, numbers);
+    return end_plan(std::move(plan));
+}
+
+ProfileWriteResult ProfileWriter::write(const ProfilePlan& plan) {
+    ProfileWriteResult result;
+    if (!plan.model || !plan.refusal.empty()) {
+        result.problems.push_back(plan.refusal);
+        return result;
+    }
+    run_.listener.working();
+    result = ProfileWriting(run_, plan.model->format).carry_out(plan.wanted, plan.erased);
+    run_.access.leave_line();
+    return result;
+}
+
+ProfileWriteResult ProfileWriter::restore_previous(const ProfilePlan& plan,
+                                                   const ProfileWriteResult& failed) {
+    run_.cancel.canceled = false;
+    ProfilePlan back;
+    back.model = plan.model;
+    for (const int number : failed.touched) {
+        const auto before = plan.before.find(number);
+        if (before != plan.before.end())
+            back.wanted.insert(*before);
+        else
+            back.erased.insert(number);
+    }
+    return write(back);
+}
+
+} // namespace pelvan
