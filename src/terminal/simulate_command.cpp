@@ -7,6 +7,7 @@ namespace {
 struct SimulateOptions {
     std::string model = "742";
     int address = 1;
+    int speed = 1;
     std::string link;
     std::string faults; // further options of a simulated device's text
 };
@@ -14,6 +15,7 @@ struct SimulateOptions {
 int simulate(const SimulateOptions& options, TerminalEnvironment& environment) {
     std::string text = "simulated:" + options.model;
     if (options.model != "loopback") text += ",address=" + std::to_string(options.address);
+    if (options.speed != 1) text += ",speed=" + std::to_string(options.speed);
     if (!options.faults.empty()) text += "," + options.faults;
     const auto device = simulator::parse_simulated_device(text);
     if (!device) {
@@ -42,9 +44,14 @@ void add_simulate_command(CLI::App& cli, ChosenCommand& chosen) {
     command->add_option("--model", options->model, "742 (with ramp profiles), 730, or loopback")
         ->capture_default_str();
     command->add_option("--address", options->address, "Controller address")->capture_default_str();
+    command
+        ->add_option("--speed", options->speed,
+                     "How many times faster the controller's clock runs, 1 to 3600")
+        ->capture_default_str();
     command->add_option("--link", options->link, "Symbolic link to make to the pseudo-terminal");
-    command->add_option("--faults", options->faults,
-                        "Faults and their rates, such as lost=0.02,late=0.01,seed=7");
+    command->add_option(
+        "--faults", options->faults,
+        "Faults and their rates, such as lost=0.02,late=0.01,seed=7; refuse=REGISTER");
     command->callback([options, &chosen] {
         chosen = [options](TerminalEnvironment& environment) {
             return simulate(*options, environment);

@@ -33,6 +33,8 @@ TEST_F(TerminalTest, FailuresAreOneLineAndAnExitCode) {
                    "Bad DATA VALUE entered.");
     expect_failure("send --format octal", exit_code::kBadOption,
                    "--format: \"octal\" is no choice, choose decimal, hex or smart");
+    expect_failure("simulate --speed 3601", exit_code::kBadOption,
+                   "no simulated device is called \"simulated:742,address=1,speed=3601\"");
     expect_failure("simulate --model 999", exit_code::kBadOption,
                    "no simulated device is called \"simulated:999,address=1\"");
     for (const char* line : {"send --protocol 1", "send --function three", "send --nonsense",

@@ -14,7 +14,7 @@ constexpr std::int16_t kResetAll = 800;
 
 } // namespace
 
-Controller::Controller(int model, int speed, std::set<std::uint16_t> refused)
+Controller::Controller(int model, int speed, std::map<std::uint16_t, int> refused)
     : table_(make_register_table(model)), coils_(model == 742 ? 16 : 8), inputs_(12),
       has_profiles_(model == 742), speed_(speed), refused_(std::move(refused)) {
     add_loops();
@@ -30,7 +30,8 @@ ExceptionCode Controller::read(std::uint16_t number, std::int16_t& value) const 
 }
 
 ExceptionCode Controller::check_write(std::uint16_t number, std::int16_t value) const {
-    if (refused_.count(number) != 0) return ExceptionCode::IllegalValue;
+    const auto refused = refused_.find(number);
+    if (refused != refused_.end() && value > refused->second) return ExceptionCode::IllegalValue;
     if (is_profile_register(number)) {
         const bool runs = profiles_.selected_number() == run_.place().profile;
         return runs && Profiles::is_edit(number) ? ExceptionCode::IllegalValue

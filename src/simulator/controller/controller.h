@@ -8,8 +8,8 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
-#include <set>
 #include <vector>
 
 #include "simulator/controller/process.h"
@@ -59,15 +59,15 @@ inline constexpr std::uint16_t kPowerFails = 4122;
 class Controller {
   public:
     /// Model 742 or 730; any other is the caller's mistake (see `is_known_model`). `speed` is how
-    /// many times faster than the owner's its clock runs; writes to the registers `refused` are
-    /// answered with exception 3.
-    explicit Controller(int model, int speed = 1, std::set<std::uint16_t> refused = {});
+    /// many times faster than the owner's its clock runs; a write to a register of `refused` of a
+    /// value above the one there is answered with exception 3.
+    explicit Controller(int model, int speed = 1, std::map<std::uint16_t, int> refused = {});
 
     [[nodiscard]] static bool is_known_model(int model) { return model == 742 || model == 730; }
 
     /// Lets time pass up to `now_ms`; a step backwards is taken as none. One long step ends where
-    /// many short ones do. It takes a tenth of a second at most: while a profile runs, more than 30
-    /// days of the controller's clock in one step count as 30.
+    /// many short ones do, and takes little time: while a profile runs, more than ten days of the
+    /// controller's clock in one step count as ten.
     void advance(double now_ms);
 
     /// A controller that restarts after a reset or a power failure receives and sends nothing for
@@ -118,7 +118,7 @@ class Controller {
     ProfileRun run_;
     bool has_profiles_;
     int speed_;
-    std::set<std::uint16_t> refused_;
+    std::map<std::uint16_t, int> refused_;
     double begin_ms_ = 0; // of the owner's clock
     double now_ms_ = 0;
     bool started_ = false;

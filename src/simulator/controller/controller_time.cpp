@@ -9,7 +9,7 @@ namespace pelvan::simulator {
 namespace {
 
 constexpr auto kTickUs = static_cast<std::int64_t>(Process::kTickMs * 1000);
-constexpr int kMaxTicks = 4 * 60 * 60 * 24 * 30; // 30 days
+constexpr int kMaxTicks = 4 * 60 * 60 * 24 * 10; // ten days
 constexpr int kTicksForAStep = 10;               // the work of a step that takes no time
 
 constexpr double kAmbient = 250;

@@ -45,13 +45,29 @@ struct WholeOption {
 };
 
 constexpr long kMaxWord = 4294967295;
+constexpr long kRefuseAll = -32769; // below any value of a register
 
-constexpr std::array<WholeOption, 4> kWholeOptions{{
+constexpr std::array<WholeOption, 5> kWholeOptions{{
     {"seed", 0, kMaxWord, [](SimulatedDevice& d, std::uint32_t value) { d.faults.seed = value; }},
     {"only", 0, kMaxWord, [](SimulatedDevice& d, std::uint32_t value) { d.faults.only = value; }},
     {"address", 1, 247, [](SimulatedDevice& d, std::uint32_t value) { d.address = value; }},
     {"queue", 0, 1, [](SimulatedDevice& d, std::uint32_t value) { d.queues = value != 0; }},
+    {"speed", 1, 3600,
+     [](SimulatedDevice& d, std::uint32_t value) { d.speed = static_cast<int>(value); }},
 }};
+
+/// "4012" or, for values above one alone, "4012>500".
+bool set_refusal(SimulatedDevice& device, const std::string& text) {
+    const std::size_t above = text.find('>');
+    const auto number = whole_number(trim(text.substr(0, above)), 0, 65535);
+    std::optional<long> limit = kRefuseAll;
+    if (above != std::string::npos) {
+        limit = whole_number(trim(text.substr(above + 1)), kRefuseAll, 32767);
+    }
+    if (!number || !limit) return false;
+    device.refused[static_cast<std::uint16_t>(*number)] = static_cast<int>(*limit);
+    return true;
+}
 
 bool set_number(SimulatedDevice& device, const std::string& name, double value) {
     for (const PlanOption& option : kPlanOptions) {
@@ -72,6 +88,7 @@ bool set_option(SimulatedDevice& device, const std::string& text) {
         device.jumper_in = value == "in";
         return name == "jumper" && (value == "in" || value == "out");
     }
+    if (name == "refuse") return set_refusal(device, value);
     for (const WholeOption& option : kWholeOptions) {
         if (name != option.name) continue;
         const auto number = whole_number(value, option.min, option.max);
@@ -97,7 +114,11 @@ bool is_simulated(const std::string& text) {
 
 std::optional<SimulatedDevice> parse_simulated_device(const std::string& text) {
     if (!is_simulated(text)) return std::nullopt;
-    const std::vector<std::string> parts = split(text.substr(kPrefix.size()), ',');
+    std::string device_text = text.substr(kPrefix.size());
+    // The first option may follow a question mark.
+    const std::size_t mark = device_text.find_first_of(",?");
+    if (mark != std::string::npos) device_text[mark] = ',';
+    const std::vector<std::string> parts = split(device_text, ',');
     SimulatedDevice device;
     if (!set_model(device, trim(parts[0]))) return std::nullopt;
     for (std::size_t i = 1; i < parts.size(); ++i) {

@@ -1,7 +1,10 @@
 // The text that stands for a simulated device in the configuration file and on the command line:
-// "simulated:742,address=5,lost=0.02,seed=7" or "simulated:loopback,jumper=out".
+// "simulated:742,address=5,lost=0.02,seed=7", "simulated:742?speed=60" or
+// "simulated:loopback,jumper=out".
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -12,8 +15,10 @@ namespace pelvan::simulator {
 struct SimulatedDevice {
     int model = 742;
     unsigned address = 1;
-    double delay_ms = 0; // from the end of a request to the beginning of its reply
-    bool queues = false; // requests that come before its reply are answered, too
+    double delay_ms = 0;                  // from the end of a request to the beginning of its reply
+    bool queues = false;                  // requests that come before its reply are answered, too
+    int speed = 1;                        // of the controller's clock
+    std::map<std::uint16_t, int> refused; // see `Controller`
     FaultPlan faults;
     bool loopback = false; // then only `jumper_in` counts
     std::optional<bool> jumper_in;

@@ -94,6 +94,29 @@ TEST_F(LineTest, AnyBytesLeaveItAnswering) {
     EXPECT_EQ(say(read_model), model_reply);
 }
 
+TEST_F(LineTest, AFasterControllerKeepsThePaceOfItsLine) {
+    open("simulated:742?speed=60,refuse=300,refuse=4006>30");
+    const auto ask = [&](const std::string& request, const std::string& reply) {
+        EXPECT_EQ(say(frame(request), 40), frame(reply)) << request;
+    };
+    ask("01 06 01 2C 00 64", "01 86 03");
+    // A profile with a soak of 30 seconds, which cannot be made longer.
+    for (const char* write : {"01 06 0F A0 00 01", "01 06 0F A2 00 01", "01 06 0F A2 00 03",
+                              "01 06 0F A6 00 1E", "01 06 10 05 00 01"})
+        ask(write, write);
+    ask("01 06 0F A6 00 1F", "01 86 03");
+    ask("01 03 10 04 00 01", "01 03 02 00 01");
+    tick.advance(350);
+    ask("01 03 10 04 00 01", "01 03 02 00 01");
+    ask("01 03 10 04 00 01", "01 03 02 00 04"); // 0.5 s are 30
+    ask("01 06 10 1A 00 01", "01 06 10 1A 00 01");
+    tick.advance(1850); // the power fails: two seconds of the line
+    EXPECT_EQ(say(read_model, 40), "");
+    tick.advance(100);
+    EXPECT_EQ(say(read_model, 9), "");
+    EXPECT_EQ(taken(31), model_reply);
+}
+
 TEST_F(LineTest, TheLoopBackPlugEchoesWhileItsJumperIsIn) {
     open("simulated:loopback");
     EXPECT_EQ(say("echo", 3), "ec");
@@ -107,12 +130,30 @@ TEST_F(LineTest, TheLoopBackPlugEchoesWhileItsJumperIsIn) {
 }
 
 TEST_F(LineTest, UnknownDevicesAreRefused) {
-    for (const char* text :
-         {"simulated:", "simulated:741", "simulated:742x", "simulated:742,", "simulated:742,pace=1",
-          "simulated:742,address=0", "simulated:742,address=248", "simulated:742,address=1.5",
-          "simulated:742,lost=2", "simulated:742,lost=-0.1", "simulated:742,lost=much",
-          "simulated:742,queue=2", "simulated:742,only=0.5", "simulated:742,jumper=in",
-          "simulated:loopback,jumper=half", "simulated:742,seed=-1"}) {
+    for (const char* text : {"simulated:",
+                             "simulated:741",
+                             "simulated:742x",
+                             "simulated:742,",
+                             "simulated:742,pace=1",
+                             "simulated:742,address=0",
+                             "simulated:742,address=248",
+                             "simulated:742,address=1.5",
+                             "simulated:742,lost=2",
+                             "simulated:742,lost=-0.1",
+                             "simulated:742,lost=much",
+                             "simulated:742,queue=2",
+                             "simulated:742,only=0.5",
+                             "simulated:742,jumper=in",
+                             "simulated:742,speed=0",
+                             "simulated:742,speed=3601",
+                             "simulated:742?",
+                             "simulated:742??speed=2",
+                             "simulated:742?speed=2?address=3",
+                             "simulated:742,refuse=65536",
+                             "simulated:742,refuse=4007>",
+                             "simulated:loopback,speed=2",
+                             "simulated:loopback,jumper=half",
+                             "simulated:742,seed=-1"}) {
         EXPECT_FALSE(parse_simulated_device(text)) << text;
         EXPECT_EQ(error_of([&] { open(text); }), 8002) << text;
     }
