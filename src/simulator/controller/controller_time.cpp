@@ -100,7 +100,6 @@ void Controller::pass_time(std::int64_t until_us) {
     int work = kMaxTicks;
     while (now_us_ < until_us && work > 0) {
         const RunState before = run_.state();
-        const auto asked = loops.set_points;
         const std::int64_t to =
             std::min({until_us, next_tick_us_, power_back_us_.value_or(until_us)});
         if (!power_back_us_) run_.advance(to - now_us_, profiles_, loops);
@@ -111,9 +110,9 @@ void Controller::pass_time(std::int64_t until_us) {
         const bool moving = tick(loops);
         work -= 1 + kTicksForAStep * std::max(run_.steps_in_scan() - 1, 0);
         if (!power_back_us_) run_.scan(profiles_, loops);
-        // What stands still under set points that stand still needs no ticks.
-        const bool still = !moving && !power_back_us_ && asked == loops.set_points;
-        if (still && before == run_.state() && before != RunState::Running) break;
+        // What stands still under a set point that stays needs no ticks.
+        const bool running = before == RunState::Running || run_.state() == RunState::Running;
+        if (!running && !moving && !power_back_us_) break;
     }
     if (now_us_ < until_us) {
         now_us_ = until_us;
