@@ -265,7 +265,7 @@ CommandOutcome ProfileRunner::command(RunCommand command) {
 CommandOutcome ProfileRunner::send(RunCommand command, int profile) {
     // An answer to a request of this tool's reading or writing may be on its way.
     const auto fall_silent = [this] {
-        for (int i = 0; i < kSilences && link_.let_fall_silent(); ++i) {
+        for (int i = 0; i < kSilences && link_.let_fall_silent().silent; ++i) {
         }
     };
     if (own_work_goes_on()) fall_silent();

@@ -69,7 +69,7 @@ std::string ControllerAccess::request(std::int16_t function, float register_numb
 void ControllerAccess::await_silence(const std::string& next) {
     if (doubtful_.empty()) return;
     const int silences = next == doubtful_ ? 1 : kSilences;
-    for (int i = 0; i < silences && link_.let_fall_silent(); ++i) {
+    for (int i = 0; i < silences && link_.let_fall_silent().silent; ++i) {
     }
     if (next != doubtful_) doubtful_.clear();
 }

@@ -108,26 +108,26 @@ std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int1
     return reply;
 }
 
-bool Link::let_fall_silent() {
+Silence Link::let_fall_silent() {
     const auto& devices = channels_.state().gCommDevice;
     const auto last = static_cast<std::size_t>(last_port_);
-    if (last >= devices.size() || !devices[last]->PortOpen() || !refusal().empty()) return true;
-    bool silent = true;
+    if (last >= devices.size() || !devices[last]->PortOpen() || !refusal().empty()) return {};
+    Silence result;
     ErrorTrap trap(log_, dialogs_, "transmit");
-    trap.run([&] { silent = discard_until_silent(*devices[last]); },
+    trap.run([&] { discard_until_silent(*devices[last], result); },
              [](const RunTimeError&) { return Resume::Leave; });
-    return silent;
+    return result;
 }
 
-bool Link::discard_until_silent(SerialPort& port) {
+void Link::discard_until_silent(SerialPort& port, Silence& result) {
     CountdownSlot overall(countdowns_, kMaxSilenceWaitMs);
     while (!overall.expired()) {
         CountdownSlot silence(countdowns_, kSilenceMs);
         while (port.InBufferCount() == 0)
-            if (silence.expired()) return true;
-        port.Input();
+            if (silence.expired()) return;
+        result.discarded += port.Input().size();
     }
-    return false;
+    result.silent = false;
 }
 
 std::string Link::receive_reply(SerialPort& port, float char_time, float timeout_ms,

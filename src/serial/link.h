@@ -11,6 +11,14 @@
 
 namespace pelvan {
 
+/// How waiting for silence ended.
+struct Silence {
+    /// False when bytes went on coming until the waiting ended.
+    bool silent = true;
+    /// Bytes that came meanwhile.
+    std::size_t discarded = 0;
+};
+
 class Link {
   public:
     /// `user` names the tool where others are refused because of it.
@@ -44,11 +52,10 @@ class Link {
                                      std::int16_t quiet_chars);
 
     /// Discards what comes on the line that `transmit` used last until it was silent for 250 ms,
-    /// at most 1 s; false when it was not silent even then. For use after an attempt that timed out
-    /// or whose reply was a late one, so that the next request does not take an answer to an
-    /// earlier one for its own. Blocks; errors of the port are logged and end it, the next exchange
-    /// meets and shows them.
-    bool let_fall_silent();
+    /// at most 1 s. For use after an attempt that timed out or whose reply was a late one, so that
+    /// the next request does not take an answer to an earlier one for its own. Blocks; errors of
+    /// the port are logged and end it, the next exchange meets and shows them.
+    Silence let_fall_silent();
 
     /// The collector alone, for a port that was written to or that raised its receive event.
     /// `char_time` is the settle time in milliseconds. Raises the port's errors.
@@ -62,7 +69,7 @@ class Link {
     [[nodiscard]] bool refused();
     std::string exchange(std::int16_t channel, const std::string& command, float timeout_ms,
                          std::int16_t quiet_chars);
-    bool discard_until_silent(SerialPort& port);
+    void discard_until_silent(SerialPort& port, Silence& result);
 
     ChannelTable& channels_;
     CountdownPool& countdowns_;

@@ -76,26 +76,29 @@ TEST_F(LinkTest, LetsTheLineFallSilentSoThatALateReplyIsNotTakenForTheNext) {
     std::vector<Arrival> endless;
     for (int i = 0; i < 20; ++i)
         endless.push_back({200 + i * 100.0, "x"});
-    // What comes late, after the time-out at 200; the wait from there on; whether silence ended it.
-    const std::tuple<std::vector<Arrival>, double, bool> late_replies[] = {
-        {{}, 250, true},
-        {{{300, "late"}}, 350, true},
-        {{{440, "late"}, {680, "later"}}, 730, true},
-        {{{460, "later than that"}}, 250, true},
-        {endless, 1000, false}};
+    // What comes late, after the time-out at 200; the wait from there on; whether silence ended it;
+    // the bytes that came meanwhile.
+    const std::tuple<std::vector<Arrival>, double, bool, std::size_t> late_replies[] = {
+        {{}, 250, true, 0},
+        {{{300, "late"}}, 350, true, 4},
+        {{{440, "late"}, {680, "later"}}, 730, true, 9},
+        {{{460, "later than that"}}, 250, true, 0},
+        {endless, 1000, false, 10}};
     port().discards_future = false;
-    for (const auto& [late, waited_ms, silent] : late_replies) {
+    for (const auto& [late, waited_ms, silent, discarded] : late_replies) {
         EXPECT_EQ(exchange(late), "");
         begun_ms = tick.now();
-        EXPECT_EQ(link.let_fall_silent(), silent);
+        const Silence silence = link.let_fall_silent();
+        EXPECT_EQ(silence.silent, silent);
+        EXPECT_EQ(silence.discarded, discarded);
         EXPECT_NEAR(taken_ms(), waited_ms, silent ? 2 : 110);
         tick.advance(2000);
     }
     port().fail_next("InBufferCount", 8020);
-    EXPECT_TRUE(link.let_fall_silent());
+    EXPECT_TRUE(link.let_fall_silent().silent);
     EXPECT_TRUE(log_text().ends_with("transmit, ERROR #,  8020 \r\n"));
     rebuild();
-    EXPECT_TRUE(link.let_fall_silent()) << "nothing is open";
+    EXPECT_TRUE(link.let_fall_silent().silent) << "nothing is open";
     EXPECT_TRUE(dialogs.shown.empty()) << "the next exchange meets and shows it";
     EXPECT_LE(state.gTimerInUse.size(), 3U);
 }
