@@ -55,7 +55,7 @@ std::string set_profile_name(const ProfileFormat& format, Profile& profile,
     std::size_t at = 0;
     for (const ProfileField& field : format.own) {
         if (field.role != RegisterRole::Name) continue;
-        const int code = at < name.size() ? name[at] : ' ';
+        const int code = at < name.size() ? static_cast<unsigned char>(name[at]) : ' ';
         if (!field.allows(code) && at < name.size())
             return std::string("The character ") + name[at] + " is not allowed in a name.";
         own[field.number] = field.nearest(code);

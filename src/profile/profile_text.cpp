@@ -16,9 +16,9 @@ constexpr int kCreate = static_cast<int>(ProfileAction::Create);
 constexpr int kInsertStep = static_cast<int>(ProfileAction::InsertStep);
 
 /// Takes lines one by one; the first that is wrong ends it.
-class ProfileReader {
+class ProfileLineReader {
   public:
-    explicit ProfileReader(const ProfileFormat& format) : format_(format) {}
+    explicit ProfileLineReader(const ProfileFormat& format) : format_(format) {}
 
     /// False when `problem` says why.
     bool take(const std::string& line) {
@@ -217,7 +217,7 @@ std::vector<std::string> profile_lines(const ProfileFormat& format, const Profil
 }
 
 ReadProfiles read_profiles(const ProfileFormat& format, std::span<const std::string> lines) {
-    ProfileReader reader(format);
+    ProfileLineReader reader(format);
     for (const std::string& line : lines)
         if (!reader.take(line)) return {{}, std::move(reader.problem), {}};
     if (!reader.end()) return {{}, std::move(reader.problem), {}};
