@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "support/temp_dir.h"
+#include "text/strings.h"
 
 namespace pelvan::testing {
-namespace {
 
 TEST(SequenceFile, FlagInThreeCharactersAndAListFromLineFiveToALineWithoutADigit) {
     const TempDir dir;
@@ -27,7 +27,7 @@ TEST(SequenceFile, FlagInThreeCharactersAndAListFromLineFiveToALineWithoutADigit
     }
 }
 
-std::vector<float> numbers(const std::vector<ProfileRegister>& registers) {
+static std::vector<float> numbers(const std::vector<ProfileRegister>& registers) {
     std::vector<float> out;
     for (const ProfileRegister& one : registers)
         out.push_back(one.number);
@@ -50,17 +50,18 @@ TEST(ProfileSequence, SelectorsThenSections) {
     EXPECT_EQ(read->step_types.at(3).registers[0].line, 11);
     EXPECT_EQ(numbers(read->run_registers), std::vector<float>{9});
 
-    const std::pair<std::string, int> bad[] = {{"1\r\n2\r\nx\r\n", 3},
-                                               {head + "7\r\n", 7},
-                                               {head + "TYPE x\r\n", 7},
-                                               {head + "TPYE 1\r\n", 7},
-                                               {head + "RUNS\r\n", 7},
-                                               {head + "TYPE 99999999999\r\n", 7},
-                                               {head + "TYPE 1\r\n7 x\r\n8 {hours\r\n", 9},
-                                               {"1\r\n2\r\n", 3},
-                                               {std::string("\0\xFF\x01", 3), 1},
-                                               {"", 1}};
-    for (const auto& [text, number] : bad) {
+    // The fault's line before what is wrong.
+    const std::pair<int, std::string> bad[] = {{3, "1\r\n2\r\nx\r\n"},
+                                               {7, head + "7\r\n"},
+                                               {7, head + "TYPE x\r\n"},
+                                               {7, head + "TPYE 1\r\n"},
+                                               {7, head + "RUNS\r\n"},
+                                               {7, head + "TYPE 99999999999\r\n"},
+                                               {3, "1\r\n2\r\n"},
+                                               {9, head + "TYPE 1\r\n7 x\r\n8 {hours\r\n"},
+                                               {1, ""},
+                                               {1, std::string("\0\xFF\x01", 3)}};
+    for (const auto& [number, text] : bad) {
         write_file(dir.file("a.pds"), text);
         EXPECT_FALSE(read_profile_sequence(dir.file("a.pds"), fault)) << text;
         EXPECT_EQ(fault.line, number) << text;
@@ -84,32 +85,12 @@ TEST(RegisterAttributes, ItemsInAnyOrder) {
         EXPECT_EQ(read.text.substr(0, 1), "x") << text;
         EXPECT_TRUE(read.attributes == attributes) << text;
     }
-    for (const char* text : {"{",
-                             "}{",
-                             "{hours",
-                             "{hours} x",
-                             "{hours}}",
-                             "{}",
-                             "{hours;}",
-                             "{hours; minutes}",
-                             "{1 to}",
-                             "{9 to 1}",
-                             "{0 to 32768}",
-                             "{1 to 2; 1 to 2}",
-                             "{5 decimals}",
-                             "{1 decimals x}",
-                             "{-}",
-                             "{12}",
-                             "{a; b}",
-                             "{1 = }",
-                             "{= x}",
-                             "{0 = a, 0 = b}",
-                             "{0 = a, b}",
-                             "{0 = a = b}",
-                             "{0 = a; 1 = b}",
-                             "{1.5 to 2}"})
+    for (const std::string& text :
+         split("{|}{|{hours|{hours} x|{hours}}|{}|{hours;}|{hours; minutes}|{1 to}|{9 to 1}|"
+               "{0 to 32768}|{1 to 2; 1 to 2}|{5 decimals}|{1 decimals x}|{-}|{12}|{a; b}|{1 = }|"
+               "{= x}|{0 = a, 0 = b}|{0 = a, b}|{0 = a = b}|{0 = a; 1 = b}|{1.5 to 2}",
+               '|'))
         EXPECT_NE(parse_register_text(text).problem, "") << text;
 }
 
-} // namespace
 } // namespace pelvan::testing

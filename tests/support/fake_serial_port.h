@@ -57,39 +57,27 @@ class FakeSerialPort : public SerialPort {
     }
     bool lost() override { return open_ && line_lost; }
     long InBufferCount() override {
-        require_open();
-        fail("InBufferCount");
+        use("InBufferCount");
         return static_cast<long>(arrived().size());
     }
     void set_InBufferCount(long) override {
-        require_open();
-        fail("discard");
+        use("discard");
         arrived().clear();
         if (discards_future) coming_.clear();
         note("discard");
     }
     std::string Input() override {
-        require_open();
-        fail("Input");
-        std::string out = arrived();
-        buffer_.clear();
-        return out;
+        use("Input");
+        return std::exchange(arrived(), {});
     }
     void set_Output(const std::string& bytes) override {
-        require_open();
-        fail("Output");
+        use("Output");
         outputs.push_back(bytes);
         note("output " + std::to_string(bytes.size()));
         if (!responder && replies.empty()) return;
-        std::vector<Arrival> reply;
-        if (responder) {
-            reply = responder(bytes);
-        } else {
-            reply = replies.front();
-            replies.pop_front();
-        }
-        for (const Arrival& arrival : reply)
+        for (const Arrival& arrival : responder ? responder(bytes) : replies.front())
             arrive(arrival);
+        if (!responder) replies.pop_front();
     }
     std::int16_t RThreshold() const override { return threshold_; }
     void set_RThreshold(std::int16_t count) override {
@@ -98,8 +86,7 @@ class FakeSerialPort : public SerialPort {
     }
     int CommID() const override { return -1; }
     void EscapeCommFunction(EscapeCode code) override {
-        require_open();
-        fail("EscapeCommFunction");
+        use("EscapeCommFunction");
         note("escape " + std::to_string(static_cast<int>(code)));
     }
     void check_receive() override {
@@ -136,15 +123,16 @@ class FakeSerialPort : public SerialPort {
         line = on;
         note(name + (on ? " 1" : " 0"));
     }
-    void require_open() const {
+    void use(const std::string& operation) {
         if (!open_) throw RunTimeError(error_number::kPortNotOpen);
+        fail(operation);
     }
     void fail(const std::string& operation) {
         auto& numbers = failures_[operation];
         if (numbers.empty()) return;
-        const int number = numbers.front();
+        const RunTimeError error(numbers.front());
         numbers.pop_front();
-        throw RunTimeError(number);
+        throw error;
     }
     std::string& arrived() {
         while (!coming_.empty() && coming_.front().after_ms <= tick_.now()) {

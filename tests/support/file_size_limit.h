@@ -16,8 +16,7 @@ class FileSizeLimit {
         limited.rlim_cur = bytes;
         ::setrlimit(RLIMIT_FSIZE, &limited);
     }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    FileSizeLimit(FileSizeLimit&&) = delete;
     ~FileSizeLimit() {
         ::setrlimit(RLIMIT_FSIZE, &old_);
         std::signal(SIGXFSZ, old_handler_);

@@ -3,7 +3,6 @@
 
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,24 +20,22 @@ namespace pelvan::testing {
 class ModbusSlaveProcess {
   public:
     /// `program` is the slave's executable; returns when it answers.
-    ModbusSlaveProcess(std::string program, std::string device) {
+    ModbusSlaveProcess(const std::string& program, const std::string& device) {
         std::array<int, 2> output{-1, -1};
         if (::pipe2(output.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-        std::array<char*, 3> arguments{program.data(), device.data(), nullptr};
-        const int failed =
-            ::posix_spawn(&process_, program.c_str(), &actions, nullptr, arguments.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
+        process_ = ::fork();
+        if (process_ == 0) {
+            ::dup2(output[1], STDOUT_FILENO);
+            ::execl(program.c_str(), program.c_str(), device.c_str(), nullptr);
+            ::_exit(1);
+        }
         ::close(output[1]);
         char ready = 0; // the first letter of "ready": the line is open
-        const bool begun = failed == 0 && ::read(output[0], &ready, 1) == 1;
+        const bool begun = ::read(output[0], &ready, 1) == 1;
         ::close(output[0]);
         if (!begun) throw std::runtime_error("the slave did not start");
     }
-    ModbusSlaveProcess(const ModbusSlaveProcess&) = delete;
-    ModbusSlaveProcess& operator=(const ModbusSlaveProcess&) = delete;
+    ModbusSlaveProcess(ModbusSlaveProcess&&) = delete;
     ~ModbusSlaveProcess() {
         if (process_ <= 0) return;
         ::kill(process_, SIGKILL);
@@ -53,8 +50,7 @@ class ModbusSlaveProcess {
 class PtyWire {
   public:
     PtyWire() : pump_([this] { pump(); }) {}
-    PtyWire(const PtyWire&) = delete;
-    PtyWire& operator=(const PtyWire&) = delete;
+    PtyWire(PtyWire&&) = delete;
     ~PtyWire() {
         stop_ = true;
         pump_.join();

@@ -34,8 +34,7 @@ class PtyPair {
         ::tcsetattr(slave_, TCSANOW, &attributes);
         if (slave == Slave::Close) close_one(slave_);
     }
-    PtyPair(const PtyPair&) = delete;
-    PtyPair& operator=(const PtyPair&) = delete;
+    PtyPair(PtyPair&&) = delete;
     ~PtyPair() {
         close_one(slave_);
         close_one(master_);

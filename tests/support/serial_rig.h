@@ -10,6 +10,7 @@
 #include "support/fake_serial_port.h"
 #include "support/fake_time.h"
 #include "support/temp_dir.h"
+#include "text/strings.h"
 
 namespace pelvan::testing {
 
@@ -21,13 +22,11 @@ class SerialRig {
     void build(const std::vector<std::string>& channels) {
         std::string text = "[COMMS CONTROLS]\r\n";
         for (std::size_t n = 0; n < channels.size(); ++n) {
-            const auto first = channels[n].find(';');
-            const auto second = channels[n].find(';', first + 1);
+            const auto values = split(channels[n], ';');
             const std::string device = "DEVICE " + std::to_string(n);
-            text += device + " COMM PORT =" + channels[n].substr(0, first) + "\r\n";
-            text += device + " PORT SETTING =" + channels[n].substr(first + 1, second - first - 1) +
+            text += device + " COMM PORT =" + values[0] + "\r\n" + device +
+                    " PORT SETTING =" + values[1] + "\r\n" + device + " RTS Mode =" + values[2] +
                     "\r\n";
-            text += device + " RTS Mode =" + channels[n].substr(second + 1) + "\r\n";
         }
         write_file(config.gIniFile, text);
         rebuild();
@@ -46,15 +45,16 @@ class SerialRig {
     SerialState state;
     std::vector<FakeSerialPort*> ports; // of the current table, by element
     std::vector<std::string> closings;
-    frm_Comms comms{[this] {
+    PortFactory make_port = [this] {
         auto port = std::make_unique<FakeSerialPort>(tick);
         port->on_destroy = [this](FakeSerialPort& gone) {
             if (gone.PortOpen()) closings.push_back("port " + std::to_string(gone.CommPort()));
         };
         return port;
-    }};
+    };
+    frm_Comms comms{[this] { return make_port(); }};
     Subscription elements = comms.element_changed.subscribe([this](SerialPort* port) {
-        if (port) ports.push_back(static_cast<FakeSerialPort*>(port));
+        if (auto* const fake = dynamic_cast<FakeSerialPort*>(port)) ports.push_back(fake);
     });
     ErrorLog log{clock, dir.file("errors")};
     ChannelTable table{state, config, comms, dialogs, log};

@@ -5,20 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "platform/line_port.h"
 #include "protocols/modbus/modbus.h"
-#include "serial/link.h"
 #include "simulator/line/device_text.h"
 #include "simulator/line/simulated_line.h"
 #include "simulator/line/simulator_registry.h"
 #include "support/configuration.h"
-#include "support/fake_dialogs.h"
-#include "support/fake_time.h"
+#include "support/serial_rig.h"
 
 namespace pelvan::testing {
 
@@ -33,12 +27,19 @@ struct Request {
     bool operator==(const Request&) const = default;
 };
 
-class SimulatedRig {
+class SimulatedRig : public SerialRig {
   public:
     explicit SimulatedRig(const std::string& device)
         : station(simulator::make_station(*simulator::parse_simulated_device(device))) {
         configure_devices(dir, {"", "station"});
-        channels.init_comms();
+        make_port = [this] {
+            return std::make_unique<LinePort>(
+                [](int) { return "station"; },
+                [this](const std::string&, const LineSettings& settings) {
+                    return std::make_unique<WatchedLine>(*this, settings);
+                });
+        };
+        rebuild();
         tick.step_ms = 0.5;
         std::filesystem::copy(std::string(PELVAN_SAMPLES) + "/Download Sequences",
                               dir.file("Download Sequences"));
@@ -62,17 +63,14 @@ class SimulatedRig {
         return std::ranges::count(requests, Request{6, number, value});
     }
 
-    TempDir dir;
-    FakeTick tick;
-    FakeClock clock;
-    FakeDialogs dialogs;
-    ConfigState config{dir.file("pelvan7.ini")};
-    SerialState serial;
-    ModbusState state;
     std::shared_ptr<simulator::Station> station;
     std::shared_ptr<simulator::LineClock> line_clock = std::make_shared<simulator::LineClock>(tick);
     std::vector<Request> requests;
     std::function<Fate(const Request&)> fate;
+    ChannelTable& channels = table;
+    Link link{table, countdowns, dialogs, log, "Profile Logic"};
+    ModbusState modbus_state;
+    Modbus modbus{modbus_state};
 
   private:
     class WatchedLine : public simulator::SimulatedLine {
@@ -101,19 +99,6 @@ class SimulatedRig {
         SimulatedRig& rig_;
         Fate fate_ = Fate::Answered;
     };
-
-  public:
-    frm_Comms comms{[this] {
-        return std::make_unique<LinePort>([](int) { return std::string("station"); },
-                                          [this](const std::string&, const LineSettings& settings) {
-                                              return std::make_unique<WatchedLine>(*this, settings);
-                                          });
-    }};
-    ErrorLog log{clock, dir.file("errors")};
-    ChannelTable channels{serial, config, comms, dialogs, log};
-    CountdownPool countdowns{serial, tick};
-    Link link{channels, countdowns, dialogs, log, "Profile Logic"};
-    Modbus modbus{state};
 };
 
 } // namespace pelvan::testing

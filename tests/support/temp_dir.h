@@ -16,8 +16,7 @@ class TempDir {
         std::string pattern = (std::filesystem::temp_directory_path() / "pelvanXXXXXX").string();
         path_ = ::mkdtemp(pattern.data());
     }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
+    TempDir(TempDir&&) = delete;
     ~TempDir() {
         std::error_code ignored;
         std::filesystem::permissions(path_, std::filesystem::perms::owner_all, ignored);

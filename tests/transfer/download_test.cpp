@@ -3,11 +3,9 @@
 #include "scripted_controller.h"
 
 namespace pelvan::testing {
-namespace {
 
 const std::string kHead = "NO\r\n-\r\n-\r\n-\r\n";
 const std::string kProfileHead = "yes\r\n4000\r\n4002\r\n4040\r\n";
-constexpr char kCheckPort[] = "Download has been canceled. Need to check Comm Port Settings.";
 constexpr char kCanceled[] = "Download Canceled: Download was Canceled.";
 
 class DownloadTest : public ScriptedController {
@@ -87,8 +85,7 @@ TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
 TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
     constexpr int kRegisters = 60;
     rig.tick.step_ms = 1; // many waits
-    std::string list;
-    std::string expected;
+    std::string list, expected;
     for (int number = 100; number < 100 + kRegisters; ++number) {
         registers[number] = number;
         list += std::to_string(number) + "\r\n";
@@ -131,19 +128,15 @@ TEST_F(DownloadTest, DamagedRepliesAreStoredAsTheyAreAndListed) {
     instead = {
         {5, frame("01 03 02 00 4D")}, {6, frame("02 03 02 00 58")}, {10, frame("01 03 02 00")}};
     instead[5].back() ^= 1;
-    const TransferResult result = download();
-    EXPECT_TRUE(result.completed);
-    EXPECT_EQ(result.faults, 4);
+    EXPECT_EQ(download().faults, 4);
     EXPECT_EQ(body(), "5 77<--CRC\r\n6 88\r\n9 2\r\n10 cter\r\n25 0\r\n");
-    ASSERT_EQ(ui.errors.size(), 4U);
-    EXPECT_TRUE(ui.errors[0].ends_with("               5           77<--CRC    Error"));
-    EXPECT_TRUE(ui.errors[2].starts_with("1 131 2 "));
+    EXPECT_TRUE(ui.errors.at(0).ends_with(entry("", "5", "77<--CRC")));
+    EXPECT_TRUE(ui.errors.at(2).starts_with("1 131 2 "));
+    EXPECT_EQ(ui.messages, Lines{"Download Complete: Downloading Process Complete."});
 }
 
 TEST_F(DownloadTest, HoldsTheDigitalInputTextsBack) {
-    std::string list;
-    std::string in_place;
-    std::string behind;
+    std::string list, in_place, behind;
     for (int number = 1059; number <= 1083; ++number) {
         registers[number] = number % 100;
         const std::string line = std::to_string(number) + " " + std::to_string(number % 100);
@@ -198,5 +191,4 @@ TEST_F(DownloadTest, ARefusedRequestIsToldAndNotSent) {
     EXPECT_EQ(body(), "5 1\r\n25 0\r\n");
 }
 
-} // namespace
 } // namespace pelvan::testing

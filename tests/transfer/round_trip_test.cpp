@@ -1,50 +1,20 @@
 // A whole setup from a simulated controller and back.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-
-#include "platform/line_port.h"
-#include "simulator/line/device_text.h"
-#include "simulator/line/simulated_line.h"
-#include "simulator/line/simulator_registry.h"
-#include "support/configuration.h"
-#include "support/fake_dialogs.h"
-#include "support/fake_time.h"
 #include "support/recording_listener.h"
+#include "support/simulated_rig.h"
 #include "transfer/comparison.h"
 #include "transfer/download.h"
 #include "transfer/upload.h"
 
 namespace pelvan::testing {
-namespace {
 
 using Values = std::map<int, int>;
 
-class RoundTrip : public ::testing::TestWithParam<const char*> {
+class RoundTrip : public ::testing::TestWithParam<const char*>, public SimulatedRig {
   protected:
-    RoundTrip() {
-        configure_devices(dir, {"", "station"});
-        channels.init_comms();
-        tick.step_ms = 0.5;
-        std::filesystem::copy(std::string(PELVAN_SAMPLES) + "/Download Sequences",
-                              dir.file("Download Sequences"));
-    }
-    void set(const std::vector<std::pair<int, int>>& values) {
-        for (const auto& [number, value] : values)
-            ASSERT_EQ(station->controller.write(static_cast<std::uint16_t>(number),
-                                                static_cast<std::int16_t>(value)),
-                      simulator::ExceptionCode::None)
-                << number << " = " << value;
-    }
-    /// Nothing for a register that is not there now.
-    std::optional<int> get(int number) {
-        std::int16_t value = 0;
-        const auto code = station->controller.read(static_cast<std::uint16_t>(number), value);
-        return code == simulator::ExceptionCode::None ? std::optional<int>(value) : std::nullopt;
-    }
+    RoundTrip() : SimulatedRig(GetParam()) {}
     /// Everything that can be saved of the registers, each set to a value of its own before when
     /// there is a salt.
-    Values registers(std::optional<int> salt = {}) {
+    Values values(std::optional<int> salt = {}) {
         Values out;
         for (const auto& [number, reg] : station->controller.table().all()) {
             const bool resets = number == 25 || number == 1415 || number == 1602 || number == 1789;
@@ -92,35 +62,13 @@ class RoundTrip : public ::testing::TestWithParam<const char*> {
         return ui.messages.back();
     }
 
-    TempDir dir;
-    FakeTick tick;
-    FakeClock clock;
-    FakeDialogs dialogs;
-    ConfigState config{dir.file("pelvan7.ini")};
-    SerialState serial;
-    ModbusState state;
-    std::shared_ptr<simulator::Station> station =
-        simulator::make_station(*simulator::parse_simulated_device(GetParam()));
-    std::shared_ptr<simulator::LineClock> line_clock = std::make_shared<simulator::LineClock>(tick);
-    frm_Comms comms{[this] {
-        return std::make_unique<LinePort>([](int) { return std::string("station"); },
-                                          [this](const std::string&, const LineSettings& settings) {
-                                              return std::make_unique<simulator::SimulatedLine>(
-                                                  line_clock, station, settings);
-                                          });
-    }};
-    ErrorLog log{clock, dir.file("errors")};
-    ChannelTable channels{serial, config, comms, dialogs, log};
-    CountdownPool countdowns{serial, tick};
-    Link link{channels, countdowns, dialogs, log};
-    Modbus modbus{state};
     RecordingListener ui;
     CancelFlag flag;
     const std::string file = dir.file("setup.txt");
 };
 
 TEST_P(RoundTrip, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
-    const Values before = registers(1);
+    const Values before = values(1);
     for (const int number : {1, 2, 3})
         fill_profile(number);
     set({{4000, 2}, {4002, 2}}); // a number without a profile between two
@@ -129,7 +77,7 @@ TEST_P(RoundTrip, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
     ASSERT_EQ(profiles_before.at(200000), 0);
     run<Download>();
 
-    ASSERT_NE(registers(2), before);
+    ASSERT_NE(values(2), before);
     set({{25, 1}});
     for (int number = 1; number <= 6; ++number) {
         set({{4000, number}});
@@ -138,7 +86,7 @@ TEST_P(RoundTrip, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
     }
     run<Upload>(file);
     EXPECT_EQ(run<Comparison>(file), "The controller holds what the file says.");
-    EXPECT_EQ(registers(), before);
+    EXPECT_EQ(values(), before);
     EXPECT_EQ(profiles(), profiles_before);
     EXPECT_EQ(get(25), 0);
 
@@ -156,5 +104,4 @@ INSTANTIATE_TEST_SUITE_P(Lines, RoundTrip,
                          ::testing::Values("simulated:742", "simulated:742,lost=0.02,seed=5",
                                            "simulated:742,lost=0.02,late=0.02,seed=11"));
 
-} // namespace
 } // namespace pelvan::testing

@@ -19,17 +19,31 @@ namespace pelvan::testing {
 
 using Writes = std::vector<std::pair<int, int>>;
 
+constexpr char kCheckPort[] = "Download has been canceled. Need to check Comm Port Settings.";
+
+/// A line of the list of errors.
+inline std::string entry(const std::string& response, const std::string& number,
+                         const std::string& value, const std::string& kind = "Error") {
+    return response + std::string(15, ' ') + number + std::string(11, ' ') + value + "    " + kind;
+}
+
 class ScriptedController : public ::testing::Test {
   protected:
     ScriptedController() {
         rig.build({"1;9600,N,8,1;0", "2;9600,N,8,1;0"});
         rig.ports[1]->responder = [this](const std::string& request) { return answer(request); };
+        port().discards_future = false;
         std::filesystem::create_directory(rig.dir.file("Reg Downloads"));
         std::filesystem::create_directory(rig.dir.file("Download Sequences"));
     }
 
     void write_sequence(const std::string& name, const std::string& text) {
         write_file(rig.dir.file("Download Sequences/" + name), text);
+    }
+    /// The last line is added.
+    void write_setup(const std::string& body, const std::string& model = "  742") {
+        write_file(path("a.txt"),
+                   "*\r\n   Model #:" + model + "\r\n\r\n\r\n\r\n\r\n*\r\n" + body + "25 0\r\n");
     }
     [[nodiscard]] std::string path(const std::string& name) const {
         return rig.dir.file("Reg Downloads/" + name);
@@ -46,7 +60,6 @@ class ScriptedController : public ::testing::Test {
         ui.file = path(file_name);
         cancel = {};
         writes.clear();
-        port().discards_future = false;
         return Transfer(TransferContext{rig.link, modbus, rig.clock, rig.dir.path(),
                                         DeviceAddress(address), ui, cancel})
             .run(file...);

@@ -3,7 +3,6 @@
 #include "transfer/download_parm_form.h"
 
 namespace pelvan::testing {
-namespace {
 
 class TransferForm : public ScriptedController {
   protected:
@@ -21,10 +20,6 @@ class TransferForm : public ScriptedController {
         EXPECT_FALSE(form.cmdCancel.Enabled());
         EXPECT_EQ(form.Pointer(), MousePointer::Normal);
         EXPECT_EQ(form.ProgressBar1.Value(), 0);
-    }
-    void write_setup(const std::string& body) {
-        write_file(path("a.txt"),
-                   "*\r\n   Model #:  742\r\n\r\n\r\n\r\n\r\n*\r\n" + body + "25 0\r\n");
     }
 
     FakeDesktop desktop;
@@ -91,5 +86,4 @@ TEST_F(TransferForm, AnErrorEndsATransferWithItsMessage) {
     EXPECT_EQ(rig.dialogs.texts(), Lines{"OVERFLOW ERROR"});
 }
 
-} // namespace
 } // namespace pelvan::testing

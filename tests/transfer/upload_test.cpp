@@ -3,16 +3,16 @@
 #include "support/file_size_limit.h"
 
 namespace pelvan::testing {
-namespace {
 
 const Writes kErase{{1789, 1512}, {1415, 1600}, {1602, 800}};
 constexpr char kEraseQuestion[] = "This erase all current settings. Do you want to continue?";
 const std::string kRefusal = "1 134 3 2 97 "; // the reply to a refused write
+const std::string kHeader = "Response From Control\tReg No\tValue\t\r\n"; // of the error file
 constexpr char kMismatch[] =
     "Model number from the controller does not match the model number from the text file so Upload "
     "of values is canceled.";
 
-std::string partly(int done, int of) {
+static std::string partly(int done, int of) {
     if (done == 0)
         return "None of the " + std::to_string(of) +
                " lines was restored. The controller's settings may be erased.";
@@ -25,11 +25,6 @@ class UploadTest : public ScriptedController {
   protected:
     UploadTest() { write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n"); }
 
-    /// The last line is added.
-    void write_setup(const std::string& body, const std::string& model = "  742") {
-        write_file(path("a.txt"),
-                   "*\r\n   Model #:" + model + "\r\n\r\n\r\n\r\n\r\n*\r\n" + body + "25 0\r\n");
-    }
     /// Writes between the erase and the last line.
     Writes restored() {
         EXPECT_GE(writes.size(), kErase.size());
@@ -52,15 +47,13 @@ TEST_F(UploadTest, WritesEveryLineInOrder) {
                                "25 0 Successful", "*******Upload Complete*******"}));
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Upload Complete"}));
     EXPECT_EQ(ui.share, 1);
-    const auto entry = [](const std::string& value, const std::string& line) {
-        return "Value is no number: " + value + "               " + line + "    Error";
-    };
-    EXPECT_EQ(ui.errors, (Lines{entry("", "7           0"), entry("77<--CRC", "8           77"),
-                                entry("cter", "9           0")}));
-    EXPECT_EQ(saved("742_Upload_Error.TXT"), "Response From Control\tReg No\tValue\t\r\n"
-                                             "Value is no number: \t7\t0\tError\r\n"
-                                             "Value is no number: 77<--CRC\t8\t77\tError\r\n"
-                                             "Value is no number: cter\t9\t0\tError\r\n");
+    EXPECT_EQ(ui.errors, (Lines{entry("Value is no number: ", "7", "0"),
+                                entry("Value is no number: 77<--CRC", "8", "77"),
+                                entry("Value is no number: cter", "9", "0")}));
+    EXPECT_EQ(saved("742_Upload_Error.TXT"), kHeader +
+                                                 "Value is no number: \t7\t0\tError\r\n"
+                                                 "Value is no number: 77<--CRC\t8\t77\tError\r\n"
+                                                 "Value is no number: cter\t9\t0\tError\r\n");
     EXPECT_TRUE(exists("742_ERROR.TXT"));
     EXPECT_EQ(compare().faults, 3); // against what was just written
     EXPECT_EQ(ui.messages.back(), "No difference was found, but not everything could be compared.");
@@ -78,14 +71,12 @@ TEST_F(UploadTest, RefusedWritesAreRecordedAndTheUploadGoesOn) {
     const TransferResult result = upload();
     EXPECT_TRUE(result.completed);
     EXPECT_EQ(result.faults, 5);
-    EXPECT_EQ(saved("742_Upload_Error.TXT"), "Response From Control\tReg No\tValue\t\r\n" +
-                                                 kRefusal + "\t5\t1\tError\r\n" + kRefusal +
-                                                 "\t6\t2\tError\r\n"
-                                                 "Bad DATA VALUE entered.\t7\t40000\tError\r\n"
-                                                 "Bad REGISTER entered.\t70000\t1\tError\r\n");
-    ASSERT_EQ(ui.errors.size(), 5U);
-    EXPECT_EQ(ui.errors[1], kRefusal + "               6           2    Error");
-    EXPECT_EQ(ui.errors[4], "Line without a register number: x") << "behind the refusals";
+    EXPECT_EQ(saved("742_Upload_Error.TXT"),
+              kHeader + kRefusal + "\t5\t1\tError\r\n" + kRefusal +
+                  "\t6\t2\tError\r\nBad DATA VALUE entered.\t7\t40000\tError\r\n"
+                  "Bad REGISTER entered.\t70000\t1\tError\r\n");
+    EXPECT_EQ(ui.errors.at(1), entry(kRefusal, "6", "2"));
+    EXPECT_EQ(ui.errors.at(4), "Line without a register number: x") << "behind the refusals";
     EXPECT_EQ(ui.steps[2], "5 1 ***UNSUCCESSFUL***");
     EXPECT_EQ(ui.steps[6], "8 3 Successful");
     EXPECT_TRUE(exists("742_ERROR.TXT")) << "deleted only when no write was refused";
@@ -113,9 +104,7 @@ TEST_F(UploadTest, NothingIsWrittenUnlessTheModelIsReadAndTheUserAgrees) {
         return ui.messages;
     };
     silent[0] = 3;
-    EXPECT_EQ(
-        messages({false}),
-        (Lines{"Comm Error!", "Download has been canceled. Need to check Comm Port Settings."}));
+    EXPECT_EQ(messages({false}), (Lines{"Comm Error!", kCheckPort}));
     EXPECT_FALSE(exists("742_Upload_Error.TXT"));
     EXPECT_EQ(messages({false}), (Lines{kEraseQuestion, "Upload Canceled!"}));
     std::filesystem::remove(rig.dir.file("Download Sequences/742.cds"));
@@ -187,9 +176,7 @@ TEST_F(UploadTest, ADamagedReplyToTheModelErasesNothing) {
         instead[0] = reply;
         EXPECT_FALSE(upload({true, false, true, true}).completed);
         EXPECT_EQ(writes, Writes{});
-        EXPECT_EQ(ui.messages,
-                  (Lines{"Comm Error!", "Comm Error!",
-                         "Download has been canceled. Need to check Comm Port Settings."}));
+        EXPECT_EQ(ui.messages, (Lines{"Comm Error!", "Comm Error!", kCheckPort}));
         EXPECT_EQ(ui.errors.size(), 1U);
         EXPECT_FALSE(compare().completed);
     }
@@ -219,12 +206,12 @@ TEST_F(UploadTest, AResetWithoutItsEchoIsListed) {
     write_setup("");
     refused = {1602};
     EXPECT_EQ(upload().faults, 1);
-    EXPECT_EQ(ui.errors, Lines{kRefusal + "               1602           800    Error"});
+    EXPECT_EQ(ui.errors, Lines{entry(kRefusal, "1602", "800")});
     refused.clear();
     silent = {{1789, 5}, {1602, 1}};
     EXPECT_TRUE(upload().completed);
-    EXPECT_EQ(ui.errors, (Lines{"No reply               1789           1512    Error",
-                                "No reply               1602           800    Error"}));
+    EXPECT_EQ(ui.errors,
+              (Lines{entry("No reply", "1789", "1512"), entry("No reply", "1602", "800")}));
 }
 
 TEST_F(UploadTest, ComparingListsWhatCannotBeRead) {
@@ -233,10 +220,10 @@ TEST_F(UploadTest, ComparingListsWhatCannotBeRead) {
     instead[6] = frame("02 03 02 00 01");
     const TransferResult result = compare();
     EXPECT_EQ(result.differences, 0);
-    ASSERT_EQ(result.faults, 3);
-    EXPECT_TRUE(ui.errors[0].starts_with("Controller refused the read: 1 131 2 ")) << ui.errors[0];
-    EXPECT_EQ(ui.errors[1], "Bad REGISTER entered.               70000           1    Error");
-    EXPECT_TRUE(ui.errors[2].starts_with("2 3 2 1 "));
+    EXPECT_EQ(result.faults, 3);
+    EXPECT_TRUE(ui.errors.at(0).starts_with("Controller refused the read: 1 131 2 "));
+    EXPECT_EQ(ui.errors.at(1), entry("Bad REGISTER entered.", "70000", "1"));
+    EXPECT_TRUE(ui.errors.at(2).starts_with("2 3 2 1 "));
     EXPECT_EQ(ui.messages, Lines{"No difference was found, but not everything could be compared."});
 }
 
@@ -286,8 +273,8 @@ TEST_F(ProfileUploadTest, FillingProfilesThatCannotBeErasedAreToldAndListed) {
     };
     EXPECT_EQ(upload().faults, 2);
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, told("1"), "Upload Complete"}));
-    EXPECT_EQ(ui.errors, (Lines{"Profile not erased               5000           1    Error",
-                                "Profile not erased               5000           2    Error"}));
+    EXPECT_EQ(ui.errors, (Lines{entry("Profile not erased", "5000", "1"),
+                                entry("Profile not erased", "5000", "2")}));
     silent.clear();
     on_write = [&](int number, int) {
         if (number != 25) return;
@@ -296,9 +283,8 @@ TEST_F(ProfileUploadTest, FillingProfilesThatCannotBeErasedAreToldAndListed) {
     };
     EXPECT_EQ(upload().faults, 2);
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, told("1"), told("2"), "Upload Complete"}));
-    EXPECT_EQ(saved("742_Upload_Error.TXT"), "Response From Control\tReg No\tValue\t\r\n" +
-                                                 kRefusal + "\t5002\t2\tError\r\n" + kRefusal +
-                                                 "\t5002\t2\tError\r\n");
+    const std::string refusal = kRefusal + "\t5002\t2\tError\r\n";
+    EXPECT_EQ(saved("742_Upload_Error.TXT"), kHeader + refusal + refusal);
 }
 
 TEST_F(ProfileUploadTest, ComparingSelectsProfilesAndCountsTheStepsOfEach) {
@@ -308,9 +294,8 @@ TEST_F(ProfileUploadTest, ComparingSelectsProfilesAndCountsTheStepsOfEach) {
     write_setup("5000 1\r\n5002 1\r\n5002 3\r\n25 0\r\n"
                 "5000 2\r\n5002 1\r\n5002 3\r\n5002 3\r\n5000 3\r\n5002 1\r\n");
     EXPECT_EQ(compare().differences, 2);
-    EXPECT_EQ(ui.errors,
-              (Lines{"Controller holds: 3               4040           2    Different",
-                     "Controller holds: 3               4040           1    Different"}));
+    EXPECT_EQ(ui.errors, (Lines{entry("Controller holds: 3", "4040", "2", "Different"),
+                                entry("Controller holds: 3", "4040", "1", "Different")}));
     EXPECT_EQ(writes, (Writes{{5000, 1}, {5000, 2}, {5000, 3}}));
     write_sequence("742.cds", "NO\r\n");
     EXPECT_GT(compare().differences, 0);
@@ -328,16 +313,15 @@ TEST_F(ProfileUploadTest, NothingIsWrittenIntoWhatWasNotSelectedOrErased) {
         return std::to_string(faults) + ": " + ui.errors.back();
     };
     EXPECT_EQ(restore("5000 1\r\n5002 1\r\n", 5002, {{5000, 1}, {5002, 1}}),
-              "1: " + kRefusal + "               5002           1    Error")
+              "1: " + entry(kRefusal, "5002", "1"))
         << "its own reply";
     EXPECT_EQ(restore("5000 300\r\n5002 1\r\n5003 1\r\n", 5000, {{5000, 300}}),
-              "3: No profile selected               5003           1    Error");
+              "3: " + entry("No profile selected", "5003", "1"));
     EXPECT_EQ(restore("5000 1\r\n5001 9\r\n5003 1\r\n", 5001, {{5001, 9}}),
-              "2: No step selected               5003           1    Error");
+              "2: " + entry("No step selected", "5003", "1"));
     registers[4040] = 3; // a profile that stays, of 255, gets no steps on top of its own
     EXPECT_EQ(restore("5000 1\r\n5002 3\r\n", 5002, {{5000, 1}, {5002, 2}}),
-              "257: No profile selected               5002           3    Error");
+              "257: " + entry("No profile selected", "5002", "3"));
 }
 
-} // namespace
 } // namespace pelvan::testing
