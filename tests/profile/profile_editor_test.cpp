@@ -167,6 +167,9 @@ TEST(ProfileEditor, WholeProfilesAndWhatIsUnsaved) {
     EXPECT_EQ(editor.redo_text(), "read from the controller");
     EXPECT_EQ(editor.set_field(4015, "5"), "");
     EXPECT_FALSE(editor.can_redo());
+    editor.undo();
+    EXPECT_TRUE(editor.profiles() == saved);
+    EXPECT_EQ(editor.undo_text(), "copy profile 1 to 3");
 }
 
 } // namespace
