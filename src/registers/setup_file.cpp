@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <filesystem>
 #include <limits>
 
@@ -37,7 +38,8 @@ std::optional<SetupLine> parse_setup_line(std::string_view line) {
     const auto space = line.find(' ');
     const auto value = space == std::string_view::npos ? std::string_view() : line.substr(space);
     SetupLine result{*register_number, single_from(value)};
-    if (!is_numeric(value)) result.no_number = shown(trim(value));
+    const bool whole = is_numeric(value) && result.value == std::floor(result.value);
+    if (!whole) result.no_number = shown(trim(value));
     return result;
 }
 
@@ -67,7 +69,9 @@ std::span<const std::string> SetupFile::register_lines() const {
 }
 
 std::optional<std::string> SetupFile::lacks() const {
-    if (lines_.size() < kFirstSetupLine - 1) return "has less than its header.";
+    // Stars end the header. A line less, and the first register would stand in the header.
+    if (lines_.size() < kFirstSetupLine - 1 || !lines_[kFirstSetupLine - 2].starts_with('*'))
+        return "does not have its whole header.";
     const auto last = std::find_if(lines_.rbegin(), lines_.rend(),
                                    [](const std::string& line) { return !trim(line).empty(); });
     if (last == lines_.rend() || trim(*last) != kLastSetupLine)

@@ -46,8 +46,8 @@ struct ControllerIdentity {
 struct SetupLine {
     float register_number = 0;
     float value = 0;
-    /// What stands where the value should, when that is no number, cut to what can be shown;
-    /// the value is then the number that it begins with, or 0.
+    /// What stands where the value should, when that is no whole number, cut to what can be shown;
+    /// the value is then what it begins with, or 0.
     std::optional<std::string> no_number = {};
 };
 
