@@ -1,6 +1,6 @@
 #include "registers/controller_access.h"
 
-#include <array>
+#include <utility>
 
 #include "platform/run_time_error.h"
 #include "protocols/modbus/crc.h"
@@ -36,14 +36,25 @@ constexpr int kSilences = 3;
 
 constexpr char kCrcMark[] = "<--CRC ERROR!";
 
-/// Whether a reply is one to this request, exceptions included; else it is taken for a late one to
-/// an earlier request.
+unsigned byte_at(const std::string& frame, std::size_t at) {
+    return static_cast<unsigned char>(frame[at]);
+}
+
+std::size_t longest_reply(const std::string& request) {
+    return byte_at(request, 1) == kReadHolding ? kReadReply : kWriteReply;
+}
+
+float register_in(const std::string& request) {
+    return static_cast<float>(byte_at(request, 2) * 256 + byte_at(request, 3));
+}
+
+/// Whether the reply is one to this request, exceptions included; else it is a late one to an
+/// earlier request.
 bool answers(const std::string& reply, const std::string& request) {
-    constexpr unsigned char kExceptionBit = 0x80;
-    const auto byte = [](char c) { return static_cast<unsigned char>(c); };
+    constexpr unsigned kExceptionBit = 0x80;
     if (reply.size() < 2 || reply[0] != request[0]) return false;
-    const std::size_t longest = byte(request[1]) == kReadHolding ? kReadReply : kWriteReply;
-    return (byte(reply[1]) & ~kExceptionBit) == byte(request[1]) && reply.size() <= longest;
+    return (byte_at(reply, 1) & ~kExceptionBit) == byte_at(request, 1) &&
+           reply.size() <= longest_reply(request);
 }
 
 std::string whole_number(float value) {
@@ -69,15 +80,30 @@ std::string ControllerAccess::request(std::int16_t function, float register_numb
 void ControllerAccess::await_silence(const std::string& next) {
     if (doubtful_.empty()) return;
     const int silences = next == doubtful_ ? 1 : kSilences;
-    for (int i = 0; i < silences && link_.let_fall_silent().silent; ++i) {
+    for (int i = 0; i < silences && fall_silent(); ++i) {
     }
-    if (next != doubtful_) doubtful_.clear();
+    if (next == doubtful_) return;
+    doubtful_.clear();
+    balance_.settle();
+    settled_ = true;
+}
+
+/// False when the line did not fall silent.
+bool ControllerAccess::fall_silent() {
+    const Silence silence = link_.let_fall_silent();
+    if (balance_.surplus(silence.discarded) && std::exchange(in_step_, false))
+        errors_.list("A reply came twice: from here on values may be those of other registers",
+                     first_unsure_, std::string());
+    return silence.silent;
 }
 
 std::string ControllerAccess::send(const std::string& frame) {
     await_silence(frame);
+    if (std::exchange(settled_, false)) first_unsure_ = register_in(frame);
     std::string reply = link_.transmit(kModbusChannel, frame, kReplyWaitMs, kModbusQuietChars);
-    if (!answers(reply, frame) || !has_valid_crc(reply)) doubtful_ = frame;
+    const bool sound = answers(reply, frame) && has_valid_crc(reply);
+    balance_.exchanged(longest_reply(frame), reply.size(), sound);
+    if (!sound) doubtful_ = frame;
     return reply;
 }
 
@@ -100,6 +126,45 @@ std::string ControllerAccess::send_until_answered(const std::string& frame) {
 
 void ControllerAccess::leave_line() {
     await_silence({});
+}
+
+bool ControllerAccess::in_step() {
+    // The answer that is one behind is due within the time that was waited for the others.
+    if (doubtful_.empty())
+        static_cast<void>(fall_silent());
+    else
+        await_silence({});
+    return in_step_;
+}
+
+Identity ControllerAccess::read_identity() {
+    Identity identity;
+    for (std::size_t i = 0; i < identity.size(); ++i) {
+        const Reading reading = read_until_whole(kModelRegister + static_cast<float>(i));
+        if (reading.reply.is(Verdict::Accepted)) identity[i] = reading.value;
+    }
+    return identity;
+}
+
+/// Somebody who put a cable back may have put it into another controller. One that is silent
+/// passes, and is looked at again as soon as it answers.
+bool ControllerAccess::is_same_controller() {
+    unverified_ = false;
+    for (std::size_t i = 0; i < identity_.size(); ++i) {
+        if (!is_numeric(identity_[i])) continue;
+        const Reading reading = read_until_whole(kModelRegister + static_cast<float>(i));
+        if (reading.reply.is(Verdict::NoReply)) {
+            unverified_ = true;
+            return true;
+        }
+        if (!reading.reply.is(Verdict::Accepted) || reading.value == identity_[i]) continue;
+        listener_.tell("Another controller answers than at the beginning: register " +
+                       std::to_string(i) + " was " + identity_[i] + " and is " + reading.value +
+                       " now.");
+        identity_ = {}; // told once
+        return false;
+    }
+    return true;
 }
 
 /// Whether the reply comes from the address, goes on with the text, and is undamaged.
@@ -146,6 +211,7 @@ Reading ControllerAccess::ReadDataFromControl(float Register_No) {
 Reading ControllerAccess::CheckCommErrorRead(float Register_No, Reading response) {
     while (response.failed() && ask_retry())
         response = ReadDataFromControl(Register_No);
+    if (unverified_ && !response.failed() && !is_same_controller()) return {{}, kReadFailed};
     return response;
 }
 
@@ -178,6 +244,7 @@ void ControllerAccess::judge_write(const Reply& reply, float register_number, fl
 Reply ControllerAccess::CheckCommErrorWrite(float Register_No, float DataValue, Reply response) {
     while (response.is(Verdict::NoReply) && ask_retry())
         response = WriteDataToControl(Register_No, DataValue);
+    if (unverified_ && !response.is(Verdict::NoReply) && !is_same_controller()) return {};
     return response;
 }
 
@@ -245,7 +312,7 @@ bool ControllerAccess::ask_retry(const std::string& text) {
     if (!listener_.ask_retry(text)) return false;
     // A line that stays silent is asked for again and again: the window must not stand still.
     listener_.let_events_run();
-    return !cancel_.canceled;
+    return !cancel_.canceled && is_same_controller();
 }
 
 } // namespace pelvan

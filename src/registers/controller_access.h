@@ -3,6 +3,8 @@
 // and in which order, is the business of the transfers.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <optional>
 #include <string>
 
@@ -49,6 +51,32 @@ struct Reading {
     std::string value; // "ERROR" when there is no reply
 
     [[nodiscard]] bool failed() const;
+};
+
+/// Model and serial number of a controller as texts of their registers; empty where unknown.
+using Identity = std::array<std::string, 3>;
+
+/// Whether more bytes of answers came than the requests so far account for: a reply that comes
+/// twice is taken for the answer to the next request, and from there on every value is that of the
+/// register before.
+class AnswerBalance {
+  public:
+    /// A request of which `reply` came back; a sound reply of `longest` bytes or less is its whole
+    /// answer.
+    void exchanged(std::size_t longest, std::size_t reply, bool sound) {
+        const auto owed = static_cast<long>(longest);
+        owed_ += sound ? 0 : owed - static_cast<long>(reply);
+    }
+    /// Bytes that came while the line fell silent; true when nobody asked for them.
+    [[nodiscard]] bool surplus(std::size_t discarded) {
+        owed_ = std::max(owed_, 0L) - static_cast<long>(discarded);
+        return owed_ < 0;
+    }
+    /// Nothing can be under way any more.
+    void settle() { owed_ = 0; }
+
+  private:
+    long owed_ = 0; // bytes that may still come
 };
 
 class ControllerAccess {
@@ -104,6 +132,16 @@ class ControllerAccess {
 
     /// Waits until no late answer is to be expected, so that nobody takes one for his own.
     void leave_line();
+    /// Listens for 250 ms or more to whether every answer so far was the one to its own request;
+    /// false (and listed) when a reply came twice, so that values read may be those of other
+    /// registers.
+    [[nodiscard]] bool in_step();
+
+    /// The model's and the serial number's registers; blocks for their reads and asks nobody.
+    [[nodiscard]] Identity read_identity();
+    /// The controller that the work is for: when the line was silent and answers again, the work
+    /// ends if it is another one.
+    void remember_controller(const Identity& identity) { identity_ = identity; }
 
     /// "Comm Error!" with Retry and Cancel; false also when the transfer was cancelled meanwhile.
     [[nodiscard]] bool ask_retry(const std::string& text = kCommError);
@@ -116,6 +154,8 @@ class ControllerAccess {
   private:
     [[nodiscard]] std::string request(std::int16_t function, float register_number, float value);
     void await_silence(const std::string& next);
+    [[nodiscard]] bool fall_silent();
+    [[nodiscard]] bool is_same_controller();
     [[nodiscard]] std::string send(const std::string& frame);
     [[nodiscard]] std::string send_until_answered(const std::string& frame);
     [[nodiscard]] bool begins(const std::string& reply, const std::string& text) const;
@@ -134,6 +174,12 @@ class ControllerAccess {
     TransferErrors& errors_;
     /// The request to which a late answer may still come; empty when there is none.
     std::string doubtful_;
+    AnswerBalance balance_;
+    float first_unsure_ = 0; // register read first since the balance was settled
+    bool settled_ = true;
+    bool in_step_ = true;
+    Identity identity_;
+    bool unverified_ = false; // it was silent when its identity was looked at
 };
 
 } // namespace pelvan

@@ -63,6 +63,10 @@ void TransferErrors::list(const std::string& response, float register_number, fl
     list(response, register_number, plain_single(value));
 }
 
+void TransferErrors::end_with(const std::string& sentence) {
+    on_file([&] { file_->writeline(sentence); });
+}
+
 void TransferErrors::list_line(const std::string& line) {
     listener_.list_error("Line without a register number: " + shown(line), {});
     ++faults_;

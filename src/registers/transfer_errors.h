@@ -27,6 +27,8 @@ class TransferErrors {
     void list(const std::string& response, float register_number, const std::string& value,
               const std::string& kind = "Error");
     void list(const std::string& response, float register_number, float value);
+    /// How the transfer ended, as the last line of the error file.
+    void end_with(const std::string& sentence);
     /// A line of the setup file that names no register.
     void list_line(const std::string& line);
 

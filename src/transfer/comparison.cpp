@@ -27,9 +27,11 @@ TransferResult Comparison::run(const std::string& file) {
         run_.log("*******Compare Canceled*******");
         return {false, run_.errors.faults(), differences_};
     }
+    static_cast<void>(run_.access.in_step());
     run_.log("*******Compare Complete*******");
-    run_.listener.tell(outcome());
-    return {compared_ > 0, run_.errors.faults(), differences_};
+    const auto lacks = setup.lacks();
+    run_.listener.tell((lacks ? "The setup file " + *lacks + " " : std::string()) + outcome());
+    return {compared_ > 0 && !lacks, run_.errors.faults(), differences_};
 }
 
 std::string Comparison::outcome() const {
@@ -50,6 +52,7 @@ bool Comparison::same_model(const SetupFile& setup) {
     }
     const auto number = static_cast<float>(leading_number(model.value));
     if (setup.model() != number) return false;
+    run_.access.remember_controller(run_.access.read_identity());
     find_profiles(number);
     return true;
 }
@@ -80,7 +83,7 @@ void Comparison::compare_lines(const SetupFile& setup) {
 void Comparison::compare_line(const SetupLine& line) {
     ++compared_;
     if (line.no_number)
-        run_.errors.list("Value is no number: " + *line.no_number, line.register_number,
+        run_.errors.list("Value is no whole number: " + *line.no_number, line.register_number,
                          line.value);
     if (!profiles_) return compare_register(line);
     const ProfileRegisters& registers = profiles_->registers();

@@ -1,6 +1,7 @@
 #include "transfer/download.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "platform/scope_guard.h"
 #include "text/numbers.h"
@@ -16,6 +17,8 @@ constexpr float kRevision = 4;
 
 /// Slots of held-back lines that are written.
 constexpr std::size_t kHeldBackWritten = 16;
+
+constexpr auto kReplacing = std::filesystem::copy_options::overwrite_existing;
 
 } // namespace
 
@@ -33,7 +36,7 @@ TransferResult Download::run() {
         if (plan->sequence.has_profiles()) download_profiles(*plan);
     }
     end(*plan);
-    return {!run_.canceled() && listed_ > 0, run_.errors.faults(), 0};
+    return {completed_, run_.errors.faults(), 0};
 }
 
 std::optional<Download::Plan> Download::prepare() {
@@ -83,9 +86,29 @@ std::unique_ptr<TextWriter> Download::CreateTextFile() {
     if (!read_serial_number(identity)) return nullptr;
     const auto path = choose_path(identity);
     if (!path) return nullptr;
+    keep_former(*path);
     auto setup = pelvan::CreateTextFile(*path, true);
     write_header(*setup, identity);
+    run_.access.remember_controller(
+        {identity.model, identity.serial_first, identity.serial_second});
     return setup;
+}
+
+/// A setup that is there already stays until the new one is complete.
+void Download::keep_former(const std::string& path) {
+    std::error_code failed;
+    former_ = path + ".OLD";
+    if (fileexists(path)) std::filesystem::copy_file(path, former_, kReplacing, failed);
+    if (!fileexists(path) || failed) former_.clear();
+}
+
+void Download::settle_former() {
+    if (former_.empty()) return;
+    std::error_code ignored;
+    if (completed_)
+        std::filesystem::remove(former_, ignored);
+    else
+        run_.listener.tell("What was in the file before is kept as " + former_ + ".");
 }
 
 void Download::write_header(TextWriter& setup, ControllerIdentity& identity) {
@@ -157,13 +180,19 @@ void Download::download_profiles(Plan& plan) {
 }
 
 void Download::end(Plan& plan) {
+    const bool in_step = run_.canceled() || run_.access.in_step();
     if (run_.canceled())
         run_.log("*******Download Canceled*******");
-    else
+    else if (in_step)
         plan.setup->writeline(kLastSetupLine);
     plan.setup->Close();
+    completed_ = !run_.canceled() && in_step && listed_ > 0;
+    settle_former();
     if (run_.canceled())
         run_.listener.tell("Download was Canceled.", "Download Canceled");
+    else if (!in_step)
+        run_.listener.tell("The controller answered twice, so that values may stand at the wrong "
+                           "registers. The file was not completed: save the setup again.");
     else if (listed_ == 0)
         run_.listener.tell("The file " + plan.model + ".cds names no register: none was saved.");
     else

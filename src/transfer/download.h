@@ -43,12 +43,16 @@ class Download {
     [[nodiscard]] bool download_register(float register_number, Plan& plan);
     [[nodiscard]] bool hold_back(const std::string& line);
     void download_profiles(Plan& plan);
+    void keep_former(const std::string& path);
     void end(Plan& plan);
+    void settle_former();
 
     TransferRun run_;
     Clock& clock_;
     HeldBack held_;
     int listed_ = 0; // registers that the .cds names
+    bool completed_ = false;
+    std::string former_; // what the file was before, under another name; empty: nothing
 };
 
 } // namespace pelvan

@@ -35,6 +35,7 @@ std::optional<Upload::Plan> Upload::prepare(const std::string& file) {
         return std::nullopt;
     }
     plan.model = static_cast<float>(leading_number(model.value));
+    run_.access.remember_controller(run_.access.read_identity());
     run_.errors.open_file(
         reg_downloads_path(run_.directory, plain_single(plan.model) + "_Upload_Error.TXT"));
     run_.listener.begun();
@@ -114,14 +115,18 @@ bool Upload::restore_all(const Plan& plan, ProfileUpload& profiles) {
     return !run_.canceled();
 }
 
+/// In the error file too: where the session ends, no message can be shown.
 void Upload::tell_partly_restored(const Plan& plan) {
     const std::string lines = std::to_string(plan.file.register_lines().size());
-    if (restored_ == 0)
-        return run_.listener.tell("None of the " + lines +
-                                  " lines was restored. The controller's settings may be erased.");
-    run_.listener.tell(std::to_string(restored_) + " of " + lines +
-                       " lines were restored. The controller's settings were erased and are only "
-                       "partly restored: restore the file again.");
+    const std::string sentence =
+        restored_ == 0
+            ? "None of the " + lines +
+                  " lines was restored. The controller's settings may be erased."
+            : std::to_string(restored_) + " of " + lines +
+                  " lines were restored. The controller's settings were erased and are only partly "
+                  "restored: restore the file again.";
+    run_.errors.end_with(sentence);
+    run_.listener.tell(sentence);
 }
 
 bool Upload::put_presets_back() {
@@ -169,7 +174,7 @@ void Upload::upload_line(const Plan& plan, ProfileUpload& profiles, const std::s
         return;
     }
     if (line->no_number)
-        run_.errors.record("Value is no number: " + *line->no_number, line->register_number,
+        run_.errors.record("Value is no whole number: " + *line->no_number, line->register_number,
                            line->value);
     run_.log(plain_single(line->register_number) + " " + plain_single(line->value) +
              (verdict == Verdict::Accepted ? " Successful" : " ***UNSUCCESSFUL***"));

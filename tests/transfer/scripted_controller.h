@@ -91,6 +91,7 @@ class ScriptedController : public ::testing::Test {
     Writes writes;
     std::function<void(int number, int value)> on_write;
     std::function<double(int number)> delay_ms = [](int) { return 5; };
+    std::map<int, double> doubled; // a reply that comes again, so many ms later
 
   private:
     std::vector<Arrival> answer(const std::string& request) {
@@ -105,8 +106,11 @@ class ScriptedController : public ::testing::Test {
             --silent[number];
             return {};
         }
-        return {{delay_ms(number),
-                 is_write ? written(request, number, value) : held(request[0], number)}};
+        const std::string reply =
+            is_write ? written(request, number, value) : held(request[0], number);
+        const double after = delay_ms(number);
+        if (!doubled.contains(number)) return {{after, reply}};
+        return {{after, reply}, {after + doubled[number], reply}};
     }
     std::string written(const std::string& request, int number, int value) {
         if (refused.contains(number)) return sealed(request.substr(0, 1) + "\x86\x03");

@@ -47,13 +47,13 @@ TEST_F(UploadTest, WritesEveryLineInOrder) {
                                "25 0 Successful", "*******Upload Complete*******"}));
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Upload Complete"}));
     EXPECT_EQ(ui.share, 1);
-    EXPECT_EQ(ui.errors, (Lines{entry("Value is no number: ", "7", "0"),
-                                entry("Value is no number: 77<--CRC", "8", "77"),
-                                entry("Value is no number: cter", "9", "0")}));
-    EXPECT_EQ(saved("742_Upload_Error.TXT"), kHeader +
-                                                 "Value is no number: \t7\t0\tError\r\n"
-                                                 "Value is no number: 77<--CRC\t8\t77\tError\r\n"
-                                                 "Value is no number: cter\t9\t0\tError\r\n");
+    EXPECT_EQ(ui.errors, (Lines{entry("Value is no whole number: ", "7", "0"),
+                                entry("Value is no whole number: 77<--CRC", "8", "77"),
+                                entry("Value is no whole number: cter", "9", "0")}));
+    EXPECT_EQ(saved("742_Upload_Error.TXT"),
+              kHeader + "Value is no whole number: \t7\t0\tError\r\n"
+                        "Value is no whole number: 77<--CRC\t8\t77\tError\r\n"
+                        "Value is no whole number: cter\t9\t0\tError\r\n");
     EXPECT_TRUE(exists("742_ERROR.TXT"));
     EXPECT_EQ(compare().faults, 3); // against what was just written
     EXPECT_EQ(ui.messages.back(), "No difference was found, but not everything could be compared.");
@@ -138,6 +138,7 @@ TEST_F(UploadTest, AWriteWithoutAReplyIsRepeatedAndThenAskedFor) {
     EXPECT_EQ(restored().size(), 5U + 10U);
     EXPECT_EQ(ui.steps.back(), "Download Canceled ");
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Comm Error!", "Comm Error!", partly(1, 4)}));
+    EXPECT_EQ(saved("742_Upload_Error.TXT"), partly(1, 4) + "\r\n");
 }
 
 TEST_F(UploadTest, FilesAndFoldersThatAreMissing) {
@@ -185,8 +186,11 @@ TEST_F(UploadTest, ADamagedReplyToTheModelErasesNothing) {
 TEST_F(UploadTest, WhatIsMissingInTheFileIsToldBeforeTheErase) {
     const std::string head = "*\n   Model #:  742\n\n\n\n\n*\n";
     const std::string again = " Do you want to restore it all the same?";
-    for (const auto& [text, what] : {std::pair{head + "5 1\n", "does not end with the line 25 0."},
-                                     std::pair{head.substr(0, 20), "has less than its header."}}) {
+    for (const auto& [text, what] :
+         {std::pair{head + "5 1\n", "does not end with the line 25 0."},
+          std::pair{head.substr(0, head.size() - 3) + "*\n5 1\n25 0\n",
+                    "does not have its whole header."},
+          std::pair{head.substr(0, 20), "does not have its whole header."}}) {
         write_file(path("a.txt"), text);
         upload({false});
         EXPECT_EQ(ui.messages,
@@ -195,11 +199,35 @@ TEST_F(UploadTest, WhatIsMissingInTheFileIsToldBeforeTheErase) {
         upload({true, true});
         EXPECT_EQ(ui.messages[1], kEraseQuestion);
     }
+    write_file(path("a.txt"), head + "0 742\n");
+    EXPECT_FALSE(compare().completed);
+    EXPECT_EQ(ui.messages, Lines{"The setup file does not end with the line 25 0. The controller "
+                                 "holds what the file says."});
     write_file(path("a.txt"), head + std::string("5 \0001\n25 0\n", 11));
     upload();
     EXPECT_EQ(ui.messages, Lines{"The setup file is no text file."});
     compare();
     EXPECT_EQ(ui.messages, Lines{"The setup file is no text file."});
+}
+
+/// A cable that came off was put back into another controller, which answers at once, or only to
+/// the next attempt.
+TEST_F(UploadTest, NothingMoreGoesIntoAnotherController) {
+    for (const int later : {0, 3}) {
+        write_setup("5 1\r\n6 2\r\n7 3\r\n");
+        registers[2] = 1518;
+        silent = {{6, 5}};
+        int silences = later;
+        ui.on_turn = [&] {
+            if (ui.messages.back() != "Comm Error!") return;
+            registers[2] = 1519;
+            silent[0] = std::exchange(silences, 0);
+        };
+        EXPECT_FALSE(upload({true, true}).completed);
+        EXPECT_EQ(writes.back(), std::pair(6, 2)) << later;
+        EXPECT_EQ(ui.messages[2], "Another controller answers than at the beginning: register 2 "
+                                  "was 1518 and is 1519 now.");
+    }
 }
 
 TEST_F(UploadTest, AResetWithoutItsEchoIsListed) {
