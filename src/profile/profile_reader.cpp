@@ -98,6 +98,9 @@ ProfileReadResult ProfileReader::read(std::optional<int> number) {
         read_profiles(result, number);
     else
         result.problems.push_back(loaded.problem);
+    if (!run_.canceled() && !run_.access.in_step())
+        result.problems.push_back("The controller answered twice, so that values may be those of "
+                                  "other registers: read again.");
     result.complete = result.problems.empty() && !run_.canceled();
     run_.access.leave_line();
     return result;
