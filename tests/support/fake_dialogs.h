@@ -78,14 +78,13 @@ class FakeDesktop : public DesktopServices {
     void set_clipboard_text(const std::string& text) override { clipboard = text; }
     ScreenSize screen_size() override { return screen; }
     void set_help_file(const std::string& name) override { help_file = name; }
-    void show_help(const std::string& page) override { help_pages.push_back(page); }
+    void show_help(const std::string&) override {}
 
     int turns = 0;
     std::function<void()> on_turn;
     std::string clipboard;
     ScreenSize screen{1920, 1080};
     std::string help_file;
-    std::vector<std::string> help_pages;
 };
 
 } // namespace pelvan::testing

@@ -27,9 +27,11 @@ class FakeSerialPort : public SerialPort {
         double at_ms = 0;
     };
 
-    explicit FakeSerialPort(FakeTick& tick) : tick_(tick) {}
+    /// A port that is destroyed while it is open says so in `closings`.
+    explicit FakeSerialPort(FakeTick& tick, std::vector<std::string>* closings = nullptr)
+        : tick_(tick), closings_(closings) {}
     ~FakeSerialPort() override {
-        if (on_destroy) on_destroy(*this);
+        if (open_ && closings_) closings_->push_back("port " + std::to_string(comm_port_));
     }
 
     std::int16_t CommPort() const override { return comm_port_; }
@@ -113,7 +115,6 @@ class FakeSerialPort : public SerialPort {
     std::vector<std::string> outputs;
     std::deque<std::vector<Arrival>> replies;                          // one an output
     std::function<std::vector<Arrival>(const std::string&)> responder; // instead of `replies`
-    std::function<void(FakeSerialPort&)> on_destroy;
     bool line_lost = false;
     bool discards_future = true; // a discard also forgets what is still on its way
 
@@ -143,6 +144,7 @@ class FakeSerialPort : public SerialPort {
     }
 
     FakeTick& tick_;
+    std::vector<std::string>* closings_;
     std::int16_t comm_port_ = 1;
     std::string settings_ = "9600,N,8,1";
     bool dtr_ = true;

@@ -45,13 +45,7 @@ class SerialRig {
     SerialState state;
     std::vector<FakeSerialPort*> ports; // of the current table, by element
     std::vector<std::string> closings;
-    PortFactory make_port = [this] {
-        auto port = std::make_unique<FakeSerialPort>(tick);
-        port->on_destroy = [this](FakeSerialPort& gone) {
-            if (gone.PortOpen()) closings.push_back("port " + std::to_string(gone.CommPort()));
-        };
-        return port;
-    };
+    PortFactory make_port = [this] { return std::make_unique<FakeSerialPort>(tick, &closings); };
     frm_Comms comms{[this] { return make_port(); }};
     Subscription elements = comms.element_changed.subscribe([this](SerialPort* port) {
         if (auto* const fake = dynamic_cast<FakeSerialPort*>(port)) ports.push_back(fake);
