@@ -62,7 +62,7 @@ TEST_F(SectionedFile, FindsValuesAsTheyStand) {
                " \t[ \vS\t ] \n \t\f\vK \t = \f\t v w\v \f\r\n->v w|"
                "[S]\n\x02K=v\n->none|[S]\nK=\xA0v\x01\n->\xA0v\x01|[S]\nK=a=b\n->a=b|"
                "[S] rest [T]\nK=v\n->v|[S\nK=v\n->v|\xEF\xBB\xBF[S]\nK=v\n->none|"
-               "[S]\n ;K=c\nK=v ;c\n->v ;c|"
+               "[S]\n ;K=c\nK=v ;c\n->v ;c|[S]\nK=v\r\r\n->v|"
                "[S]\nK=1\nk=2\n->1|[S]\nL=1\n[T]\nK=2\n[s]\nK=3\n->none|"
                "[S]\nK= \" v \" \n-> v |[S]\nK=' v '\n-> v |[S]\nK=\"v'\n->\"v'|[S]\nK=\"\n->\"|"
                "[S]\nK=v\"w\"\n->v\"w\"|[S]\nK=\"\"x\"\"\n->\"x\"|[\"S\"]\nK=v\n->none|"
