@@ -153,7 +153,7 @@ class ProfileChecker {
             find(last_jump(), "the jumps do not come to an end within a million steps.");
         if (curve.how == CurveEnd::TooLong)
             find(last_jump(), "the profile runs longer than " +
-                                  rounded(ProfileCurve::kLongestRun / 3600) + " hours.");
+                                  rounded(ProfileCurve::kMaxSeconds / 3600) + " hours.");
         if (curve.how == CurveEnd::NoRate && curve.last_profile == profile_.number)
             find(curve.last_step, "with this rate it never arrives.");
         if (options_.steepest) check_steepness(curve);

@@ -8,7 +8,7 @@ namespace pelvan {
 namespace {
 
 /// Steps, jumps among them, after which a curve counts as one without an end.
-constexpr int kMostSteps = 1'000'000;
+constexpr int kMaxSteps = 1'000'000;
 
 struct PlannedStep {
     StepPlan plan;
@@ -27,7 +27,7 @@ class Unroller {
     ProfileCurve run() {
         if (go_to(curve_.start.profile, step_)) {
             curve_.how = CurveEnd::Endless;
-            for (int steps = 0; steps < kMostSteps; ++steps)
+            for (int steps = 0; steps < kMaxSteps; ++steps)
                 if (!take_step()) break;
         }
         curve_.last_profile = profile_;
@@ -131,14 +131,14 @@ class Unroller {
     }
 
     bool add(double seconds, const std::array<double, kLoops>& to, int wait_loop) {
-        if (curve_.segments.size() < ProfileCurve::kMostSegments)
+        if (curve_.segments.size() < ProfileCurve::kMaxSegments)
             curve_.segments.push_back(
                 {profile_, step_, time_, time_ + seconds, set_points_, to, events_, wait_loop});
         else
             curve_.cut = true;
         time_ += seconds;
         set_points_ = to;
-        return time_ <= ProfileCurve::kLongestRun || stop(CurveEnd::TooLong);
+        return time_ <= ProfileCurve::kMaxSeconds || stop(CurveEnd::TooLong);
     }
 
     const ProfileFormat& format_;

@@ -30,7 +30,7 @@ enum class CurveEnd {
     JumpOutside, // at a jump to a profile or step that is not there
     UnknownType, // at a step of a type that the format does not have
     NoRate,      // at a ramp with a rate of 0
-    TooLong,     // after kLongestRun
+    TooLong,     // after kMaxSeconds
     Endless      // after a million steps
 };
 
@@ -49,8 +49,8 @@ struct CurvePoint {
 };
 
 struct ProfileCurve {
-    static constexpr std::size_t kMostSegments = 10'000;
-    static constexpr double kLongestRun = 10'000.0 * 3600; // seconds
+    static constexpr std::size_t kMaxSegments = 10'000;
+    static constexpr double kMaxSeconds = 10'000.0 * 3600;
 
     std::vector<CurveSegment> segments;
     bool cut = false; // there are more segments than are kept; the time goes on counting

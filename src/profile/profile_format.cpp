@@ -12,7 +12,7 @@
 namespace pelvan {
 namespace {
 
-constexpr int kHighestRegister = 65535;
+constexpr int kMaxRegister = 65535;
 
 constexpr std::array<std::string_view, 5> kStateWords{"off", "running", "held", "waiting", "ended"};
 constexpr std::array<std::string_view, 5> kCommandWords{"start", "hold", "resume", "next", "end"};
@@ -68,7 +68,7 @@ class FormatBuilder {
 
     ProfileField field(const ProfileRegister& read) {
         // Compared as read: a larger number does not fit an int.
-        const bool possible = read.number <= static_cast<float>(kHighestRegister);
+        const bool possible = read.number <= static_cast<float>(kMaxRegister);
         if (!possible) refuse(read.line, "there are no registers above 65535.");
         const RegisterAttributes& said = read.attributes;
         ProfileField field{possible ? static_cast<int>(read.number) : 0,

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMin = -32768;
 constexpr int kMax = 32767;
-constexpr int kMostDecimals = 4;
+constexpr int kMaxDecimals = 4;
 
 struct RoleWord {
     std::string_view word;
@@ -132,7 +132,7 @@ class AttributeReader {
 
     std::string decimals(const std::string& item) {
         const auto space = item.find(' ');
-        const auto number = whole_number(item.substr(0, space), 0, kMostDecimals);
+        const auto number = whole_number(item.substr(0, space), 0, kMaxDecimals);
         const std::string word = space == item.npos ? "" : upper_case(item.substr(space + 1));
         if (!number || (word != "DECIMAL" && word != "DECIMALS"))
             return "\"" + shown(item) + "\" is not understood.";

@@ -87,7 +87,7 @@ TEST(ProfileCurve, WhereItStops) {
     const ProfileCurve cut =
         curve_of({profile_of(1, {soak(0, 1), jump(1, 1, 99), jump(1, 1, 199)})});
     EXPECT_TRUE(cut.cut);
-    EXPECT_EQ(cut.segments.size(), ProfileCurve::kMostSegments);
+    EXPECT_EQ(cut.segments.size(), ProfileCurve::kMaxSegments);
     EXPECT_DOUBLE_EQ(cut.seconds, 20'000);
 }
 

@@ -8,8 +8,8 @@ namespace pelvan::simulator {
 namespace {
 
 constexpr std::int64_t kSecondUs = 1000000;
-constexpr int kLowestSetPoint = -2000;
-constexpr int kHighestSetPoint = 9999;
+constexpr int kMinSetPoint = -2000;
+constexpr int kMaxSetPoint = 9999;
 
 std::int64_t time_of(const Profiles::Step& step) {
     const std::int64_t minutes = 60 * step.field(reg::kStepHours) + step.field(reg::kStepMinutes);
@@ -26,7 +26,7 @@ std::int64_t time_of_ramp(int way, int rate) {
 bool ProfileRun::start(const RunPlace& at, const Profiles& profiles, RunLoops& loops) {
     if (active() || profiles.step(at.profile, at.step) == nullptr) return false;
     for (std::size_t i = 0; i < loops.process.size(); ++i)
-        loops.set_points[i] = std::clamp(loops.process[i], kLowestSetPoint, kHighestSetPoint);
+        loops.set_points[i] = std::clamp(loops.process[i], kMinSetPoint, kMaxSetPoint);
     state_ = RunState::Running;
     place_ = at;
     arriving_ = true;
