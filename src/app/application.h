@@ -8,6 +8,7 @@
 #include "console/history_form.h"
 #include "listen/listen_form.h"
 #include "logging/logging_form.h"
+#include "profile/window/profile_logic_form.h"
 #include "settings/comms_settings_form.h"
 #include "settings/serial_devices_form.h"
 #include "transfer/download_parm_form.h"
@@ -24,6 +25,7 @@ class Application : public Core, private SettingsHost {
     frm_Listen listen;
     frm_DownloadParm transfer;
     frm_DataLogging logging;
+    frm_ProfileLogic profile_logic;
     frm_CommsSettings comms_settings;
     frm_SerialDevices serial_devices;
     MDIPelvan6 frame;
@@ -36,6 +38,7 @@ class Application : public Core, private SettingsHost {
     Subscription logging_closed_;
     Subscription line_use_;
     Subscription jumper_moved_;
+    Subscription hold_permitted_;
 };
 
 } // namespace pelvan

@@ -30,6 +30,11 @@ MDIPelvan6::MDIPelvan6(Application& application)
     mnuTransfer.Click = [this] { application_.transfer.Show(); };
     mnuTools.children.push_back(&mnuDataLogging);
     mnuDataLogging.Click = [this] { mnuDataLogging_Click(); };
+    mnuTools.children.push_back(&mnuProfileLogic);
+    mnuProfileLogic.Click = [this] { application_.profile_logic.Show(); };
+    mnuTools.children.push_back(nullptr);
+    mnuTools.children.push_back(&mnuHoldProfile);
+    mnuHoldProfile.Click = [this] { application_.profile_logic.hold(); };
     mnuSettings.children = {&mnuPortSettings, &mnuSerialDevices};
     mnuPortSettings.Click = [this] { application_.comms_settings.Show(); };
     mnuSerialDevices.Click = [this] { application_.serial_devices.Show(); };
@@ -93,6 +98,7 @@ bool MDIPelvan6::Form_Unload() {
             });
     }
     if (transfer.running()) return false;
+    if (!application_.profile_logic.Unload()) return false;
     application_.logging.Unload();
     return application_.console.Unload();
 }

@@ -22,6 +22,11 @@ class MDIPelvan6 : public Form {
                           "A controller's registers into a file and back."};
     MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+Shift+D",
                              "Poll registers at an interval and log them."};
+    MenuEntry mnuProfileLogic{"mnuProfileLogic", "&Profile Logic", "Ctrl+Shift+P",
+                              "Ramp profiles: write, check, start, hold and watch them."};
+    /// In every window's menus, because an oven does not wait until somebody finds its window.
+    MenuEntry mnuHoldProfile{"mnuHoldProfile", "&Hold Profile", "F12",
+                             "Hold the ramp profile that runs; its set points stay."};
     MenuEntry mnuSettings{"mnuSettings", "&Settings"};
     MenuEntry mnuPortSettings{"mnuPortSettings", "&Port Settings...", "F9",
                               "Port, baud rate and format of the selected protocol's channel."};

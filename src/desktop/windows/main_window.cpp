@@ -12,6 +12,7 @@
 #include "desktop/windows/first_paint.h"
 #include "desktop/windows/listen_window.h"
 #include "desktop/windows/logging_window.h"
+#include "desktop/windows/profile_window.h"
 #include "desktop/windows/settings_window.h"
 #include "desktop/windows/transfer_window.h"
 
@@ -40,6 +41,7 @@ MainWindow::MainWindow(const std::string& directory)
     // Closing the console alone ends the program at once: no questions, no saving.
     console_closed_ = app.console.closed.subscribe([&app] {
         app.transfer.cancel_transfer();
+        app.profile_logic.line.cancel();
         QCoreApplication::exit(0);
     });
     for (MenuEntry* entry : app.frame.mnuWindow.children)
@@ -91,6 +93,9 @@ void MainWindow::make_children() {
     first_shows_.emplace_back(app.logging, [this, &app] {
         frame_->add_child(app.logging,
                           make_logging(frame_->context(), app.logging, dialogs_, *frame_));
+    });
+    first_shows_.emplace_back(app.profile_logic, [this, &app] {
+        add_profile_window(app.profile_logic, dialogs_, *frame_);
     });
     first_shows_.emplace_back(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))
