@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/message_router.h"
+#include "platform/services.h"
 #include "serial/link.h"
 #include "support/fake_dialogs.h"
 #include "support/fake_serial_port.h"
@@ -41,9 +43,12 @@ class SerialRig {
     FakeTick tick;
     FakeClock clock;
     FakeDialogs dialogs;
+    MessageRouter gate{dialogs};
+    FakeDesktop desktop;
+    Services services{tick, clock, dialogs, desktop, dir.path()};
     ConfigState config;
     SerialState state;
-    std::vector<FakeSerialPort*> ports; // of the current table, by element
+    std::vector<FakeSerialPort*> ports; // of the current table, as far as they are fakes
     std::vector<std::string> closings;
     PortFactory make_port = [this] { return std::make_unique<FakeSerialPort>(tick, &closings); };
     frm_Comms comms{[this] { return make_port(); }};
@@ -51,9 +56,9 @@ class SerialRig {
         if (auto* const fake = dynamic_cast<FakeSerialPort*>(port)) ports.push_back(fake);
     });
     ErrorLog log{clock, dir.file("errors")};
-    ChannelTable table{state, config, comms, dialogs, log};
+    ChannelTable table{state, config, comms, gate, log};
     CountdownPool countdowns{state, tick};
-    Link link{table, countdowns, dialogs, log};
+    Link link{table, countdowns, gate, log};
 };
 
 } // namespace pelvan::testing
