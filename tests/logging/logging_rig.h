@@ -1,6 +1,9 @@
-// A data logger on a link that answers at once from a table of registers.
+// A data logger on a scripted port that answers from a table of replies.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <map>
 
 #include "logging/data_logger.h"
@@ -11,58 +14,22 @@
 
 namespace pelvan::testing {
 
-/// Knows registers by number, whatever the address; any other answers exception 2.
-class AnsweringLink : public Link {
-  public:
-    explicit AnsweringLink(SerialRig& rig)
-        : Link(rig.table, rig.countdowns, rig.dialogs, rig.log), tick_(rig.tick) {}
-
-    std::string transmit(std::int16_t channel, const std::string& command, float timeout_ms,
-                         std::int16_t quiet_chars) override {
-        EXPECT_EQ(channel, 1);
-        EXPECT_EQ(timeout_ms, 2000);
-        EXPECT_EQ(quiet_chars, 30);
-        sent.push_back(command);
-        tick_.advance(exchange_ms);
-        const int start =
-            static_cast<unsigned char>(command[2]) * 256 + static_cast<unsigned char>(command[3]);
-        if (corrupted) return *corrupted;
-        std::string reply = command.substr(0, 2);
-        if (!registers.count(start)) {
-            reply[1] = static_cast<char>(reply[1] | '\x80');
-            return sealed(reply + '\2');
-        }
-        const std::string words = bytes(registers[start]);
-        return sealed(reply + static_cast<char>(words.size()) + words);
-    }
-
-    std::map<int, std::string> registers; // the words of a reply, in hexadecimal
-    std::optional<std::string> corrupted; // whole reply instead of the right one
-    std::vector<std::string> sent;
-    double exchange_ms = 80;
-
-  private:
-    FakeTick& tick_;
-};
-
-class LoggingTest : public ::testing::Test {
+class LoggingTest : public ::testing::Test, protected SerialRig {
   protected:
     LoggingTest() {
-        link.registers = {{100, "02 D5"}, {101, "00 00"}, {200, "00 01 00 05"}};
+        build({"1;9600,N,8,1;1", "2;9600,N,8,1;1"});
+        ports[1]->responder = [this](const std::string& request) { return answer(request); };
         logger.read_tick_length();
         logger.set_file_name(log_file);
     }
     /// Writes a set file of rows "address,command,register,decimals" and further lines.
     std::string set_with(const std::vector<std::string>& rows, const std::string& lines = {}) {
-        std::string text =
-            "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOGGING FILENAME=" + log_file + "\r\n" +
-            lines;
-        for (std::size_t n = 0; n < rows.size(); ++n) {
-            const auto columns = split(rows[n], ',');
-            const char* keys[] = {"ADDRESS", "COMMAND", "REGISTER", "REGISTERDECIMAL"};
-            for (std::size_t i = 0; i < columns.size(); ++i)
-                text += std::to_string(n + 1) + "DEVICE" + keys[i] + "=" + columns[i] + "\r\n";
-        }
+        const char* const keys[] = {"ADDRESS", "COMMAND", "REGISTER", "REGISTERDECIMAL"};
+        std::string text = "[LOGGING DATA DEVICE AND REGISTER SET]\r\n" + lines +
+                           "LOGGING FILENAME=" + log_file + "\r\n";
+        for (std::size_t row = 0; row < rows.size(); ++row)
+            for (std::size_t i = 0; const std::string& column : split(rows[row], ','))
+                text += std::to_string(row + 1) + "DEVICE" + keys[i++] + "=" + column + "\r\n";
         write_file(set_file, text);
         return set_file;
     }
@@ -73,31 +40,49 @@ class LoggingTest : public ::testing::Test {
         logger.set_interval(seconds);
         logger.start();
     }
-    void tick(int times) {
-        for (int i = 0; i < times; ++i) {
-            if (!logger.timer().running()) return;
-            rig.tick.advance(logger.timer().tick_ms());
+    void run(int ticks) {
+        for (int i = 0; i < ticks && logger.timer().running(); ++i) {
+            tick.advance(logger.timer().tick_ms());
             logger.tick();
         }
     }
-    std::string value(int row) { return logger.reading(row).value; }
+    /// The timer, the requests, the count of the buffer, and the boxes since the last look.
+    std::string seen() {
+        const auto boxes = std::exchange(dialogs.shown, {}).size();
+        return (logger.timer().running() ? "runs, " : "stands, ") + std::to_string(sent().size()) +
+               " sent, " + std::to_string(logging.gLogBufferCount) + " gathered, " +
+               std::to_string(boxes) + " shown";
+    }
+    std::vector<std::string>& sent() { return ports[1]->outputs; }
+    LogReading reading(int row) { return logger.reading(row); }
     std::string log_text() { return read_file(log_file); }
-    std::ptrdiff_t lines() { return lines_of(log_text()); }
-    static std::ptrdiff_t lines_of(const std::string& text) {
-        return std::count(text.begin(), text.end(), '\n');
+    /// In the log file, after so many ticks more.
+    std::ptrdiff_t lines(int ticks = 0) {
+        run(ticks);
+        return std::ranges::count(log_text(), '\n');
     }
 
-    SerialRig rig;
-    FakeDesktop desktop;
-    MessageRouter gate{rig.dialogs};
-    Services services{rig.tick, rig.clock, gate, desktop, rig.dir.path()};
+    /// By the first four bytes of the request; whatever else is asked for is exception 2.
+    std::map<std::string, std::string> replies{{"01 03 00 64", "01 03 02 02 D5"},
+                                               {"01 03 00 65", "01 03 02 00 00"},
+                                               {"01 03 00 C8", "01 03 04 00 01 00 05"}};
+    std::optional<std::string> instead; // of the right reply
+    double exchange_ms = 0;             // before the reply
     ModbusState modbus_state;
     Modbus modbus{modbus_state};
-    AnsweringLink link{rig};
-    LoggingState state;
-    DataLogger logger{services, gate, rig.config, link, modbus, state};
-    std::string log_file = rig.dir.file("log.txt");
-    std::string set_file = rig.dir.file("set.PV5");
+    LoggingState logging;
+    DataLogger logger{services, gate, config, link, modbus, logging};
+    std::string log_file = dir.file("log.txt");
+    std::string set_file = dir.file("set.PV5");
+
+  private:
+    std::vector<Arrival> answer(const std::string& request) {
+        tick.advance(exchange_ms);
+        if (instead) return {{0, *instead}};
+        if (const auto known = replies.find(hex_of(request.substr(0, 4))); known != replies.end())
+            return {{0, frame(known->second)}};
+        return {{0, sealed({request[0], static_cast<char>(request[1] | '\x80'), '\2'})}};
+    }
 };
 
 } // namespace pelvan::testing

@@ -2,54 +2,40 @@
 
 #include <gtest/gtest.h>
 
+#include "support/cases.h"
 #include "support/error_of.h"
 
 namespace pelvan {
 namespace {
 
-using Pairs = std::vector<std::pair<std::string, std::string>>;
+using testing::cases;
+using testing::error_of;
 
-TEST(RowValue, ExceptionTextsBecomeNumbers) {
-    const Pairs cases{
-        {"Exception Error: 131 2", "-32002"},
-        {"Exception Error: 131 11", "-32001"}, // one digit of the code is read
-        {"Exception Error: ", "-65536"},       // too short to hold a number
-        {"Error:", "-65536"},
-    };
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(exception_value(text), expected) << text;
-}
-
-TEST(RowValue, TwoWordsBecomeOne32BitNumber) {
-    const Pairs cases{{"1 5", "65541"},
-                      {"0 -1", "65535"},
-                      {"1 -31072 ", "100000"},
-                      {" 1 5", "65541"},
-                      {"32767 -1", "2147483647"},
-                      {"-32768 0", "-2147483648"},
-                      {"-32002", "-32002"},
-                      {"", ""},
-                      {"NO NUMBER 1", "NO NUMBER 1"},
-                      {"1 ", "1 "}};
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(join_32_bit(text), expected) << "\"" << text << "\"";
-    EXPECT_EQ(testing::error_of([] { static_cast<void>(join_32_bit("32768 0")); }), 6);
+TEST(RowValue, ExceptionsAndPairsOfWordsBecomeNumbers) {
+    // One digit of an exception's code is read. The last two are too short to hold a number.
+    for (const auto& [text, number] :
+         cases("Exception Error: 131 2->-32002|Exception Error: 131 11->-32001|"
+               "Exception Error: ->-65536|Error:->-65536"))
+        EXPECT_EQ(exception_value(text), number) << text;
+    for (const auto& [text, number] :
+         cases("1 5->65541| 1 5->65541|0 -1->65535|1 -31072 ->100000|32767 -1->2147483647|"
+               "-32768 0->-2147483648|-32002->-32002|->|NO NUMBER 1->NO NUMBER 1|1 ->1 "))
+        EXPECT_EQ(join_32_bit(text), number) << "\"" << text << "\"";
+    EXPECT_EQ(error_of(join_32_bit, "32768 0"), 6);
 }
 
 TEST(RowValue, DecimalPlacesScale) {
-    const std::vector<std::tuple<std::string, double, std::string>> cases{
-        {"725", 1, " 72.5"},
-        {"-7", -4, "-70000"},
-        {"5", 1, " 0.5"},
-        {"", 3, ""},
-        {"1", 5, " 0.00001"},
-        {"no number", 1, "no number"}, // no 0 that would pass for a reading
-        {" -.5 x", 1, "-0.05"},
-        {"-", 0, "-"},
-        {"2147483647", 0, " 2147483647"}};
-    for (const auto& [text, decimals, expected] : cases)
-        EXPECT_EQ(scaled_value(text, decimals), expected) << text;
-    EXPECT_EQ(testing::error_of([] { static_cast<void>(scaled_value("1", -400)); }), 6);
+    const std::pair<double, const char*> tables[] = {
+        {0, "->|-->-|2147483647-> 2147483647"},
+        // No 0 that would pass for a reading.
+        {1, "725-> 72.5|5-> 0.5| -.5 x->-0.05|no number->no number"},
+        {5, "1-> 0.00001"},
+        {-4, "-7->-70000"},
+    };
+    for (const auto& [decimals, table] : tables)
+        for (const auto& [text, scaled] : cases(table))
+            EXPECT_EQ(scaled_value(text, decimals), scaled) << text;
+    EXPECT_EQ(error_of(scaled_value, "1", -400), 6);
 }
 
 } // namespace
