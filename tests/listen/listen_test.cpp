@@ -21,28 +21,28 @@ TEST(ListenStatisticsTest, AreWorkedOutAndWrittenOverSeveralSessions) {
         statistics.add(start, end);
         std::string texts;
         for (const Statistic* statistic : statistics.all())
-            texts += (texts.empty() ? "" : "|") + statistic->text();
+            texts += statistic->text() + "|";
         return texts;
     };
     statistics.begin(1000);
-    EXPECT_EQ(after(1000, 1008), "1|8|0.008|7500||"); // the first burst has no rates
-    EXPECT_EQ(after(1500, 1508), "2|8|0.508|236.220472440945|236|120");
-    EXPECT_EQ(after(1750, 1758), "3|8|0.758|237.467018469657|237|240");
-    EXPECT_EQ(after(3601750, 3601758), "4|8|3600.758|0.0666526325845836|237|240");
+    EXPECT_EQ(after(1000, 1008), "1|8|0.008|7500|||"); // the first burst has no rates
+    EXPECT_EQ(after(1500, 1508), "2|8|0.508|236.220472440945|236|120|");
+    EXPECT_EQ(after(1750, 1758), "3|8|0.758|237.467018469657|237|240|");
+    EXPECT_EQ(after(3601750, 3601758), "4|8|3600.758|0.0666526325845836|237|240|");
     statistics.begin(3601850); // what is shown stays
-    EXPECT_EQ(after(3601850, 3601850), "1|0|0.0000001|600000000|237|240");
+    EXPECT_EQ(after(3601850, 3601850), "1|0|0.0000001|600000000|237|240|");
     statistics.clear();
-    EXPECT_EQ(after(3601900, 3601908), "2|8|0.058|2068.96551724138|2068|1200");
-    EXPECT_EQ(after(3601900, 3601913), "3|13|0.063|2857.14285714286|2857|600000015");
+    EXPECT_EQ(after(3601900, 3601908), "2|8|0.058|2068.96551724138|2068|1200|");
+    EXPECT_EQ(after(3601900, 3601913), "3|13|0.063|2857.14285714286|2857|600000015|");
     statistics.begin(16777217); // kept as 16777216
-    EXPECT_EQ(after(16777217, 16777225), "1|8|0.009|6666.66666666667|2857|600000015");
-    EXPECT_EQ(after(16777467, 16777475), "2|8|0.259|463.320463320463|2857|239");
+    EXPECT_EQ(after(16777217, 16777225), "1|8|0.009|6666.66666666667|2857|600000015|");
+    EXPECT_EQ(after(16777467, 16777475), "2|8|0.259|463.320463320463|2857|239|");
     statistics.clear();
     statistics.begin(0);
     for (int hit = 0; hit < 6; ++hit)
         after(hit, 7);
     // Compared and cut as written: the average is 59999.99999999999.
-    EXPECT_EQ(after(6, 7), "7|1|0.007|60000|60000|60000");
+    EXPECT_EQ(after(6, 7), "7|1|0.007|60000|60000|60000|");
 }
 
 class ListenTest : public ::testing::Test, public testing::SerialRig {
@@ -61,15 +61,24 @@ class ListenTest : public ::testing::Test, public testing::SerialRig {
         port().arrive({0, bytes});
         port().check_receive();
     }
+    const std::string& listen_on(int channel) {
+        monitor.ListenStart(static_cast<std::int16_t>(channel));
+        return status();
+    }
     [[nodiscard]] double hits() const { return monitor.statistics().hit_count().value(); }
-    [[nodiscard]] const std::string& status() const { return form.lbl_Status.Caption(); }
+    /// What the window says, after a look whether it is true.
+    [[nodiscard]] const std::string& status() const {
+        const std::string& text = form.lbl_Status.Caption();
+        EXPECT_EQ(monitor.listening(),
+                  text.starts_with("Listening on ") || text.starts_with("Listening waits"))
+            << text;
+        return text;
+    }
     [[nodiscard]] int listed() const {
         EXPECT_EQ(form.lst_Times.ListCount(), form.lst_CommsCommand.ListCount());
         return form.lst_CommsCommand.ListCount();
     }
 
-    testing::FakeDesktop desktop;
-    Services services{tick, clock, dialogs, desktop, dir.path()};
     ModbusState modbus_state;
     Modbus modbus{modbus_state};
     ListenState listen;
@@ -102,7 +111,7 @@ TEST_F(ListenTest, RendersByFormatAndDirectionAndSendsNothing) {
 }
 
 TEST_F(ListenTest, EveryByteRaisesTheEventOnlyWhileListening) {
-    monitor.ListenStart(1);
+    listen_on(1);
     EXPECT_EQ(port().RThreshold(), 1);
     int threshold_inside = -1;
     const Subscription adding = monitor.line_added.subscribe(
@@ -163,12 +172,12 @@ TEST_F(ListenTest, RightButtonsMenuLogsTheModbusChannelAsLongAsItCan) {
     EXPECT_FALSE(monitor.options.log_to_file);
     form.Form_MouseUp(2);
     EXPECT_TRUE(form.Loglistenlist.Checked());
-    for (const std::int16_t other : {std::int16_t{0}, std::int16_t{2}}) { // counted, no more
-        monitor.ListenStart(other);
+    for (const int other : {0, 2}) { // counted, no more
+        listen_on(other);
         burst_at(1500 + 100 * other, "unseen");
         EXPECT_EQ(hits(), 1);
     }
-    monitor.ListenStart(1);
+    listen_on(1);
     burst_at(2000, request);
     burst_at(2100, "x");
     const std::string file = dir.file(ListenMonitor::kLogFileName);
@@ -177,109 +186,96 @@ TEST_F(ListenTest, RightButtonsMenuLogsTheModbusChannelAsLongAsItCan) {
     std::filesystem::create_directory(file);
     EXPECT_EQ(error_of([&] { burst_at(2200, "y"); }), error_number::kPathFileAccess);
     EXPECT_FALSE(monitor.options.log_to_file || form.Loglistenlist.Checked());
-    EXPECT_EQ(status(), "Logging switched off: listenlog.txt cannot be written.");
+    EXPECT_EQ(form.lbl_Status.Caption(), "Logging switched off: listenlog.txt cannot be written.");
     burst_at(2300, "z");
     EXPECT_EQ(lines.size(), 4U);
     EXPECT_EQ(hits(), 4);
 }
 
 TEST_F(ListenTest, PortFailuresAndRebuildingEndTheListeningAndStartWorksAgain) {
-    monitor.ListenStart(1);
+    listen_on(1);
     port().fail_next("InBufferCount", error_number::kCannotReadDevice);
     EXPECT_EQ(error_of([&] { burst_at(2000, "x"); }), error_number::kCannotReadDevice);
-    EXPECT_FALSE(monitor.listening() || port().PortOpen());
+    EXPECT_FALSE(port().PortOpen());
     EXPECT_EQ(status(), "Listening stopped: the port failed.");
     port().fail_next("PortOpen", error_number::kInvalidPortNumber);
-    monitor.ListenStart(1);
+    EXPECT_EQ(listen_on(1), "Not listening: the port could not be opened.");
     EXPECT_EQ(dialogs.texts(), Texts{"INVALID PORT NUMBER"});
-    EXPECT_FALSE(monitor.listening());
-    EXPECT_EQ(status(), "Not listening: the port could not be opened.");
-    monitor.ListenStart(1);
+    listen_on(1);
     rebuild();
-    EXPECT_FALSE(monitor.listening());
     EXPECT_EQ(status(), "Listening stopped: the ports were set up anew.");
     monitor.ListenStop(); // the port is gone
-    monitor.ListenStart(1);
+    listen_on(1);
     burst_at(3000, "y");
     EXPECT_EQ(lines, Texts{"y"});
 }
 
-TEST_F(ListenTest, StartKeepsOffClaimedLinesAndHoldsItsPortsWhileItsMessageStands) {
-    {
-        const LineClaim claim = link.claim();
-        monitor.ListenStart(1);
-        EXPECT_EQ(status(), "Not listening. The line is in use by another window.");
-        EXPECT_FALSE(monitor.listening() || ports[1]->PortOpen());
-    }
+TEST_F(ListenTest, KeepsOffClaimedLinesAndHoldsItsPortsWhileItsMessageStands) {
+    LineClaim claim = link.claim();
+    EXPECT_EQ(listen_on(1), "Not listening. The line is in use by another window.");
+    EXPECT_FALSE(ports[1]->PortOpen());
+    claim.release();
+    const std::string listening = listen_on(1);
+    claim = link.claim();
+    burst_at(100, reply);
+    EXPECT_EQ(status(), "Listening waits. The line is in use by another window.");
+    EXPECT_EQ(hits(), 0) << "an answer to the other tool was taken away";
+    table.line_use().changed.raise();
+    claim.release();
+    EXPECT_EQ(status(), listening);
+    burst_at(200, reply);
+    EXPECT_EQ(hits(), 1);
+    claim = link.claim();
+    monitor.ListenStop();
+    claim.release();
+    EXPECT_EQ(status(), "Not listening.");
+    rebuild();
     ports[1]->fail_next("PortOpen", error_number::kPortAlreadyOpen);
     std::size_t built = 0;
     dialogs.on_message = [&](const std::string&) { // a protocol is chosen while the box stands
         table.init_comms();
         built = ports.size();
     };
-    monitor.ListenStart(1);
+    EXPECT_TRUE(listen_on(1).starts_with("Not listening"));
     EXPECT_EQ(built, 3U) << "the port under the box was destroyed";
     EXPECT_EQ(ports.size(), 6U);
-    EXPECT_FALSE(monitor.listening());
-}
-
-TEST_F(ListenTest, WaitsWhileAnotherToolHasTheLine) {
-    monitor.ListenStart(1);
-    const std::string listening = status();
-    {
-        const LineClaim claim = link.claim();
-        burst_at(100, reply);
-        EXPECT_EQ(status(), "Listening waits. The line is in use by another window.");
-        EXPECT_EQ(hits(), 0) << "an answer to the other tool was taken away";
-        table.line_use().changed.raise();
-        monitor.ListenStop();
-    }
-    EXPECT_EQ(status(), "Not listening.");
-    monitor.ListenStart(1);
-    static_cast<void>(link.claim());
-    EXPECT_EQ(status(), listening);
-    burst_at(200, reply);
-    EXPECT_EQ(hits(), 1);
 }
 
 TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
-    for (const std::int16_t none : {std::int16_t{4}, std::int16_t{-1}}) {
-        monitor.ListenStart(1);
-        EXPECT_EQ(error_of([&] { monitor.ListenStart(none); }), error_number::kSubscript);
-        EXPECT_FALSE(monitor.listening());
+    for (const int none : {4, -1}) {
+        listen_on(1);
+        EXPECT_EQ(error_of([&] { listen_on(none); }), error_number::kSubscript);
         EXPECT_EQ(status(), "Not listening: there is no such channel.");
         EXPECT_EQ(ports[1]->RThreshold(), 0);
     }
-    monitor.ListenStart(3);
-    EXPECT_EQ(listen.gListenChannel, 0);
-    EXPECT_EQ(&port(), ports[0]);
+    using Heard = std::pair<int, SerialPort*>;
+    const auto heard = [&] { return Heard(listen.gListenChannel, &port()); };
+    listen_on(3);
+    EXPECT_EQ(heard(), Heard(0, ports[0]));
     build({"1;9600,N,8,1;1", "1;9600,N,8,1;1"});
     std::int16_t zero = 0;
     table.open_port(zero);
-    monitor.ListenStart(1);
-    EXPECT_EQ(listen.gListenChannel, 1);
-    EXPECT_EQ(&port(), ports[0]);
+    const std::string listening = listen_on(1);
+    EXPECT_EQ(heard(), Heard(1, ports[0]));
     EXPECT_EQ(ports[0]->RThreshold(), 1);
     // Lost while nobody listened: opened again.
     monitor.ListenStop();
     ports[0]->line_lost = true;
-    monitor.ListenStart(1);
-    EXPECT_TRUE(monitor.listening() && !ports[0]->lost());
+    EXPECT_EQ(listen_on(1), listening);
+    EXPECT_FALSE(ports[0]->lost());
     // A channel with other settings takes the port, and this one takes it back.
     build({"1;9600,N,8,1;1", "1;4800,N,8,1;1"});
-    monitor.ListenStart(1);
+    listen_on(1);
     table.open_port(zero);
-    EXPECT_FALSE(monitor.listening());
     EXPECT_EQ(status(), "Listening stopped: another channel took the port over.");
-    monitor.ListenStart(1);
-    EXPECT_TRUE(monitor.listening());
+    listen_on(1);
     table.before_close.raise(*ports[0]); // not the one that is listened on
-    EXPECT_TRUE(monitor.listening());
+    EXPECT_TRUE(status().starts_with("Listening on channel 1"));
 }
 
 TEST_F(ListenTest, BurstsMayBeHugeBrokenAndEndless) {
     const auto last_size = [this] { return monitor.traffic().bursts().back().bytes.size(); };
-    monitor.ListenStart(1);
+    listen_on(1);
     burst_at(2000, std::string(5000, '\1'));
     EXPECT_EQ(last_size(), 5000U);
     port().arrive({0, request.substr(0, 4)});
@@ -287,8 +283,7 @@ TEST_F(ListenTest, BurstsMayBeHugeBrokenAndEndless) {
     port().check_receive();
     EXPECT_EQ(lines.back(), "1 3 100 2 133 212 ");
     // A line that never falls silent is cut by the time-out; half a second is the first choice.
-    const std::vector<std::pair<int, double>> timeouts{{0, 500}, {1, 2000}, {2, 10000}};
-    for (const auto& [index, ms] : timeouts) {
+    for (const auto& [index, ms] : {std::pair{0, 500.0}, {1, 2000.0}, {2, 10000.0}}) {
         form.opt_CharacterDelay.set_Value(index);
         for (int i = 0; i < 2100; ++i)
             port().arrive({i * 5.0, "n"});
@@ -298,17 +293,15 @@ TEST_F(ListenTest, BurstsMayBeHugeBrokenAndEndless) {
         port().Input();
     }
     // A flood becomes several bursts, none of which grows without end, and loses nothing.
-    constexpr std::size_t kChunk = 1 << 18;
-    constexpr int kChunks = 40;
     std::size_t received = 0;
-    for (int i = 0; i < kChunks; ++i)
-        port().arrive({i * 5.0, std::string(kChunk, 'n')});
+    for (int i = 0; i < 40; ++i)
+        port().arrive({i * 5.0, std::string(1 << 18, 'n')});
     while (port().InBufferCount() > 0) {
         port().check_receive();
         EXPECT_LE(last_size(), std::size_t{2} << 20);
         received += last_size();
     }
-    EXPECT_EQ(received, kChunks * kChunk);
+    EXPECT_EQ(received, std::size_t{40} << 18);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/cases.h"
 #include "support/frames.h"
 
 namespace pelvan {
@@ -11,30 +12,26 @@ using testing::frame;
 
 TEST(FrameKindTest, LayoutDecidesAndThePendingRequestWhereItCannot) {
     using enum FrameKind;
-    const std::string write = frame("01 06 00 07 00 01");
-    const std::string coils = frame("01 01 03 00 00 09");
-    const std::vector<std::tuple<std::string, std::string, FrameKind>> cases{
-        {frame("01 03 00 00 00 02"), "", Request},
-        {frame("01 03 04 00 00 00 02"), "", Reply},
-        {frame("01 83 02"), "", ExceptionReply},
-        {write, "", Request},
-        {write, write, Reply},
-        {write, frame("01 06 00 07 00 02"), Request},
-        {write, frame("02 06 00 07 00 01"), Request},
-        {coils, "", Request}, // or three bytes of coils
-        {coils, frame("01 01 00 00 00 18"), Reply},
-        {coils, coils, Request}, // asked again
-        {frame("01 10 00 00 00 01 02 00 01"), "", Request},
-        {frame("01 10 00 00 00 01"), "", Reply},
-        {frame("01 0F 00 00 00 09 02 01 01"), "", Request},
-        {frame("01 2B 0E 01"), frame("01 2B 0E 01 00"), Reply},
-        {write.substr(0, 7), write, Damaged},
-        {"x", write, Damaged},
-        {"", "", Damaged},
+    // "frame->the request before it"
+    const std::pair<FrameKind, const char*> tables[] = {
+        {Request, "01 03 00 00 00 02->|01 06 00 07 00 01->|01 06 00 07 00 01->01 06 00 07 00 02|"
+                  "01 06 00 07 00 01->02 06 00 07 00 01|01 10 00 00 00 01 02 00 01->|"
+                  "01 0F 00 00 00 09 02 01 01->"},
+        {Request, "01 01 03 00 00 09->"},                  // or three bytes of coils
+        {Request, "01 01 03 00 00 09->01 01 03 00 00 09"}, // asked again
+        {Reply, "01 03 04 00 00 00 02->|01 06 00 07 00 01->01 06 00 07 00 01|"
+                "01 01 03 00 00 09->01 01 00 00 00 18|01 10 00 00 00 01->|"
+                "01 2B 0E 01->01 2B 0E 01 00"},
+        {ExceptionReply, "01 83 02->"},
     };
-    for (const auto& [bytes, pending, kind] : cases)
-        EXPECT_EQ(classify_frame(bytes, pending).kind, kind)
-            << testing::hex_of(bytes) << " after " << testing::hex_of(pending);
+    for (const auto& [kind, table] : tables)
+        for (const auto& [bytes, pending] : testing::cases(table)) {
+            const std::string before = pending.empty() ? "" : frame(pending);
+            EXPECT_EQ(classify_frame(frame(bytes), before).kind, kind) << bytes << " " << pending;
+        }
+    const std::string write = frame("01 06 00 07 00 01");
+    for (const std::string& damaged : {write.substr(0, 7), std::string("x"), std::string()})
+        EXPECT_EQ(classify_frame(damaged, write).kind, Damaged);
 }
 
 class TrafficTest : public ::testing::Test {
