@@ -1,6 +1,4 @@
 // The loop-back test and the switch for bad checksums.
-#include <gtest/gtest.h>
-
 #include "console/loopback_test.h"
 #include "console_rig.h"
 
@@ -22,6 +20,9 @@ const std::string kNoEcho = "This message should not echo back!";
 TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
     ConsoleRig rig({"simulated:742", "simulated:742", "simulated:loopback"}, protocol::kXon);
     frm_Pelvan5VB& console = rig.console;
+    const std::string settings = " the comm port and it's settings.";
+    const std::string wiring_and = "Test failed. Check the wiring and verify" + settings;
+    const std::string wiring_or = "Test failed. Check the wiring or verify" + settings;
     const std::vector<std::tuple<MenuEntry*, MenuEntry*, Texts, Texts>> cases{
         {&console.mnuJumperAsAsked,
          &console.mnuverifyport,
@@ -29,13 +30,11 @@ TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
          {kEcho + " > " + kEcho, kNoEcho + " > "}},
         {&console.mnuJumperIn,
          &rig.history.frmCommand.mnuverifyport,
-         {kIntroduction, kRemove,
-          "Test failed. Check the wiring and verify the comm port and it's settings."},
+         {kIntroduction, kRemove, wiring_and},
          {kEcho + " > " + kEcho, kNoEcho + " > " + kNoEcho}},
         {&console.mnuJumperOut,
          &rig.history.frmResponse.mnuverifyport,
-         {kIntroduction,
-          "Test failed. Check the wiring or verify the comm port and it's settings."},
+         {kIntroduction, wiring_or},
          {kEcho + " > "}},
     };
     Link other{rig.table, rig.countdowns, rig.dialogs, rig.log};
@@ -43,18 +42,17 @@ TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
         EXPECT_FALSE(other.refusal().empty()) << "its bytes would come between: " << text;
     };
     for (const auto& [jumper, entry, messages, pairs] : cases) {
-        rig.dialogs.shown.clear();
         rig.history.clear();
         jumper->choose();
         entry->choose();
-        EXPECT_EQ(rig.dialogs.texts(), messages);
         EXPECT_EQ(rig.dialogs.shown.back().title, "Verify Communications Port");
+        EXPECT_EQ(rig.said(), messages);
         EXPECT_EQ(rig.pairs(), pairs);
     }
     console.mnuJumperAsAsked.choose();
     console.opt_Protocol.set_Value(protocol::kFull);
     console.mnuverifyport.choose();
-    EXPECT_EQ(rig.dialogs.texts().back(), std::get<2>(cases[2]).back());
+    EXPECT_EQ(rig.said().back(), wiring_or);
 }
 
 TEST(BadChecksum, CorruptsTheLastByteOfModbusRequestsOnlyAndItsTicksFollowTheSwitch) {

@@ -2,14 +2,12 @@
 
 #include "console/history_form.h"
 #include "support/error_of.h"
-#include "support/fake_dialogs.h"
-#include "support/fake_time.h"
-#include "support/temp_dir.h"
+#include "support/serial_rig.h"
 
 namespace pelvan {
 namespace {
 
-class HistoryTest : public ::testing::Test {
+class HistoryTest : public ::testing::Test, protected testing::SerialRig {
   protected:
     void fill() {
         history.add({"16:30:05.007", "1 3 100 1", "16:30:05.250", "1 3 2 725"});
@@ -22,12 +20,6 @@ class HistoryTest : public ::testing::Test {
         return testing::read_file(dir.file("saved.txt"));
     }
 
-    testing::TempDir dir;
-    testing::FakeTick tick;
-    testing::FakeClock clock;
-    testing::FakeDialogs dialogs;
-    testing::FakeDesktop desktop;
-    Services services{tick, clock, dialogs, desktop, dir.path()};
     History history{services};
 };
 

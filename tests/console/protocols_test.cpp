@@ -1,9 +1,6 @@
 // The console's exchanges in the protocols Full, Xon and Tellura/AB.
-#include <gtest/gtest.h>
-
 #include "console_rig.h"
 #include "support/frames.h"
-#include "support/serial_rig.h"
 
 namespace pelvan {
 namespace {
@@ -84,12 +81,11 @@ TEST(ConsoleProtocols, TelluraPackets) {
 }
 
 TEST(ConsoleProtocols, TelluraDataThatSpellBadAreDataLikeOthers) {
-    testing::SerialRig rig;
+    ConsoleRig rig;
     rig.build(Texts(4, "1;9600,N,8,1;1"));
     const std::string reply = "10 02 00 08 41 00 00 00 42 41 44 10 03 F0";
     rig.ports[3]->replies = {{{5, testing::bytes("10 06 " + reply)}}};
-    TelluraSender sender(rig.link, rig.clock, rig.dialogs);
-    EXPECT_EQ(sender.send({}).row->response, reply + "  Data: 42 41 44");
+    EXPECT_EQ(rig.senders.tellura.send({}).row->response, reply + "  Data: 42 41 44");
 }
 
 TEST(ConsoleProtocols, ADamagedTelluraReplyIsToldSo) {
