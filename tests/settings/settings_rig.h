@@ -10,13 +10,10 @@
 
 namespace pelvan::testing {
 
-struct SettingsRig : SerialRig {
+struct SettingsTest : ::testing::Test, SerialRig {
     [[nodiscard]] std::string key(const std::string& section, const std::string& name) const {
         return ini_read_string(section, name, "(none)", config.gIniFile);
     }
-
-    FakeDesktop desktop;
-    Services services{tick, clock, dialogs, desktop, dir.path()};
     PortDevices::DeviceList list_devices{[] {
         return std::vector<SerialDevice>{
             {"/dev/serial/by-id/usb-Maker_Adapter-if00", "/dev/ttyUSB7", "Maker Adapter"}};
