@@ -14,15 +14,16 @@ using Texts = std::vector<std::string>;
 
 class ApplicationTest : public ::testing::Test {
   protected:
-    void send(std::size_t type, const std::string& start, const std::string& values) {
+    /// The response to a Modbus command.
+    const std::string& send(std::size_t type, const std::string& start, const std::string& values) {
         app.console.modbus.set_entry({type, "1", start, values, false});
         app.console.cmd_SendCommand.press();
-    }
-    [[nodiscard]] const std::string& response(int line) const {
-        return app.history.frmResponse.list.List(line);
+        const ListBox& responses = app.history.frmResponse.list;
+        return responses.List(responses.ListCount() - 1);
     }
 
     testing::TempDir dir;
+    const std::string ini = dir.file("pelvan7.ini");
     testing::FakeTick tick;
     testing::FakeClock clock;
     testing::FakeDialogs dialogs;
@@ -35,10 +36,8 @@ TEST_F(ApplicationTest, StartsWithoutAConfigurationFile) {
     EXPECT_EQ(desktop.help_file, "Pelvan7.hlp");
     EXPECT_EQ(app.console.text.txt_CommsCommand.Text(), "? C1");
     EXPECT_EQ(app.console.opt_Protocol.Value(), 1);
-    ASSERT_EQ(app.session.serial.gCommDevice.size(), 1U);
-    EXPECT_EQ(app.session.serial.gCommDevice[0]->CommPort(), 2);
-    EXPECT_EQ(testing::read_file(dir.file("pelvan7.ini")),
-              "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=1\r\n");
+    EXPECT_EQ(app.session.serial.gCommDevice.at(0)->CommPort(), 2);
+    EXPECT_EQ(testing::read_file(ini), "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=1\r\n");
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
@@ -61,24 +60,19 @@ TEST_F(ApplicationTest, HostileConfigurationFilesStillStart) {
     for (int i = 0; i < 3000; ++i)
         binary += static_cast<char>(i * 37 % 256);
     testing::configure_devices(dir, Texts(5));
-    const std::string five_channels = testing::read_file(dir.file("pelvan7.ini"));
-    const Texts out_of_range{"SUBSCRIPT OUT OF RANGE ERROR"};
-    const std::pair<std::string, Texts> cases[] = {
-        {"", {}},
-        {binary, {}},
-        {"[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=9\r\n", out_of_range},
-        {"[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=-1\r\n", out_of_range},
-        {five_channels, out_of_range},
+    const std::string section = "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=";
+    const std::tuple<std::string, std::size_t, std::size_t> cases[] = {
+        {testing::read_file(ini), 1, 4}, // five channels
+        {section + "9\r\n", 1, 1},       {section + "-1\r\n", 1, 1}, {binary, 0, 1}, {"", 0, 1},
     };
-    for (const auto& [text, messages] : cases) {
-        testing::write_file(dir.file("pelvan7.ini"), text);
-        testing::FakeDialogs own;
-        Application fresh({tick, clock, own, desktop, dir.path()}, open_serial_device);
+    for (const auto& [text, messages, channels] : cases) {
+        testing::write_file(ini, text);
+        dialogs.shown.clear();
+        Application fresh({tick, clock, dialogs, desktop, dir.path()}, open_serial_device);
         fresh.frame.Load();
-        EXPECT_EQ(own.texts(), messages) << text;
+        EXPECT_EQ(dialogs.texts(), Texts(messages, "SUBSCRIPT OUT OF RANGE ERROR")) << text;
         EXPECT_EQ(fresh.console.opt_Protocol.Value(), 1);
-        EXPECT_GE(fresh.session.serial.gCommDevice.size(), 1U);
-        EXPECT_LE(fresh.session.serial.gCommDevice.size(), 4U);
+        EXPECT_EQ(fresh.session.serial.gCommDevice.size(), channels);
     }
 }
 
@@ -86,23 +80,19 @@ TEST_F(ApplicationTest, ReadsASimulatedControllerThatOutlivesTheRebuildingOfTheC
     testing::configure_devices(dir, {"", "simulated:742"});
     app.frame.Load();
     app.console.modbus.opt_DataFormat.set_Value(2);
-    send(2, "0", "1");
-    EXPECT_EQ(response(0), "742");
+    EXPECT_EQ(send(2, "0", "1"), "742");
     send(5, "300", "-15");
     app.console.opt_Protocol.set_Value(0);
     app.console.opt_Protocol.set_Value(1);
-    send(2, "300", "1");
-    EXPECT_EQ(response(2), "-15");
+    EXPECT_EQ(send(2, "300", "1"), "-15");
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
 TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
     testing::configure_devices(dir, {"", dir.file("unplugged")});
     app.frame.Load();
-    app.console.cmd_SendCommand.press();
-    ASSERT_FALSE(dialogs.shown.empty());
-    EXPECT_EQ(dialogs.shown[0].text, "INVALID PORT NUMBER");
-    EXPECT_EQ(response(0), "No response from the controller at address 1.");
+    EXPECT_EQ(send(2, "0", "1"), "No response from the controller at address 1.");
+    EXPECT_EQ(dialogs.texts().at(0), "INVALID PORT NUMBER");
 }
 
 TEST_F(ApplicationTest, AnErrorThatNobodyTrapsEndsItsHandlerWithAMessage) {
