@@ -7,11 +7,16 @@
 #include <iomanip>
 #include <sstream>
 
+#include "support/cases.h"
 #include "support/configuration.h"
 #include "support/fake_time.h"
 #include "terminal/terminal.h"
 
 namespace pelvan {
+
+/// The head of a log set and its first row, a register of the controller.
+constexpr char kLogSet[] = "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOGGING INTERVAL=30\r\n"
+                           "1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n1DEVICEREGISTER=0\r\n";
 
 class CommandTest : public ::testing::Test {
   protected:
@@ -44,13 +49,14 @@ class CommandTest : public ::testing::Test {
         EXPECT_EQ(out.str(), output) << line;
         EXPECT_EQ(err.str(), error) << line;
     }
-    /// Expects one line on standard error, of any text where none is given.
-    void expect_failure(const std::string& line, int code, const std::string& error = {}) {
-        EXPECT_EQ(run(line), code) << line;
-        const std::string text = err.str();
-        EXPECT_EQ(std::ranges::count(text, '\n'), 1) << line << ": " << text;
-        if (!error.empty()) {
-            EXPECT_EQ(text, "pelvan7: " + error + "\n");
+    /// Expects one line on standard error for each "command->message" of a table, of any text where
+    /// none is given.
+    void expect_failures(int code, const std::string& table) {
+        for (const auto& [line, message] : testing::cases(table)) {
+            EXPECT_EQ(run(line), code) << line;
+            const std::string text = err.str();
+            EXPECT_EQ(std::ranges::count(text, '\n'), 1) << line << ": " << text;
+            EXPECT_TRUE(message.empty() || text == "pelvan7: " + message + "\n") << text;
         }
     }
     [[nodiscard]] bool printed(const std::string& text) const {

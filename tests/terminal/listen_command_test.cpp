@@ -66,15 +66,14 @@ TEST_F(ListenCommandTest, EndsWhenNobodyReadsItsOutput) {
 TEST_F(ListenCommandTest, FailuresEndItWithOneLine) {
     bursts = {kRequest};
     at_end = [this] { line.unplug(); };
-    expect_failure("listen --seconds 1000000", exit_code::kFailed,
-                   "COMM ERROR NUMBER: 8020.  CHECK PORT/SETTINGS");
+    expect_failures(exit_code::kFailed,
+                    "listen --seconds 1000000->COMM ERROR NUMBER: 8020.  CHECK PORT/SETTINGS");
     EXPECT_TRUE(printed("Hits: 1\n"));
     at_end = {};
-    expect_failure("listen --seconds 9", exit_code::kFailed); // the line is gone
-    expect_failure("listen --pcap no/such/folder", exit_code::kFailed);
-    for (const char* refused :
-         {"--channel 4", "--format smart", "--direction both", "--seconds -1"})
-        expect_failure(std::string("listen ") + refused, exit_code::kBadOption);
+    expect_failures(exit_code::kFailed, "listen --seconds 9->|" // the line is gone
+                                        "listen --pcap no/such/folder->");
+    expect_failures(exit_code::kBadOption, "listen --channel 4->|listen --format smart->|"
+                                           "listen --direction both->|listen --seconds -1->");
 }
 
 } // namespace

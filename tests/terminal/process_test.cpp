@@ -11,14 +11,11 @@
 namespace pelvan {
 namespace {
 
-constexpr char kSet[] = "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOGGING INTERVAL=30\r\n"
-                        "1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n1DEVICEREGISTER=0\r\n";
-
 class TerminalProcess : public CommandTest {
   protected:
     /// Logs into a file, standard output and standard error going into pipes.
     void start() {
-        testing::write_file(set, kSet);
+        testing::write_file(set, kLogSet);
         std::filesystem::remove(log);
         ASSERT_EQ(pipe(output), 0);
         ASSERT_EQ(pipe(errors), 0);

@@ -20,12 +20,12 @@ TEST_F(TerminalProtocols, SendInEachOfThem) {
            "10 02 00 08 48 00 00 00 10 03 B0  Written\n");
     expect("send --bad-checksum", 1, "1 3 0 1 132 255 \n",
            "pelvan7: No response from the controller at address 1.\n");
-    expect_failure("send --protocol full", 1, "the command text is missing");
-    expect_failure("send '? C1'", 1, "a command text goes with the protocols full and xon only");
-    expect_failure("send --protocol tellura --read none", 1, "Invalid number of bytes!");
-    expect_failure("send --protocol tellura --read 2 --write 00", exit_code::kBadOption);
-    expect_failure("send --protocol xon --bad-checksum '? C1'", exit_code::kBadOption,
-                   "--bad-checksum: goes with the protocol modbus only");
+    expect_failures(1, "send --protocol full->the command text is missing|"
+                       "send '? C1'->a command text goes with the protocols full and xon only|"
+                       "send --protocol tellura --read none->Invalid number of bytes!");
+    expect_failures(exit_code::kBadOption, "send --protocol tellura --read 2 --write 00->|"
+                                           "send --protocol xon --bad-checksum '? C1'->"
+                                           "--bad-checksum: goes with the protocol modbus only");
 }
 
 TEST_F(TerminalProtocols, VerifyPortMovesTheSimulatedJumperAndTellsTheOutcome) {

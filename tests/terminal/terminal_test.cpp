@@ -25,21 +25,19 @@ TEST_F(TerminalTest, SendPrintsRequestAndReply) {
 }
 
 TEST_F(TerminalTest, FailuresAreOneLineAndAnExitCode) {
-    expect_failure("send --address 9", exit_code::kFailed,
-                   "No response from the controller at address 9.");
-    expect_failure("send --address 248", exit_code::kFailed, "Bad ADDRESS entered.");
-    expect_failure("send --function 7", exit_code::kFailed, "Bad COMMAND TYPE selected.");
-    expect_failure("send --values 40000 --function 6", exit_code::kFailed,
-                   "Bad DATA VALUE entered.");
-    expect_failure("send --format octal", exit_code::kBadOption,
-                   "--format: \"octal\" is no choice, choose decimal, hex or smart");
-    expect_failure("simulate --speed 3601", exit_code::kBadOption,
-                   "no simulated device is called \"simulated:742,address=1,speed=3601\"");
-    expect_failure("simulate --model 999", exit_code::kBadOption,
-                   "no simulated device is called \"simulated:999,address=1\"");
-    for (const char* line : {"send --protocol 1", "send --function three", "send --nonsense",
-                             "dance", "--directory /no/such/place ports"})
-        expect_failure(line, exit_code::kBadOption);
+    expect_failures(exit_code::kFailed,
+                    "send --address 9->No response from the controller at address 9.|"
+                    "send --address 248->Bad ADDRESS entered.|"
+                    "send --function 7->Bad COMMAND TYPE selected.|"
+                    "send --values 40000 --function 6->Bad DATA VALUE entered.");
+    expect_failures(
+        exit_code::kBadOption,
+        "send --format octal->--format: \"octal\" is no choice, choose decimal, hex or "
+        "smart|simulate --speed 3601->no simulated device is called "
+        "\"simulated:742,address=1,speed=3601\"|simulate --model 999->no simulated device "
+        "is called \"simulated:999,address=1\"|send --protocol 1->|"
+        "send --function three->|send --nonsense->|dance->|"
+        "--directory /no/such/place ports->");
 }
 
 TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
@@ -66,17 +64,13 @@ TEST_F(TerminalTest, NothingThatWasReadReachesTheTerminalAsAControl) {
 }
 
 TEST(ShownText, KeepsLinesAndUtf8AndShowsTheRestAsBytes) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"a ~\n", "a ~\n"},
-        {"\xC2\xA0\xC3\xB6\xE2\x82\xAC\xF0\x9F\x98\x80",
-         "\xC2\xA0\xC3\xB6\xE2\x82\xAC\xF0\x9F\x98\x80"},
-        {"\r\t\x1B\x7F", "\\x0D\\x09\\x1B\\x7F"},
-        {"\xC2\x9B\xE9", "\\xC2\\x9B\\xE9"},
-        {"\xC0\x9B\xE0\x82\x9B", "\\xC0\\x9B\\xE0\\x82\\x9B"}, // overlong forms of ESC
-        {"\xED\xA0\x80\xF4\x90\x80\x80", "\\xED\\xA0\\x80\\xF4\\x90\\x80\\x80"},
-    };
-    for (const auto& [text, shown] : cases)
-        EXPECT_EQ(shown_text(text), shown);
+    const std::string utf8 = "a ~\n\xC2\xA0\xC3\xB6\xE2\x82\xAC\xF0\x9F\x98\x80";
+    EXPECT_EQ(shown_text(utf8), utf8);
+    EXPECT_EQ(shown_text("\r\t\x1B\x7F"), "\\x0D\\x09\\x1B\\x7F");
+    EXPECT_EQ(shown_text("\xC2\x9B\xE9"), "\\xC2\\x9B\\xE9");
+    // Overlong forms of ESC.
+    EXPECT_EQ(shown_text("\xC0\x9B\xE0\x82\x9B"), "\\xC0\\x9B\\xE0\\x82\\x9B");
+    EXPECT_EQ(shown_text("\xED\xA0\x80\xF4\x90\x80\x80"), "\\xED\\xA0\\x80\\xF4\\x90\\x80\\x80");
 }
 
 TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
@@ -104,13 +98,10 @@ TEST_F(TerminalTest, ReadsASlaveThatIsNotOursOverAPseudoTerminal) {
     expect("send --register 20 --long --format smart", 0, "20 2\n-65531\n");
 }
 
-/// A set of two rows: a register of the controller and one that it lacks.
-constexpr char kLogSet[] = "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOGGING INTERVAL=3\r\n"
-                           "1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n1DEVICEREGISTER=0\r\n"
-                           "2DEVICEADDRESS=1\r\n2DEVICECOMMAND=3\r\n2DEVICEREGISTER=60000\r\n";
-
 TEST_F(TerminalTest, LogPrintsEachPassAndWritesWhatItGathered) {
-    testing::write_file(dir.file("set.PV5"), kLogSet);
+    testing::write_file(dir.file("set.PV5"),
+                        kLogSet + std::string("2DEVICEADDRESS=1\r\n2DEVICECOMMAND=3\r\n"
+                                              "2DEVICEREGISTER=60000\r\n")); // it lacks that
     const std::string log = "log " + dir.file("set.PV5") + " --file " + dir.file("out.txt");
     EXPECT_EQ(run(log + " --passes 3 --single-line"), 0) << err.str();
     EXPECT_TRUE(printed("Pass 3. "));
@@ -130,21 +121,24 @@ TEST_F(TerminalTest, LogPrintsEachPassAndWritesWhatItGathered) {
 
 TEST_F(TerminalTest, LogSaysWhyItCannot) {
     const std::string set = dir.file("set.PV5");
-    expect_failure("log " + set, 1, "no set file \"" + set + "\"");
-    testing::write_file(set, "");
-    expect_failure("log " + set, 1, "no row to poll in \"" + set + "\"");
-    testing::write_file(set, "[LOGGING DATA DEVICE AND REGISTER SET]\nLOGGING INTERVAL=40000\n");
-    expect_failure("log " + set, 1, "OVERFLOW ERROR");
-    testing::write_file(set, kLogSet + std::string("3DEVICEADDRESS=1\n3DEVICECOMMAND=6\n"
-                                                   "3DEVICEREGISTER=300\n"));
-    expect_failure("log " + set + " --passes 1", 1,
-                   "row 3 of \"" + set +
-                       "\" writes to a controller instead of reading; --allow-writes lets it");
+    const auto expect_of_set = [&](const std::string& text, const std::string& options,
+                                   const std::string& message) {
+        testing::write_file(set, text);
+        expect_failures(1, "log " + set + options + "->" + message);
+    };
+    const std::string section = "[LOGGING DATA DEVICE AND REGISTER SET]\n";
+    expect_failures(1, "log " + set + "->no set file \"" + set + "\"");
+    expect_of_set("", "", "no row to poll in \"" + set + "\"");
+    expect_of_set(section + "LOGGING INTERVAL=40000\n", "", "OVERFLOW ERROR");
+    expect_of_set(kLogSet, " --passes 60 --file " + dir.file("missing/log.txt"),
+                  "WARNING: The data could not be written to the specified file.");
+    expect_of_set(kLogSet + std::string("2DEVICEADDRESS=1\n2DEVICECOMMAND=6\n"
+                                        "2DEVICEREGISTER=300\n"),
+                  " --passes 1",
+                  "row 2 of \"" + set +
+                      "\" writes to a controller instead of reading; --allow-writes lets it");
     EXPECT_EQ(run("log " + set + " --passes 1 --allow-writes"), 0);
-    EXPECT_TRUE(printed("  3: address 1, register 300: 300\n")); // its echo
-    testing::write_file(set, kLogSet);
-    expect_failure("log " + set + " --passes 60 --file " + dir.file("missing/log.txt"), 1,
-                   "WARNING: The data could not be written to the specified file.");
+    EXPECT_TRUE(printed("  2: address 1, register 300: 300\n")); // its echo
 }
 
 } // namespace
