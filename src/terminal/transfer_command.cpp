@@ -1,8 +1,7 @@
 // A controller's setup into a file, back, and compared. What went wrong with single registers is
 // listed on standard error and makes the command fail.
-#include <algorithm>
-
 #include "terminal/commands.h"
+#include "terminal/terminal_listener.h"
 #include "text/bytes.h"
 #include "transfer/comparison.h"
 #include "transfer/download.h"
@@ -12,9 +11,6 @@ namespace pelvan {
 namespace {
 
 constexpr int kMaxAddress = 247;
-constexpr int kProgressStep = 10; // percent
-/// Between two retries, so that a cable that came off can be put back.
-constexpr int kRetryPauseMs = 1000;
 
 struct TransferOptions {
     std::string file;
@@ -42,87 +38,39 @@ bool answer_to(TransferQuestion question, const TransferOptions& options) {
     return false;
 }
 
-/// Prints progress and what goes wrong; questions are answered by options.
-class TerminalTransfer : public TransferListener {
+/// Questions are answered by options.
+class TerminalTransfer : public TerminalListener {
   public:
     TerminalTransfer(TerminalApplication& terminal, TerminalEnvironment& environment,
                      const TransferOptions& options)
-        : terminal_(terminal), app_(terminal.app()), err_(environment.err),
-          wait_ms_(environment.wait_ms), options_(options) {
-        terminal.answer_retries(options.retries);
-        terminal.on_events([this, &environment] {
-            if (environment.stop) cancel_.canceled = true;
-        });
-    }
+        : TerminalListener(terminal, environment, options.retries), options_(options) {}
 
     [[nodiscard]] TransferContext context() {
-        return {app_.transfer_link,
-                app_.modbus,
-                app_.services.clock,
-                app_.services.application_directory,
-                DeviceAddress(std::to_string(options_.address)),
-                *this,
-                cancel_};
+        return context_of(app().transfer_link, options_.address);
     }
     /// Prints what was listed and how it ended; the exit code.
     int report(const TransferResult& result) const;
 
-    void begun() override {}
-    void working() override {}
-    void log(const std::string&) override {}
-    void list_error(const std::string& text, std::optional<int> position) override {
-        const std::ptrdiff_t count = std::ssize(errors_);
-        errors_.insert(errors_.begin() + std::min<std::ptrdiff_t>(position.value_or(count), count),
-                       text);
-    }
-    void clear_errors() override { errors_.clear(); }
-    void progress(int done, int of) override {
-        const int percent = 100 * done / of;
-        const int reached = percent - percent % kProgressStep;
-        if (reached > shown_) err_ << "pelvan7: " << reached << " %" << std::endl;
-        shown_ = reached;
-    }
-    void let_events_run() override { app_.services.desktop.let_events_run(); }
-    bool ask_retry(const std::string& text) override {
-        if (ask(text, MessageButtons::RetryCancel) != MessageAnswer::Retry) return false;
-        wait_ms_(kRetryPauseMs);
-        return true;
-    }
     bool confirm(TransferQuestion question, const std::string& text) override {
-        terminal_.answer_questions_yes(answer_to(question, options_));
-        return ask(text, MessageButtons::YesNoPreferNo) == MessageAnswer::Yes;
-    }
-    void tell(const std::string& text, const std::string& title) override {
-        app_.services.dialogs.message_box(text, title);
+        return ask_yes(text, answer_to(question, options_));
     }
     std::optional<std::string> choose_file_to_save(const std::string&) override {
         return options_.file;
     }
 
   private:
-    MessageAnswer ask(const std::string& text, MessageButtons buttons) {
-        return app_.services.dialogs.message_box(text, {}, buttons);
-    }
-
-    TerminalApplication& terminal_;
-    Core& app_;
-    std::ostream& err_;
-    const std::function<void(int ms)>& wait_ms_;
     const TransferOptions& options_;
-    CancelFlag cancel_;
-    std::vector<std::string> errors_;
-    int shown_ = 0; // percent
 };
 
 int TerminalTransfer::report(const TransferResult& result) const {
-    for (const std::string& error : errors_)
-        err_ << "pelvan7: " << ascii_with_escapes(error) << "\n";
+    for (const std::string& error : errors())
+        err() << "pelvan7: " << ascii_with_escapes(error) << "\n";
     if (!result.completed) {
-        err_ << "pelvan7: not completed\n";
+        err() << "pelvan7: not completed\n";
         return exit_code::kFailed;
     }
     if (result.faults == 0) return exit_code::kDone;
-    err_ << "pelvan7: " << result.faults << " registers refused, unreadable or different\n";
+    err() << "pelvan7: " << result.faults << " registers refused, unreadable or different\n";
     return exit_code::kFailed;
 }
 
