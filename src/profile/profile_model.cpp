@@ -28,4 +28,12 @@ LoadedModel read_profile_model(TransferRun& run) {
     return load_profile_model(run.directory, static_cast<int>(leading_number(reading.value)));
 }
 
+LoadedModel read_profile_model(const TransferContext& context) {
+    TransferRun run(context);
+    if (!run.claim) return {{}, context.link.refusal()};
+    LoadedModel loaded = read_profile_model(run);
+    run.access.leave_line();
+    return loaded;
+}
+
 } // namespace pelvan

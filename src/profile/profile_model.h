@@ -23,5 +23,7 @@ struct LoadedModel {
 
 /// Asks the controller for its model and sends nothing else. Blocks as `read_model` does.
 [[nodiscard]] LoadedModel read_profile_model(TransferRun& run);
+/// As above, with the line claimed for it; a line in use is a problem.
+[[nodiscard]] LoadedModel read_profile_model(const TransferContext& context);
 
 } // namespace pelvan

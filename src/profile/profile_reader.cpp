@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
+#include "profile/step_plan.h"
 #include "registers/setup_file.h"
 
 namespace pelvan {
@@ -85,7 +87,7 @@ ProfileRead read_profile(ProfileSelection& selection, int number, const StepDone
     return {{}, {problem}};
 }
 
-ProfileReadResult ProfileReader::read(std::optional<int> number) {
+template <class Work> ProfileReadResult ProfileReader::read_from_controller(Work work) {
     ProfileReadResult result;
     if (!run_.claim) {
         result.problems.push_back(link_.refusal());
@@ -94,10 +96,18 @@ ProfileReadResult ProfileReader::read(std::optional<int> number) {
     run_.listener.begun();
     LoadedModel loaded = read_profile_model(run_);
     result.model = std::move(loaded.model);
-    if (result.model)
-        read_profiles(result, number);
-    else
+    if (result.model) {
+        ProfileSelection selection(run_, result.model->format);
+        const NumberRead highest = selection.highest();
+        result.highest = highest.value.value_or(0);
+        run_.listener.working();
+        if (highest.value)
+            work(result, selection);
+        else
+            result.problems.push_back(highest.problem);
+    } else {
         result.problems.push_back(loaded.problem);
+    }
     if (!run_.canceled() && !run_.access.in_step())
         result.problems.push_back("The controller answered twice, so that values may be those of "
                                   "other registers: read again.");
@@ -106,18 +116,33 @@ ProfileReadResult ProfileReader::read(std::optional<int> number) {
     return result;
 }
 
-void ProfileReader::read_profiles(ProfileReadResult& result, std::optional<int> number) {
-    ProfileSelection selection(run_, result.model->format);
-    const NumberRead highest = selection.highest();
-    if (!highest.value) {
-        result.problems.push_back(highest.problem);
-        return;
-    }
-    result.highest = *highest.value;
-    if (number && (*number < 1 || *number > result.highest)) return;
-    const int first = number.value_or(1);
-    const int last = number.value_or(result.highest);
-    run_.listener.working();
+ProfileReadResult ProfileReader::read(std::optional<int> number) {
+    return read_from_controller([&](ProfileReadResult& result, ProfileSelection& selection) {
+        read_profiles(result, selection, number.value_or(1), number.value_or(result.highest));
+    });
+}
+
+ProfileReadResult ProfileReader::read_with_jumps(int number) {
+    return read_from_controller([&](ProfileReadResult& result, ProfileSelection& selection) {
+        std::set<int> wanted{number};
+        std::set<int> read;
+        while (!wanted.empty() && !run_.canceled()) {
+            const int next = wanted.extract(wanted.begin()).value();
+            if (!read.insert(next).second) continue;
+            read_profiles(result, selection, next, next);
+            const auto profile = result.profiles.find(next);
+            if (profile == result.profiles.end()) continue;
+            for (const ProfileStep& step : profile->second.steps)
+                if (const auto target = plan_step(selection.format(), step).jump_profile)
+                    wanted.insert(*target);
+        }
+    });
+}
+
+/// Numbers beyond those in use are passed over.
+void ProfileReader::read_profiles(ProfileReadResult& result, ProfileSelection& selection, int first,
+                                  int last) {
+    if (first < 1 || last > result.highest) return;
     for (int n = first; n <= last && !run_.canceled(); ++n) {
         const auto tell = [&](int step, int of) {
             run_.listener.progress((n - first) * kParts + step * kParts / of,

@@ -38,9 +38,12 @@ class ProfileReader {
     /// when it is cancelled, with what was read so far. A model without profiles is a problem and
     /// gets no request but the one for its model.
     [[nodiscard]] ProfileReadResult read(std::optional<int> number = {});
+    /// The profile of a number, and those that its jumps lead to: all that a run of it can reach.
+    [[nodiscard]] ProfileReadResult read_with_jumps(int number);
 
   private:
-    void read_profiles(ProfileReadResult& result, std::optional<int> number);
+    template <class Work> [[nodiscard]] ProfileReadResult read_from_controller(Work work);
+    void read_profiles(ProfileReadResult& result, ProfileSelection& selection, int first, int last);
 
     Link& link_;
     TransferRun run_;

@@ -91,6 +91,7 @@ std::optional<int> run_shown(const std::vector<std::string>& arguments,
     add_listen_command(cli, chosen);
     add_log_command(cli, chosen);
     add_transfer_commands(cli, chosen);
+    add_profile_command(cli, chosen);
     try {
         // The parser takes its arguments in reverse order.
         cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
