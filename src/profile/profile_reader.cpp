@@ -97,6 +97,7 @@ template <class Work> ProfileReadResult ProfileReader::read_from_controller(Work
     LoadedModel loaded = read_profile_model(run_);
     result.model = std::move(loaded.model);
     if (result.model) {
+        run_.access.remember_controller(run_.access.read_identity());
         ProfileSelection selection(run_, result.model->format);
         const NumberRead highest = selection.highest();
         result.highest = highest.value.value_or(0);
@@ -108,9 +109,7 @@ template <class Work> ProfileReadResult ProfileReader::read_from_controller(Work
     } else {
         result.problems.push_back(loaded.problem);
     }
-    if (!run_.canceled() && !run_.access.in_step())
-        result.problems.push_back("The controller answered twice, so that values may be those of "
-                                  "other registers: read again.");
+    if (!run_.canceled() && !run_.access.in_step()) result.problems.emplace_back(kOutOfStep);
     result.complete = result.problems.empty() && !run_.canceled();
     run_.access.leave_line();
     return result;

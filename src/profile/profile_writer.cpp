@@ -43,12 +43,14 @@ ProfilePlan ProfileWriter::begin_plan() {
     LoadedModel loaded = read_profile_model(run_);
     plan.model = std::move(loaded.model);
     plan.refusal = loaded.problem;
+    // Nothing may go into another controller, whose cable was put on meanwhile.
+    if (plan.model) run_.access.remember_controller(run_.access.read_identity());
     return plan;
 }
 
 ProfilePlan ProfileWriter::end_plan(ProfilePlan plan) {
     if (run_.canceled() && plan.refusal.empty()) plan.refusal = "Cancelled.";
-    if (run_.claim) run_.access.leave_line();
+    if (run_.claim && !run_.access.in_step() && plan.refusal.empty()) plan.refusal = kOutOfStep;
     return plan;
 }
 
@@ -148,7 +150,10 @@ ProfileWriteResult ProfileWriter::write(const ProfilePlan& plan) {
     }
     run_.listener.working();
     result = ProfileWriting(run_, plan.model->format).carry_out(plan.wanted, plan.erased);
-    run_.access.leave_line();
+    if (!run_.access.in_step()) {
+        result.problems.emplace_back(kOutOfStep);
+        result.completed = false;
+    }
     return result;
 }
 

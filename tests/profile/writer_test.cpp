@@ -60,6 +60,18 @@ TEST_F(WriterTest, WhateverBecomesOfARequestNoStepIsDoubledOrMissing) {
     }
 }
 
+TEST_F(WriterTest, LateAnswersToRepeatedRequestsAreTakenForNoOthers) {
+    const ProfileSet wanted = examples({1, 2}, 9);
+    for (const char* late : {"late=1,only=90", "late=0.02,seed=7"}) {
+        open(std::string("simulated:742,queue=1,delay=80,late_ms=220,") + late);
+        expect_done(write(wanted));
+        EXPECT_EQ(held(), wanted);
+        const ProfileReadResult result = read();
+        EXPECT_TRUE(result.complete) << ::testing::PrintToString(result.problems);
+        EXPECT_EQ(result.profiles, wanted);
+    }
+}
+
 TEST_F(WriterTest, AnotherSelectionMadeMeanwhileIsNotWrittenInto) {
     const ProfileSet before = examples({1}, 9);
     expect_done(write(before));
