@@ -113,14 +113,7 @@ std::string ProfileEditor::copy_profile(int from, int to, bool replace) {
         return "Profiles have numbers from 1 to " + std::to_string(format_.max_profiles()) + ".";
     if (!replace && profiles_.contains(to))
         return "Profile " + std::to_string(to) + " is there already.";
-    Profile& copy = change(to);
-    copy = *source;
-    copy.number = to;
-    for (ProfileStep& step : copy.steps)
-        if (auto led = with_target(format_, step, to, [&](const JumpTarget& target) {
-                return target.profile == from ? JumpTarget{to, target.step} : target;
-            }))
-            step = std::move(*led);
+    change(to) = copied_profile(format_, *source, to);
     commit("copy " + numbered(from) + " to " + std::to_string(to), {to, 1});
     return {};
 }

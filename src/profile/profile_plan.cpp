@@ -73,17 +73,6 @@ std::vector<std::string> plan_sentences(const ProfilePlan& plan) {
     return sentences;
 }
 
-Profile copied_profile(const ProfileFormat& format, Profile profile, int number) {
-    for (ProfileStep& step : profile.steps) {
-        const StepKind* kind = format.kind(step.type);
-        const ProfileField* target = kind ? kind->find(RegisterRole::JumpProfile) : nullptr;
-        const auto field = target ? step.fields.find(target->number) : step.fields.end();
-        if (field != step.fields.end() && field->second == profile.number) field->second = number;
-    }
-    profile.number = number;
-    return profile;
-}
-
 std::set<int> filler_numbers(const ProfileSet& wanted, const std::set<int>& present) {
     std::set<int> fillers;
     const int highest = wanted.empty() ? 0 : wanted.rbegin()->first;

@@ -28,9 +28,6 @@ struct ProfilePlan {
 /// What will happen, a sentence each.
 [[nodiscard]] std::vector<std::string> plan_sentences(const ProfilePlan& plan);
 
-/// The profile under another number; its jumps to itself go to the copy's own steps.
-[[nodiscard]] Profile copied_profile(const ProfileFormat& format, Profile profile, int number);
-
 /// Numbers that must exist before `wanted` can be written and do not: those below the highest of
 /// them that neither it nor `present` has.
 [[nodiscard]] std::set<int> filler_numbers(const ProfileSet& wanted, const std::set<int>& present);

@@ -3,6 +3,7 @@
 #include <ranges>
 
 #include "profile/profile_writing.h"
+#include "profile/step_editing.h"
 
 namespace pelvan {
 namespace {

@@ -104,4 +104,14 @@ std::optional<ProfileStep> with_target(const ProfileFormat& format, const Profil
     return changed;
 }
 
+Profile copied_profile(const ProfileFormat& format, Profile profile, int number) {
+    const auto within = [&](const JumpTarget& target) {
+        return target.profile == profile.number ? JumpTarget{number, target.step} : target;
+    };
+    for (ProfileStep& step : profile.steps)
+        if (auto led = with_target(format, step, number, within)) step = std::move(*led);
+    profile.number = number;
+    return profile;
+}
+
 } // namespace pelvan

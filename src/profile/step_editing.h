@@ -48,4 +48,7 @@ struct JumpTarget {
 with_target(const ProfileFormat& format, const ProfileStep& step, int in,
             const std::function<JumpTarget(const JumpTarget&)>& moved);
 
+/// The profile under another number; its jumps to itself go to the copy's own steps.
+[[nodiscard]] Profile copied_profile(const ProfileFormat& format, Profile profile, int number);
+
 } // namespace pelvan
