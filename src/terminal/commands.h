@@ -23,7 +23,7 @@ void add_listen_command(CLI::App& cli, ChosenCommand& chosen);
 void add_log_command(CLI::App& cli, ChosenCommand& chosen);
 /// save, restore and compare.
 void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen);
-/// profile list, show, check, write, erase, start, hold, resume, next, end and watch.
+/// profile list, show, check, write, copy, erase, start, hold, resume, next, end and watch.
 void add_profile_command(CLI::App& cli, ChosenCommand& chosen);
 
 /// What an option may be set to: its words, and what each stands for.

@@ -87,6 +87,14 @@ class Commands {
         add_unchecked(command, "Write in spite of what is found wrong");
         add_change(command);
     }
+    void add_copy() {
+        CLI::App& command = add("copy", "Copy a profile to another number", profile_copy);
+        add_number(command, "profile", "Number of the profile")->required();
+        command.add_option("to", options_->to, "Number of the copy")
+            ->required()
+            ->check(CLI::Range(1, kMaxNumber));
+        add_change(command);
+    }
     void add_erase() {
         CLI::App& command = add("erase", "Erase profiles", profile_erase);
         command.add_option("profiles", options_->profiles, "Numbers of the profiles")
@@ -161,6 +169,7 @@ void add_profile_command(CLI::App& cli, ChosenCommand& chosen) {
     commands.add_show();
     commands.add_check();
     commands.add_write();
+    commands.add_copy();
     commands.add_erase();
     commands.add_start();
     commands.add_command(RunCommand::Hold, "Hold the profile that runs");

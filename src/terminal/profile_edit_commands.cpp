@@ -7,6 +7,7 @@
 #include "profile/profile_runner.h"
 #include "profile/profile_text.h"
 #include "profile/profile_writer.h"
+#include "profile/step_editing.h"
 #include "registers/setup_file.h"
 #include "terminal/profile_terminal.h"
 #include "text/strings.h"
@@ -259,6 +260,14 @@ void profile_write(ProfileTerminal& terminal) {
         return report.problem("Nothing was changed. --unchecked writes all the same.");
     change(
         terminal, [&](ProfileWriter& writer) { return writer.plan_write(model->number, *wanted); },
+        "Do you want to write this into the controller?");
+}
+
+void profile_copy(ProfileTerminal& terminal) {
+    const ProfileOptions& options = terminal.options;
+    change(
+        terminal,
+        [&](ProfileWriter& writer) { return writer.plan_copy(*options.profile, *options.to); },
         "Do you want to write this into the controller?");
 }
 

@@ -92,6 +92,7 @@ class ProfileTerminal : public TerminalListener {
 void profile_list(ProfileTerminal& terminal);
 void profile_show(ProfileTerminal& terminal);
 void profile_write(ProfileTerminal& terminal);
+void profile_copy(ProfileTerminal& terminal);
 void profile_erase(ProfileTerminal& terminal);
 void profile_start(ProfileTerminal& terminal);
 void profile_command(ProfileTerminal& terminal, RunCommand command);

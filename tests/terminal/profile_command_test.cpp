@@ -96,7 +96,9 @@ TEST_F(ProfileCommand, WritesListsShowsAndErases) {
     expect_refused("show 1 --file " + copy, "Nothing was saved.");
     expect_done("write " + copy);
     EXPECT_TRUE(printed("Nothing is to be changed."));
-    expect_done("erase 1 3 --yes");
+    expect_done("copy 1 4 --yes");
+    expect_refused("copy 2 4 --yes", "There is no profile 2.");
+    expect_done("erase 1 3 4 --yes");
     expect_done("list");
     EXPECT_EQ(out.str(), "The controller has no profile.\n");
 
