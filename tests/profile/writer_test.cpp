@@ -1,4 +1,7 @@
 #include "line_test.h"
+#include "profile/profile_text.h"
+#include "transfer/download.h"
+#include "transfer/upload.h"
 
 namespace pelvan::testing {
 namespace {
@@ -170,6 +173,24 @@ TEST_F(WriterTest, AWritingThatIsGivenUpOrCancelledIsTakenBack) {
         expect_done(restore(failed));
         EXPECT_EQ(held(), before);
     }
+}
+
+TEST_F(WriterTest, ASavedSetupHoldsWhatWasWrittenAndRestoresIt) {
+    const ProfileSet wanted = examples({1, 3}, 9);
+    expect_done(write(wanted));
+    ui.file = rig->dir.file("setup.txt");
+    EXPECT_TRUE(Download(context()).run().completed);
+    const std::string text = read_file(*ui.file);
+    EXPECT_EQ(load_profiles(format(), *ui.file).profiles, wanted);
+
+    open("simulated:742");
+    const std::string file = rig->dir.file("setup.txt");
+    write_file(file, text);
+    rig->set({{4000, 1}, {kAction, 1}, {kAction, kInsert}});
+    EXPECT_TRUE(Upload(context()).run(file).completed);
+    EXPECT_EQ(held(), wanted);
+    expect_done(write(load_profiles(format(), file).profiles));
+    EXPECT_EQ(plan.unchanged, (std::set{1, 3}));
 }
 
 TEST_F(WriterTest, AProfileThatRunsIsNotChanged) {
