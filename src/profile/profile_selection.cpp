@@ -84,18 +84,23 @@ NumberRead ProfileSelection::read(const ProfileField& field) {
 }
 
 NumberRead ProfileSelection::highest() {
+    profile_ = 0; // it is of the controller, not of the profile selected last
     return read(format_.highest_profile);
 }
 
 NumberRead ProfileSelection::running_profile() {
     const ProfileField* state_field = format_.run_field(RegisterRole::State);
-    const ProfileField* profile_field = format_.run_field(RegisterRole::Profile);
-    if (!state_field || !profile_field) return {0, {}};
+    if (!state_field) return {0, {}};
+    profile_ = 0;
     const NumberRead state = read(*state_field);
     if (!state.value) return state;
     const auto known = format_.state(*state.value);
     if (known == RunState::Off || known == RunState::Ended) return {0, {}};
-    return read(*profile_field);
+    const ProfileField* profile_field = format_.run_field(RegisterRole::Profile);
+    if (profile_field) return read(*profile_field);
+    return {{},
+            "One is " + (known ? std::string(run_word(*known)) : "in an unknown state") +
+                ", and the .pds file does not tell how to read which."};
 }
 
 std::string ProfileSelection::select_register(const ProfileField& field, int number) {

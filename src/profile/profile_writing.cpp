@@ -10,8 +10,7 @@ namespace pelvan {
 std::string refusal_while_running(ProfileSelection& selection, const std::set<int>& numbers) {
     const NumberRead running = selection.running_profile();
     if (!running.value)
-        return "Whether a profile runs could not be read, so nothing is changed. " +
-               running.problem;
+        return "Which profile runs could not be read, so nothing is changed. " + running.problem;
     if (!numbers.contains(*running.value)) return {};
     return profile_place(*running.value) +
            " runs: it can be changed when it has come to its end or was ended.";

@@ -15,10 +15,6 @@
 namespace pelvan {
 namespace {
 
-std::string file_text(const std::string& path) {
-    return "\"" + path + "\"";
-}
-
 /// The model in a setup file's header; nothing in a file of profiles alone.
 std::optional<int> model_of_file(const std::string& path) {
     const auto reader = opentextfile(path);
@@ -47,7 +43,7 @@ std::optional<ProfileSet> load(const ProfileFormat& format, const std::string& p
         report.say("Note: " + note);
     report.set("notes", file.notes);
     if (file.problem.empty()) return std::move(file.profiles);
-    report.problem(file_text(path) + ": " + file.problem);
+    report.problem(file.problem);
     return std::nullopt;
 }
 

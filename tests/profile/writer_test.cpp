@@ -211,7 +211,7 @@ TEST_F(WriterTest, AProfileThatRunsIsNotChanged) {
         return request.number == 4100 ? Fate::ReplyDamaged : Fate::Answered;
     };
     EXPECT_EQ(writer.plan_write(742, examples({1}, 3)).refusal,
-              "Whether a profile runs could not be read, so nothing is changed. Only damaged "
+              "Which profile runs could not be read, so nothing is changed. Only damaged "
               "replies to the read of state (register 4100).");
     rig->fate = {};
     rig->set({{4101, 5}});
