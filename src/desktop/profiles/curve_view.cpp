@@ -47,8 +47,8 @@ void CurveView::draw() {
     double high = std::numeric_limits<double>::lowest();
     include(picture, to_s, low, high);
     reserve_events(picture.pieces);
-    // The ground stays still under a hand that drags.
-    fit(to_s, low, high, dragged_.has_value());
+    // The ground stays still under a hand that drags: an end that the scale moved would run away.
+    if (!dragged_) fit(to_s, low, high);
     show_set_points(picture, lines_);
     chart()->setTitle(to_qt(picture.cut));
     viewport()->update();

@@ -120,23 +120,18 @@ void ProfileChart::include(const CurvePicture& picture, double& to_s, double& lo
     }
 }
 
-void ProfileChart::fit(double to_s, double low, double high, bool keep) {
+void ProfileChart::fit(double to_s, double low, double high) {
     if (low > high) low = high = 0;
     const double room = high > low ? kRoom * (high - low) : 1;
     low = low >= 0 ? std::max(low - room, 0.0) : low - room;
     high += room;
     if (to_s <= 0) to_s = kMinute;
-    if (keep) {
-        to_s = std::max(to_s, times_->max() * unit_s_);
-        low = std::min(low, values_->min());
-        high = std::max(high, values_->max());
-    }
     unit_s_ = unit_for(to_s);
     times_->setTitleText(unit_name(unit_s_));
     times_->setTickInterval(nice_interval(to_s / unit_s_));
     times_->setRange(0, to_s / unit_s_);
     values_->setRange(low, high);
-    if (!keep) values_->applyNiceNumbers();
+    values_->applyNiceNumbers();
 }
 
 QRectF ProfileChart::plot() const {

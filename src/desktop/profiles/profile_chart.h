@@ -25,8 +25,8 @@ class ProfileChart : public QChartView {
     void show_set_points(const CurvePicture& picture, const std::vector<QLineSeries*>& lines);
     static void show_line(QLineSeries& line, const QList<QPointF>& points, const QString& name);
 
-    /// Fits both axes to times from 0 and to values; `keep` keeps at least what is in sight.
-    void fit(double to_s, double low, double high, bool keep);
+    /// Fits both axes to times from 0 and to values.
+    void fit(double to_s, double low, double high);
     static void include(const CurvePicture& picture, double& to_s, double& low, double& high);
 
     /// Points of the scene.

@@ -57,10 +57,11 @@ void RunView::draw() {
             }
     }
     reserve_events(picture.programmed.pieces);
-    fit(to_s, low, high, false);
+    fit(to_s, low, high);
     CurvePicture programmed = picture.programmed;
-    for (std::string& name : programmed.names)
-        name = "programmed " + name;
+    // Short names: six of them stand above the picture.
+    for (std::size_t i = 0; i < kSetPoints; ++i)
+        programmed.names[i] = "program " + std::to_string(i + 1);
     show_set_points(programmed, programmed_);
     draw_points();
     chart()->setTitle(to_qt(programmed.cut));
@@ -82,8 +83,8 @@ void RunView::draw_points() {
             if (!std::isnan(point.process[i])) measured.append({at, point.process[i]});
         }
         const QString number = QString::number(i + 1);
-        show_line(*set_points_[i], said, tr("set point %1").arg(number));
-        show_line(*process_[i], measured, tr("process value %1").arg(number));
+        show_line(*set_points_[i], said, tr("SP %1").arg(number));
+        show_line(*process_[i], measured, tr("PV %1").arg(number));
     }
 }
 

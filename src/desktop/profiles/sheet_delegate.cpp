@@ -98,10 +98,17 @@ void SheetDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionView
     editor->setGeometry(place);
 }
 
-bool SheetDelegate::refuses(QWidget& editor) {
+bool SheetDelegate::keeps(QWidget& editor) {
     const QString problem = model_.problem(index_of(editor), text_of(editor));
     say_(problem);
+    if (!problem.isEmpty()) keep_focus(editor);
     return !problem.isEmpty();
+}
+
+/// What is not there cannot be chosen either.
+void SheetDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (index.data(Qt::BackgroundRole).isValid()) option->state &= ~QStyle::State_Selected;
 }
 
 void SheetDelegate::keep_focus(QWidget& editor) {
@@ -117,10 +124,7 @@ bool SheetDelegate::eventFilter(QObject* watched, QEvent* event) {
     const bool escape = event->type() == QEvent::KeyPress &&
                         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
     if (escape) say_({});
-    if (accepts(*event) && editor->isVisible() && refuses(*editor)) {
-        keep_focus(*editor);
-        return true;
-    }
+    if (accepts(*event) && editor->isVisible() && keeps(*editor)) return true;
     return QStyledItemDelegate::eventFilter(watched, event);
 }
 

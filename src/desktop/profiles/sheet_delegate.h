@@ -21,15 +21,19 @@ class SheetDelegate : public QStyledItemDelegate {
     void setEditorData(QWidget* editor, const QModelIndex& index) const override;
     void setModelData(QWidget* editor, QAbstractItemModel* model,
                       const QModelIndex& index) const override;
+    /// Whether the open editor holds a text that the sheet does not take; it says why then, and
+    /// gives the editor the focus.
+    [[nodiscard]] bool keeps(QWidget& editor);
+
     void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                               const QModelIndex& index) const override;
 
   protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    [[nodiscard]] bool refuses(QWidget& editor);
-    void keep_focus(QWidget& editor);
+    static void keep_focus(QWidget& editor);
 
     SheetModel& model_;
     std::function<void(const QString&)> say_;

@@ -16,9 +16,10 @@ constexpr int kMinColumn = 34;
 } // namespace
 
 SheetView::SheetView(Sheet& sheet, const EventRunner& run, std::function<void(const QString&)> say)
-    : sheet_(sheet), run_(run), model_(new SheetModel(sheet, run, this)) {
+    : sheet_(sheet), run_(run), model_(new SheetModel(sheet, run, this)),
+      delegate_(new SheetDelegate(*model_, std::move(say), this)) {
     setModel(model_);
-    setItemDelegate(new SheetDelegate(*model_, std::move(say), this));
+    setItemDelegate(delegate_);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::SelectedClicked |
@@ -72,6 +73,14 @@ void SheetView::currentChanged(const QModelIndex& current, const QModelIndex& pr
     QTableView::currentChanged(current, previous);
     if (showing_ || !current.isValid() || current.row() == sheet_.chosen()) return;
     run_([this, row = current.row()] { sheet_.choose(row); });
+}
+
+void SheetView::mousePressEvent(QMouseEvent* event) {
+    // The view would close the editor, and what was typed would be gone.
+    if (state() == QAbstractItemView::EditingState)
+        if (auto* editor = viewport()->findChild<QWidget*>(QStringLiteral("cell_editor")))
+            if (delegate_->keeps(*editor)) return;
+    QTableView::mousePressEvent(event);
 }
 
 void SheetView::keyPressEvent(QKeyEvent* event) {

@@ -8,6 +8,8 @@
 
 namespace pelvan::desktop {
 
+class SheetDelegate;
+
 class SheetView : public QTableView {
   public:
     /// `say` shows what is wrong with what was typed. The sheet must outlive the view.
@@ -21,6 +23,7 @@ class SheetView : public QTableView {
   protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
 
   private:
     void follow();
@@ -30,6 +33,7 @@ class SheetView : public QTableView {
     Sheet& sheet_;
     EventRunner run_;
     SheetModel* model_;
+    SheetDelegate* delegate_;
     bool showing_ = false;
     bool hides_unused_ = false;
     Subscription changes_;

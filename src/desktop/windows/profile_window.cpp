@@ -53,6 +53,7 @@ ProfileParts make_parts(const BindContext& context, frm_ProfileLogic& form) {
     parts.interval = labelled<QComboBox>(context, form.run.lbl_Interval, form.run.cmbInterval);
     parts.steepest = labelled<QLineEdit>(context, form.lbl_Steepest, form.txt_Steepest);
     parts.state = make_line(context, form.run.lbl_State);
+    parts.state->setWordWrap(false);
     parts.values = make_line(context, form.run.lbl_Values);
     parts.message = make_line(context, form.lbl_Message);
     parts.progress = bound<QProgressBar>(context, form.line.ProgressBar1);

@@ -49,12 +49,18 @@ const StepKind* kind_at(const ProfileFormat& format, const ProfileSet& profiles,
     return index < steps.size() ? format.kind(steps[index].type) : nullptr;
 }
 
-/// Ramps at a rate have two segments where the loops do not arrive together.
-bool ends_visit(const ProfileCurve& curve, std::size_t at, StepShape shape) {
-    if (shape != StepShape::RampRate || at + 1 == curve.segments.size()) return true;
+/// Ramps have two segments where the loops do not arrive together: in the second one of them
+/// stands.
+bool ends_visit(const ProfileCurve& curve, std::size_t at) {
+    if (at + 1 == curve.segments.size()) return true;
     const CurveSegment& here = curve.segments[at];
     const CurveSegment& next = curve.segments[at + 1];
-    return next.profile != here.profile || next.step != here.step;
+    const auto moves = [](const CurveSegment& segment, std::size_t loop) {
+        return segment.from[loop] != segment.to[loop];
+    };
+    const bool goes_on = next.profile == here.profile && next.step == here.step && moves(here, 0) &&
+                         moves(here, 1) && moves(next, 0) != moves(next, 1);
+    return !goes_on;
 }
 
 std::string how_cut(const ProfileCurve& curve) {
@@ -105,7 +111,7 @@ CurvePicture curve_picture(const ProfileFormat& format, const ProfileSet& profil
         piece.events = segment.events;
         const StepKind* kind = kind_at(format, profiles, segment.profile, segment.step);
         // A handle of a later turn of a jump would run away from the mouse that drags it.
-        if (kind != nullptr && ends_visit(curve, i, kind->shape) &&
+        if (kind != nullptr && ends_visit(curve, i) &&
             seen.emplace(piece.profile, piece.step).second)
             add_handles(*kind, piece);
         picture.pieces.push_back(piece);

@@ -1,6 +1,7 @@
 #include "profile/window/profile_run_panel.h"
 
 #include <array>
+#include <cmath>
 
 #include "profile/window/curve_picture.h"
 #include "profile/window/step_words.h"
@@ -14,6 +15,7 @@ constexpr std::array<int, 6> kIntervals_s{1, 2, 5, 10, 30, 60};
 constexpr int kPresetInterval = 1;     // index
 constexpr int kDoubtInterval_ms = 500; // until it is known what became of a command
 constexpr std::size_t kStepsAsked = 20;
+constexpr double kHundred = 100;
 
 std::vector<std::string> interval_texts() {
     std::vector<std::string> texts;
@@ -28,7 +30,7 @@ std::string value_text(const std::string& name,
     for (std::size_t loop = 0; loop < kLoops; ++loop) {
         if (!values[loop]) continue;
         text += text.empty() ? name + " " : " / ";
-        text += plain_number(*values[loop]);
+        text += plain_number(std::round(*values[loop] * kHundred) / kHundred);
     }
     return text.empty() ? text : text + "   ";
 }
@@ -217,6 +219,9 @@ void ProfileRunPanel::start() {
     const Profile* chosen = work_.editor().profile();
     if (chosen == nullptr) return;
     const Profile profile = *chosen;
+    // Where the curve will begin, and whether nothing runs.
+    poll();
+    if (state() && *state() != RunState::Off && *state() != RunState::Ended) return;
     const int steps = static_cast<int>(profile.steps.size());
     const std::string answer =
         services_.dialogs.input_box("Start profile " + std::to_string(profile.number) +

@@ -66,13 +66,14 @@ void RunTimeline::add(const RunSample& sample) {
 }
 
 void RunTimeline::add_loss(double clock_s) {
-    if (picture_.points.empty()) return;
+    if (picture_.points.empty() || !last_clock_) return;
+    const bool first = picture_.points.back().seen;
+    if (first) seen_s_ = picture_.points.back().time_s;
     RunPoint point;
-    point.time_s = picture_.points.back().time_s;
-    if (last_clock_ && picture_.points.back().seen) point.time_s += clock_s - *last_clock_;
-    picture_.now_s = point.time_s;
+    point.time_s = seen_s_ + clock_s - *last_clock_;
     // One stands for the whole gap; the clock of the last reading stays, to bridge it.
-    if (picture_.points.back().seen) push(point);
+    if (first) push(point);
+    picture_.now_s = point.time_s;
 }
 
 void RunTimeline::push(const RunPoint& point) {

@@ -41,6 +41,7 @@ class RunTimeline {
     std::optional<double> last_clock_;
     double place_ = 0; // on the curve, in seconds
     double paused_ = 0;
+    double seen_s_ = 0; // of the last point before a gap
 };
 
 } // namespace pelvan
