@@ -68,7 +68,8 @@ ProfileChart::ProfileChart()
     chart()->legend()->setAlignment(Qt::AlignTop);
     chart()->addAxis(times_, Qt::AlignBottom);
     chart()->addAxis(values_, Qt::AlignLeft);
-    times_->setTickType(QValueAxis::TicksDynamic);
+    for (QValueAxis* axis : {times_, values_})
+        axis->setTickType(QValueAxis::TicksDynamic);
     // Short heads: the picture has to fit beside a table.
     for (QValueAxis* axis : {times_, values_})
         axis->setLabelFormat(QStringLiteral("%.5g"));
@@ -130,8 +131,9 @@ void ProfileChart::fit(double to_s, double low, double high) {
     times_->setTitleText(unit_name(unit_s_));
     times_->setTickInterval(nice_interval(to_s / unit_s_));
     times_->setRange(0, to_s / unit_s_);
-    values_->setRange(low, high);
-    values_->applyNiceNumbers();
+    const double step = nice_interval(high - low);
+    values_->setTickInterval(step);
+    values_->setRange(std::floor(low / step) * step, std::ceil(high / step) * step);
 }
 
 QRectF ProfileChart::plot() const {

@@ -95,7 +95,8 @@ void MainWindow::make_children() {
                           make_logging(frame_->context(), app.logging, dialogs_, *frame_));
     });
     first_shows_.emplace_back(app.profile_logic, [this, &app] {
-        add_profile_window(app.profile_logic, dialogs_, *frame_);
+        add_profile_window(QCoreApplication::applicationDirPath(), app.profile_logic, dialogs_,
+                           *frame_);
     });
     first_shows_.emplace_back(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))

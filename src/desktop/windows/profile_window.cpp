@@ -1,7 +1,6 @@
 #include "desktop/windows/profile_window.h"
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiSubWindow>
@@ -87,26 +86,26 @@ PrintRequest print_request(ProfilePrint how, const std::string& path, QWidget* p
 /// Does what only the window can, for as long as it is there.
 class WindowServices : public QObject {
   public:
-    WindowServices(frm_ProfileLogic& form, const ProfileWindow& window, Dialogs& dialogs,
-                   QWidget* parent)
-        : QObject(window.content), window_(window), dialogs_(dialogs), parent_(parent),
-          pictures_(form.picture_wanted.subscribe([this](const std::string& path) {
+    WindowServices(const QString& directory, frm_ProfileLogic& form, const ProfileWindow& window,
+                   Dialogs& dialogs, QWidget* parent)
+        : QObject(window.content), directory_(directory), window_(window), dialogs_(dialogs),
+          parent_(parent), pictures_(form.picture_wanted.subscribe([this](const std::string& path) {
               if (!window_.save_run(to_qt(path)))
                   warn("The picture could not be written:\n" + path);
           })),
           sides_(form.side_wanted.subscribe([this](bool run) { window_.show_side(run); })),
-          prints_(form.print_wanted.subscribe(
-              [this](const ProfileDocument& document, ProfilePrint how, const std::string& path) {
-                  const QString problem =
-                      print_with_module(QCoreApplication::applicationDirPath(), document,
-                                        window_.paint_curve, print_request(how, path, parent_));
-                  if (!problem.isEmpty()) warn(from_qt(problem));
-              })) {}
+          prints_(form.print_wanted.subscribe([this](const ProfileDocument& document,
+                                                     ProfilePrint how, const std::string& path) {
+              const QString problem = print_with_module(directory_, document, window_.paint_curve,
+                                                        print_request(how, path, parent_));
+              if (!problem.isEmpty()) warn(from_qt(problem));
+          })) {}
 
   private:
     void warn(const std::string& text) {
         dialogs_.message_box(text, {}, MessageButtons::Ok, MessageIcon::Exclamation);
     }
+    QString directory_; // of the libraries
     ProfileWindow window_;
     Dialogs& dialogs_;
     QWidget* parent_;
@@ -117,10 +116,11 @@ class WindowServices : public QObject {
 
 } // namespace
 
-void add_profile_window(frm_ProfileLogic& form, Dialogs& dialogs, MdiFrame& frame) {
+void add_profile_window(const QString& directory, frm_ProfileLogic& form, Dialogs& dialogs,
+                        MdiFrame& frame) {
     const BindContext& context = frame.context();
     const ProfileParts parts = make_parts(context, form);
-    const auto [window, error] = make_profile_window(QCoreApplication::applicationDirPath(), parts);
+    const auto [window, error] = make_profile_window(directory, parts);
     if (window.content == nullptr) {
         dialogs.message_box("The profiles cannot be shown: " + from_qt(error));
         form.Unload();
@@ -131,7 +131,7 @@ void add_profile_window(frm_ProfileLogic& form, Dialogs& dialogs, MdiFrame& fram
     fill_bar(*parts.edit_bar, form.menu.edit_bar(), frame);
     fill_bar(*parts.run_bar, form.menu.run_bar(), frame);
     on_key(context, window.content, Qt::Key_Escape, [&form] { form.line.ask_to_cancel(); });
-    new WindowServices(form, window, dialogs, &frame);
+    new WindowServices(directory, form, window, dialogs, &frame);
     // It needs the room; not maximized, because the windows that follow would be so too.
     child->setGeometry(frame.canvas().rect());
 }

@@ -7,7 +7,9 @@
 
 namespace pelvan::desktop {
 
-/// Adds the form's window to the frame; says so and unloads the form when the library is missing.
-void add_profile_window(frm_ProfileLogic& form, Dialogs& dialogs, MdiFrame& frame);
+/// Adds the form's window to the frame; says so and unloads the form when the library is missing in
+/// the directory.
+void add_profile_window(const QString& directory, frm_ProfileLogic& form, Dialogs& dialogs,
+                        MdiFrame& frame);
 
 } // namespace pelvan::desktop
