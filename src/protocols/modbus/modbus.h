@@ -76,6 +76,16 @@ class Modbus {
 /// Whether a builder's text is a refusal (it begins with "Bad") and not a frame.
 [[nodiscard]] bool is_refusal(std::string_view text);
 
+/// Whether a reply can be the answer to a request: address and function are the request's, and so
+/// is the length, of a write also what it echoes; or it is an exception. Its CRC is not looked at.
+[[nodiscard]] bool can_answer(std::string_view request, std::string_view reply);
+
+/// Whether a reply's function byte says that it is an exception; any bytes will do.
+[[nodiscard]] bool is_exception(std::string_view reply);
+
+/// Whether a request only reads, so that it may be sent twice.
+[[nodiscard]] bool is_read(std::string_view request);
+
 /// "H L": the two words of a 32-bit number given in decimal text, high word first, each signed; an
 /// empty text stays empty. A number above the signed 32-bit range, up to 4294967295, has the words
 /// of the same bits; 6 (overflow) beyond.
