@@ -13,6 +13,8 @@ namespace {
 constexpr char kDefaultLogFile[] = "DATASET.LOG";
 constexpr std::int16_t kDefaultTickMs = 1000;
 constexpr std::int16_t kNothingAdded = -1;
+constexpr char kStrayBytes[] = "Bytes came between two requests: an answer came late or twice. "
+                               "Readings before this pass may belong to other rows.";
 constexpr int kMaxGathered = 99;  // more lines than that are written at once
 constexpr int kEveryPassFrom = 6; // seconds: at longer intervals every pass is written
 
@@ -272,6 +274,7 @@ void DataLogger::poll_row(int row, std::string& record) {
     const LogRow numbers = set_.row(row).numbers();
     const LogReading reading = poller_.poll(numbers);
     set_reading(row, reading);
+    if (reading.after_strays && port_message_.empty()) set_port_message(kStrayBytes);
     recorder_.record(row, numbers, reading);
     if (!set_.log_to_file) return;
     const std::string fields = ", " + signed_number(numbers.address) + ", " +

@@ -2,27 +2,21 @@
 
 #include "logging/row_value.h"
 #include "platform/run_time_error.h"
+#include "protocols/modbus/crc.h"
+#include "serial/careful_exchange.h"
 
 namespace pelvan {
 namespace {
 
 constexpr float kRefused = -99999;
 constexpr char kRefusedText[] = "-99999";
-constexpr unsigned char kExceptionBit = 0x80;
 
-unsigned char byte_at(const std::string& frame, std::size_t at) {
-    return static_cast<unsigned char>(frame[at]);
+Fit fit_of(const std::string& request, const std::string& reply) {
+    if (!can_answer(request, reply)) return Fit::Missing;
+    return has_valid_crc(reply) ? Fit::Answers : Fit::Damaged;
 }
 
-/// Whether the reply is the asked controller's to such a request; another one came too late for an
-/// earlier request.
-bool belongs(const std::string& request, const std::string& reply) {
-    return reply.size() > 1 && reply[0] == request[0] &&
-           (byte_at(reply, 1) & ~kExceptionBit) == byte_at(request, 1);
-}
-
-RowState state_of(const std::string& request, const std::string& reply, const std::string& text) {
-    if (!belongs(request, reply)) return RowState::Nothing;
+RowState state_of(const std::string& text) {
     if (is_exception_text(text)) {
         // A reply with a wrong check says "ERROR!" and is no exception of the controller's.
         return RowState::Exception;
@@ -66,19 +60,26 @@ LogReading LogPoller::poll(const LogRow& row) {
 }
 
 LogReading LogPoller::exchange(const std::string& frame) {
-    const std::string reply =
-        link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
+    CarefulRequest request;
+    request.whom = {kModbusChannel, static_cast<unsigned char>(frame[0])};
+    request.repeatable = is_read(frame);
+    request.watches_stray_bytes = true;
+    request.exchange = [&] {
+        return link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
+    };
+    request.fit = [&](const std::string& reply) { return fit_of(frame, reply); };
+    const CarefulReply heard = exchange_carefully(link_, request);
     // Always this decoder, whatever format the console shows. Its pass over the request leaves the
     // same marks in the reply values as on the console.
     static_cast<void>(modbus_.ModbusDecodeSmartDecimal(1, frame));
     LogReading reading;
-    reading.value = modbus_.ModbusDecodeSmartDecimal(0, reply);
-    reading.state = state_of(frame, reply, reading.value);
+    reading.value = modbus_.ModbusDecodeSmartDecimal(0, heard.reply);
+    reading.after_strays = heard.after_strays;
     const bool is_whole = begins_with_number(reading.value) || is_exception_text(reading.value);
+    const bool is_own = can_answer(frame, heard.reply) && !heard.unclear;
+    if (is_own) reading.state = state_of(reading.value);
     // What a late reply says is no value of this row. A damaged one is told in the decoder's words.
-    if (is_whole && !belongs(frame, reply)) reading.value.clear();
-    // The answer may still come, and must not be taken for that to the next request.
-    if (reading.state == RowState::Nothing) link_.let_fall_silent();
+    if (is_whole && !is_own) reading.value.clear();
     return reading;
 }
 

@@ -16,6 +16,7 @@ enum class RowState { NotPolled, Answered, Exception, Nothing, LineInUse };
 struct LogReading {
     std::string value; // for the Value column and the log
     RowState state = RowState::Nothing;
+    bool after_strays = false; // bytes that nobody had asked for stood on the line before
     bool operator==(const LogReading&) const = default;
 };
 
@@ -25,8 +26,9 @@ class LogPoller {
 
     /// Forgets what earlier rows put into the value array.
     void begin_pass();
-    /// Blocks for one exchange, and when it gave no reading until the line is silent. 6 (overflow)
-    /// for a command or value outside its integer range.
+    /// Blocks as `exchange_carefully` does. No reading, and an empty value, for a whole reply that
+    /// answers another request or may do so. 6 (overflow) for a command or value outside its
+    /// integer range.
     [[nodiscard]] LogReading poll(const LogRow& row);
 
   private:

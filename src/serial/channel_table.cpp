@@ -83,6 +83,15 @@ Resume after_open_error(const RunTimeError& error, std::int16_t port_number, Dia
     return Resume::Next;
 }
 
+/// An error is left to the call that comes next, whose table says what to do.
+std::size_t waiting_bytes(SerialPort& port) {
+    try {
+        return static_cast<std::size_t>(port.InBufferCount());
+    } catch (const RunTimeError&) {
+        return 0;
+    }
+}
+
 } // namespace
 
 void frm_Comms::load() {
@@ -225,6 +234,7 @@ std::int16_t ChannelTable::open_target(std::int16_t channel) {
     const auto& devices = state_.gCommDevice;
     std::int16_t target = channel;
     std::int16_t port_number = 0;
+    stray_bytes_ = 0;
     ErrorTrap trap(log_, dialogs_, "open_port");
     const auto table = [&](const RunTimeError& error) {
         return after_open_error(error, port_number, dialogs_);
@@ -241,6 +251,7 @@ std::int16_t ChannelTable::open_target(std::int16_t channel) {
         if (!port->PortOpen()) port->set_PortOpen(true);
     };
     if (!trap.run(open, table)) return target;
+    stray_bytes_ = waiting_bytes(*port);
     trap.run([&] { port->set_InBufferCount(0); }, table);
     return target;
 }

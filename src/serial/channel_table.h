@@ -13,6 +13,7 @@
 #include "platform/event.h"
 #include "platform/scope_guard.h"
 #include "serial/errors.h"
+#include "serial/late_answers.h"
 #include "serial/line_use.h"
 #include "serial/serial_state.h"
 
@@ -63,6 +64,8 @@ class ChannelTable {
     /// An unknown channel becomes 0, in the caller's variable too. Errors are shown, not raised.
     /// -1 while the table is empty, as it is while a rebuild waits at its first message.
     std::int16_t open_port(std::int16_t& channel);
+    /// How many bytes nobody had asked for stood in the port when `open_port` emptied it last.
+    [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
 
     /// Runs work that refers to port objects: a rebuild asked for meanwhile, in a message box say,
     /// follows the work.
@@ -77,6 +80,7 @@ class ChannelTable {
 
     [[nodiscard]] SerialState& state() { return state_; }
     [[nodiscard]] LineUse& line_use() { return line_use_; }
+    [[nodiscard]] LateAnswers& late_answers() { return late_answers_; }
     /// Raised at the beginning of every rebuild, while the old ports still stand.
     Event<> before_rebuild;
     /// Raised before the port of another channel is closed to make way for the one that is opened.
@@ -97,6 +101,8 @@ class ChannelTable {
     Dialogs& dialogs_;
     ErrorLog& log_;
     LineUse line_use_;
+    LateAnswers late_answers_;
+    std::size_t stray_bytes_ = 0;
     int keepers_ = 0; // exchanges and rebuilds under way, one in a message box of the other
     bool rebuild_wanted_ = false;
 };

@@ -65,6 +65,7 @@ std::string Link::transmit(std::int16_t channel, const std::string& command, flo
 std::string Link::exchange(std::int16_t channel, const std::string& command, float timeout_ms,
                            std::int16_t quiet_chars) {
     const std::int16_t port_index = channels_.open_port(channel);
+    stray_bytes_ = channels_.stray_bytes();
     if (port_index < 0) return {};
     last_port_ = port_index;
     SerialState& state = channels_.state();

@@ -62,6 +62,10 @@ class Link {
     std::string receive_reply(SerialPort& port, float char_time, float timeout_ms,
                               std::int16_t quiet_chars);
 
+    /// How many bytes stood unread when the last `transmit` began: an answer that came too late or
+    /// twice.
+    [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
+
     [[nodiscard]] CountdownPool& countdowns() { return countdowns_; }
     [[nodiscard]] ChannelTable& channels() { return channels_; }
 
@@ -76,6 +80,7 @@ class Link {
     Dialogs& dialogs_;
     ErrorLog& log_;
     LineUser user_;
+    std::size_t stray_bytes_ = 0;
     std::int16_t last_port_ = 0; // index of the object that the last `transmit` used
 };
 

@@ -75,7 +75,7 @@ TEST_F(LinkTest, SharedPortKeepsTheChannelsOwnFlag) {
 TEST_F(LinkTest, LetsTheLineFallSilentSoThatALateReplyIsNotTakenForTheNext) {
     std::vector<Arrival> endless;
     for (int i = 0; i < 20; ++i)
-        endless.push_back({200 + i * 100.0, "x"});
+        endless.push_back({230 + i * 100.0, "x"});
     // What comes late, after the time-out at 200; the wait from there on; whether silence ended it;
     // the bytes that came meanwhile.
     const std::tuple<std::vector<Arrival>, double, bool, std::size_t> late_replies[] = {
@@ -83,7 +83,7 @@ TEST_F(LinkTest, LetsTheLineFallSilentSoThatALateReplyIsNotTakenForTheNext) {
         {{{300, "late"}}, 350, true, 4},
         {{{440, "late"}, {680, "later"}}, 730, true, 9},
         {{{460, "later than that"}}, 250, true, 0},
-        {endless, 1000, false, 11}};
+        {endless, 1030, false, 11}};
     port().discards_future = false;
     for (const auto& [late, waited_ms, silent, discarded] : late_replies) {
         EXPECT_EQ(exchange(late), "");
@@ -135,7 +135,7 @@ TEST_F(LinkTest, WhatFollowsAWriteErrorByItsNumber) {
 
 TEST_F(LinkTest, ReadErrorGivesAnEmptyReplyAndNoLostCountdown) {
     for (int i = 0; i < 5; ++i) {
-        port().fail_next("InBufferCount", 8020);
+        port().fail_next("Input", 8020);
         EXPECT_EQ(exchange({{0, "x"}}), "");
     }
     EXPECT_LE(state.gTimerInUse.size(), 2U);

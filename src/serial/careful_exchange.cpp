@@ -1,0 +1,43 @@
+#include "serial/careful_exchange.h"
+
+namespace pelvan {
+namespace {
+
+constexpr int kLastSilences = 8; // of 250 ms
+
+} // namespace
+
+CarefulReply exchange_carefully(Link& link, const CarefulRequest& request) {
+    LateAnswers& late = link.channels().late_answers();
+    const auto doubt = [&] { late.doubt(request.whom, link.countdowns().read_tick()); };
+    CarefulReply result;
+    for (bool again = false;; again = true) {
+        result.reply = request.exchange();
+        if (request.watches_stray_bytes && link.stray_bytes() > 0) {
+            result.after_strays = true;
+            late.met_stray_bytes(request.whom, link.countdowns().read_tick());
+        }
+        late.asked(request.whom);
+        const Fit fit = request.fit(result.reply);
+        if (fit == Fit::Missing) doubt();
+        if (fit != Fit::Answers) {
+            // At once, and not before the next request: other tools use the line meanwhile.
+            link.let_fall_silent();
+            return result;
+        }
+        if (!late.doubtful(request.whom, link.countdowns().read_tick())) return result;
+        const Silence silence = link.let_fall_silent();
+        if (silence.discarded == 0) return result;
+        doubt();
+        result.unclear = again || !request.repeatable;
+        if (result.unclear) return result;
+    }
+}
+
+void await_late_answer(Link& link) {
+    LateAnswers& late = link.channels().late_answers();
+    for (int i = 0; i < kLastSilences && late.any_doubtful(link.countdowns().read_tick()); ++i)
+        if (link.let_fall_silent().discarded > 0) return;
+}
+
+} // namespace pelvan
