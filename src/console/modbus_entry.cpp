@@ -178,9 +178,21 @@ std::string response_line(Modbus& modbus, DataFormat format, const ModbusEntry& 
     return text;
 }
 
-bool is_valid_answer(std::string_view request, std::string_view reply) {
-    return reply.size() >= kMinReply && reply.substr(0, 2) == request.substr(0, 2) &&
-           has_valid_crc(reply);
+std::string objection(std::string_view request, std::string_view reply) {
+    const auto function = [](std::string_view frame) {
+        return static_cast<unsigned char>(frame[1]) & 0x7FU;
+    };
+    if (reply.size() < kMinReply) return "The reply is incomplete.";
+    if (!has_valid_crc(reply)) return "The reply came damaged: its CRC does not fit.";
+    if (reply[0] != request[0]) return "The reply came from another address.";
+    if (function(reply) != function(request)) return "The reply is to another function.";
+    if (!can_answer(request, reply))
+        return is_read(request) ? "The reply holds another number of values than was asked for."
+                                : "The reply does not repeat what was sent.";
+    if (is_exception(reply))
+        return "The controller refused the command with exception " +
+               std::to_string(static_cast<unsigned char>(reply[2])) + ".";
+    return {};
 }
 
 } // namespace pelvan

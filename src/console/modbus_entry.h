@@ -70,7 +70,7 @@ struct ModbusEntry {
 [[nodiscard]] std::string response_line(Modbus& modbus, DataFormat format, const ModbusEntry& entry,
                                         std::string_view reply);
 
-/// Whether a reply comes undamaged from the controller that was asked and is no exception.
-[[nodiscard]] bool is_valid_answer(std::string_view request, std::string_view reply);
+/// Why a reply does not say that the controller did what the request asks; empty when it does.
+[[nodiscard]] std::string objection(std::string_view request, std::string_view reply);
 
 } // namespace pelvan

@@ -1,5 +1,7 @@
 #include "console/modbus_sender.h"
 
+#include "protocols/modbus/crc.h"
+
 namespace pelvan {
 
 void corrupt_last_byte(std::string& frame) {
@@ -14,19 +16,41 @@ SendOutcome ModbusSender::send(const ModbusEntry& entry, const ModbusSendOptions
     // The request is rendered before the reply overwrites the numbers that decoding leaves behind.
     const std::string command = render(modbus_, options.format, 1, frame);
     ExchangeTimes times(link_.countdowns(), clock_);
-    const std::string reply =
-        link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
-    times.end();
+    const CarefulReply heard = exchange(frame, times);
+    const std::string& reply = heard.reply;
     const std::string response = response_line(modbus_, options.format, entry, reply);
     SendOutcome outcome{Done, response, false, {}, times.row(command, response)};
     if (reply.empty()) {
         outcome.accepted = is_broadcast(entry);
         if (!outcome.accepted) outcome.kind = NoReply;
-    } else if (is_valid_answer(frame, reply)) {
-        outcome.accepted = true;
-        outcome.status = times.status(frame.size(), reply.size());
+        return outcome;
     }
+    outcome.objection = heard.unclear ? kUnclearReply : objection(frame, reply);
+    outcome.accepted = outcome.objection.empty();
+    if (outcome.accepted)
+        outcome.status = times.status(frame.size(), reply.size());
+    else if (heard.unclear || (has_valid_crc(reply) && !can_answer(frame, reply)))
+        outcome.status = outcome.objection; // the reply itself does not show it
     return outcome;
+}
+
+CarefulReply ModbusSender::exchange(const std::string& frame, ExchangeTimes& times) {
+    CarefulRequest request;
+    request.whom = {kModbusChannel, static_cast<unsigned char>(frame[0])};
+    request.repeatable = is_read(frame);
+    request.watches_stray_bytes = true;
+    request.exchange = [&] {
+        std::string reply =
+            link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
+        times.end();
+        return reply;
+    };
+    request.fit = [&](const std::string& reply) {
+        const bool is_broadcast = frame[0] == '\0';
+        if (can_answer(frame, reply)) return has_valid_crc(reply) ? Fit::Answers : Fit::Damaged;
+        return is_broadcast && reply.empty() ? Fit::Answers : Fit::Missing;
+    };
+    return exchange_carefully(link_, request);
 }
 
 } // namespace pelvan

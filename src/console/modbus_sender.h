@@ -3,7 +3,7 @@
 
 #include "console/modbus_entry.h"
 #include "console/send_outcome.h"
-#include "serial/link.h"
+#include "serial/careful_exchange.h"
 
 namespace pelvan {
 
@@ -22,10 +22,13 @@ class ModbusSender {
         : link_(link), modbus_(modbus), clock_(clock) {}
 
     /// Builds, sends on channel 1 and decodes; a request that cannot be built is refused with the
-    /// builder's text. Blocks up to two seconds.
+    /// builder's text. A reply that is not the answer is shown, but not accepted. Blocks as
+    /// `exchange_carefully` does, up to two seconds an exchange.
     [[nodiscard]] SendOutcome send(const ModbusEntry& entry, const ModbusSendOptions& options);
 
   private:
+    [[nodiscard]] CarefulReply exchange(const std::string& frame, ExchangeTimes& times);
+
     Link& link_;
     Modbus& modbus_;
     Clock& clock_;

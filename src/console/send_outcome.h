@@ -22,6 +22,8 @@ struct SendOutcome {
     std::string refusal;
     /// The command and its reply; nothing when nothing was sent.
     std::optional<HistoryRow> row;
+    /// Why a reply that came does not count as the controller's consent; empty when it does.
+    std::string objection{};
 };
 
 /// Notes when a command leaves and when its reply is there.

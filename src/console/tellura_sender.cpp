@@ -1,5 +1,6 @@
 #include "console/tellura_sender.h"
 
+#include "serial/careful_exchange.h"
 #include "text/bytes.h"
 #include "text/numbers.h"
 
@@ -36,11 +37,29 @@ SendOutcome TelluraSender::send(const TelluraEntry& entry) {
     const auto request = build(entry, outcome.refusal);
     if (!request) return outcome;
     ExchangeTimes times(link_.countdowns(), clock_);
-    const std::string reply = protocol_.Exchange(request->packet);
-    times.end();
+    CarefulRequest careful;
+    careful.whom = {kTelluraChannel};
+    careful.repeatable = !entry.write;
+    careful.exchange = [&] {
+        std::string reply = protocol_.Exchange(request->packet);
+        times.end();
+        return reply;
+    };
+    careful.fit = [](const std::string& reply) {
+        return reply == kTelluraBad ? Fit::Missing : Fit::Answers;
+    };
+    const CarefulReply heard = exchange_carefully(link_, careful);
+    const std::string& reply = heard.reply;
     std::string line = TelluraProt::DisplayPacket(reply);
     judge(reply, entry.write, line, outcome);
-    if (outcome.accepted) outcome.status = times.status(request->packet.size(), reply.size());
+    if (heard.unclear) {
+        outcome.accepted = false;
+        outcome.status = kUnclearReply;
+    }
+    if (outcome.accepted)
+        outcome.status = times.status(request->packet.size(), reply.size());
+    else
+        outcome.objection = outcome.status;
     outcome.row = times.row(TelluraProt::DisplayPacket(request->packet), line);
     return outcome;
 }

@@ -1,5 +1,6 @@
 #include "console/text_sender.h"
 
+#include "serial/careful_exchange.h"
 #include "text/bytes.h"
 #include "text/numbers.h"
 
@@ -25,6 +26,26 @@ bool says_nothing_came(const std::string& result) {
            result == kFullNakNotReceived || result == kFullNoErrorCode;
 }
 
+/// The acknowledgement of the command was not there in time; it may have been carried out.
+bool lacks_acknowledgement(const std::string& result) {
+    return result == kFullNoError;
+}
+
+bool owes_an_answer(const std::string& result) {
+    return says_nothing_came(result) || lacks_acknowledgement(result);
+}
+
+bool is_command(const std::string& text) {
+    return text.starts_with('?') || text.starts_with('=');
+}
+
+std::string full_objection(const std::string& command, const std::string& result) {
+    if (lacks_acknowledgement(result))
+        return "The command was not acknowledged in time. It may have been carried out.";
+    if (result.empty() && !is_command(command)) return "The command begins with neither ? nor =.";
+    return "The controller refused the command: " + result + ".";
+}
+
 std::string taken_text(const ExchangeTimes& times) {
     return "Done in " + std::to_string(times.taken_ms()) + " ms";
 }
@@ -43,38 +64,70 @@ SendOutcome TextSender::send(TextProtocol protocol, const TextEntry& entry) {
 
 SendOutcome TextSender::send_full(const TextEntry& entry) {
     ExchangeTimes times(link_.countdowns(), clock_);
-    const FullReply reply = full_.full_command(entry.command, address_number(entry.device_address),
-                                               kFullCommandTimeoutMs);
-    times.end();
+    FullReply reply;
+    CarefulRequest request;
+    request.whom = {kFullChannel};
+    request.repeatable = entry.command.starts_with('?');
+    request.exchange = [&] {
+        reply = full_.full_command(entry.command, address_number(entry.device_address),
+                                   kFullCommandTimeoutMs);
+        times.end();
+        return reply.text;
+    };
+    request.fit = [&](const std::string& text) {
+        return !reply.completed && owes_an_answer(text) ? Fit::Missing : Fit::Answers;
+    };
+    const CarefulReply heard = exchange_carefully(link_, request);
     std::string shown = printable(reply.text);
-    if (reply.text.empty()) shown = entry.command.starts_with('?') ? kNoData : kNoReadOrWrite;
-    SendOutcome outcome{SendOutcome::Kind::Done, shown, reply.completed, {}, {}};
-    if (outcome.accepted)
-        outcome.status = taken_text(times);
-    else if (says_nothing_came(reply.text))
-        outcome.kind = SendOutcome::Kind::NoReply;
+    if (reply.text.empty()) shown = is_command(entry.command) ? kNoData : kNoReadOrWrite;
+    SendOutcome outcome{SendOutcome::Kind::Done, shown, false, {}, {}};
     outcome.row = times.row(printable(entry.command), shown);
+    if (!reply.completed && says_nothing_came(reply.text)) {
+        outcome.kind = SendOutcome::Kind::NoReply;
+        return outcome;
+    }
+    outcome.accepted = reply.completed && !heard.unclear;
+    if (outcome.accepted) {
+        outcome.status = taken_text(times);
+        return outcome;
+    }
+    outcome.objection = heard.unclear ? kUnclearReply : full_objection(entry.command, reply.text);
+    if (heard.unclear || lacks_acknowledgement(reply.text)) outcome.status = outcome.objection;
     return outcome;
 }
 
 SendOutcome TextSender::send_xon(const std::string& command) {
     ExchangeTimes times(link_.countdowns(), clock_);
-    const std::string reply =
-        link_.transmit(kXonChannel, command + "\r", kXonTimeoutMs, kXonQuietChars);
-    times.end();
+    CarefulRequest request;
+    request.whom = {kXonChannel};
+    request.repeatable = command.starts_with('?');
+    request.exchange = [&] {
+        std::string reply =
+            link_.transmit(kXonChannel, command + "\r", kXonTimeoutMs, kXonQuietChars);
+        times.end();
+        return reply;
+    };
+    request.fit = [](const std::string& reply) {
+        return reply.empty() ? Fit::Missing : Fit::Answers;
+    };
+    const CarefulReply heard = exchange_carefully(link_, request);
+    const std::string& reply = heard.reply;
     std::string shown = printable(reply);
     if (reply.empty())
         shown = "No response from the controller.";
     else if (shown.empty())
         shown = kNoData;
     SendOutcome outcome{SendOutcome::Kind::Done, shown, false, {}, {}};
+    outcome.row = times.row(printable(command), shown);
     if (reply.empty()) {
         outcome.kind = SendOutcome::Kind::NoReply;
-    } else if (!reply.starts_with(kXonRefusal)) {
-        outcome.accepted = true;
-        outcome.status = taken_text(times);
+        return outcome;
     }
-    outcome.row = times.row(printable(command), shown);
+    const bool refused = reply.starts_with(kXonRefusal);
+    outcome.accepted = !refused && !heard.unclear;
+    if (refused) outcome.objection = "The controller refused the command.";
+    if (heard.unclear) outcome.status = outcome.objection = kUnclearReply;
+    if (outcome.accepted) outcome.status = taken_text(times);
     return outcome;
 }
 

@@ -27,7 +27,7 @@ class TextSender {
     TextSender(Link& link, Clock& clock, Dialogs& dialogs)
         : link_(link), clock_(clock), full_(link, dialogs) {}
 
-    /// One exchange. Blocks up to two seconds in Xon; in Full as `full_command` does.
+    /// One exchange, carefully. Blocks up to two seconds in Xon; in Full as `full_command` does.
     [[nodiscard]] SendOutcome send(TextProtocol protocol, const TextEntry& entry);
 
   private:

@@ -32,7 +32,7 @@ struct DeviceError {
 // The gaps (9 to 19, 29, 36, 37) are no oversight: controllers give these numbers no meaning, and
 // they are reported as unknown.
 constexpr DeviceError kDeviceErrors[] = {
-    {0, "No comms error"},
+    {0, kFullNoError},
     {1, "Transmit buffer overflow"},
     {2, "Receive buffer overflow"},
     {3, "Framing error"},

@@ -19,6 +19,8 @@ inline constexpr float kFullCommandTimeoutMs = 5000;
 inline constexpr char kFullNotConnected[] = "COULDN'T CONNECT TO DEVICE";
 inline constexpr char kFullNotReceived[] = "NOT RECEIVED";
 inline constexpr char kFullNakNotReceived[] = "NAK NOT RECEIVED";
+/// The device knows of no error: it acknowledged the command too late, or not audibly.
+inline constexpr char kFullNoError[] = "No comms error";
 inline constexpr char kFullNoErrorCode[] = "DEVICE ERROR COULDN'T BE DETECTED";
 
 /// How a command ended.
