@@ -52,7 +52,7 @@ CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& targe
 /// The protocols under the names that options have for them.
 [[nodiscard]] const Choices<int>& protocol_names();
 
-/// Prints the command and its reply, or why there is none. Exit code.
-int print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment);
+/// Prints the command and its reply, or why there is none. Whether there is one, whatever it says.
+bool print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment);
 
 } // namespace pelvan

@@ -27,9 +27,10 @@ int demo(TerminalEnvironment& environment) {
     for (const DemoStep& step : kSteps) {
         environment.out << step.what << "\n";
         const ModbusEntry entry{step.type, "1", step.start_register, step.values, false};
-        const int code = print_outcome(
-            terminal.app().senders.modbus.send(entry, {step.format, false}), environment);
-        if (code != exit_code::kDone) return code;
+        // One of the steps is there to show a refusal.
+        if (!print_outcome(terminal.app().senders.modbus.send(entry, {step.format, false}),
+                           environment))
+            return exit_code::kFailed;
         environment.out << "\n";
     }
     return exit_code::kDone;

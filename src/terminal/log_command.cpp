@@ -33,6 +33,12 @@ const char* state_text(RowState state) {
     return "";
 }
 
+/// The reading of a row that was not asked is that of an earlier pass.
+std::string value_text(const LogReading& reading) {
+    const bool asked = reading.state != RowState::NotPolled && reading.state != RowState::LineInUse;
+    return asked ? reading.value : std::string();
+}
+
 void print_pass(const DataLogger& logger, int pass, TerminalEnvironment& environment) {
     environment.out << "Pass " << pass << ". " << status_text(logger.status()) << "\n";
     for (int number = 1; number <= kLogRows; ++number) {
@@ -40,8 +46,8 @@ void print_pass(const DataLogger& logger, int pass, TerminalEnvironment& environ
         if (!row.in_use) continue;
         const LogReading& reading = logger.reading(number);
         environment.out << "  " << number << ": address " << row.texts[log_column::kAddress]
-                        << ", register " << row.texts[log_column::kRegister] << ":" << reading.value
-                        << state_text(reading.state) << "\n";
+                        << ", register " << row.texts[log_column::kRegister] << ":"
+                        << value_text(reading) << state_text(reading.state) << "\n";
     }
     environment.out.flush();
     if (!logger.port_message().empty())
@@ -75,13 +81,22 @@ bool prepare(Core& app, const LogOptions& options) {
     });
 }
 
-/// Passes until there are enough or an interrupt comes; false when a run-time error ended them.
+bool any_answered(const DataLogger& logger) {
+    for (int row = 1; row <= kLogRows; ++row)
+        if (logger.reading(row).state == RowState::Answered) return true;
+    return false;
+}
+
+/// Passes until there are enough or an interrupt comes; false when a run-time error or an interrupt
+/// ended them, or when they gave nothing.
 bool run_passes(TerminalApplication& terminal, const LogOptions& options,
                 TerminalEnvironment& environment) {
     Core& app = terminal.app();
     DataLogger& logger = app.data_logger;
     int passes = 0;
+    bool answered = false;
     const Subscription each_pass = logger.pass_done.subscribe([&] {
+        answered = answered || any_answered(logger);
         print_pass(logger, ++passes, environment);
         terminal.work_went_on(); // a file that cannot be written warns with every pass
     });
@@ -92,7 +107,9 @@ bool run_passes(TerminalApplication& terminal, const LogOptions& options,
     const auto enough = [&] { return options.passes > 0 && passes >= options.passes; };
     while (!enough() && wait_for_tick(logger.timer(), environment))
         if (!app.events.run([&] { logger.tick(); })) return false;
-    return true;
+    if (environment.stop) return false;
+    if (!answered) environment.err << "pelvan7: no row gave a reading in any pass\n";
+    return answered;
 }
 
 int log(const LogOptions& options, TerminalEnvironment& environment) {
@@ -136,7 +153,8 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
 void add_log_command(CLI::App& cli, ChosenCommand& chosen) {
     auto options = std::make_shared<LogOptions>();
     CLI::App* command = cli.add_subcommand(
-        "log", "Poll the registers of a log set and print each pass; Ctrl+C ends");
+        "log", "Poll the registers of a log set and print each pass; Ctrl+C ends it, with code 1. "
+               "0 only after all passes, when a row gave a reading");
     command->add_option("set", options->set, "Set file, such as plant.PV5")->required();
     command->add_option("--passes", options->passes, "End after so many passes")
         ->check(CLI::PositiveNumber);

@@ -77,7 +77,14 @@ int send(const SendOptions& options, TerminalEnvironment& environment) {
     }
     TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
-    return print_outcome(send_with(options, terminal.app().senders), environment);
+    const SendOutcome outcome = send_with(options, terminal.app().senders);
+    const bool answered = print_outcome(outcome, environment);
+    const bool accepted = answered && outcome.accepted;
+    if (answered && !accepted) environment.err << "pelvan7: " << outcome.objection << "\n";
+    environment.out.flush();
+    // The next command is a process of its own and knows nothing of this one's failures.
+    await_late_answer(terminal.app().link);
+    return accepted ? exit_code::kDone : exit_code::kFailed;
 }
 
 void add_modbus_options(CLI::App& command, SendOptions& options) {
@@ -139,23 +146,26 @@ const Choices<int>& protocol_names() {
     return names;
 }
 
-int print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment) {
+bool print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment) {
     if (!outcome.row) {
         environment.err << "pelvan7: " << outcome.refusal << "\n";
-        return exit_code::kFailed;
+        return false;
     }
     environment.out << outcome.row->command << "\n";
     if (outcome.kind == SendOutcome::Kind::NoReply) {
         environment.err << "pelvan7: " << outcome.row->response << "\n";
-        return exit_code::kFailed;
+        return false;
     }
     environment.out << outcome.row->response << "\n";
-    return exit_code::kDone;
+    return true;
 }
 
 void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
     auto options = std::make_shared<SendOptions>();
-    CLI::App* command = cli.add_subcommand("send", "Send one command and print it and its reply");
+    CLI::App* command =
+        cli.add_subcommand("send", "Send one command and print it and its reply. Ends with 0 "
+                                   "only when the reply is this command's answer and no refusal; "
+                                   "otherwise standard error says why it does not count");
     add_choice(*command, "--protocol", options->protocol, protocol_names(),
                "full, modbus (the default), xon or tellura");
     command->add_option("--address", options->address, "Address of the controller")

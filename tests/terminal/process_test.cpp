@@ -64,7 +64,7 @@ TEST_F(TerminalProcess, TheEndOfItsSessionEndsItWithItsLinesWritten) {
     wait_for_a_pass();
     kill(child, SIGHUP); // of the terminal, and once more of the shell
     kill(child, SIGHUP);
-    EXPECT_EQ(end(), exit_code::kDone);
+    EXPECT_EQ(end(), exit_code::kFailed);
     EXPECT_NE(testing::read_file(log).find("742"), std::string::npos);
 }
 

@@ -16,7 +16,8 @@ TEST_F(TerminalTest, SendPrintsRequestAndReply) {
     expect("send --function 6 --register 300 --values -15", 0,
            "1 6 300 -15 201 139 \n1 6 300 -15 201 139 \n");
     expect("send --function 16 --register 500 --values 7,8 --format smart", 0, "500 7 8\n500 2\n");
-    expect("send --register 65000 --format smart", 0, "65000 1\nException Error: 131 2\n");
+    expect("send --register 65000 --format smart", 1, "65000 1\nException Error: 131 2\n",
+           "pelvan7: The controller refused the command with exception 2.\n");
     expect("send --address 0 --function 6 --values 1 --format smart", 0,
            "0 1\nBroadcast: no controller answers.\n");
     // The protocol that the user chose on the console stays the chosen one.
@@ -114,9 +115,33 @@ TEST_F(TerminalTest, LogPrintsEachPassAndWritesWhatItGathered) {
     // An interrupt while waiting: what was gathered is written.
     std::filesystem::remove(dir.file("out.txt"));
     on_wait = [this] { stop = true; };
-    EXPECT_EQ(run(log), 0);
+    EXPECT_EQ(run(log), 1);
     EXPECT_EQ(testing::read_file(dir.file("out.txt")),
               "11-15-2026, 16:30:05,  1,  0,  742\r\n11-15-2026, 16:30:05,  1,  60000, -32002\r\n");
+}
+
+TEST_F(TerminalTest, LogShowsNoValueOfARowThatItDidNotAskAndFailsWithoutAnyReading) {
+    struct WatchedTick : TickSource {
+        explicit WatchedTick(std::function<std::uint32_t()> read) : reading(std::move(read)) {}
+        std::uint32_t timeGetTime() override { return reading(); }
+        std::function<std::uint32_t()> reading;
+    };
+    double waited_at = 0;
+    WatchedTick interrupter([&] { // in the first exchange of the second pass
+        if (waited_at > 0 && tick.now() > waited_at + 70) stop = true;
+        return tick.timeGetTime();
+    });
+    const std::string row_2 = "2DEVICEADDRESS=1\n2DEVICECOMMAND=3\n2DEVICEREGISTER=1\n";
+    testing::write_file(dir.file("set.PV5"), kLogSet + row_2);
+    on_wait = [&] { waited_at = tick.now(); };
+    tick_source = &interrupter;
+    EXPECT_EQ(run("log " + dir.file("set.PV5")), 1);
+    EXPECT_TRUE(printed("register 1: (not polled)\n")) << out.str();
+    stop = false;
+    tick_source = &tick;
+    configure("simulated:742,address=9");
+    expect_failures(1, "log " + dir.file("set.PV5") +
+                           " --passes 1->no row gave a reading in any pass");
 }
 
 TEST_F(TerminalTest, LogSaysWhyItCannot) {
