@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <system_error>
+#include <utility>
 
 #include "platform/whole_file.h"
 #include "text/date_time.h"
@@ -26,7 +27,23 @@ std::string number(const std::optional<int>& value) {
 } // namespace
 
 std::optional<double> CurvePlace::find(const RunReading& reading) {
+    if (!reading.active()) {
+        segment_ = 0;
+        seconds_ = 0;
+    }
     if (!reading.active() || !reading.seconds_left) return std::nullopt;
+    if (const auto ahead = find_ahead(reading)) return ahead;
+    // Ended and started again between two readings.
+    const auto segment = std::exchange(segment_, 0);
+    const double seconds = std::exchange(seconds_, 0);
+    const auto anew = find_ahead(reading);
+    if (anew) return anew;
+    segment_ = segment;
+    seconds_ = seconds;
+    return std::nullopt;
+}
+
+std::optional<double> CurvePlace::find_ahead(const RunReading& reading) {
     const auto& segments = curve_.segments;
     for (std::size_t i = segment_; i < segments.size(); ++i) {
         const CurveSegment& one = segments[i];

@@ -17,12 +17,14 @@ class CurvePlace {
     explicit CurvePlace(ProfileCurve curve) : curve_(std::move(curve)) {}
 
     [[nodiscard]] const ProfileCurve& curve() const { return curve_; }
-    /// Seconds from the curve's start, never behind where the last reading stood, so that the
-    /// turns of a jump are told apart. Nothing where the step is none of the curve's ones to come,
-    /// or the controller does not tell the time left.
+    /// Seconds from the curve's start. Ahead of where the last reading stood if that can be, so
+    /// that the turns of a jump are told apart. Nothing where nothing runs, the step is not on the
+    /// curve, or the controller does not tell the time left.
     [[nodiscard]] std::optional<double> find(const RunReading& reading);
 
   private:
+    [[nodiscard]] std::optional<double> find_ahead(const RunReading& reading);
+
     ProfileCurve curve_;
     std::size_t segment_ = 0; // of the last reading
     double seconds_ = 0;

@@ -262,6 +262,14 @@ TEST_F(RunnerTest, ARecordIsBoundedAndItsCsvSaysWhatWasSeen) {
             "2026-11-15 12:00:01.250,no reading,,,,,,,,,,,,,\r\n"
             "2026-11-15 12:00:03.250,off,1,1,,0,62.5,37.5,61.25,,,,,,3\r\n");
     EXPECT_NE(record.save_csv(rig->dir.path() + "/none/run.csv"), "");
+
+    reading.state = RunState::Running; // started again, once seen and once not
+    for (const int left : {1700, 600, 1500}) {
+        reading.seconds_left = left;
+        EXPECT_EQ(record.add(noon + 4000, reading).seconds, 1800 - left);
+    }
+    reading.step = 9;
+    EXPECT_FALSE(record.add(noon + 5000, reading).seconds);
 }
 
 } // namespace
