@@ -159,11 +159,11 @@ TEST_F(WriterTest, AWritingThatIsGivenUpOrCancelledIsTakenBack) {
     expect_done(write(before));
     for (const bool silent : {true, false}) {
         ui.answers.clear();
-        rig->fate = [&, count = 0](const Request& request) mutable {
-            if (request != Request{6, kAction, kInsert} || ++count < 4) return Fate::Answered;
-            if (silent) rig->fate = [](const Request&) { return Fate::NotReceived; };
-            cancel.canceled = !silent;
-            return Fate::Answered;
+        rig->fate = [&, inserted = 0](const Request& request) mutable {
+            inserted += request == Request{6, kAction, kInsert};
+            if (inserted < 4) return Fate::Answered;
+            if (!silent) cancel.canceled = true;
+            return silent ? Fate::NotReceived : Fate::Answered;
         };
         const ProfileWriteResult failed = write(examples({2, 3}, 9));
         EXPECT_FALSE(failed.completed);
