@@ -13,6 +13,7 @@ SheetModel::SheetModel(Sheet& sheet, EventRunner run, QObject* parent)
 
 /// A table of the same shape keeps its place, its selection and an open editor.
 void SheetModel::follow() {
+    kept_ = {-1, -1};
     const int rows = sheet_.rows();
     const int columns = sheet_.columns();
     if (rows == rows_ && columns == columns_ && rows > 0 && columns > 0) {
@@ -24,6 +25,13 @@ void SheetModel::follow() {
     rows_ = rows;
     columns_ = columns;
     endResetModel();
+}
+
+const SheetCell& SheetModel::cell(const QModelIndex& index) const {
+    const QPoint wanted(index.column(), index.row());
+    if (kept_ != wanted) cell_ = sheet_.cell(index.row(), index.column());
+    kept_ = wanted;
+    return cell_;
 }
 
 int SheetModel::rowCount(const QModelIndex& parent) const {
@@ -42,20 +50,19 @@ QVariant SheetModel::headerData(int section, Qt::Orientation orientation, int ro
 
 QVariant SheetModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= sheet_.rows()) return {};
-    const SheetCell cell = sheet_.cell(index.row(), index.column());
     switch (role) {
     case Qt::DisplayRole:
-        return visible_line(cell.text);
+        return visible_line(cell(index).text);
     case Qt::EditRole:
-        return to_qt(cell.text);
+        return to_qt(cell(index).text);
     case Qt::ToolTipRole:
-        return plain_tip(cell.tip);
+        return plain_tip(cell(index).tip);
     case Qt::BackgroundRole:
-        if (!cell.absent) return {};
+        if (!cell(index).absent) return {};
         return QGuiApplication::palette().color(QPalette::Window).darker(105);
     case kChoicesRole: {
         QStringList choices;
-        for (const std::string& choice : cell.choices)
+        for (const std::string& choice : cell(index).choices)
             choices += to_qt(choice);
         return choices;
     }
@@ -66,8 +73,7 @@ QVariant SheetModel::data(const QModelIndex& index, int role) const {
 
 Qt::ItemFlags SheetModel::flags(const QModelIndex& index) const {
     Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
-    if (index.isValid() && index.row() < sheet_.rows() &&
-        sheet_.cell(index.row(), index.column()).editable)
+    if (index.isValid() && index.row() < sheet_.rows() && cell(index).editable)
         flags |= Qt::ItemIsEditable;
     return flags;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QPoint>
 
 #include "desktop/bindings/binding.h"
 #include "profile/window/sheet.h"
@@ -30,11 +31,15 @@ class SheetModel : public QAbstractTableModel {
 
   private:
     void follow();
+    /// The sheet's cell; kept, because a view asks for ten roles of one after another.
+    [[nodiscard]] const SheetCell& cell(const QModelIndex& index) const;
 
     Sheet& sheet_;
     EventRunner run_;
     int rows_;
     int columns_;
+    mutable QPoint kept_{-1, -1}; // column and row of the cell below
+    mutable SheetCell cell_;
     Subscription changes_;
 };
 

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kRowRoom = 6;
 constexpr int kMinColumn = 34;
+constexpr int kFitMs = 100;
 
 } // namespace
 
@@ -30,14 +31,19 @@ SheetView::SheetView(Sheet& sheet, const EventRunner& run, std::function<void(co
     verticalHeader()->hide();
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumSectionSize(kMinColumn);
+    fitting_.setSingleShot(true);
+    fitting_.setInterval(kFitMs);
+    connect(&fitting_, &QTimer::timeout, this, [this] { fit_columns(); });
     changes_ = sheet.changed.subscribe([this] { follow(); });
     choices_ = sheet.chosen_moved.subscribe([this] { show_chosen(); });
     follow();
+    fit_columns();
 }
 
 void SheetView::hide_unused_columns() {
     hides_unused_ = true;
     follow();
+    fit_columns();
 }
 
 void SheetView::on_activated(std::function<void()> handler) {
@@ -49,8 +55,9 @@ void SheetView::on_activated(std::function<void()> handler) {
 void SheetView::follow() {
     const QScopedValueRollback<bool> showing(showing_, true);
     for (int column = 0; hides_unused_ && column < sheet_.columns(); ++column)
-        setColumnHidden(column, !sheet_.column_used(column));
-    fit_columns();
+        if (const bool hidden = !sheet_.column_used(column); hidden != isColumnHidden(column))
+            setColumnHidden(column, hidden);
+    fitting_.start();
     show_chosen();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QTableView>
+#include <QTimer>
 #include <functional>
 
 #include "desktop/profiles/sheet_model.h"
@@ -36,6 +37,7 @@ class SheetView : public QTableView {
     SheetDelegate* delegate_;
     bool showing_ = false;
     bool hides_unused_ = false;
+    QTimer fitting_; // not while something is dragged
     Subscription changes_;
     Subscription choices_;
 };
