@@ -22,9 +22,11 @@ namespace {
 constexpr int kMargin = 6;
 constexpr int kFindingLines = 4;
 constexpr int kBoxWidth = 64;
+constexpr int kListWidth = 244; // a name and a time can be read
 constexpr int kProgressWidth = 160;
 constexpr int kShares[] = {5, 11, 11}; // of the width: profiles, steps, curve
 constexpr int kUnit = 50;
+constexpr int kPaperWidth = 1000; // in pixels of its letters
 
 /// A table below its title, which is its access key.
 QWidget* titled(const QString& title, SheetView* view, const char* name) {
@@ -77,8 +79,18 @@ QLayout* make_run_row(const ProfileParts& parts) {
 void make_plain_lists(SheetView& profiles, SheetView& findings) {
     for (SheetView* view : {&profiles, &findings})
         view->horizontalHeader()->setStretchLastSection(true);
+    profiles.setMinimumWidth(kListWidth);
     findings.horizontalHeader()->hide();
     findings.setFixedHeight(kFindingLines * findings.verticalHeader()->defaultSectionSize() + 4);
+}
+
+/// The paper has a shape of its own, whatever that of the view on the screen is.
+void paint_on_paper(CurveDesk& desk, const EventRunner& run, QPainter& painter,
+                    const QRectF& target) {
+    CurveView paper(desk, run);
+    paper.resize(kPaperWidth, qRound(kPaperWidth * target.height() / target.width()));
+    static_cast<void>(paper.grab()); // lays it out
+    paper.paint_plain(painter, target);
 }
 
 } // namespace
@@ -121,8 +133,9 @@ pelvan_make_profile_window(const pelvan::desktop::ProfileParts& parts) {
     layout->addWidget(parts.message);
     layout->addWidget(titled(QStringLiteral("Fin&dings"), findings, "profile_findings"));
 
-    return {
-        content, [run](const QString& path) { return run->save(path); },
-        [curve](QPainter& painter, const QRectF& target) { curve->paint_plain(painter, target); },
-        [sides](bool show_run) { sides->setCurrentIndex(show_run ? 1 : 0); }};
+    return {content, [run](const QString& path) { return run->save(path); },
+            [&desk = parts.curve, runner = parts.run](QPainter& painter, const QRectF& target) {
+                paint_on_paper(desk, runner, painter, target);
+            },
+            [sides](bool show_run) { sides->setCurrentIndex(show_run ? 1 : 0); }};
 }

@@ -1,6 +1,7 @@
 #include "profile/window/step_sheet.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "registers/setup_file.h"
 
@@ -28,7 +29,10 @@ void StepSheet::find_columns() {
         for (const ProfileField& field : kind.fields)
             if (std::ranges::find(fields_, field.number, &ProfileField::number) == fields_.end())
                 fields_.push_back(field);
-    std::ranges::sort(fields_, {}, &ProfileField::number);
+    // What belongs together stands together, and what has no role behind it.
+    std::ranges::sort(fields_, {}, [](const ProfileField& field) {
+        return std::tuple(field.role == RegisterRole::None, field.role, field.number);
+    });
 }
 
 int StepSheet::rows() const {
