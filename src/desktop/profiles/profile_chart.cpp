@@ -18,6 +18,7 @@ namespace {
 constexpr double kMinute = 60;
 constexpr double kHour = 3600;
 constexpr int kMargin = 4;
+constexpr double kLegendShare = 0.8;
 constexpr int kLane = 9; // pixels of an event output
 constexpr int kMaxEvents = 16;
 constexpr double kRoom = 0.06; // above and below the curves
@@ -66,6 +67,9 @@ ProfileChart::ProfileChart()
     chart()->setMargins({kMargin, kMargin, kMargin, kMargin});
     chart()->setBackgroundRoundness(0);
     chart()->legend()->setAlignment(Qt::AlignTop);
+    QFont small = chart()->legend()->font();
+    small.setPointSizeF(kLegendShare * small.pointSizeF());
+    chart()->legend()->setFont(small); // six names beside one another
     chart()->addAxis(times_, Qt::AlignBottom);
     chart()->addAxis(values_, Qt::AlignLeft);
     for (QValueAxis* axis : {times_, values_})

@@ -67,6 +67,8 @@ QLayout* make_run_row(const ProfileParts& parts) {
     QFont bold = parts.state->font();
     bold.setBold(true);
     parts.state->setFont(bold);
+    // Two lines, so that nothing below moves when the text takes them.
+    parts.values->setMinimumHeight(2 * parts.values->fontMetrics().lineSpacing());
     auto* row = new QHBoxLayout;
     row->addWidget(parts.run_bar);
     row->addSpacing(kMargin);
