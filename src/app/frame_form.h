@@ -22,7 +22,7 @@ class MDIPelvan6 : public Form {
                           "A controller's registers into a file and back."};
     MenuEntry mnuDataLogging{"mnuDataLogging", "&Data Logging", "Ctrl+Shift+D",
                              "Poll registers at an interval and log them."};
-    MenuEntry mnuProfileLogic{"mnuProfileLogic", "&Profile Logic", "Ctrl+Shift+P",
+    MenuEntry mnuProfileLogic{"mnuProfileLogic", "&Profile Logic", "Ctrl+Shift+R",
                               "Ramp profiles: write, check, start, hold and watch them."};
     /// In every window's menus, because an oven does not wait until somebody finds its window.
     MenuEntry mnuHoldProfile{"mnuHoldProfile", "&Hold Profile", "F12",
