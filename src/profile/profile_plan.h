@@ -19,8 +19,9 @@ struct ProfilePlan {
     std::set<int> fillers; // numbers without a profile that need one meanwhile
     int highest = 0;       // number in use before
     ProfileSet before;     // what stands there now where something is written or erased
-    /// What of it could not be read, so that it cannot be written back.
+    /// What of it could not be read, and the numbers that cannot be written back for it.
     std::vector<std::string> unread;
+    std::set<int> incomplete;
 
     [[nodiscard]] bool changes_anything() const { return !wanted.empty() || !erased.empty(); }
 };

@@ -117,6 +117,25 @@ bool shows(RunCommand command, const RunReading& reading, const std::optional<Ru
     return false;
 }
 
+/// Whether the command cannot have been carried out, given the state behind it. A step that a
+/// profile was moved on to may be any.
+bool contradicts(RunCommand command, const RunReading& reading) {
+    const bool goes = reading.state == RunState::Running || reading.state == RunState::Waiting;
+    switch (command) {
+    case RunCommand::Start: // one without time may have ended already, or jumped elsewhere
+        return reading.state == RunState::Off;
+    case RunCommand::Hold:
+        return goes;
+    case RunCommand::Resume:
+        return reading.state == RunState::Held;
+    case RunCommand::End:
+        return reading.active();
+    case RunCommand::Next:
+        break;
+    }
+    return false;
+}
+
 std::string register_text(int number) {
     return " (register " + std::to_string(number) + ")";
 }
@@ -277,9 +296,21 @@ CommandOutcome ProfileRunner::send(RunCommand command, int profile) {
     if (!told) fall_silent();
     CommandOutcome outcome;
     outcome.after = read_state();
+    const auto denied = [&] {
+        return answer.verdict == Verdict::Accepted && outcome.after.reading &&
+               contradicts(command, *outcome.after.reading);
+    };
+    if (denied()) { // the controller may need a moment
+        fall_silent();
+        outcome.after = read_state();
+    }
     const auto& reading = outcome.after.reading;
     const std::string state = reading ? run_sentence(*reading) : outcome.after.sentence;
-    if (answer.verdict == Verdict::Accepted) {
+    if (denied()) {
+        outcome.how = CommandEnd::NotKnown;
+        outcome.sentence =
+            "The controller took " + words(command) + ", but its state does not show it. " + state;
+    } else if (answer.verdict == Verdict::Accepted) {
         outcome.how = CommandEnd::Done;
         outcome.sentence = reading ? state
                                    : "The controller took " + words(command) +

@@ -1,5 +1,6 @@
 #include "profile/profile_writer.h"
 
+#include <algorithm>
 #include <ranges>
 
 #include "profile/profile_writing.h"
@@ -73,6 +74,7 @@ std::set<int> ProfileWriter::read_before(ProfilePlan& plan, ProfileSelection& se
         ProfileRead read = read_profile(selection, number);
         if (!read.profile && !read.problems.empty()) plan.refusal = read.problems.front();
         plan.unread.insert(plan.unread.end(), read.problems.begin(), read.problems.end());
+        if (!read.problems.empty()) plan.incomplete.insert(number);
         if (!read.profile) continue;
         present.insert(number);
         plan.before.emplace(number, std::move(*read.profile));
@@ -163,14 +165,24 @@ ProfileWriteResult ProfileWriter::restore_previous(const ProfilePlan& plan,
     run_.cancel.canceled = false;
     ProfilePlan back;
     back.model = plan.model;
+    std::vector<std::string> lost;
     for (const int number : failed.touched) {
+        // A half of a profile is worse than none that anybody takes for whole.
+        if (plan.incomplete.contains(number)) {
+            lost.push_back(profile_place(number) +
+                           " cannot be written back: it could not be read whole before.");
+            continue;
+        }
         const auto before = plan.before.find(number);
         if (before != plan.before.end())
             back.wanted.insert(*before);
         else
             back.erased.insert(number);
     }
-    return write(back);
+    ProfileWriteResult result = write(back);
+    result.completed = result.completed && lost.empty();
+    std::ranges::move(lost, std::back_inserter(result.problems));
+    return result;
 }
 
 } // namespace pelvan

@@ -71,22 +71,29 @@ void report_result(const ProfileWriteResult& result, ProfileReport& report) {
     report.set("differences", differences_json(result.differences));
 }
 
+std::string numbers_text(const std::set<int>& numbers) {
+    std::string text;
+    for (const int number : numbers)
+        text += (text.empty() ? "" : ", ") + std::to_string(number);
+    return text;
+}
+
 /// What a writing that failed leaves behind, or takes back.
 void take_back(ProfileTerminal& terminal, ProfileWriter& writer, const ProfilePlan& plan,
                const ProfileWriteResult& failed) {
     if (failed.touched.empty()) return;
-    if (!terminal.options.put_back) {
-        std::string numbers;
-        for (const int number : failed.touched)
-            numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
-        return terminal.report.problem("Not as before or only in part: " + numbers +
+    const std::string left = "Not as before or only in part: ";
+    if (!terminal.options.put_back)
+        return terminal.report.problem(left + numbers_text(failed.touched) +
                                        ". --put-back would have written back what was there.");
-    }
     terminal.environment.stop = false; // the interrupt was for the writing
     const ProfileWriteResult back = writer.restore_previous(plan, failed);
     terminal.report.problems(back.problems);
     terminal.report.set("put_back", back.completed);
-    if (back.completed) terminal.report.say("What was there before is written back.");
+    if (back.completed) return terminal.report.say("What was there before is written back.");
+    std::set<int> touched = failed.touched;
+    touched.insert(back.touched.begin(), back.touched.end());
+    terminal.report.problem(left + numbers_text(touched) + ". It could not be written back whole.");
 }
 
 template <class MakePlan>
@@ -103,6 +110,9 @@ void change(ProfileTerminal& terminal, MakePlan make_plan, const std::string& qu
         report.set("completed", true);
         return report.say("Nothing is to be changed.");
     }
+    if (terminal.options.put_back && !plan.incomplete.empty())
+        return report.problem("What is there now could not be read whole, so --put-back could not "
+                              "write it back: nothing was changed.");
     if (!terminal.ask_yes(question, terminal.options.yes))
         return report.problem("Nothing was changed.");
     const ProfileWriteResult result = writer.write(plan);
@@ -272,7 +282,11 @@ void profile_erase(ProfileTerminal& terminal) {
     change(
         terminal,
         [&](ProfileWriter& writer) {
-            return writer.plan_erase({numbers.begin(), numbers.end()});
+            ProfilePlan plan = writer.plan_erase({numbers.begin(), numbers.end()});
+            for (const int number : numbers)
+                if (plan.refusal.empty() && !plan.erased.contains(number))
+                    terminal.report.problem("There is no profile " + std::to_string(number) + ".");
+            return plan;
         },
         "Do you want to erase this in the controller?");
 }

@@ -74,6 +74,13 @@ bool say_start(ProfileTerminal& terminal, const ProfileReadResult& read, const R
         report.problem("There is no profile " + std::to_string(*options.profile) + ".");
         return false;
     }
+    const auto steps = static_cast<int>(profile->second.steps.size());
+    if (options.step < 1 || options.step > steps) {
+        report.problem("Profile " + std::to_string(*options.profile) + " has " +
+                       std::to_string(steps) + " steps: there is no step " +
+                       std::to_string(options.step) + ".");
+        return false;
+    }
     CurveStart start{*options.profile, options.step, {}};
     for (std::size_t loop = 0; loop < kLoops; ++loop)
         start.set_points[loop] = now.process_values[loop].value_or(0);

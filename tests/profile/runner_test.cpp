@@ -116,6 +116,25 @@ TEST_F(RunnerTest, ACommandOfUnknownOutcomeIsNeverRepeatedOnAGuess) {
     }
 }
 
+TEST_F(RunnerTest, ACommandThatIsOnlyAcknowledgedIsNotDone) {
+    begin("simulated:742");
+    const auto only_echoed = [&](int command) {
+        strike(command, Fate::OnlyEchoed);
+        const CommandOutcome outcome = command == 1
+                                           ? runner->start(1, 1)
+                                           : runner->command(static_cast<RunCommand>(command - 1));
+        EXPECT_EQ(outcome.how, CommandEnd::NotKnown) << outcome.sentence;
+        EXPECT_NE(outcome.sentence.find("but its state does not show it"), std::string::npos);
+        rig->fate = {};
+    };
+    only_echoed(1);
+    EXPECT_EQ(runner->start(1, 1).how, CommandEnd::Done);
+    only_echoed(2);
+    only_echoed(5);
+    EXPECT_EQ(runner->command(RunCommand::Hold).how, CommandEnd::Done);
+    only_echoed(3);
+}
+
 TEST_F(RunnerTest, LateAndLostRepliesGiveNoWrongReading) {
     begin("simulated:742,lost=0.1,late=0.1,late_ms=2300,seed=4");
     rig->set({{4102, 1}, {kCommand, 1}});

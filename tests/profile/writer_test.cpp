@@ -154,6 +154,25 @@ TEST_F(WriterTest, AfterARefusalInTheMiddleWhatWasThereBeforeIsWrittenBack) {
     EXPECT_EQ(held(), before);
 }
 
+TEST_F(WriterTest, WhatWasNotReadWholeIsNotWrittenBack) {
+    expect_done(write(examples({1}, 6)));
+    int reads = 0;
+    rig->fate = [&](const Request& request) {
+        if (request.function == 3 && request.number == kSetPoint1 && ++reads <= 9)
+            return Fate::ReplyDamaged;
+        return Fate::Answered;
+    };
+    ProfileSet wanted = examples({1}, 8);
+    wanted[1].steps[1].fields[kSetPoint1] = 12000;
+    const ProfileWriteResult failed = write(wanted);
+    EXPECT_EQ(plan.incomplete, std::set{1});
+    EXPECT_FALSE(failed.completed);
+    const ProfileWriteResult back = restore(failed);
+    EXPECT_FALSE(back.completed);
+    EXPECT_EQ(back.problems,
+              Lines{"Profile 1 cannot be written back: it could not be read whole before."});
+}
+
 TEST_F(WriterTest, AWritingThatIsGivenUpOrCancelledIsTakenBack) {
     const ProfileSet before = examples({2}, 6);
     expect_done(write(before));

@@ -17,7 +17,7 @@
 namespace pelvan::testing {
 
 /// What becomes of a request on the line.
-enum class Fate { Answered, NotReceived, ReplyLost, ReplyDamaged };
+enum class Fate { Answered, NotReceived, ReplyLost, ReplyDamaged, OnlyEchoed };
 
 /// A request of functions 3 and 6: the register, and the value or count.
 struct Request {
@@ -84,10 +84,13 @@ class SimulatedRig : public SerialRig {
             };
             rig_.requests.push_back({bytes.at(1), word(2), word(4)});
             fate_ = rig_.fate ? rig_.fate(rig_.requests.back()) : Fate::Answered;
-            if (fate_ != Fate::NotReceived) SimulatedLine::write(bytes);
+            if (fate_ == Fate::OnlyEchoed)
+                echo_ = bytes;
+            else if (fate_ != Fate::NotReceived)
+                SimulatedLine::write(bytes);
         }
         bool read_into(std::string& buffer) override {
-            std::string arrived;
+            std::string arrived = std::exchange(echo_, {});
             const bool result = SimulatedLine::read_into(arrived);
             if (fate_ == Fate::ReplyLost) arrived.clear();
             if (fate_ == Fate::ReplyDamaged && !arrived.empty()) arrived.back() ^= '\1';
@@ -98,6 +101,7 @@ class SimulatedRig : public SerialRig {
       private:
         SimulatedRig& rig_;
         Fate fate_ = Fate::Answered;
+        std::string echo_;
     };
 };
 
