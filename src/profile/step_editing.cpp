@@ -45,10 +45,13 @@ ProfileStep with_kind(const ProfileFormat& format, const ProfileStep& step, cons
     ProfileStep changed = new_step(kind);
     for (const ProfileField& field : kind.fields) {
         const auto same = step.fields.find(field.number);
-        const auto raw = same != step.fields.end()          ? std::optional(same->second)
-                         : field.role == RegisterRole::None ? std::nullopt
-                                                            : raw_value(format, step, field.role);
-        if (raw && field.allows(*raw)) changed.fields[field.number] = *raw;
+        const bool has_role = field.role != RegisterRole::None;
+        int raw = field.preset();
+        if (same != step.fields.end())
+            raw = same->second;
+        else if (has_role)
+            raw = raw_value(format, step, field.role).value_or(raw);
+        if (field.allows(raw)) changed.fields[field.number] = raw;
     }
     return changed;
 }

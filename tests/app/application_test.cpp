@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 
 #include "app/application.h"
 #include "support/configuration.h"
@@ -159,6 +160,28 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     EXPECT_TRUE(ended);
     EXPECT_TRUE(app.transfer.canceled());
     EXPECT_NE(testing::read_file(dir.file("log")).find("742"), std::string::npos);
+}
+
+void collect_shortcuts(const std::vector<MenuEntry*>& entries, std::multiset<std::string>& keys) {
+    for (const MenuEntry* entry : entries) {
+        if (!entry) continue; // a line between entries
+        if (!entry->shortcut().empty()) keys.insert(entry->shortcut());
+        collect_shortcuts(entry->children, keys);
+    }
+}
+
+/// A key that two entries have does nothing.
+TEST_F(ApplicationTest, NoKeyBelongsToTwoEntriesOfAWindowAndItsFrame) {
+    for (Form* form : std::initializer_list<Form*>{
+             &app.console, &app.history.frmCommand, &app.history.frmResponse, &app.listen,
+             &app.transfer, &app.logging, &app.profile_logic, &app.comms_settings}) {
+        std::multiset<std::string> keys;
+        collect_shortcuts(app.frame.menus, keys);
+        collect_shortcuts(form->menus, keys);
+        EXPECT_GT(keys.size(), 5U);
+        for (const std::string& key : keys)
+            EXPECT_EQ(keys.count(key), 1U) << form->Name() << ": " << key;
+    }
 }
 
 } // namespace
