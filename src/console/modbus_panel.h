@@ -22,7 +22,7 @@ class ModbusPanel : public EntryPanel<ModbusEntry> {
     TextBox txt_Register{"txt_Register", "0", "Start register, coil or sub-function, 0 to 65535."};
     Label lbl_Values{"lbl_Values", "&Count"};
     TextBox txt_Values{"txt_Values", "1",
-                       "A count to read, or the values to write, with blanks between them."};
+                       "A count to read, or the values to write, with spaces between them."};
     OptionGroup opt_NumberBase{"opt_NumberBase",
                                {{"Decimal", "Values are entered in decimal, -32768 to 32767."},
                                 {"Hexadecimal", "Values are entered in hexadecimal, 0 to FFFF."}},

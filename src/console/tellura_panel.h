@@ -20,7 +20,7 @@ class TelluraPanel : public EntryPanel<TelluraEntry> {
     TextBox TxtNoBytes{"TxtNoBytes", "2", "Number of bytes to read, 1 to 255."};
     Label LblData{"LblData", "&Data"};
     TextBox TxtData{"TxtData", "",
-                    "Bytes to write, two hexadecimal digits each; blanks between them may stand."};
+                    "Bytes to write, two hexadecimal digits each; spaces may stand between them."};
     OptionGroup OptReadWrite{
         "OptReadWrite", {{"&Read", "Ask for bytes."}, {"Wr&ite", "Write the data."}}, 0};
     OptionGroup OptErrorChecking{"OptErrorChecking",

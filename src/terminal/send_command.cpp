@@ -99,7 +99,7 @@ void add_modbus_options(CLI::App& command, SendOptions& options) {
         ->group("Modbus");
     command
         .add_option("--values", options.values,
-                    "Count to read, or values to write, separated by commas or blanks")
+                    "Count to read, or values to write, separated by commas or spaces")
         ->delimiter(',')
         ->group("Modbus");
     command.add_flag("--hexadecimal", options.hexadecimal, "Values are hexadecimal")
