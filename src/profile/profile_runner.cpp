@@ -193,7 +193,7 @@ ProfileRunner::Answer ProfileRunner::exchange(std::int16_t function, int first, 
     const std::string request =
         modbus_.ModbusBuildRequest(function, address_.number(), static_cast<float>(first), list);
     if (is_refusal(request)) return {Verdict::Refused, {}, request};
-    const Answer answer = judged(
+    Answer answer = judged(
         request, link_.transmit(kModbusChannel, request, kModbusTimeoutMs, kModbusQuietChars),
         values);
     // The answer may still come, and must not be taken for that to the next request.

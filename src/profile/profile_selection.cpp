@@ -92,7 +92,7 @@ NumberRead ProfileSelection::running_profile() {
     const ProfileField* state_field = format_.run_field(RegisterRole::State);
     if (!state_field) return {0, {}};
     profile_ = 0;
-    const NumberRead state = read(*state_field);
+    NumberRead state = read(*state_field);
     if (!state.value) return state;
     const auto known = format_.state(*state.value);
     if (known == RunState::Off || known == RunState::Ended) return {0, {}};

@@ -1,7 +1,7 @@
 #include "profile/profile_writer.h"
 
 #include <algorithm>
-#include <ranges>
+#include <iterator>
 
 #include "profile/profile_writing.h"
 #include "profile/step_editing.h"
@@ -10,8 +10,10 @@ namespace pelvan {
 namespace {
 
 std::set<int> numbers_of(const ProfileSet& profiles) {
-    const auto keys = std::views::keys(profiles);
-    return {keys.begin(), keys.end()};
+    std::set<int> numbers;
+    for (const auto& [number, profile] : profiles)
+        numbers.insert(number);
+    return numbers;
 }
 
 /// What keeps a profile from being written at all, whatever the controller holds.

@@ -1,8 +1,8 @@
 #include "profile/profile_writing.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
-#include <ranges>
 #include <utility>
 
 namespace pelvan {
@@ -37,7 +37,7 @@ ProfileWriteResult ProfileWriting::carry_out(const ProfileSet& wanted,
     for (const auto& [number, profile] : wanted)
         going_on = going_on && !run_.canceled() && write_profile(profile);
     // From above, so that numbers that end up empty are given up.
-    for (const int number : std::views::reverse(erased))
+    for (const int number : std::set<int, std::greater<>>(erased.begin(), erased.end()))
         going_on = going_on && !run_.canceled() && erase(number);
     erase_fillers();
     if (run_.canceled()) static_cast<void>(take("Cancelled."));
@@ -161,7 +161,7 @@ bool ProfileWriting::erase(int number) {
 /// cancel of this, ends it, and what stays is said.
 void ProfileWriting::erase_fillers() {
     const bool canceled_before = std::exchange(run_.cancel.canceled, false);
-    for (const int number : std::views::reverse(fillers_)) {
+    for (const int number : std::set<int, std::greater<>>(fillers_.begin(), fillers_.end())) {
         const bool ended = run_.canceled();
         const std::string problem = ended ? "It was not tried." : selection_.erase(number);
         run_.log(profile_place(number) + (problem.empty() ? " erased" : " not erased"));

@@ -148,6 +148,7 @@ void frm_ProfileLogic::show_title() {
 void frm_ProfileLogic::Form_Load() {
     const std::vector<int> models = profile_models(services_.application_directory);
     std::vector<std::string> texts;
+    texts.reserve(models.size());
     for (const int model : models)
         texts.push_back(std::to_string(model));
     cmbModel.set_items(texts);

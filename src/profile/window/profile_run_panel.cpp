@@ -19,6 +19,7 @@ constexpr double kHundred = 100;
 
 std::vector<std::string> interval_texts() {
     std::vector<std::string> texts;
+    texts.reserve(kIntervals_s.size());
     for (const int seconds : kIntervals_s)
         texts.push_back(std::to_string(seconds) + " s");
     return texts;

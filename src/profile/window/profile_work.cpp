@@ -10,7 +10,7 @@ void ProfileWork::use(ProfileModel model) {
 
 std::string ProfileWork::edit(const std::function<std::string(ProfileEditor&)>& action) {
     const int before = editor_.revision();
-    const std::string problem = action(editor_);
+    std::string problem = action(editor_);
     if (editor_.revision() != before) forget();
     return problem;
 }
