@@ -41,8 +41,12 @@ void LinePort::set_PortOpen(bool open_it) {
         close();
 }
 
+/// A line that is there is not read: bytes taken here would announce themselves to nobody.
 bool LinePort::lost() {
-    pump();
+    if (line_ && line_->hung_up()) {
+        pump(); // what had arrived
+        if (line_) release_line();
+    }
     return open_ && !line_;
 }
 

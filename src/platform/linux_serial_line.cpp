@@ -95,6 +95,11 @@ class LinuxSerialLine : public SerialLine {
     void write(const std::string& bytes) override;
     void set_rts(bool on) override { drive(TIOCM_RTS, on); }
     void set_dtr(bool on) override { drive(TIOCM_DTR, on); }
+    [[nodiscard]] bool hung_up() const override {
+        pollfd watched{device_.get(), 0,
+                       0}; // nothing is waited for: a hang-up is told all the same
+        return ::poll(&watched, 1, 0) > 0 && (watched.revents & POLLHUP) != 0;
+    }
     [[nodiscard]] int descriptor() const override { return device_.get(); }
 
   private:

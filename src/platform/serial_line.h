@@ -41,6 +41,9 @@ class SerialLine {
     /// Drives a modem line; nothing where the line has none. 57 when the line is gone.
     virtual void set_rts(bool on) = 0;
     virtual void set_dtr(bool on) = 0;
+    /// Whether the line is gone for good, told without reading or driving it. A line that cannot
+    /// tell says no; the next read does then.
+    [[nodiscard]] virtual bool hung_up() const { return false; }
     /// Handle to watch for readiness, -1 when there is none.
     [[nodiscard]] virtual int descriptor() const = 0;
 };

@@ -49,8 +49,9 @@ class SerialPort {
     /// Opening raises the errors listed above; closing never fails.
     virtual bool PortOpen() const = 0;
     virtual void set_PortOpen(bool open) = 0;
-    /// Open, but its line is gone: only closing and opening again helps. Looks at the line, so that
-    /// a loss shows which no other call has met yet; what has arrived stays to be read.
+    /// Open, but its line is gone: only closing and opening again helps. Looks whether the line has
+    /// hung up, so that a loss shows which no other call has met yet, and gives up one that has;
+    /// what has arrived stays to be read. Touches nothing else: it may be called at any time.
     virtual bool lost() = 0;
 
     /// Bytes waiting; never blocks. 8018 while closed, 8020 when the device is gone and nothing

@@ -83,6 +83,24 @@ Resume after_open_error(const RunTimeError& error, std::int16_t port_number, Dia
     return Resume::Next;
 }
 
+/// Opens a port that is closed, or whose line is gone: it may have come back. Reopening a lost one
+/// that is still away raises 8020, which says better what has happened than what an opening says.
+void open_or_reopen(SerialPort& port, bool& was_lost) {
+    if (port.lost()) {
+        was_lost = true;
+        port.set_PortOpen(false);
+    }
+    if (port.PortOpen()) return;
+    try {
+        port.set_PortOpen(true);
+    } catch (const RunTimeError& error) {
+        const bool away = error.number() == error_number::kInvalidPortNumber ||
+                          error.number() == error_number::kDeviceUnavailable;
+        if (was_lost && away) throw RunTimeError(error_number::kCannotReadDevice, error.subject());
+        throw;
+    }
+}
+
 /// An error is left to the call that comes next, whose table says what to do.
 std::size_t waiting_bytes(SerialPort& port) {
     try {
@@ -247,10 +265,8 @@ std::int16_t ChannelTable::open_target(std::int16_t channel) {
     };
     if (!trap.run(choose, table)) return target;
     if (!port) return -1;
-    const auto open = [&] {
-        if (!port->PortOpen()) port->set_PortOpen(true);
-    };
-    if (!trap.run(open, table)) return target;
+    bool was_lost = false;
+    if (!trap.run([&] { open_or_reopen(*port, was_lost); }, table)) return target;
     stray_bytes_ = waiting_bytes(*port);
     trap.run([&] { port->set_InBufferCount(0); }, table);
     return target;

@@ -61,7 +61,8 @@ class ChannelTable {
     /// Makes sure that the channel's port is open and empty; returns the index of the object to
     /// use, which is another channel's when that one has the same port open with the same settings.
     ///
-    /// An unknown channel becomes 0, in the caller's variable too. Errors are shown, not raised.
+    /// A port whose line was lost is opened again; 8020 when its device is still gone. An unknown
+    /// channel becomes 0, in the caller's variable too. Errors are shown, not raised.
     /// -1 while the table is empty, as it is while a rebuild waits at its first message.
     std::int16_t open_port(std::int16_t& channel);
     /// How many bytes nobody had asked for stood in the port when `open_port` emptied it last.
