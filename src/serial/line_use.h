@@ -48,6 +48,9 @@ class LineUse {
     /// else empty. Null asks for whoever is none of the users.
     [[nodiscard]] std::string refusal(const LineUser* user) const;
 
+    /// Name of the user that holds a claim; empty while nobody does.
+    [[nodiscard]] std::string holder() const { return holder_ ? holder_->name : std::string(); }
+
     /// Raised when a claim begins and when the last one of its user ends. Subscribers must not
     /// throw: a claim also ends while an error is on its way.
     Event<> changed;

@@ -1,0 +1,119 @@
+// A line that is pulled and plugged in again, over real pseudo-terminals: what the next command
+// says of it, and what is shown of it meanwhile.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "config/device_map.h"
+#include "platform/line_port.h"
+#include "platform/serial_devices.h"
+#include "serial/line_status.h"
+#include "support/cases.h"
+#include "support/pty_pair.h"
+#include "support/serial_rig.h"
+
+namespace pelvan::testing {
+
+using Texts = std::vector<std::string>;
+
+/// Channel 0 on port 1, which stands for a link to the wire's end; channel 1 on port 2, which
+/// stands for nothing; channels 2 and 3 on port 1 with the same settings and with others.
+class LostLineTest : public ::testing::Test, public SerialRig {
+  protected:
+    LostLineTest() {
+        make_port = [this] {
+            return std::make_unique<LinePort>(
+                [this](int port) { return device_for_port(port, config.gIniFile); },
+                open_serial_device);
+        };
+        build({"1;9600,N,8,1;1", "2;9600,N,8,1;1", "1;9600,N,8,1;1", "1;4800,N,8,1;1"});
+        ini_write_string("SERIAL DEVICES", "PORT 1", adapter, config.gIniFile);
+        rebuild();
+        plug_in();
+    }
+    void plug_in() {
+        wire.emplace(PtyPair::Slave::KeepOpen);
+        std::filesystem::create_symlink(wire->path(), adapter);
+    }
+    void pull() {
+        wire.reset();
+        std::filesystem::remove(adapter);
+    }
+    /// What is said when a command is sent, and what of it reaches the far end.
+    Texts send() {
+        dialogs.shown.clear();
+        EXPECT_EQ(link.transmit(0, "ask", 20, 8), "");
+        arrived = wire ? wire->receive(3, dialogs.shown.empty() ? 5000 : 0) : "";
+        return dialogs.texts();
+    }
+    std::string shown(int channel = 0) { return line_text("Full", observer.look(channel)); }
+
+    const std::string adapter = dir.file("adapter");
+    std::optional<PtyPair> wire;
+    std::string arrived;
+    LineObserver observer{table, config, [](const std::string& device) {
+                              const DeviceState found = probe_device(device);
+                              return found == DeviceState::Openable
+                                         ? std::string()
+                                         : device_state_text(found, device);
+                          }};
+    const std::string line = "Full | Port 1 | " + device_name(adapter) + " | 9600,N,8,1 | ";
+};
+
+TEST_F(LostLineTest, TheNextCommandSaysThatTheDeviceIsGoneOrUsesTheOneThatCameBack) {
+    EXPECT_EQ(send(), Texts{});
+    EXPECT_EQ(arrived, "ask");
+    pull();
+    const std::string closed = "COMM ERROR NUMBER: 8018.  CHECK PORT/SETTINGS";
+    EXPECT_EQ(send(), (Texts{"ERROR READING COMM DEVICE", closed, closed, closed}));
+    EXPECT_EQ(send().at(0), "INVALID PORT NUMBER");
+    for (int i = 0; i < 2; ++i) { // back after a failure, and between two commands
+        plug_in();
+        EXPECT_EQ(send(), Texts{});
+        EXPECT_EQ(arrived, "ask");
+        pull();
+    }
+}
+
+TEST_F(LostLineTest, WhatIsShownFollowsThePlugAndGivesUpALostLine) {
+    EXPECT_EQ(shown(), line + "closed");
+    send();
+    EXPECT_EQ(shown(), line + "open");
+    wire->send("late");
+    EXPECT_EQ(shown(), line + "open");
+    EXPECT_EQ(state.gCommDevice[0]->Input(), "late") << "looking takes no bytes away";
+    pull();
+    EXPECT_EQ(shown(), line + "not there");
+    EXPECT_EQ(state.gCommDevice[0]->CommID(), -1);
+    plug_in();
+    EXPECT_EQ(shown(), line + "closed");
+    send();
+    EXPECT_EQ(shown(), line + "open");
+}
+
+TEST_F(LostLineTest, EachStateAndSharedPortsAreTold) {
+    send(); // through channel 0
+    EXPECT_EQ(shown(2), line + "open") << "the same port with the same settings";
+    EXPECT_TRUE(shown(3).ends_with("4800,N,8,1 | closed"));
+    EXPECT_EQ(shown(1), "Full | Port 2 stands for no device: F9 sets it up");
+    EXPECT_EQ(shown(4), "No port for Full: F9 sets it up");
+    Link logging(table, countdowns, dialogs, log, "Data Logging");
+    const LineClaim claim = logging.claim();
+    EXPECT_EQ(shown(), line + "open | in use by Data Logging");
+    for (const auto& [device, name] :
+         cases("/dev/ttyUSB0->ttyUSB0|simulated:742->simulated:742|/tmp/line->/tmp/line|"
+               "/dev/serial/by-id/usb-FTDI_FT232R_USB_UART_A50285BI-if00-port0->"
+               "usb-FTDI_FT232R_USB_UART_A50285BI-if00-port0|"
+               "/dev/serial/by-id/usb-A_maker_of_long_names_Serial_Converter_0001-if00-port0->"
+               "usb-A_maker_of_long_na...verter_0001-if00-port0"))
+        EXPECT_EQ(device_name(device), name);
+}
+
+TEST_F(LostLineTest, AnAssignmentIsReadAnewAfterARebuild) {
+    EXPECT_EQ(shown(), line + "closed");
+    ini_write_string("SERIAL DEVICES", "PORT 1", "/dev/null", config.gIniFile);
+    rebuild();
+    EXPECT_EQ(shown(), "Full | Port 1 | null | 9600,N,8,1 | not a serial device");
+}
+
+} // namespace pelvan::testing
