@@ -30,6 +30,34 @@ bool holds(std::string_view reply, std::size_t bytes) {
     return reply.size() == kReadOverhead + bytes && byte_at(reply, 2) == bytes;
 }
 
+/// Stands behind "refused: ", "The controller refused the command: " and the like.
+const char* exception_words(int code) {
+    switch (code) {
+    case 1:
+        return "no such function";
+    case 2:
+        return "no such register";
+    case 3:
+        return "value not allowed";
+    case 4:
+        return "device failure";
+    case 5:
+        return "still at work on it";
+    case 6:
+        return "device busy";
+    case 7:
+        return "cannot be done";
+    case 8:
+        return "memory error";
+    case 10:
+        return "gateway without a path";
+    case 11:
+        return "no answer behind the gateway";
+    default:
+        return nullptr;
+    }
+}
+
 /// Sub-function 0 returns what it got; others return figures of the controller's own.
 bool answers_diagnostics(std::string_view request, std::string_view reply) {
     const bool all = word_at(request, 2) == 0;
@@ -41,6 +69,12 @@ bool answers_diagnostics(std::string_view request, std::string_view reply) {
 
 bool is_exception(std::string_view reply) {
     return (byte_at(reply, 1) & kExceptionBit) != 0;
+}
+
+std::string exception_text(int code) {
+    const std::string number = "exception " + std::to_string(code);
+    const char* const words = exception_words(code);
+    return words == nullptr ? number : words + (" (" + number + ")");
 }
 
 bool is_read(std::string_view request) {

@@ -83,6 +83,10 @@ class Modbus {
 /// Whether a reply's function byte says that it is an exception; any bytes will do.
 [[nodiscard]] bool is_exception(std::string_view reply);
 
+/// "no such register (exception 2)": what the code of an exception reply says; of a code that the
+/// standard does not have, "exception 99" alone.
+[[nodiscard]] std::string exception_text(int code);
+
 /// Whether a request only reads, so that it may be sent twice.
 [[nodiscard]] bool is_read(std::string_view request);
 
