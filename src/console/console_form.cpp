@@ -107,7 +107,10 @@ void frm_Pelvan5VB::opt_Protocol_Click(int index) {
 
 void frm_Pelvan5VB::cmd_SendCommand_Click() {
     const Hourglass busy(*this);
-    lbl_Status.set_Caption("Sending ...");
+    const Subscription sending = link_.sending.subscribe([this] {
+        lbl_Status.set_Caption("Sending ...");
+        lbl_Status.Refresh(); // nothing is painted while the reply is awaited
+    });
     std::string status = "The command ended in an error.";
     struct Show { // also when an error leaves the handler
         Label& label;

@@ -190,8 +190,8 @@ std::string objection(std::string_view request, std::string_view reply) {
         return is_read(request) ? "The reply holds another number of values than was asked for."
                                 : "The reply does not repeat what was sent.";
     if (is_exception(reply))
-        return "The controller refused the command with exception " +
-               std::to_string(static_cast<unsigned char>(reply[2])) + ".";
+        return "The controller refused the command: " +
+               exception_text(static_cast<unsigned char>(reply[2])) + ".";
     return {};
 }
 

@@ -17,6 +17,7 @@ SendOutcome ModbusSender::send(const ModbusEntry& entry, const ModbusSendOptions
     const std::string command = render(modbus_, options.format, 1, frame);
     ExchangeTimes times(link_.countdowns(), clock_);
     const CarefulReply heard = exchange(frame, times);
+    if (!heard.sent) return times.not_sent(command);
     const std::string& reply = heard.reply;
     const std::string response = response_line(modbus_, options.format, entry, reply);
     SendOutcome outcome{Done, response, false, {}, times.row(command, response)};
@@ -31,6 +32,8 @@ SendOutcome ModbusSender::send(const ModbusEntry& entry, const ModbusSendOptions
         outcome.status = times.status(frame.size(), reply.size());
     else if (heard.unclear || (has_valid_crc(reply) && !can_answer(frame, reply)))
         outcome.status = outcome.objection; // the reply itself does not show it
+    else if (has_valid_crc(reply))
+        outcome.status = "refused: " + exception_text(static_cast<unsigned char>(reply[2]));
     return outcome;
 }
 

@@ -22,4 +22,8 @@ HistoryRow ExchangeTimes::row(std::string command, std::string response) const {
     return {sent_at_, std::move(command), received_at_, std::move(response)};
 }
 
+SendOutcome ExchangeTimes::not_sent(const std::string& command) const {
+    return {SendOutcome::Kind::NotSent, kNotSent, false, {}, row(command, kNotSent)};
+}
+
 } // namespace pelvan

@@ -12,19 +12,23 @@
 namespace pelvan {
 
 struct SendOutcome {
-    enum class Kind { Refused, NoReply, Done };
+    /// Refused as an entry; not sent, because no port was open; sent without or with a reply.
+    enum class Kind { Refused, NotSent, NoReply, Done };
     Kind kind = Kind::Refused;
     /// What the status line should say of it.
     std::string status;
     /// Whether the controller did what it was asked, as far as its reply says.
     bool accepted = false;
-    /// Why nothing was sent, for whoever entered it.
+    /// Why the entry is refused, for whoever entered it.
     std::string refusal;
-    /// The command and its reply; nothing when nothing was sent.
+    /// The command and its reply, or why there is none; nothing for a refused entry.
     std::optional<HistoryRow> row;
     /// Why a reply that came does not count as the controller's consent; empty when it does.
     std::string objection{};
 };
+
+/// What to tell of a command that no port was open for.
+inline constexpr char kNotSent[] = "Not sent: the port is not open.";
 
 /// Notes when a command leaves and when its reply is there.
 class ExchangeTimes {
@@ -40,6 +44,9 @@ class ExchangeTimes {
     [[nodiscard]] std::string status(std::size_t bytes_sent, std::size_t bytes_received) const;
     /// Both lines with their times.
     [[nodiscard]] HistoryRow row(std::string command, std::string response) const;
+
+    /// The outcome of a command that no port was open for.
+    [[nodiscard]] SendOutcome not_sent(const std::string& command) const;
 
   private:
     CountdownPool& ticks_;

@@ -49,6 +49,7 @@ SendOutcome TelluraSender::send(const TelluraEntry& entry) {
         return reply == kTelluraBad ? Fit::Missing : Fit::Answers;
     };
     const CarefulReply heard = exchange_carefully(link_, careful);
+    if (!heard.sent) return times.not_sent(TelluraProt::DisplayPacket(request->packet));
     const std::string& reply = heard.reply;
     std::string line = TelluraProt::DisplayPacket(reply);
     judge(reply, entry.write, line, outcome);

@@ -37,6 +37,7 @@ class Control {
     [[nodiscard]] bool Enabled() const { return enabled_ && held_because_.empty(); }
     [[nodiscard]] bool Visible() const { return visible_; }
     void set_Caption(const std::string& text) { assign(caption_, text); }
+    void set_ToolTipText(const std::string& text) { assign(tool_tip_, text); }
     void set_Enabled(bool on) { assign(enabled_, on); }
     void set_Visible(bool on) { assign(visible_, on); }
     /// Disables the control, whatever its property says, and lets its tool tip tell the reason; an
@@ -84,6 +85,14 @@ class Control {
 class Label : public Control {
   public:
     using Control::Control;
+    /// Asks the front end to show the label as it is now, before work that lets no event run.
+    void Refresh() { refresh_.raise(); }
+    Subscription watch_refresh(std::function<void()> painter) {
+        return refresh_.subscribe(std::move(painter));
+    }
+
+  private:
+    Event<> refresh_;
 };
 
 /// A frame round other controls.

@@ -12,7 +12,10 @@ CarefulReply exchange_carefully(Link& link, const CarefulRequest& request) {
     const auto doubt = [&] { late.doubt(request.whom, link.countdowns().read_tick()); };
     CarefulReply result;
     for (bool again = false;; again = true) {
+        const unsigned long writes = link.writes();
         result.reply = request.exchange();
+        result.sent = again || link.writes() != writes;
+        if (!result.sent) return result;
         if (request.watches_stray_bytes && link.stray_bytes() > 0) {
             result.after_strays = true;
             late.met_stray_bytes(request.whom, link.countdowns().read_tick());

@@ -35,6 +35,8 @@ struct CarefulReply {
     bool unclear = false;
     /// Bytes stood on the line before the request.
     bool after_strays = false;
+    /// False when no port was open for the request: nobody was asked.
+    bool sent = true;
 };
 
 /// What to tell of an unclear reply.

@@ -74,6 +74,11 @@ std::string Link::exchange(std::int16_t channel, const std::string& command, flo
     const bool toggles = state.gRtsToggle[checked_index(channel, kChannelLimit)];
     const float settle = state.gCharTime[checked_index(channel, kChannelLimit)];
 
+    // Before the discarding: what comes while somebody is told is no part of the reply.
+    if (port.PortOpen()) {
+        ++writes_;
+        sending.raise();
+    }
     ErrorTrap trap(log_, dialogs_, "transmit");
     const auto guarded = [&](auto&& statement) {
         trap.run(statement,

@@ -62,6 +62,12 @@ class Link {
     std::string receive_reply(SerialPort& port, float char_time, float timeout_ms,
                               std::int16_t quiet_chars);
 
+    /// Raised by `transmit` before its bytes go out, when the port is open for them: whoever shows
+    /// that something is sent does it here. Whoever subscribes makes the exchange wait for it.
+    Event<> sending;
+    /// How often `transmit` has written to a port. Unchanged by one that found none open.
+    [[nodiscard]] unsigned long writes() const { return writes_; }
+
     /// How many bytes stood unread when the last `transmit` began: an answer that came too late or
     /// twice.
     [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
@@ -81,6 +87,7 @@ class Link {
     ErrorLog& log_;
     LineUser user_;
     std::size_t stray_bytes_ = 0;
+    unsigned long writes_ = 0;
     std::int16_t last_port_ = 0; // index of the object that the last `transmit` used
 };
 

@@ -152,7 +152,7 @@ bool print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment)
         return false;
     }
     environment.out << outcome.row->command << "\n";
-    if (outcome.kind == SendOutcome::Kind::NoReply) {
+    if (outcome.kind != SendOutcome::Kind::Done) {
         environment.err << "pelvan7: " << outcome.row->response << "\n";
         return false;
     }

@@ -68,6 +68,7 @@ TEST_F(SetupFile, AsksAtALineThatFails) {
         protocol::kModbus, "300\r\n300 1 2\r\n300 40000\r\nname value\r\n100 5\r\n65000 1\r\n");
     EXPECT_EQ(texts.size(), 7U);
     EXPECT_EQ(texts.at(3), "Line 4 failed:\nname value\n\nBad REGISTER entered.");
+    EXPECT_EQ(texts.at(5), "Line 6 failed:\n65000 1\n\nrefused: no such register (exception 2)");
     EXPECT_EQ(pairs().size(), 8U); // the others were refused before they were sent
     dialogs.answers = {Cancel};
     EXPECT_EQ(send_script(protocol::kXon, "= C1 3\r\n").at(0),

@@ -89,6 +89,37 @@ TEST_F(ConsoleTest, RepliesInEachFormatAndTheirLackInWords) {
     EXPECT_TRUE(send().ends_with(" > Broadcast: no controller answers."));
 }
 
+TEST_F(ConsoleTest, SaysSendingWhenItSendsAndWhatBecameOfIt) {
+    Texts told;
+    const Subscription captions =
+        console.lbl_Status.watch([&] { told.push_back(console.lbl_Status.Caption()); });
+    const Subscription painting = console.lbl_Status.watch_refresh(
+        [&] { told.push_back("painted before output " + std::to_string(port().outputs.size())); });
+    port().replies.push_back({{5, frame("01 83 02")}});
+    enter("2;1;100;2");
+    send();
+    EXPECT_EQ(told, (Texts{"Sending ...", "painted before output 0",
+                           "refused: no such register (exception 2)"}));
+    told.clear();
+    enter("2;248;100;2");
+    send();
+    EXPECT_EQ(told, Texts{"Bad ADDRESS entered."});
+    told.clear();
+    rebuild();
+    port().fail_next("PortOpen", 8002);
+    enter("2;1;100;2");
+    EXPECT_TRUE(send().ends_with(" > Not sent: the port is not open."));
+    EXPECT_EQ(told, Texts{"Not sent: the port is not open."});
+
+    for (int i = 0; i < 20; ++i)
+        ports[0]->fail_next("PortOpen", 8002);
+    using enum SendOutcome::Kind;
+    EXPECT_EQ(senders.text.send(TextProtocol::Full, {"1", "? C1"}).kind, NotSent);
+    EXPECT_EQ(senders.text.send(TextProtocol::Xon, {"", "? C1"}).kind, NotSent);
+    EXPECT_EQ(senders.tellura.send({"1", "01ca", "2", "", false, TelluraCheck::Bcc}).kind, NotSent);
+    EXPECT_FALSE(table.late_answers().any_doubtful(tick.now()));
+}
+
 TEST_F(ConsoleTest, AFullResponseThatTwiceLacksItsEndIsNoReply) {
     for (const char* answer : {"1^", "^", "{7", "}", "{7"})
         ports[0]->replies.push_back({{1, testing::wire(answer)}});

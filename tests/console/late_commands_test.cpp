@@ -79,7 +79,7 @@ TEST_F(LateCommandsTest, RepliesThatAreNoAnswerAreShownWithTheReason) {
         {2, "01 03 04 00 07 00 08", "7 8",
          "The reply holds another number of values than was asked for."},
         {2, "01 83 02", "Exception Error: 131 2",
-         "The controller refused the command with exception 2."},
+         "The controller refused the command: no such register (exception 2)."},
         {kWriteRegister, "01 06 01 2C 00 09", "300 9", "The reply does not repeat what was sent."},
         {kWriteRegister, "01 06 01 2D 00 01", "301 1", "The reply does not repeat what was sent."},
     };

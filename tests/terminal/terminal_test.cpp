@@ -17,7 +17,7 @@ TEST_F(TerminalTest, SendPrintsRequestAndReply) {
            "1 6 300 -15 201 139 \n1 6 300 -15 201 139 \n");
     expect("send --function 16 --register 500 --values 7,8 --format smart", 0, "500 7 8\n500 2\n");
     expect("send --register 65000 --format smart", 1, "65000 1\nException Error: 131 2\n",
-           "pelvan7: The controller refused the command with exception 2.\n");
+           "pelvan7: The controller refused the command: no such register (exception 2).\n");
     expect("send --address 0 --function 6 --values 1 --format smart", 0,
            "0 1\nBroadcast: no controller answers.\n");
     // The protocol that the user chose on the console stays the chosen one.
