@@ -21,7 +21,8 @@ int part_of(double share, int twips) {
 } // namespace
 
 MDIPelvan6::MDIPelvan6(Application& application)
-    : Form("MDIPelvan6", "Pelvan 7"), application_(application) {
+    : Form("MDIPelvan6", "Pelvan 7"), line(application, application.console, mnuPortSettings),
+      application_(application) {
     mnuWindow.children = {&mnuArrange, nullptr, &mnuShowConsole, &mnuShowCommand, &mnuShowResponse};
     menus = {&mnuTools, &mnuSettings};
     mnuTools.children.push_back(&mnuListen);
@@ -51,6 +52,8 @@ void MDIPelvan6::MDIForm_Load() {
     app.events.run([&] { app.history.frmCommand.Load(); });
     app.events.run([&] { app.history.frmResponse.Load(); });
     app.events.run([&] { arrange(); });
+    line.tmr_Line.start();
+    line.look();
     // Ready to type: Enter sends from there.
     app.console.focus_entry();
 }

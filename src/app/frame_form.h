@@ -2,6 +2,7 @@
 // of the three main windows, and what closing asks.
 #pragma once
 
+#include "app/line_panel.h"
 #include "forms/form.h"
 #include "platform/event.h"
 
@@ -38,6 +39,9 @@ class MDIPelvan6 : public Form {
     MenuEntry mnuShowConsole{"mnuShowConsole", "Command &Center", "Ctrl+1"};
     MenuEntry mnuShowCommand{"mnuShowCommand", "Command &History", "Ctrl+2"};
     MenuEntry mnuShowResponse{"mnuShowResponse", "Command &Response", "Ctrl+3"};
+
+    /// The status bar.
+    LinePanel line;
 
     /// Sets the help file, loads the console, then the two history windows, and arranges the three.
     void MDIForm_Load();

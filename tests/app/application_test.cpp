@@ -92,8 +92,31 @@ TEST_F(ApplicationTest, ReadsASimulatedControllerThatOutlivesTheRebuildingOfTheC
 TEST_F(ApplicationTest, AMissingDeviceIsSaidAndTheProgramGoesOn) {
     testing::configure_devices(dir, {"", dir.file("unplugged")});
     app.frame.Load();
-    EXPECT_EQ(send(2, "0", "1"), "No response from the controller at address 1.");
+    EXPECT_EQ(send(2, "0", "1"), "Not sent: the port is not open.");
     EXPECT_EQ(dialogs.texts().at(0), "INVALID PORT NUMBER");
+}
+
+TEST_F(ApplicationTest, TheStatusBarTellsTheChosenProtocolsLineAndWhatIsMissing) {
+    const LinePanel& panel = app.frame.line;
+    app.frame.Load();
+    EXPECT_EQ(panel.cmd_Line.Caption(), "No port for Modbus: F9 sets it up");
+    panel.cmd_Line.Click();
+    EXPECT_TRUE(app.comms_settings.Visible());
+    testing::configure_devices(dir, {"simulated:none", "simulated:742"});
+    for (const auto& [number, state] :
+         {std::pair{0, "Full | Port 1 | simulated:none | 9600,N,8,1 | not understood"},
+          {1, "Modbus | Port 2 | simulated:742 | 9600,N,8,1 | closed"}}) {
+        app.console.opt_Protocol.set_Value(number);
+        panel.tmr_Line.Tick();
+        EXPECT_EQ(panel.cmd_Line.Caption(), state);
+    }
+    send(2, "0", "1");
+    const LineClaim claim = app.transfer_link.claim();
+    EXPECT_EQ(panel.cmd_Line.Caption(), "Modbus | Port 2 | simulated:742 | 9600,N,8,1 | open | "
+                                        "in use by Save/Restore Setup");
+    EXPECT_FALSE(panel.lbl_BadChecksum.Visible());
+    app.console.mnuGenbadCS.choose();
+    EXPECT_TRUE(panel.lbl_BadChecksum.Visible());
 }
 
 TEST_F(ApplicationTest, AnErrorThatNobodyTrapsEndsItsHandlerWithAMessage) {

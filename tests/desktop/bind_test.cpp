@@ -89,6 +89,21 @@ TEST_F(BindTest, KeyDownIsToldPlainKeysAndKeepsThoseItHandles) {
     EXPECT_EQ(edit->cursorPosition(), 0);
 }
 
+TEST_F(BindTest, ALabelPaintsItselfAtOnceWhenItIsAskedTo) {
+    struct Painted : QLabel {
+        using QLabel::QLabel;
+        void paintEvent(QPaintEvent*) override { shown = text(); }
+        QString shown;
+    };
+    Label label("lbl_Status");
+    const testing::WidgetsEnd end{window_};
+    auto* widget = make<Painted>(label);
+    show_active();
+    label.set_Caption("Sending ...");
+    label.Refresh();
+    EXPECT_EQ(widget->shown, "Sending ...");
+}
+
 TEST_F(BindTest, LabelsButtonsCheckBoxesAndOptions) {
     Label label("Label1", "<b>3</b>");
     Button button("cmd_Send", "&Send");

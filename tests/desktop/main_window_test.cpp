@@ -130,8 +130,14 @@ TEST_F(MainWindowTest, EveryWindowAnswersItsHelpKeyAndUsesNoAccessKeyTwice) {
 
 TEST_F(MainWindowTest, SettingsHoldTheOtherWindowsUntilEscapeOrEnter) {
     EXPECT_EQ(find("frm_CommsSettings"), nullptr) << "made when it is first shown";
+    auto* line = find<QToolButton>("cmd_Line"); // in the status bar
+    EXPECT_EQ(line->text(), "Modbus | Port 2 | simulated:742 | 9600,N,8,1 | closed");
     for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
-        press(Qt::Key_F9);
+        if (key == Qt::Key_Escape)
+            press(Qt::Key_F9);
+        else
+            QTest::mouseClick(line, Qt::LeftButton);
+        testing::run_events();
         EXPECT_TRUE(find("frm_CommsSettings")->isVisible());
         EXPECT_FALSE(find("frmResponse")->isEnabled());
         if (key == Qt::Key_Return)

@@ -84,11 +84,23 @@ class OptionBinding : public QObject {
     Subscription focus_ = model_.watch_focus([this](bool& moved) { move_focus(moved); });
 };
 
+/// A label whose widget can be told to paint itself at once.
+class LabelBinding : public Binding {
+  public:
+    LabelBinding(const BindContext& context, Label& model, QLabel* label)
+        : Binding(context, model, label,
+                  [&model, label] { label->setText(to_qt(model.Caption())); }),
+          refresh_(model.watch_refresh([label] { label->repaint(); })) {}
+
+  private:
+    Subscription refresh_;
+};
+
 } // namespace
 
 void bind(const BindContext& context, Label& model, QLabel* label) {
     label->setTextFormat(Qt::PlainText);
-    new Binding(context, model, label, [&model, label] { label->setText(to_qt(model.Caption())); });
+    new LabelBinding(context, model, label);
 }
 
 void bind(const BindContext& context, Frame& model, QGroupBox* box) {

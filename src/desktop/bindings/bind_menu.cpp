@@ -20,7 +20,6 @@ class ActionBinding : public QObject {
     void show(QAction& action) {
         action.setText(to_qt(entry_.Caption()));
         action.setToolTip(plain_tip(entry_.ToolTipText()));
-        action.setStatusTip(to_qt(entry_.ToolTipText()));
         action.setEnabled(entry_.Enabled());
         action.setVisible(entry_.Visible());
         action.setCheckable(entry_.checkable() || entry_.Checked());

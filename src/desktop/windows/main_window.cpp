@@ -14,6 +14,7 @@
 #include "desktop/windows/logging_window.h"
 #include "desktop/windows/profile_window.h"
 #include "desktop/windows/settings_window.h"
+#include "desktop/windows/status_bar.h"
 #include "desktop/windows/transfer_window.h"
 
 namespace pelvan::desktop {
@@ -38,6 +39,7 @@ MainWindow::MainWindow(const std::string& directory)
       frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame, desktop_)) {
     Application& app = application_;
     watch_ports();
+    add_status_bar(frame_->context(), app.frame.line, *frame_);
     // Closing the console alone ends the program at once: no questions, no saving.
     console_closed_ = app.console.closed.subscribe([&app] {
         app.transfer.cancel_transfer();

@@ -1,0 +1,39 @@
+// The frame's status bar: the line of the protocol that is chosen on the console and how it is
+// doing, whoever uses it, and what makes requests go out wrong on purpose. Brought up to date twice
+// a second, so that an adapter that is pulled or plugged in shows.
+#pragma once
+
+#include <vector>
+
+#include "forms/controls.h"
+#include "serial/line_status.h"
+
+namespace pelvan {
+
+class Core;
+class frm_Pelvan5VB;
+
+class LinePanel {
+  public:
+    /// All are borrowed; `port_settings` is what a press on the line leads to.
+    LinePanel(Core& core, frm_Pelvan5VB& console, MenuEntry& port_settings);
+
+    /// The line in words.
+    Button cmd_Line{"cmd_Line"};
+    /// There while requests go out with a wrong check.
+    Label lbl_BadChecksum{"lbl_BadChecksum", "Generate Bad Checksum is on"};
+    /// Runs from the start-up on.
+    Timer tmr_Line{"tmr_Line"};
+
+    /// Looks at the line and shows it.
+    void look();
+
+  private:
+    void show_checksum();
+
+    frm_Pelvan5VB& console_;
+    LineObserver observer_;
+    std::vector<Subscription> changes_;
+};
+
+} // namespace pelvan

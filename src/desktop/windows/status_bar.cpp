@@ -1,0 +1,45 @@
+#include "desktop/windows/status_bar.h"
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QStatusBar>
+#include <QStyleOptionToolButton>
+#include <QTimer>
+#include <QToolButton>
+
+namespace pelvan::desktop {
+namespace {
+
+constexpr int kTextMargin = 4;
+
+/// A flat button that makes no window wider: what has no room of its text is left out.
+class ElidedButton : public QToolButton {
+  public:
+    ElidedButton() {
+        setAutoRaise(true);
+        setFocusPolicy(Qt::NoFocus); // a key leads there, too, and typing goes on where it was
+        setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+    }
+    QSize minimumSizeHint() const override { return {0, QToolButton::minimumSizeHint().height()}; }
+
+  protected:
+    void initStyleOption(QStyleOptionToolButton* option) const override {
+        QToolButton::initStyleOption(option);
+        const int room = width() - 2 * style()->pixelMetric(QStyle::PM_ButtonMargin, option, this);
+        option->text = fontMetrics().elidedText(option->text, Qt::ElideRight, room);
+    }
+};
+
+} // namespace
+
+void add_status_bar(const BindContext& context, LinePanel& panel, QMainWindow& window) {
+    QStatusBar* bar = window.statusBar();
+    bar->addWidget(bound<ElidedButton>(context, panel.cmd_Line));
+    auto* checksum = bound<QLabel>(context, panel.lbl_BadChecksum);
+    checksum->setMargin(kTextMargin);
+    bar->addPermanentWidget(checksum);
+    // A moment earlier or later is no matter, and spares the machine wake-ups.
+    bind(context, panel.tmr_Line)->setTimerType(Qt::CoarseTimer);
+}
+
+} // namespace pelvan::desktop
