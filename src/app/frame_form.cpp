@@ -21,7 +21,7 @@ int part_of(double share, int twips) {
 } // namespace
 
 MDIPelvan6::MDIPelvan6(Application& application)
-    : Form("MDIPelvan6", "Pelvan 7"), line(application, application.console, mnuPortSettings),
+    : Form("MDIPelvan6", "Pelvan 7"), line(application, mnuPortSettings),
       application_(application) {
     mnuWindow.children = {&mnuArrange, nullptr, &mnuShowConsole, &mnuShowCommand, &mnuShowResponse};
     menus = {&mnuTools, &mnuSettings};

@@ -1,7 +1,6 @@
 #include "app/line_panel.h"
 
-#include "app/core.h"
-#include "console/console_form.h"
+#include "app/application.h"
 #include "platform/serial_devices.h"
 
 namespace pelvan {
@@ -16,29 +15,48 @@ std::string device_trouble(const std::string& device) {
     return state == DeviceState::Openable ? "" : device_state_text(state, device);
 }
 
+/// A tool that comes back to the line again and again, or hears all of it, and keeps nobody out
+/// meanwhile.
+std::string tool_at_work(const Application& app, int port) {
+    const auto& devices = app.session.serial.gCommDevice;
+    constexpr std::size_t kModbus{kModbusChannel};
+    if (devices.size() > kModbus && devices[kModbus]->CommPort() == port) {
+        const DataLogger& logger = app.data_logger;
+        if (logger.timer().running() || logger.in_pass()) return app.logging_link.user();
+        if (app.profile_logic.run.watching()) return app.profile_link.user();
+    }
+    const ListenState& listen = app.session.listen;
+    const bool heard = listen.gListening && listen.gListenDevice != nullptr &&
+                       listen.gListenDevice->CommPort() == port;
+    return heard ? app.listen_link.user() : std::string();
+}
+
 } // namespace
 
-LinePanel::LinePanel(Core& core, frm_Pelvan5VB& console, MenuEntry& port_settings)
-    : console_(console), observer_(core.channels, core.session.config, device_trouble) {
+LinePanel::LinePanel(Application& application, MenuEntry& port_settings)
+    : application_(application),
+      observer_(application.channels, application.session.config, device_trouble) {
+    frm_Pelvan5VB& console = application.console;
     cmd_Line.Click = [&port_settings] { port_settings.choose(); };
     tmr_Line.set_Interval(kLookEveryMs);
     tmr_Line.Tick = [this] { look(); };
-    changes_.push_back(core.channels.line_use().changed.subscribe([this] { look(); }));
+    changes_.push_back(application.channels.line_use().changed.subscribe([this] { look(); }));
     changes_.push_back(console.opt_Protocol.watch([this] { look(); }));
     changes_.push_back(console.chk_GenerateBadChecksum.watch([this] { show_checksum(); }));
     show_checksum();
 }
 
 void LinePanel::look() {
-    const OptionGroup& protocols = console_.opt_Protocol;
-    const LineStatus status = observer_.look(protocols.Value());
+    const OptionGroup& protocols = application_.console.opt_Protocol;
+    LineStatus status = observer_.look(protocols.Value());
+    if (status.user.empty()) status.user = tool_at_work(application_, status.port);
     cmd_Line.set_Caption(line_text(protocols.option(protocols.Value()).caption, status));
     const std::string device = status.device.empty() ? "" : status.device + ". ";
     cmd_Line.set_ToolTipText(device + "Click or F9: Port Settings.");
 }
 
 void LinePanel::show_checksum() {
-    lbl_BadChecksum.set_Visible(console_.chk_GenerateBadChecksum.checked());
+    lbl_BadChecksum.set_Visible(application_.console.chk_GenerateBadChecksum.checked());
 }
 
 } // namespace pelvan

@@ -10,13 +10,12 @@
 
 namespace pelvan {
 
-class Core;
-class frm_Pelvan5VB;
+class Application;
 
 class LinePanel {
   public:
-    /// All are borrowed; `port_settings` is what a press on the line leads to.
-    LinePanel(Core& core, frm_Pelvan5VB& console, MenuEntry& port_settings);
+    /// Both are borrowed; `port_settings` is what a press on the line leads to.
+    LinePanel(Application& application, MenuEntry& port_settings);
 
     /// The line in words.
     Button cmd_Line{"cmd_Line"};
@@ -31,7 +30,7 @@ class LinePanel {
   private:
     void show_checksum();
 
-    frm_Pelvan5VB& console_;
+    Application& application_;
     LineObserver observer_;
     std::vector<Subscription> changes_;
 };

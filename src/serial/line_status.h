@@ -21,7 +21,7 @@ struct LineStatus {
     std::string settings;
     std::string
         trouble;      // why it cannot be opened: "not there", "no permission: join group dialout"
-    std::string user; // the tool that has claimed the lines, empty when none has
+    std::string user; // the tool that uses it, empty when none does
 };
 
 /// "Modbus | Port 3 | ttyUSB0 | 9600,N,8,1 | open | in use by Data Logging", or what is missing.

@@ -37,6 +37,9 @@ class Link {
     /// empty. Whoever can tell it better than a message box does looks here before `transmit`.
     [[nodiscard]] std::string refusal() const { return channels_.line_use().refusal(&user_); }
 
+    /// The tool's name.
+    [[nodiscard]] const std::string& user() const { return user_.name; }
+
     /// Sends the framed bytes and returns what arrives, empty when nothing does.
     ///
     /// Blocks, without yielding, up to `timeout_ms` plus the quiet pause (and the RTS hold). The

@@ -111,9 +111,20 @@ TEST_F(ApplicationTest, TheStatusBarTellsTheChosenProtocolsLineAndWhatIsMissing)
         EXPECT_EQ(panel.cmd_Line.Caption(), state);
     }
     send(2, "0", "1");
-    const LineClaim claim = app.transfer_link.claim();
-    EXPECT_EQ(panel.cmd_Line.Caption(), "Modbus | Port 2 | simulated:742 | 9600,N,8,1 | open | "
-                                        "in use by Save/Restore Setup");
+    const auto user = [&] { // of the port that is open now
+        panel.tmr_Line.Tick();
+        const std::string& text = panel.cmd_Line.Caption();
+        return text.substr(text.find("open") + 4);
+    };
+    EXPECT_EQ(user(), "");
+    app.data_logger.start();
+    EXPECT_EQ(user(), " | in use by Data Logging");
+    LineClaim claim = app.transfer_link.claim();
+    EXPECT_EQ(user(), " | in use by Save/Restore Setup");
+    claim.release();
+    app.data_logger.stop();
+    app.listen_monitor.ListenStart(1);
+    EXPECT_EQ(user(), " | in use by Listening Mode");
     EXPECT_FALSE(panel.lbl_BadChecksum.Visible());
     app.console.mnuGenbadCS.choose();
     EXPECT_TRUE(panel.lbl_BadChecksum.Visible());

@@ -41,6 +41,12 @@ TEST_F(TerminalTest, FailuresAreOneLineAndAnExitCode) {
         "--directory /no/such/place ports->");
 }
 
+TEST_F(TerminalTest, ACommandThatNoPortWasOpenForIsToldAsNotSent) {
+    configure(dir.file("unplugged"));
+    EXPECT_EQ(run("send"), exit_code::kFailed);
+    EXPECT_TRUE(err.str().ends_with("pelvan7: Not sent: the port is not open.\n")) << err.str();
+}
+
 TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
     testing::write_file(dir.file("pelvan7.ini"), "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=17\r\n");
     expect("send", exit_code::kFailed, "",
