@@ -111,6 +111,12 @@ std::string LinePort::Input() {
     return std::exchange(received_, {});
 }
 
+void LinePort::wait_for_input(double timeout_ms) {
+    require_open();
+    pump();
+    if (received_.empty() && line_) line_->wait_for_input(timeout_ms);
+}
+
 void LinePort::set_Output(const std::string& bytes) {
     require_open();
     input_taken_ = false;

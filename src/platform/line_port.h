@@ -41,6 +41,7 @@ class LinePort : public SerialPort {
     long InBufferCount() override;
     void set_InBufferCount(long zero) override;
     std::string Input() override;
+    void wait_for_input(double timeout_ms) override;
     void set_Output(const std::string& bytes) override;
     std::int16_t RThreshold() const override { return threshold_; }
     void set_RThreshold(std::int16_t count) override;

@@ -11,6 +11,7 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -89,6 +90,7 @@ class LinuxSerialLine : public SerialLine {
     }
 
     bool read_into(std::string& buffer) override;
+    void wait_for_input(double timeout_ms) override;
     void discard_input() override {
         if (device_.control(TCFLSH, TCIFLUSH) < 0) fail(SerialOperation::Write);
     }
@@ -186,6 +188,13 @@ bool LinuxSerialLine::read_into(std::string& buffer) {
         if (static_cast<std::size_t>(count) < chunk.size()) break;
     }
     return true;
+}
+
+void LinuxSerialLine::wait_for_input(double timeout_ms) {
+    const auto nanoseconds = std::llround(std::max(timeout_ms, 0.0) * 1e6);
+    const timespec time{nanoseconds / 1'000'000'000, nanoseconds % 1'000'000'000};
+    pollfd watched{device_.get(), POLLIN, 0};
+    static_cast<void>(::ppoll(&watched, 1, &time, nullptr)); // a lost line shows in the next read
 }
 
 void LinuxSerialLine::write(const std::string& bytes) {

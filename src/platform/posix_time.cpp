@@ -1,6 +1,7 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
+#include <thread>
 
 #include "platform/tick.h"
 
@@ -17,6 +18,13 @@ class SystemTick : public TickSource {
         const auto since_start = std::chrono::steady_clock::now() - kProgramStart;
         return static_cast<std::uint32_t>(
             std::chrono::duration_cast<std::chrono::milliseconds>(since_start).count());
+    }
+    double precise_ms() override {
+        const auto since_start = std::chrono::steady_clock::now() - kProgramStart;
+        return std::chrono::duration<double, std::milli>(since_start).count();
+    }
+    void sleep_for_ms(double ms) override {
+        std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(ms));
     }
 };
 

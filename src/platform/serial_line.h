@@ -34,6 +34,9 @@ class SerialLine {
 
     /// Appends what has arrived since the last call; never blocks. False when the line is gone.
     virtual bool read_into(std::string& buffer) = 0;
+    /// Sleeps until something arrives, the line is gone or the time is over; a signal may end it
+    /// sooner. Returns at once when something has arrived already.
+    virtual void wait_for_input(double timeout_ms) = 0;
     /// Forgets what has arrived and was not read; 57 when the line is gone.
     virtual void discard_input() = 0;
     /// Returns when the system has every byte; 57 when the line is gone or takes no more.

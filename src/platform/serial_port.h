@@ -64,6 +64,10 @@ class SerialPort {
     /// Takes all bytes waiting; empty when none. Errors as `InBufferCount`.
     virtual std::string Input() = 0;
 
+    /// Sleeps until bytes wait, the line is lost or the time is over; a signal may end it sooner.
+    /// 8018 while closed.
+    virtual void wait_for_input(double timeout_ms) = 0;
+
     /// Returns as soon as the system has all bytes, at the latest after their wire time + 2 s (57).
     virtual void set_Output(const std::string& bytes) = 0;
 

@@ -16,6 +16,11 @@ class TickSource {
 
     /// Milliseconds since some moment; wraps to 0 after 4294967295. Never blocks.
     virtual std::uint32_t timeGetTime() = 0;
+
+    /// Milliseconds with their fraction since some moment; neither wraps nor goes back.
+    virtual double precise_ms() = 0;
+    /// Blocks for so long without using the processor.
+    virtual void sleep_for_ms(double ms) = 0;
 };
 
 /// Milliseconds from one reading of the tick to a later one, across a wrap (not across two).

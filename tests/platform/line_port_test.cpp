@@ -16,6 +16,7 @@ class LinePortTest : public ::testing::Test {
             buffer += std::exchange(far_end.arriving, {});
             return !far_end.gone;
         }
+        void wait_for_input(double) override {}
         void discard_input() override { far_end.arriving.clear(); }
         void write(const std::string&) override {
             if (far_end.stopped) throw RunTimeError(57);

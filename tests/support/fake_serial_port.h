@@ -60,6 +60,7 @@ class FakeSerialPort : public SerialPort {
     bool lost() override { return open_ && line_lost; }
     long InBufferCount() override {
         use("InBufferCount");
+        if (line_lost && arrived().empty()) throw RunTimeError(error_number::kCannotReadDevice);
         return static_cast<long>(arrived().size());
     }
     void set_InBufferCount(long) override {
@@ -71,6 +72,13 @@ class FakeSerialPort : public SerialPort {
     std::string Input() override {
         use("Input");
         return std::exchange(arrived(), {});
+    }
+    void wait_for_input(double timeout_ms) override {
+        use("wait");
+        if (line_lost || !arrived().empty()) return;
+        const double next_ms =
+            coming_.empty() ? timeout_ms : coming_.front().after_ms - tick_.now();
+        tick_.sleep_for_ms(std::min(next_ms, timeout_ms));
     }
     void set_Output(const std::string& bytes) override {
         use("Output");

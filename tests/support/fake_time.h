@@ -1,6 +1,7 @@
 // A tick that moves a little at every reading, so that busy waits end in microseconds of real time.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 #include "platform/tick.h"
@@ -15,6 +16,8 @@ class FakeTick : public TickSource {
         now_ms_ += step_ms;
         return wrapped();
     }
+    double precise_ms() override { return now_ms_ += 0.001; }
+    void sleep_for_ms(double ms) override { now_ms_ += std::max(ms, 0.001); }
     /// Time that passed since the first moment, without moving it.
     [[nodiscard]] double now() const { return now_ms_; }
     void advance(double ms) { now_ms_ += ms; }

@@ -15,6 +15,11 @@ double character_ms(const LineSettings& settings) {
 
 } // namespace
 
+void LineClock::sleep_until(double moment_ms, double timeout_ms) {
+    const double left_ms = moment_ms < 0 ? timeout_ms : std::min(moment_ms - now_ms(), timeout_ms);
+    if (left_ms > 0) tick_.sleep_for_ms(left_ms);
+}
+
 SimulatedLine::SimulatedLine(std::shared_ptr<LineClock> clock, std::shared_ptr<Station> station,
                              const LineSettings& settings)
     : clock_(std::move(clock)), wire_(std::move(station), character_ms(settings)),
@@ -25,6 +30,10 @@ bool SimulatedLine::read_into(std::string& buffer) {
         if (!xon_xoff_ || (value != kXon && value != kXoff)) buffer += value;
     }
     return true;
+}
+
+void SimulatedLine::wait_for_input(double timeout_ms) {
+    clock_->sleep_until(wire_.next_ms(), timeout_ms);
 }
 
 void SimulatedLine::discard_input() {
@@ -42,6 +51,10 @@ LoopbackLine::LoopbackLine(std::shared_ptr<LineClock> clock, std::shared_ptr<con
 bool LoopbackLine::read_into(std::string& buffer) {
     buffer += echo_.take(clock_->now_ms());
     return true;
+}
+
+void LoopbackLine::wait_for_input(double timeout_ms) {
+    clock_->sleep_until(echo_.empty() ? -1 : echo_.next_ms(), timeout_ms);
 }
 
 void LoopbackLine::discard_input() {

@@ -17,6 +17,8 @@ class LineClock {
   public:
     explicit LineClock(TickSource& tick) : tick_(tick) { time_.start(tick.timeGetTime(), 0); }
     double now_ms() { return time_.at(tick_.timeGetTime()); }
+    /// Sleeps until a moment (a negative one never comes), for `timeout_ms` at most.
+    void sleep_until(double moment_ms, double timeout_ms);
 
   private:
     TickSource& tick_;
@@ -29,6 +31,7 @@ class SimulatedLine : public SerialLine {
                   const LineSettings& settings);
 
     bool read_into(std::string& buffer) override;
+    void wait_for_input(double timeout_ms) override;
     void discard_input() override;
     void write(const std::string& bytes) override;
     void set_rts(bool) override {}
@@ -48,6 +51,7 @@ class LoopbackLine : public SerialLine {
                  const LineSettings& settings);
 
     bool read_into(std::string& buffer) override;
+    void wait_for_input(double timeout_ms) override;
     void discard_input() override;
     void write(const std::string& bytes) override;
     void set_rts(bool) override {}
