@@ -1,0 +1,36 @@
+#include "protocols/modbus/whole_reply.h"
+
+#include "protocols/modbus/crc.h"
+#include "protocols/modbus/frame_length.h"
+#include "protocols/modbus/function_codes.h"
+
+namespace pelvan {
+namespace {
+
+constexpr unsigned kExceptionBit = 0x80;
+constexpr std::size_t kHead = 2; // address and function
+
+unsigned function_of(std::string_view frame) {
+    return static_cast<unsigned char>(frame[1]);
+}
+
+std::size_t length_of(std::string_view request, std::string_view received) {
+    // The data of a test come back as they are, and say nothing of their length.
+    const auto family = function_family(static_cast<int>(function_of(received)));
+    if (family == FunctionFamily::kLoopBack) return request.size();
+    const ExpectedLength expected = expected_reply_length(received);
+    return expected.known() ? expected.bytes : 0;
+}
+
+} // namespace
+
+bool is_whole_reply(std::string_view request, std::string_view received) {
+    if (request.size() < kHead || received.size() < kHead || received[0] != request[0])
+        return false;
+    const unsigned function = function_of(request);
+    if (function_of(received) != function && function_of(received) != (function | kExceptionBit))
+        return false;
+    return received.size() == length_of(request, received) && has_valid_crc(received);
+}
+
+} // namespace pelvan
