@@ -40,6 +40,9 @@ std::string port_setting(int channel) {
 std::string rts_mode(int channel) {
     return device_key(channel, " RTS Mode ");
 }
+std::string exchange(int channel) {
+    return device_key(channel, " EXCHANGE");
+}
 std::string serial_device(int port_number) {
     return "PORT " + std::to_string(port_number);
 }

@@ -36,6 +36,8 @@ inline constexpr char kDevicesSection[] = "SERIAL DEVICES";
 [[nodiscard]] std::string comm_port(int channel);
 [[nodiscard]] std::string port_setting(int channel);
 [[nodiscard]] std::string rts_mode(int channel);
+/// "DEVICE 0 EXCHANGE".
+[[nodiscard]] std::string exchange(int channel);
 /// "PORT 3" in section "SERIAL DEVICES".
 [[nodiscard]] std::string serial_device(int port_number);
 } // namespace ini_key

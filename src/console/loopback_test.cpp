@@ -31,7 +31,9 @@ bool verify_port(Link& link, Clock& clock, std::int16_t channel, LoopbackListene
     const auto comes_back = [&](const char* text) {
         listener.sending();
         ExchangeTimes times(link.countdowns(), clock);
-        const std::string received = link.transmit(channel, text, kTimeoutMs, kQuietChars);
+        const std::string received =
+            link.transmit(channel, text, kTimeoutMs, kQuietChars,
+                          [&](std::string_view echo) { return echo == text; });
         times.end();
         listener.exchanged(times.row(text, received));
         return received == text;

@@ -1,6 +1,7 @@
 #include "console/modbus_sender.h"
 
 #include "protocols/modbus/crc.h"
+#include "protocols/modbus/whole_reply.h"
 
 namespace pelvan {
 
@@ -43,8 +44,9 @@ CarefulReply ModbusSender::exchange(const std::string& frame, ExchangeTimes& tim
     request.repeatable = is_read(frame);
     request.watches_stray_bytes = true;
     request.exchange = [&] {
-        std::string reply =
-            link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
+        std::string reply = link_.transmit(
+            kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars,
+            [&](std::string_view received) { return is_whole_reply(frame, received); });
         times.end();
         return reply;
     };

@@ -35,6 +35,10 @@ bool owes_an_answer(const std::string& result) {
     return says_nothing_came(result) || lacks_acknowledgement(result);
 }
 
+bool ends_line(std::string_view received) {
+    return received.ends_with('\r') || received.ends_with('\n');
+}
+
 bool is_command(const std::string& text) {
     return text.starts_with('?') || text.starts_with('=');
 }
@@ -104,7 +108,7 @@ SendOutcome TextSender::send_xon(const std::string& command) {
     request.repeatable = command.starts_with('?');
     request.exchange = [&] {
         std::string reply =
-            link_.transmit(kXonChannel, command + "\r", kXonTimeoutMs, kXonQuietChars);
+            link_.transmit(kXonChannel, command + "\r", kXonTimeoutMs, kXonQuietChars, ends_line);
         times.end();
         return reply;
     };

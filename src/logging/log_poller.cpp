@@ -3,6 +3,7 @@
 #include "logging/row_value.h"
 #include "platform/run_time_error.h"
 #include "protocols/modbus/crc.h"
+#include "protocols/modbus/whole_reply.h"
 #include "serial/careful_exchange.h"
 
 namespace pelvan {
@@ -65,7 +66,9 @@ LogReading LogPoller::exchange(const std::string& frame) {
     request.repeatable = is_read(frame);
     request.watches_stray_bytes = true;
     request.exchange = [&] {
-        return link_.transmit(kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars);
+        return link_.transmit(
+            kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars,
+            [&](std::string_view received) { return is_whole_reply(frame, received); });
     };
     request.fit = [&](const std::string& reply) { return fit_of(frame, reply); };
     const CarefulReply heard = exchange_carefully(link_, request);

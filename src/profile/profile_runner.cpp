@@ -6,6 +6,7 @@
 
 #include "profile/profile_difference.h"
 #include "protocols/modbus/crc.h"
+#include "protocols/modbus/whole_reply.h"
 #include "registers/setup_file.h"
 
 namespace pelvan {
@@ -193,9 +194,12 @@ ProfileRunner::Answer ProfileRunner::exchange(std::int16_t function, int first, 
     const std::string request =
         modbus_.ModbusBuildRequest(function, address_.number(), static_cast<float>(first), list);
     if (is_refusal(request)) return {Verdict::Refused, {}, request};
-    Answer answer = judged(
-        request, link_.transmit(kModbusChannel, request, kModbusTimeoutMs, kModbusQuietChars),
-        values);
+    Answer answer =
+        judged(request,
+               link_.transmit(
+                   kModbusChannel, request, kModbusTimeoutMs, kModbusQuietChars,
+                   [&](std::string_view received) { return is_whole_reply(request, received); }),
+               values);
     // The answer may still come, and must not be taken for that to the next request.
     if (answer.verdict == Verdict::NoReply || answer.verdict == Verdict::Damaged)
         link_.let_fall_silent();

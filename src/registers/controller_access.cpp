@@ -4,6 +4,7 @@
 
 #include "platform/run_time_error.h"
 #include "protocols/modbus/crc.h"
+#include "protocols/modbus/whole_reply.h"
 #include "registers/setup_file.h"
 #include "text/numbers.h"
 #include "text/strings.h"
@@ -91,16 +92,23 @@ void ControllerAccess::await_silence(const std::string& next) {
 /// False when the line did not fall silent.
 bool ControllerAccess::fall_silent() {
     const Silence silence = link_.let_fall_silent();
-    if (balance_.surplus(silence.discarded) && std::exchange(in_step_, false))
+    check_surplus(silence.discarded);
+    return silence.silent;
+}
+
+void ControllerAccess::check_surplus(std::size_t discarded) {
+    if (balance_.surplus(discarded) && std::exchange(in_step_, false))
         errors_.list("A reply came twice: from here on values may be those of other registers",
                      first_unsure_, std::string());
-    return silence.silent;
 }
 
 std::string ControllerAccess::send(const std::string& frame) {
     await_silence(frame);
     if (std::exchange(settled_, false)) first_unsure_ = register_in(frame);
-    std::string reply = link_.transmit(kModbusChannel, frame, kReplyWaitMs, kModbusQuietChars);
+    std::string reply =
+        link_.transmit(kModbusChannel, frame, kReplyWaitMs, kModbusQuietChars,
+                       [&](std::string_view received) { return is_whole_reply(frame, received); });
+    if (link_.answered_twice()) check_surplus(link_.stray_bytes());
     const bool sound = answers(reply, frame) && has_valid_crc(reply);
     balance_.exchanged(longest_reply(frame), reply.size(), sound);
     if (!sound) doubtful_ = frame;

@@ -155,6 +155,7 @@ class ControllerAccess {
     [[nodiscard]] std::string request(std::int16_t function, float register_number, float value);
     void await_silence(const std::string& next);
     [[nodiscard]] bool fall_silent();
+    void check_surplus(std::size_t discarded);
     [[nodiscard]] bool is_same_controller();
     [[nodiscard]] std::string send(const std::string& frame);
     [[nodiscard]] std::string send_until_answered(const std::string& frame);

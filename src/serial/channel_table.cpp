@@ -156,6 +156,8 @@ void ChannelTable::follow_up_rebuild() {
 void ChannelTable::rebuild() {
     before_rebuild.raise();
     state_.gCommDevice.clear();
+    ways_ = {};
+    records_ = {};
     comms_.unload();
     comms_.load();
     int n = 0;
@@ -194,7 +196,18 @@ bool ChannelTable::build_channel(int n) {
     state_.gCommDevice.push_back(&device);
     define_comms_control(static_cast<std::int16_t>(n), port, settings, rts_mode);
     set_settle_time(n, settings);
+    ways_[static_cast<std::size_t>(n)] = pelvan::exchange_way(
+        ini_read_string(ini_key::kCommsSection, ini_key::exchange(n), {}, config_.gIniFile),
+        settings);
     return true;
+}
+
+const ExchangeWay& ChannelTable::exchange_way(std::int16_t channel) const {
+    return ways_[checked_index(channel, ways_.size())];
+}
+
+LineRecord& ChannelTable::line_record(std::int16_t port_index) {
+    return records_[checked_index(port_index, records_.size())];
 }
 
 void ChannelTable::set_settle_time(int channel, const std::string& settings) {
@@ -235,7 +248,7 @@ void ChannelTable::apply_mode(std::int16_t channel, const std::string& rts_mode)
     }
 }
 
-std::int16_t ChannelTable::open_port(std::int16_t& channel) {
+std::int16_t ChannelTable::open_port(std::int16_t& channel, bool for_exchange) {
     std::int16_t target = -1;
     keep_ports([&] {
         if (channel < 0 || channel >= static_cast<int>(state_.gCommDevice.size())) {
@@ -243,12 +256,12 @@ std::int16_t ChannelTable::open_port(std::int16_t& channel) {
                 "This device/protocol has not been initialized. Check Pelvax6.ini.");
             channel = 0;
         }
-        target = open_target(channel);
+        target = open_target(channel, for_exchange);
     });
     return target;
 }
 
-std::int16_t ChannelTable::open_target(std::int16_t channel) {
+std::int16_t ChannelTable::open_target(std::int16_t channel, bool for_exchange) {
     const auto& devices = state_.gCommDevice;
     std::int16_t target = channel;
     std::int16_t port_number = 0;
@@ -267,6 +280,7 @@ std::int16_t ChannelTable::open_target(std::int16_t channel) {
     if (!port) return -1;
     bool was_lost = false;
     if (!trap.run([&] { open_or_reopen(*port, was_lost); }, table)) return target;
+    if (for_exchange && exchange_way(channel).complete) return target;
     stray_bytes_ = waiting_bytes(*port);
     trap.run([&] { port->set_InBufferCount(0); }, table);
     return target;

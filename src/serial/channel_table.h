@@ -13,6 +13,7 @@
 #include "platform/event.h"
 #include "platform/scope_guard.h"
 #include "serial/errors.h"
+#include "serial/frame_exchange.h"
 #include "serial/late_answers.h"
 #include "serial/line_use.h"
 #include "serial/serial_state.h"
@@ -64,7 +65,10 @@ class ChannelTable {
     /// A port whose line was lost is opened again; 8020 when its device is still gone. An unknown
     /// channel becomes 0, in the caller's variable too. Errors are shown, not raised.
     /// -1 while the table is empty, as it is while a rebuild waits at its first message.
-    std::int16_t open_port(std::int16_t& channel);
+    ///
+    /// `for_exchange`: where replies end with their frame nothing is discarded, for the exchange
+    /// looks at what it takes out of the port.
+    std::int16_t open_port(std::int16_t& channel, bool for_exchange = false);
     /// How many bytes nobody had asked for stood in the port when `open_port` emptied it last.
     [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
 
@@ -80,6 +84,10 @@ class ChannelTable {
     }
 
     [[nodiscard]] SerialState& state() { return state_; }
+    /// How a channel exchanges; 9 outside 0..3.
+    [[nodiscard]] const ExchangeWay& exchange_way(std::int16_t channel) const;
+    /// What is remembered of a port object since the table was built; 9 outside 0..3.
+    [[nodiscard]] LineRecord& line_record(std::int16_t port_index);
     [[nodiscard]] LineUse& line_use() { return line_use_; }
     [[nodiscard]] LateAnswers& late_answers() { return late_answers_; }
     /// Raised at the beginning of every rebuild, while the old ports still stand.
@@ -90,7 +98,7 @@ class ChannelTable {
   private:
     void rebuild();
     void follow_up_rebuild();
-    std::int16_t open_target(std::int16_t channel);
+    std::int16_t open_target(std::int16_t channel, bool for_exchange);
     [[nodiscard]] bool build_channel(int n);
     void set_settle_time(int channel, const std::string& settings);
     void apply_mode(std::int16_t channel, const std::string& rts_mode);
@@ -103,6 +111,8 @@ class ChannelTable {
     ErrorLog& log_;
     LineUse line_use_;
     LateAnswers late_answers_;
+    std::array<ExchangeWay, kChannelLimit> ways_{};
+    std::array<LineRecord, kChannelLimit> records_{};
     std::size_t stray_bytes_ = 0;
     int keepers_ = 0; // exchanges and rebuilds under way, one in a message box of the other
     bool rebuild_wanted_ = false;

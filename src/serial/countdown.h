@@ -18,6 +18,8 @@ class CountdownPool {
     /// Also stores the tick in `gLastTick`.
     double read_tick();
 
+    [[nodiscard]] TickSource& tick() { return tick_; }
+
     /// Blocks, without yielding, until the time has passed.
     void wait(float duration_ms);
 

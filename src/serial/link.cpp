@@ -9,6 +9,7 @@ namespace {
 /// A controller that has said nothing for so long says nothing any more.
 constexpr float kSilenceMs = 250;
 constexpr float kMaxSilenceWaitMs = 1000;
+constexpr double kSilenceCheckMs = 10; // between looks at the tick by who sleeps
 
 /// More than any device can send within a time-out of ten seconds; what follows stays in the port.
 constexpr std::size_t kMaxReplyBytes = std::size_t{1} << 20;
@@ -55,24 +56,30 @@ bool Link::refused() {
 }
 
 std::string Link::transmit(std::int16_t channel, const std::string& command, float timeout_ms,
-                           std::int16_t quiet_chars) {
+                           std::int16_t quiet_chars, const IsWhole& is_whole) {
     if (refused()) return {};
     std::string reply;
-    channels_.keep_ports([&] { reply = exchange(channel, command, timeout_ms, quiet_chars); });
+    channels_.keep_ports([&] {
+        reply = exchange(command, {channel, timeout_ms, quiet_chars, is_whole});
+    });
     return reply;
 }
 
-std::string Link::exchange(std::int16_t channel, const std::string& command, float timeout_ms,
-                           std::int16_t quiet_chars) {
-    const std::int16_t port_index = channels_.open_port(channel);
+std::string Link::exchange(const std::string& command, Reading reading) {
+    const std::int16_t port_index = channels_.open_port(reading.channel, true);
     stray_bytes_ = channels_.stray_bytes();
+    answered_twice_ = false;
     if (port_index < 0) return {};
     last_port_ = port_index;
+    last_channel_ = reading.channel;
     SerialState& state = channels_.state();
     SerialPort& port = *state.gCommDevice[static_cast<std::size_t>(port_index)];
-    // The flag and the settle time are the channel's own; the port may be a twin's.
-    const bool toggles = state.gRtsToggle[checked_index(channel, kChannelLimit)];
-    const float settle = state.gCharTime[checked_index(channel, kChannelLimit)];
+    // The flag, the settle time and the way are the channel's own; the port may be a twin's.
+    const bool toggles = state.gRtsToggle[checked_index(reading.channel, kChannelLimit)];
+    const float settle = state.gCharTime[checked_index(reading.channel, kChannelLimit)];
+    const ExchangeWay& way = channels_.exchange_way(reading.channel);
+    LineRecord& record = channels_.line_record(port_index);
+    FrameExchange frames(port, countdowns_.tick(), record, way);
 
     // Before the discarding: what comes while somebody is told is no part of the reply.
     if (port.PortOpen()) {
@@ -84,32 +91,59 @@ std::string Link::exchange(std::int16_t channel, const std::string& command, flo
         trap.run(statement,
                  [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
     };
-    guarded([&] { port.set_InBufferCount(0); });
+    if (way.complete) {
+        guarded([&] { stray_bytes_ = frames.keep_distance(); });
+        answered_twice_ = stray_bytes_ > 0 && stray_bytes_ >= record.last_reply;
+    } else {
+        guarded([&] { port.set_InBufferCount(0); });
+    }
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
     guarded([&] { port.set_Output(command); });
+    if (way.complete) frames.sent(command.size());
     if (toggles) {
-        countdowns_.wait(static_cast<float>(command.size()) * settle);
+        hold_rts(static_cast<float>(command.size()) * settle, way.complete);
         guarded([&] { port.EscapeCommFunction(EscapeCode::CLRRTS); });
     }
     std::string reply;
-    guarded([&] { reply = receive_reply(port, settle, timeout_ms, quiet_chars); });
+    guarded([&] { reply = collect(port, frames, reading); });
     // RTS stays raised between exchanges; it is down only while a reply is awaited.
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
     return reply;
 }
 
-std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int16_t quiet_chars) {
+void Link::hold_rts(float duration_ms, bool sleeps) {
+    if (sleeps)
+        countdowns_.tick().sleep_for_ms(static_cast<double>(duration_ms));
+    else
+        countdowns_.wait(duration_ms);
+}
+
+std::string Link::collect(SerialPort& port, FrameExchange& frames, const Reading& reading) {
+    const float settle = channels_.state().gCharTime[checked_index(reading.channel, kChannelLimit)];
+    if (!channels_.exchange_way(reading.channel).complete)
+        return receive_reply(port, settle, reading.timeout_ms, reading.quiet_chars);
+    const float quiet_ms = static_cast<float>(reading.quiet_chars) * settle;
+    return frames.collect(static_cast<double>(reading.timeout_ms), static_cast<double>(quiet_ms),
+                          reading.is_whole);
+}
+
+std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int16_t quiet_chars,
+                               const IsWhole& is_whole) {
     if (refused()) return {};
     SerialState& state = channels_.state();
     const auto last = static_cast<std::size_t>(last_port_);
     if (last >= state.gCommDevice.size()) return {}; // the ports were rebuilt
     SerialPort& port = *state.gCommDevice[last];
-    const float settle = state.gCharTime[checked_index(channel, kChannelLimit)];
+    FrameExchange frames(port, countdowns_.tick(), channels_.line_record(last_port_),
+                         channels_.exchange_way(channel));
     ErrorTrap trap(log_, dialogs_, "transmit");
     std::string reply;
     channels_.keep_ports([&] {
-        trap.run([&] { reply = receive_reply(port, settle, timeout_ms, quiet_chars); },
-                 [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
+        trap.run(
+            [&] {
+                reply = collect(port, frames, {channel, timeout_ms, quiet_chars, is_whole});
+            },
+            [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
     });
     return reply;
 }
@@ -126,11 +160,14 @@ Silence Link::let_fall_silent() {
 }
 
 void Link::discard_until_silent(SerialPort& port, Silence& result) {
+    const bool sleeps = channels_.exchange_way(last_channel_).complete;
     CountdownSlot overall(countdowns_, kMaxSilenceWaitMs);
     while (!overall.expired()) {
         CountdownSlot silence(countdowns_, kSilenceMs);
-        while (port.InBufferCount() == 0)
+        while (port.InBufferCount() == 0) {
             if (silence.expired()) return;
+            if (sleeps) port.wait_for_input(kSilenceCheckMs);
+        }
         result.discarded += port.Input().size();
     }
     result.silent = false;

@@ -1,6 +1,7 @@
-// The one exchange with a controller: open, discard, write, collect until the line is quiet. Every
-// tool has a link of its own, under its name; all share the channel table. A tool whose work must
-// not be mixed with others' claims the lines for as long as it lasts. Replies are not parsed here.
+// The one exchange with a controller: open, discard, write, collect until the line is quiet, or, on
+// channels that are set to it, until the reply's frame is complete (frame_exchange.h). Every tool
+// has a link of its own, under its name; all share the channel table. A tool whose work must not be
+// mixed with others' claims the lines for as long as it lasts. Replies are not parsed here.
 #pragma once
 
 #include <string>
@@ -46,13 +47,16 @@ class Link {
     /// reply ends after `quiet_chars` settle times without a byte. Errors of the port are logged
     /// and shown, never raised; an empty result is all that the caller sees of them. So is a line
     /// that another tool has claimed: `refusal` is shown, and the line is not touched.
+    ///
+    /// On a channel that is set to complete frames the reply ends when `is_whole` says so, else
+    /// after the same pause (20 ms at least), and waiting sleeps.
     virtual std::string transmit(std::int16_t channel, const std::string& command, float timeout_ms,
-                                 std::int16_t quiet_chars);
+                                 std::int16_t quiet_chars, const IsWhole& is_whole = {});
 
     /// Collects what comes after the reply that `transmit` returned last, for answers that come in
     /// several parts; sends and discards nothing. Blocks and treats errors as `transmit` does.
     virtual std::string receive_more(std::int16_t channel, float timeout_ms,
-                                     std::int16_t quiet_chars);
+                                     std::int16_t quiet_chars, const IsWhole& is_whole = {});
 
     /// Discards what comes on the line that `transmit` used last until it was silent for 250 ms,
     /// at most 1 s. For use after an attempt that timed out or whose reply was a late one, so that
@@ -74,14 +78,25 @@ class Link {
     /// How many bytes stood unread when the last `transmit` began: an answer that came too late or
     /// twice.
     [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
+    /// Whether these may be the answer to the request before, come a second time: on a channel
+    /// that is set to complete frames nothing else tells that. False on any other.
+    [[nodiscard]] bool answered_twice() const { return answered_twice_; }
 
     [[nodiscard]] CountdownPool& countdowns() { return countdowns_; }
     [[nodiscard]] ChannelTable& channels() { return channels_; }
 
   private:
     [[nodiscard]] bool refused();
-    std::string exchange(std::int16_t channel, const std::string& command, float timeout_ms,
-                         std::int16_t quiet_chars);
+    struct Reading {
+        std::int16_t channel;
+        float timeout_ms;
+        std::int16_t quiet_chars;
+        const IsWhole& is_whole;
+    };
+    std::string exchange(const std::string& command, Reading reading);
+    [[nodiscard]] std::string collect(SerialPort& port, FrameExchange& frames,
+                                      const Reading& reading);
+    void hold_rts(float duration_ms, bool sleeps);
     void discard_until_silent(SerialPort& port, Silence& result);
 
     ChannelTable& channels_;
@@ -91,7 +106,9 @@ class Link {
     LineUser user_;
     std::size_t stray_bytes_ = 0;
     unsigned long writes_ = 0;
-    std::int16_t last_port_ = 0; // index of the object that the last `transmit` used
+    bool answered_twice_ = false;
+    std::int16_t last_channel_ = 0; // of the last `transmit`
+    std::int16_t last_port_ = 0;    // index of the object that it used
 };
 
 } // namespace pelvan

@@ -1,7 +1,10 @@
 #include "config/device_map.h"
+#include "config/ini.h"
+#include "console/protocol_number.h"
 #include "console/start_up.h"
 #include "platform/serial_devices.h"
 #include "platform/serial_port.h"
+#include "serial/frame_exchange.h"
 #include "simulator/line/device_text.h"
 #include "terminal/commands.h"
 
@@ -13,6 +16,24 @@ std::string state_of(const std::string& device) {
         return simulator::parse_simulated_device(device) ? "simulated controller"
                                                          : "no simulated controller is called so";
     return device_state_text(probe_device(device), device);
+}
+
+/// The channels of the configuration file, as they will be built.
+void list_channels(std::ostream& out, const std::string& ini) {
+    out << "Channels:\n";
+    const auto text = [&](const std::string& key) {
+        return ini_read_string(ini_key::kCommsSection, key, {}, ini);
+    };
+    int n = 0;
+    for (; n < protocol::kCount; ++n) {
+        const std::string port = text(ini_key::comm_port(n));
+        if (port.empty() || port == "0") break;
+        const std::string settings = text(ini_key::port_setting(n));
+        const bool complete = exchange_way(text(ini_key::exchange(n)), settings).complete;
+        out << "  DEVICE " << n << ": PORT " << port << ", " << settings << ", replies end "
+            << (complete ? "with their frame (COMPLETE)" : "with a pause (QUIET)") << "\n";
+    }
+    if (n == 0) out << "  none is configured\n";
 }
 
 int list_ports(TerminalEnvironment& environment) {
@@ -35,6 +56,7 @@ int list_ports(TerminalEnvironment& environment) {
         out << "  PORT " << number << " = " << *device << ": " << state_of(*device) << "\n";
     }
     if (!any) out << "  none stands for a device yet\n";
+    list_channels(out, ini);
     return exit_code::kDone;
 }
 

@@ -7,10 +7,11 @@
 
 namespace pelvan::testing {
 
-class LateCommandsTest : public ::testing::Test, public SerialRig {
+class LateCommandsTest : public ::testing::TestWithParam<const char*>, public SerialRig {
   protected:
     LateCommandsTest() {
         build({"4;9600,N,8,1;1", "1;9600,N,8,1;1", "2;9600,N,8,1;1", "3;9600,N,8,1;1"});
+        exchange_by(GetParam());
     }
     SendOutcome send_modbus(std::size_t type, const std::string& start, const std::string& values) {
         return senders.modbus.send({type, "1", start, values, false}, {DataFormat::SmartDec});
@@ -24,7 +25,9 @@ class LateCommandsTest : public ::testing::Test, public SerialRig {
 
 constexpr std::size_t kWriteRegister = 5; // among the command types
 
-TEST_F(LateCommandsTest, ALateAnswerIsNotThatOfTheNextCommands) {
+INSTANTIATE_TEST_SUITE_P(, LateCommandsTest, ::testing::Values("QUIET", "COMPLETE"));
+
+TEST_P(LateCommandsTest, ALateAnswerIsNotThatOfTheNextCommands) {
     for (const double late_ms : {2100.0, 2400.0, 3000.0, 3900.0}) {
         rebuild();
         QueueingSlave slave(tick, *ports[1]);
@@ -39,7 +42,7 @@ TEST_F(LateCommandsTest, ALateAnswerIsNotThatOfTheNextCommands) {
     }
 }
 
-TEST_F(LateCommandsTest, AWriteWithALateAnswerBeforeItIsShownAndNotRepeated) {
+TEST_P(LateCommandsTest, AWriteWithALateAnswerBeforeItIsShownAndNotRepeated) {
     QueueingSlave slave(tick, *ports[1]);
     slave.late_ms[1] = 2400;
     EXPECT_EQ(send_modbus(kWriteRegister, "300", "5").kind, SendOutcome::Kind::NoReply);
@@ -51,7 +54,7 @@ TEST_F(LateCommandsTest, AWriteWithALateAnswerBeforeItIsShownAndNotRepeated) {
     EXPECT_EQ(slave.requests, 2);
 }
 
-TEST_F(LateCommandsTest, AReadInXonIsAskedAgain) {
+TEST_P(LateCommandsTest, AReadInXonIsAskedAgain) {
     ports[2]->discards_future = false;
     ports[2]->replies = {{}, {{50, "12.5\r"}, {200, "100.0\r"}}, {{80, "100.0\r"}}};
     EXPECT_EQ(senders.text.send(TextProtocol::Xon, {"", "? C1"}).kind, SendOutcome::Kind::NoReply);
@@ -61,7 +64,7 @@ TEST_F(LateCommandsTest, AReadInXonIsAskedAgain) {
     EXPECT_EQ(ports[2]->outputs.size(), 3U);
 }
 
-TEST_F(LateCommandsTest, AFullCommandThatIsAcknowledgedTooLateIsNotAccepted) {
+TEST_P(LateCommandsTest, AFullCommandThatIsAcknowledgedTooLateIsNotAccepted) {
     const std::vector<std::string> steps{"1^", "", "^", "{0}", "", ""};
     for (const std::string& step : steps)
         ports[0]->replies.push_back({{1, wire(step)}});
@@ -72,7 +75,7 @@ TEST_F(LateCommandsTest, AFullCommandThatIsAcknowledgedTooLateIsNotAccepted) {
               "The command was not acknowledged in time. It may have been carried out.");
 }
 
-TEST_F(LateCommandsTest, RepliesThatAreNoAnswerAreShownWithTheReason) {
+TEST_P(LateCommandsTest, RepliesThatAreNoAnswerAreShownWithTheReason) {
     const std::tuple<std::size_t, std::string, std::string, std::string> cases[] = {
         {2, "02 03 02 00 07", "7", "The reply came from another address."},
         {2, "01 04 02 00 07", "7", "The reply is to another function."},

@@ -33,6 +33,15 @@ class SerialRig {
         write_file(config.gIniFile, text);
         rebuild();
     }
+    /// Rebuilds the channels of the file with this way of exchanging: "QUIET", "COMPLETE".
+    void exchange_by(const std::string& way) {
+        const std::string head = "[COMMS CONTROLS]\r\n"; // the first of equal keys counts
+        std::string text = read_file(config.gIniFile);
+        for (int n = 0; n < static_cast<int>(kChannelLimit); ++n)
+            text.insert(head.size(), ini_key::exchange(n) + "=" + way + "\r\n");
+        write_file(config.gIniFile, text);
+        rebuild();
+    }
     void rebuild() {
         ports.clear();
         table.init_comms();

@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "command_test.h"
+#include "config/ini.h"
 #include "support/modbus_slave.h"
 #include "terminal/shown_stream.h"
 #include "terminal/terminal_dialogs.h"
@@ -83,8 +84,12 @@ TEST(ShownText, KeepsLinesAndUtf8AndShowsTheRestAsBytes) {
 TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
     EXPECT_EQ(run("ports"), exit_code::kDone);
     EXPECT_TRUE(printed("PORT 2 = simulated:742: simulated controller\n"));
+    EXPECT_TRUE(printed("DEVICE 1: PORT 2, 9600,N,8,1, replies end with a pause (QUIET)\n"));
     configure(dir.file("unplugged"));
+    ini_write_string(ini_key::kCommsSection, ini_key::exchange(1), "COMPLETE",
+                     dir.file("pelvan7.ini"));
     EXPECT_EQ(run("ports"), exit_code::kDone);
+    EXPECT_TRUE(printed("DEVICE 1: PORT 2, 9600,N,8,1, replies end with their frame (COMPLETE)\n"));
     EXPECT_TRUE(printed("PORT 2 = " + dir.file("unplugged") + ": "));
 }
 
@@ -127,7 +132,7 @@ TEST_F(TerminalTest, LogPrintsEachPassAndWritesWhatItGathered) {
 }
 
 TEST_F(TerminalTest, LogShowsNoValueOfARowThatItDidNotAskAndFailsWithoutAnyReading) {
-    struct WatchedTick : TickSource {
+    struct WatchedTick : testing::FakeTick {
         explicit WatchedTick(std::function<std::uint32_t()> read) : reading(std::move(read)) {}
         std::uint32_t timeGetTime() override { return reading(); }
         std::function<std::uint32_t()> reading;

@@ -81,8 +81,14 @@ TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
     EXPECT_NEAR(sent.back() - sent[sent.size() - 2], 250 + 250, 3) << "the line fell silent";
 }
 
+class LateDownloadTest : public DownloadTest, public ::testing::WithParamInterface<const char*> {
+  protected:
+    LateDownloadTest() { exchange_by(GetParam()); }
+};
+INSTANTIATE_TEST_SUITE_P(, LateDownloadTest, ::testing::Values("QUIET", "COMPLETE"));
+
 /// Every register holds its own number; no line may have another's.
-TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
+TEST_P(LateDownloadTest, LateAnswersGoToNoOtherRegister) {
     constexpr int kRegisters = 60;
     rig.tick.step_ms = 1; // many waits
     std::string list, expected;
@@ -117,6 +123,26 @@ TEST_F(DownloadTest, LateAnswersGoToNoOtherRegister) {
     }
 }
 
+TEST_P(LateDownloadTest, AReplyThatComesTwiceMakesNoWrongSetup) {
+    std::string list, expected;
+    for (int number = 100; number < 120; ++number) {
+        registers[number] = number;
+        list += std::to_string(number) + "\r\n";
+        expected += std::to_string(number) + " " + std::to_string(number) + "\r\n";
+    }
+    write_sequence("742.cds", kHead + list);
+    for (const double turnaround : {5.0, 40.0, 150.0})
+        for (const double later :
+             {0.5, 2.0, 5.0, 16.0, 30.0, 50.0, 70.0, 80.0, 140.0, 160.0, 240.0}) {
+            delay_ms = [&](int) { return turnaround; };
+            doubled = {{105, later}};
+            if (!download({true}).completed) continue;
+            std::string values = body();
+            if (const auto mark = values.find("<--CRC"); mark != values.npos) values.erase(mark, 6);
+            EXPECT_EQ(values, expected + "25 0\r\n") << turnaround << ", " << later;
+        }
+}
+
 /// The second one is taken for the answer to the next request, and so on to the end.
 TEST_F(DownloadTest, AReplyThatComesTwiceMakesNoSetup) {
     std::string list;
@@ -147,7 +173,7 @@ TEST_F(DownloadTest, AReplyThatComesTwiceMakesNoSetup) {
     EXPECT_EQ(ui.messages, Lines{"No difference was found, but not everything could be compared."});
 }
 
-TEST_F(DownloadTest, ALateAnswerToATransferThatEndedEarlyReachesNobody) {
+TEST_P(LateDownloadTest, ALateAnswerToATransferThatEndedEarlyReachesNobody) {
     delay_ms = [](int) { return 600.0; };
     EXPECT_FALSE(download().completed) << "given up at the model";
     silent[1] = 1;

@@ -31,12 +31,15 @@ class ScriptedController : public ::testing::Test {
   protected:
     ScriptedController() {
         rig.build({"1;9600,N,8,1;0", "2;9600,N,8,1;0"});
-        rig.ports[1]->responder = [this](const std::string& request) { return answer(request); };
-        port().discards_future = false;
+        connect();
         std::filesystem::create_directory(rig.dir.file("Reg Downloads"));
         std::filesystem::create_directory(rig.dir.file("Download Sequences"));
     }
 
+    void exchange_by(const std::string& way) {
+        rig.exchange_by(way);
+        connect();
+    }
     void write_sequence(const std::string& name, const std::string& text) {
         write_file(rig.dir.file("Download Sequences/" + name), text);
     }
@@ -94,6 +97,10 @@ class ScriptedController : public ::testing::Test {
     std::map<int, double> doubled; // a reply that comes again, so many ms later
 
   private:
+    void connect() {
+        port().responder = [this](const std::string& request) { return answer(request); };
+        port().discards_future = false;
+    }
     std::vector<Arrival> answer(const std::string& request) {
         const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(request[i]); };
         const int number = byte(2) * 256 + byte(3);

@@ -87,9 +87,16 @@ const char* device_error_text(double code) {
 
 } // namespace
 
+bool ends_full_message(std::string_view received) {
+    if (received.empty()) return false;
+    const char last = received.back();
+    if (last == kEtx || last == kEot) return true;
+    return received.front() != kStx && (last == kAck || last == kNak);
+}
+
 std::string FullProtocol::send(const std::string& bytes, float timeout_ms,
                                std::int16_t quiet_chars) {
-    return link_.transmit(kFullChannel, bytes, timeout_ms, quiet_chars);
+    return link_.transmit(kFullChannel, bytes, timeout_ms, quiet_chars, ends_full_message);
 }
 
 bool FullProtocol::full_poll(std::int16_t address) {

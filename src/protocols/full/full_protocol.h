@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/dialogs.h"
 #include "serial/link.h"
@@ -31,6 +32,10 @@ struct FullReply {
     /// like an outcome.
     bool completed = false;
 };
+
+/// Whether the bytes are a whole message of a device: a response ends with its ETX, all else with
+/// ACK, NAK or EOT.
+[[nodiscard]] bool ends_full_message(std::string_view received);
 
 class FullProtocol {
   public:

@@ -8,8 +8,10 @@ namespace {
 
 constexpr char kStx = 2;
 constexpr char kEtx = 3;
+constexpr char kEnq = 5;
 constexpr char kAck = 6;
 constexpr char kDle = 16;
+constexpr char kNak = 21;
 
 // Controllers listen seven above the address that is set on them: address 1 is called as 8.
 constexpr int kAddressOffset = 7;
@@ -27,6 +29,7 @@ constexpr int kReplyTries = 4;
 
 constexpr std::size_t kPairSize = 2; // DLE and its partner
 constexpr std::size_t kMinReplyLength = 10;
+constexpr std::size_t kLongestReply = 1024; // 255 bytes of data, each of them doubled, and more
 // Places in a reply's body, doubled DLEs taken out: destination, source, command, status, two bytes
 // of transaction number.
 constexpr std::size_t kReplyStatus = 3;
@@ -148,7 +151,8 @@ std::string_view TelluraProt::first_packet(std::string_view bytes) const {
 std::optional<std::string> TelluraProt::acknowledged(const std::string& packet) {
     for (int i = 0; i < kSends; ++i) {
         const std::string back =
-            link_.transmit(kTelluraChannel, packet, kSendTimeoutMs, kQuietChars);
+            link_.transmit(kTelluraChannel, packet, kSendTimeoutMs, kQuietChars,
+                           [this](std::string_view received) { return IsWhole(received); });
         const auto at = find_pair(back, kAck);
         if (at != back.npos) return back.substr(at + kPairSize);
     }
@@ -159,9 +163,26 @@ std::string TelluraProt::Exchange(const std::string& packet) {
     std::optional<std::string> reply = acknowledged(packet);
     if (!reply) return kTelluraBad;
     for (int i = 0; i < kReplyTries && first_packet(*reply).empty(); ++i)
-        *reply += link_.receive_more(kTelluraChannel, kReplyTimeoutMs, kQuietChars);
+        *reply += link_.receive_more(
+            kTelluraChannel, kReplyTimeoutMs, kQuietChars,
+            [&](std::string_view received) { return ends_packet(*reply + std::string(received)); });
     const std::string_view answer = first_packet(*reply);
     return answer.empty() ? kTelluraBad : std::string(answer);
+}
+
+bool TelluraProt::IsWhole(std::string_view received) const {
+    if (received.size() < kPairSize || received.size() > kLongestReply) return false;
+    if (find_pair(received, kStx) != received.npos) return ends_packet(received);
+    for (const char link_reply : {kAck, kNak, kEnq})
+        if (find_pair(received, link_reply) == received.size() - kPairSize) return true;
+    return false;
+}
+
+/// Whether the last of the bytes is that of the first packet, and its check fits.
+bool TelluraProt::ends_packet(std::string_view bytes) const {
+    if (bytes.size() > kLongestReply) return false;
+    const std::string_view packet = first_packet(bytes);
+    return !packet.empty() && packet.end() == bytes.end() && CheckReply(packet);
 }
 
 std::string_view TelluraProt::body_of(std::string_view reply) const {

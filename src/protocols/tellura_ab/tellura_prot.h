@@ -63,6 +63,10 @@ class TelluraProt {
     /// come whole with the acknowledgement. Nothing else is sent.
     [[nodiscard]] std::string Exchange(const std::string& packet);
 
+    /// Whether the bytes end with a link reply (DLE and ACK, NAK or ENQ) or with a packet whose
+    /// check fits it: nothing more belongs to them.
+    [[nodiscard]] bool IsWhole(std::string_view received) const;
+
     /// Whether a reply is long enough and its check fits its body.
     [[nodiscard]] bool CheckReply(std::string_view reply) const;
 
@@ -77,6 +81,7 @@ class TelluraProt {
     [[nodiscard]] std::string check_of(std::string_view body) const;
     [[nodiscard]] std::string_view body_of(std::string_view reply) const;
     [[nodiscard]] std::size_t find_pair(std::string_view bytes, char partner) const;
+    [[nodiscard]] bool ends_packet(std::string_view bytes) const;
     [[nodiscard]] std::string_view first_packet(std::string_view bytes) const;
     [[nodiscard]] std::optional<std::string> acknowledged(const std::string& packet);
 

@@ -99,6 +99,13 @@ TEST_F(FullTest, AddressesTheMessageForABadOneAndForACommandOfNeitherKind) {
     EXPECT_EQ(dialogs.shown.size(), 4U);
 }
 
+TEST(FullMessages, EndWithTheirLastCharacter) {
+    for (const char* whole : {"^", "!", "$", "1^", "{}", "{12.5}", "12.5}"})
+        EXPECT_TRUE(ends_full_message(wire(whole))) << whole;
+    for (const char* piece : {"", "1", "{", "{12.5", "{12^", "{!"})
+        EXPECT_FALSE(ends_full_message(wire(piece))) << piece;
+}
+
 TEST_F(FullTest, ASilentDeviceIsGivenUpQuickly) {
     const double begun = tick.now();
     static_cast<void>(run("? C1", ""));

@@ -108,6 +108,23 @@ TEST_F(TelluraTest, ChecksAndReadsReplies) {
     EXPECT_EQ(prot.ReadReply(bytes("10 02 00 08 41 50 00 00 10 03 67 00")).status, 0x50U);
 }
 
+TEST_F(TelluraTest, WholeIsALinkReplyOrAPacketWithItsCheck) {
+    const std::string body = bytes("00 08 41 00 00 00 10 10 06");
+    const std::string good =
+        bytes("10 02") + body + bytes("10 03") + static_cast<char>(TelluraProt::Bcc(body) & 0xFF);
+    for (const std::string& before : {std::string(), bytes("10 06"), bytes("FF")}) {
+        for (std::size_t size = 0; size < good.size(); ++size)
+            EXPECT_EQ(prot.IsWhole(before + good.substr(0, size)), size == 0 && before.size() == 2)
+                << size;
+        EXPECT_TRUE(prot.IsWhole(before + good));
+        EXPECT_FALSE(prot.IsWhole(before + good + good));
+    }
+    for (const char* link_reply : {"10 06", "10 15", "10 05", "FF 10 06"})
+        EXPECT_TRUE(prot.IsWhole(bytes(link_reply))) << link_reply;
+    for (const char* other : {"10", "06", "10 10 06", "10 06 00"})
+        EXPECT_FALSE(prot.IsWhole(bytes(other))) << other;
+}
+
 TEST_F(TelluraTest, AnyBytesEndInAPacketOrInBad) {
     tick.step_ms = 20;
     std::mt19937 random(7);

@@ -1,0 +1,113 @@
+#include "serial/frame_exchange.h"
+
+#include <algorithm>
+
+#include "platform/run_time_error.h"
+#include "platform/serial_line.h"
+
+namespace pelvan {
+namespace {
+
+constexpr char kComplete[] = "COMPLETE";
+constexpr double kDistanceCharacters = 3.5;
+/// Above this rate the distance stays what it is there: characters get too short to be timed.
+constexpr int kFixedDistanceBaud = 19200;
+constexpr double kFixedDistanceMs = 1.75;
+constexpr double kMaxDistanceMs = 1000;
+/// The system wakes a sleeper later than it was asked to; so much is waited awake.
+constexpr double kAwakeMs = 0.15;
+
+/// Adapters deliver in lumps of up to 16 ms: a shorter silence does not end what is not complete.
+constexpr double kMinSilenceMs = 20;
+constexpr double kLongestFrame = 260; // characters
+constexpr std::size_t kMaxReplyBytes = std::size_t{1} << 20;
+
+/// Replies come sooner and later by so much, or by half their time, without meaning anything.
+constexpr double kJitterMs = 5;
+constexpr double kMaxListeningMs = 250;
+
+} // namespace
+
+ExchangeWay exchange_way(const std::string& value, const std::string& settings) {
+    const auto line = parse_line_settings(settings);
+    if (value != kComplete || !line) return {};
+    const double character_ms = character_time_us(*line) / 1000;
+    const bool is_fixed = line->baud_rate > kFixedDistanceBaud;
+    return {true, character_ms, is_fixed ? kFixedDistanceMs : kDistanceCharacters * character_ms};
+}
+
+void FrameExchange::take(std::string& bytes) {
+    bytes += port_.Input();
+    record_.last_byte_ms = tick_.precise_ms();
+}
+
+std::size_t FrameExchange::keep_distance() {
+    const double end_ms = tick_.precise_ms() + kMaxDistanceMs;
+    std::string bytes;
+    while (port_.PortOpen() && !port_.lost()) { // else the write meets and reports it
+        if (port_.InBufferCount() > 0) take(bytes);
+        const double distance =
+            bytes.empty() ? way_.distance_ms : std::max(way_.distance_ms, kMinSilenceMs);
+        const double until_ms = std::min(record_.last_byte_ms + distance, end_ms);
+        const double left_ms = until_ms - tick_.precise_ms();
+        if (left_ms <= 0) break;
+        if (left_ms > kAwakeMs) port_.wait_for_input(left_ms - kAwakeMs);
+    }
+    return bytes.size();
+}
+
+void FrameExchange::sent(std::size_t bytes) {
+    asked_ = true;
+    sent_ms_ = tick_.precise_ms();
+    // Until a reply says that they have arrived.
+    record_.last_byte_ms = sent_ms_ + static_cast<double>(bytes) * way_.character_ms;
+}
+
+/// How long to listen behind the frame that has just become whole; 0 unless it came too soon.
+double FrameExchange::listening_ms() const {
+    const double taken_ms = record_.last_byte_ms - sent_ms_;
+    const double jitter_ms = std::min(kJitterMs, record_.fastest_ms / 2);
+    if (!asked_ || taken_ms >= record_.fastest_ms - jitter_ms) return 0;
+    return std::min(2 * record_.fastest_ms - taken_ms, kMaxListeningMs);
+}
+
+/// What a lost line had sent is the reply; the next use meets the loss.
+bool FrameExchange::bytes_wait(const std::string& reply) {
+    try {
+        return port_.InBufferCount() > 0;
+    } catch (const RunTimeError& error) {
+        lost_ = error.number() == error_number::kCannotReadDevice;
+        if (!lost_ || reply.empty()) throw;
+        return false;
+    }
+}
+
+std::string FrameExchange::collect(double timeout_ms, double quiet_ms, const IsWhole& is_whole) {
+    const double silence_ms = std::max(quiet_ms, kMinSilenceMs);
+    double until_ms = tick_.precise_ms() + timeout_ms;
+    const double end_ms = until_ms + kLongestFrame * way_.character_ms;
+    bool whole = false;
+    std::string reply;
+    for (;;) {
+        if (bytes_wait(reply)) {
+            take(reply);
+            whole = is_whole && is_whole(reply);
+            const double more_ms = whole ? listening_ms() : silence_ms;
+            until_ms = std::min(record_.last_byte_ms + more_ms, end_ms);
+            if (record_.last_byte_ms >= until_ms || reply.size() >= kMaxReplyBytes) break;
+            continue;
+        }
+        const double left_ms = until_ms - tick_.precise_ms();
+        if (left_ms <= 0 || lost_) break;
+        port_.wait_for_input(left_ms);
+    }
+    record_.last_reply = reply.size();
+    if (whole && asked_) {
+        const double taken_ms = record_.last_byte_ms - sent_ms_;
+        const bool is_first = record_.fastest_ms == 0;
+        record_.fastest_ms = is_first ? taken_ms : std::min(record_.fastest_ms, taken_ms);
+    }
+    return reply;
+}
+
+} // namespace pelvan
