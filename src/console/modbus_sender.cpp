@@ -18,7 +18,7 @@ SendOutcome ModbusSender::send(const ModbusEntry& entry, const ModbusSendOptions
     const std::string command = render(modbus_, options.format, 1, frame);
     ExchangeTimes times(link_.countdowns(), clock_);
     const CarefulReply heard = exchange(frame, times);
-    if (!heard.sent) return times.not_sent(command);
+    if (!heard.sent) return times.not_sent(link_, command);
     const std::string& reply = heard.reply;
     const std::string response = response_line(modbus_, options.format, entry, reply);
     SendOutcome outcome{Done, response, false, {}, times.row(command, response)};

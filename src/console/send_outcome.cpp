@@ -22,8 +22,16 @@ HistoryRow ExchangeTimes::row(std::string command, std::string response) const {
     return {sent_at_, std::move(command), received_at_, std::move(response)};
 }
 
-SendOutcome ExchangeTimes::not_sent(const std::string& command) const {
-    return {SendOutcome::Kind::NotSent, kNotSent, false, {}, row(command, kNotSent)};
+SendOutcome ExchangeTimes::not_sent(const Link& link, const std::string& command,
+                                    const std::string& response) const {
+    const std::string refusal = link.refusal();
+    const std::string reason =
+        refusal.empty() ? "Not sent: the port is not open." : "Not sent. " + refusal;
+    return {SendOutcome::Kind::NotSent,
+            reason,
+            false,
+            {},
+            row(command, response.empty() ? reason : response)};
 }
 
 } // namespace pelvan

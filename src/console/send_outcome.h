@@ -8,6 +8,7 @@
 #include "console/history_document.h"
 #include "platform/tick.h"
 #include "serial/countdown.h"
+#include "serial/link.h"
 
 namespace pelvan {
 
@@ -27,9 +28,6 @@ struct SendOutcome {
     std::string objection{};
 };
 
-/// What to tell of a command that no port was open for.
-inline constexpr char kNotSent[] = "Not sent: the port is not open.";
-
 /// Notes when a command leaves and when its reply is there.
 class ExchangeTimes {
   public:
@@ -45,8 +43,10 @@ class ExchangeTimes {
     /// Both lines with their times.
     [[nodiscard]] HistoryRow row(std::string command, std::string response) const;
 
-    /// The outcome of a command that no port was open for.
-    [[nodiscard]] SendOutcome not_sent(const std::string& command) const;
+    /// The outcome of a command that never reached a port; the status says why. `response` is what
+    /// the protocol itself says of it, the reason where that is nothing.
+    [[nodiscard]] SendOutcome not_sent(const Link& link, const std::string& command,
+                                       const std::string& response = {}) const;
 
   private:
     CountdownPool& ticks_;

@@ -49,9 +49,10 @@ SendOutcome TelluraSender::send(const TelluraEntry& entry) {
         return reply == kTelluraBad ? Fit::Missing : Fit::Answers;
     };
     const CarefulReply heard = exchange_carefully(link_, careful);
-    if (!heard.sent) return times.not_sent(TelluraProt::DisplayPacket(request->packet));
     const std::string& reply = heard.reply;
     std::string line = TelluraProt::DisplayPacket(reply);
+    if (!heard.sent)
+        return times.not_sent(link_, TelluraProt::DisplayPacket(request->packet), line);
     judge(reply, entry.write, line, outcome);
     if (heard.unclear) {
         outcome.accepted = false;

@@ -82,7 +82,7 @@ SendOutcome TextSender::send_full(const TextEntry& entry) {
         return !reply.completed && owes_an_answer(text) ? Fit::Missing : Fit::Answers;
     };
     const CarefulReply heard = exchange_carefully(link_, request);
-    if (!heard.sent) return times.not_sent(printable(entry.command));
+    if (!heard.sent) return times.not_sent(link_, printable(entry.command), printable(reply.text));
     std::string shown = printable(reply.text);
     if (reply.text.empty()) shown = is_command(entry.command) ? kNoData : kNoReadOrWrite;
     SendOutcome outcome{SendOutcome::Kind::Done, shown, false, {}, {}};
@@ -116,7 +116,7 @@ SendOutcome TextSender::send_xon(const std::string& command) {
         return reply.empty() ? Fit::Missing : Fit::Answers;
     };
     const CarefulReply heard = exchange_carefully(link_, request);
-    if (!heard.sent) return times.not_sent(printable(command));
+    if (!heard.sent) return times.not_sent(link_, printable(command));
     const std::string& reply = heard.reply;
     std::string shown = printable(reply);
     if (reply.empty())

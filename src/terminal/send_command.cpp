@@ -153,7 +153,8 @@ bool print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment)
     }
     environment.out << outcome.row->command << "\n";
     if (outcome.kind != SendOutcome::Kind::Done) {
-        environment.err << "pelvan7: " << outcome.row->response << "\n";
+        const bool sent = outcome.kind == SendOutcome::Kind::NoReply;
+        environment.err << "pelvan7: " << (sent ? outcome.row->response : outcome.status) << "\n";
         return false;
     }
     environment.out << outcome.row->response << "\n";

@@ -113,10 +113,16 @@ TEST_F(ConsoleTest, SaysSendingWhenItSendsAndWhatBecameOfIt) {
 
     for (int i = 0; i < 20; ++i)
         ports[0]->fail_next("PortOpen", 8002);
-    using enum SendOutcome::Kind;
-    EXPECT_EQ(senders.text.send(TextProtocol::Full, {"1", "? C1"}).kind, NotSent);
-    EXPECT_EQ(senders.text.send(TextProtocol::Xon, {"", "? C1"}).kind, NotSent);
-    EXPECT_EQ(senders.tellura.send({"1", "01ca", "2", "", false, TelluraCheck::Bcc}).kind, NotSent);
+    const std::pair<SendOutcome, std::string> others[] = {
+        {senders.text.send(TextProtocol::Full, {"1", "? C1"}), "COULDN'T CONNECT TO DEVICE"},
+        {senders.text.send(TextProtocol::Xon, {"", "? C1"}), "Not sent: the port is not open."},
+        {senders.tellura.send({"1", "01ca", "2", "", false, TelluraCheck::Bcc}),
+         "Bad or incomplete Packet!"}};
+    for (const auto& [outcome, listed] : others) {
+        EXPECT_EQ(outcome.kind, SendOutcome::Kind::NotSent);
+        EXPECT_EQ(outcome.status, "Not sent: the port is not open.");
+        EXPECT_EQ(outcome.row->response, listed);
+    }
     EXPECT_FALSE(table.late_answers().any_doubtful(tick.now()));
 }
 
