@@ -51,6 +51,7 @@ void ScriptPanel::run(const SendLine& send_line) {
     request.filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*|";
     request.initial_directory = services_.application_directory;
     request.must_exist = true;
+    request.kind = "commands";
     const auto path = services_.dialogs.open_file(request);
     if (!path) return;
     const auto lines = read_command_script(*path);

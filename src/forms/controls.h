@@ -239,6 +239,14 @@ class MenuEntry : public Control {
         checkable_ = true;
         return *this;
     }
+    /// The menu is about to be shown.
+    std::function<void()> Opening;
+    /// Its key works in every window of the program, not only where its menu is shown.
+    [[nodiscard]] bool everywhere() const { return everywhere_; }
+    MenuEntry& reach_everywhere() {
+        everywhere_ = true;
+        return *this;
+    }
     std::function<void()> Click;
     /// What choosing the entry does: nothing while disabled.
     void choose();
@@ -250,6 +258,7 @@ class MenuEntry : public Control {
     std::string shortcut_;
     bool checked_ = false;
     bool checkable_ = false;
+    bool everywhere_ = false;
 };
 
 } // namespace pelvan

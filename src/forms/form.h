@@ -57,6 +57,9 @@ class Form : public Control {
     /// False keeps the window open.
     virtual bool Form_Unload() { return true; }
 
+    /// A file was dropped on the window; without a handler the window takes none.
+    std::function<void(const std::string& path)> FileDropped;
+
     /// Is notified of `Move` alone: a new caption must not put a window back that was moved by
     /// hand.
     Subscription watch_move(std::function<void()> watcher) {

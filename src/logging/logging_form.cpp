@@ -17,6 +17,7 @@ constexpr char kLoadLogFile[] = "LOG.DAT";
 constexpr char kActivateLogFile[] = "PELVAN7_LOG.txt";
 constexpr char kDefaultSetFile[] = "CNTRLSET.PV5";
 constexpr char kExtension[] = "PV5";
+constexpr char kSetKind[] = "set";
 constexpr char kFilter[] = "Log Sets (*.PV5)|*.PV5|All Files (*.*)|*.*|";
 
 } // namespace
@@ -196,6 +197,7 @@ void frm_DataLogging::ChooseAndReadSet() {
     request.initial_directory = set_file_.empty() ? services_.application_directory : set_file_;
     request.file_name = std::string("*.") + kExtension;
     request.default_extension = kExtension;
+    request.kind = kSetKind;
     request.must_exist = true;
     const auto chosen = services_.dialogs.open_file(request);
     if (!chosen) return;
@@ -212,6 +214,7 @@ void frm_DataLogging::ChooseAndWriteSet() {
     request.initial_directory = set_file_;
     request.file_name = set_file_;
     request.default_extension = kExtension;
+    request.kind = kSetKind;
     request.overwrite_prompt = true;
     request.refuse_read_only = true;
     const auto chosen = services_.dialogs.save_file(request);

@@ -19,6 +19,9 @@ class DesktopServices {
 
     virtual void set_clipboard_text(const std::string& text) = 0;
 
+    /// Opens the folder that a file lies in, where the desktop shows folders; false when it cannot.
+    virtual bool show_folder_of(const std::string& path) = 0;
+
     /// Usable area of the screen that the program starts on.
     virtual ScreenSize screen_size() = 0;
 

@@ -22,6 +22,7 @@ struct FileDialogRequest {
     std::string initial_directory;
     std::string file_name;
     std::string default_extension; // without a point; appended to a name that has none
+    std::string kind;              // of file, for the lists of recent ones; empty: in none of them
     bool must_exist = false;
     bool overwrite_prompt = false;
     bool refuse_read_only = false;

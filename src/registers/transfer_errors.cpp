@@ -1,6 +1,7 @@
 #include "registers/transfer_errors.h"
 
 #include <filesystem>
+#include <iterator>
 #include <utility>
 
 #include "platform/run_time_error.h"
@@ -10,13 +11,34 @@
 namespace pelvan {
 namespace {
 
+// What stands between the columns of an entry.
+constexpr char kBeforeRegister[] = "               ";
+constexpr char kBeforeValue[] = "           ";
+constexpr char kBeforeKind[] = "    ";
+
 std::string entry(const std::string& response, float register_number, const std::string& value,
                   const std::string& kind) {
-    return response + "               " + plain_single(register_number) + "           " + value +
-           "    " + kind;
+    return response + kBeforeRegister + plain_single(register_number) + kBeforeValue + value +
+           kBeforeKind + kind;
 }
 
 } // namespace
+
+ErrorColumns columns_of_error(const std::string& entry) {
+    const std::size_t first = entry.find(kBeforeRegister);
+    if (first == entry.npos) return {entry};
+    // What the controller said may end with a space.
+    const std::size_t number = entry.find_first_not_of(' ', first);
+    if (number == entry.npos) return {entry};
+    const std::size_t second = entry.find(kBeforeValue, number);
+    if (second == entry.npos) return {entry};
+    const std::size_t value = second + std::size(kBeforeValue) - 1;
+    // A value that is no number may hold anything.
+    const std::size_t third = entry.rfind(kBeforeKind);
+    if (third < value) return {entry};
+    return {entry.substr(0, first), entry.substr(number, second - number),
+            entry.substr(value, third - value), entry.substr(third + std::size(kBeforeKind) - 1)};
+}
 
 void TransferErrors::open_file(const std::string& path) {
     std::error_code ignored; // the file's own error tells it

@@ -2,6 +2,7 @@
 // error file for refused writes.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 
@@ -9,6 +10,11 @@
 #include "registers/transfer_listener.h"
 
 namespace pelvan {
+
+/// What the controller said, register, value and kind of an entry of the list of errors; a line of
+/// another kind is the first of them alone.
+using ErrorColumns = std::array<std::string, 4>;
+[[nodiscard]] ErrorColumns columns_of_error(const std::string& entry);
 
 class TransferErrors {
   public:

@@ -29,6 +29,8 @@ struct TransferResult {
     int faults = 0;
     /// Registers that hold something else than the file.
     int differences = 0;
+    /// The file that was written, in whole or in part; empty when none was.
+    std::string file = {};
 };
 
 class TransferRun {

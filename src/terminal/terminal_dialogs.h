@@ -53,6 +53,7 @@ class TerminalDesktop : public DesktopServices {
         if (on_events) on_events();
     }
     void set_clipboard_text(const std::string&) override {}
+    bool show_folder_of(const std::string&) override { return false; }
     ScreenSize screen_size() override { return {1024, 768}; }
     void set_help_file(const std::string&) override {}
     void show_help(const std::string&) override {}

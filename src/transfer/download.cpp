@@ -36,7 +36,7 @@ TransferResult Download::run() {
         if (plan->sequence.has_profiles()) download_profiles(*plan);
     }
     end(*plan);
-    return {completed_, run_.errors.faults(), 0};
+    return {completed_, run_.errors.faults(), 0, written_};
 }
 
 std::optional<Download::Plan> Download::prepare() {
@@ -88,6 +88,7 @@ std::unique_ptr<TextWriter> Download::CreateTextFile() {
     if (!path) return nullptr;
     keep_former(*path);
     auto setup = pelvan::CreateTextFile(*path, true);
+    written_ = *path;
     write_header(*setup, identity);
     run_.access.remember_controller(
         {identity.model, identity.serial_first, identity.serial_second});

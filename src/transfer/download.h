@@ -52,7 +52,8 @@ class Download {
     HeldBack held_;
     int listed_ = 0; // registers that the .cds names
     bool completed_ = false;
-    std::string former_; // what the file was before, under another name; empty: nothing
+    std::string former_;  // what the file was before, under another name; empty: nothing
+    std::string written_; // the setup file
 };
 
 } // namespace pelvan

@@ -1,8 +1,10 @@
 #include "transfer/download_parm_form.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/run_time_error.h"
+#include "registers/setup_file.h"
 #include "serial/errors.h"
 #include "transfer/comparison.h"
 #include "transfer/download.h"
@@ -30,6 +32,7 @@ class frm_DownloadParm::Transferring {
         form_.cancel_ = {};
         form_.close_when_done_ = false;
         form_.first_error_.reset();
+        form_.cmdOpenFolder.set_Enabled(false);
         form_.cmbAddress.set_Enabled(false);
         form_.cmdCancel.set_Enabled(true);
         form_.cmdCancel.SetFocus();
@@ -42,6 +45,7 @@ class frm_DownloadParm::Transferring {
         form_.set_Pointer(MousePointer::Normal);
         form_.EnableButtons();
         form_.cmdCancel.set_Enabled(false);
+        form_.cmdOpenFolder.set_Enabled(true);
         form_.cmbAddress.set_Enabled(true);
     }
 
@@ -71,6 +75,13 @@ frm_DownloadParm::frm_DownloadParm(Services& services, Link& link, Modbus& modbu
     cmdClearListBox.Click = [this] { List1.Clear(); };
     cmdClearList2.Click = [this] { List2.Clear(); };
     cmdExit.Click = [this] { Unload(); };
+    cmdOpenFolder.Click = [this] { cmdOpenFolder_Click(); };
+    txt_File.set_Locked(true);
+    show_file_controls(false);
+    FileDropped = [this](const std::string& path) { file_dropped(path); };
+    mnuHelpContents.Click = [this] { services_.desktop.show_help(help_page()); };
+    mnuHelp.children = {&mnuHelpContents};
+    menus = {&mnuHelp};
 }
 
 void frm_DownloadParm::enable_buttons(bool on) {
@@ -119,6 +130,7 @@ void frm_DownloadParm::show_new_errors() {
 FileDialogRequest frm_DownloadParm::file_request() const {
     FileDialogRequest request;
     request.filter = kSetupFileFilter;
+    request.kind = "setup";
     request.initial_directory = reg_downloads_path(services_.application_directory);
     return request;
 }
@@ -126,6 +138,7 @@ FileDialogRequest frm_DownloadParm::file_request() const {
 std::optional<std::string> frm_DownloadParm::choose_setup_file() {
     FileDialogRequest request = file_request();
     request.must_exist = true;
+    request.file_name = std::exchange(dropped_, {});
     return services_.dialogs.open_file(request);
 }
 
@@ -135,10 +148,30 @@ std::optional<std::string> frm_DownloadParm::choose_file_to_save(const std::stri
     return services_.dialogs.save_file(request);
 }
 
+void frm_DownloadParm::show_file_controls(bool on) {
+    for (Control* control : std::initializer_list<Control*>{&lbl_File, &txt_File, &cmdOpenFolder})
+        control->set_Visible(on);
+}
+
+void frm_DownloadParm::show_file(const std::string& words, const std::string& path) {
+    lbl_File.set_Caption(words);
+    txt_File.set_Text(path);
+    show_file_controls(true);
+}
+
+void frm_DownloadParm::cmdOpenFolder_Click() {
+    if (!services_.desktop.show_folder_of(txt_File.Text()))
+        services_.dialogs.message_box("The folder cannot be shown here. The file is\n" +
+                                          txt_File.Text(),
+                                      {}, MessageButtons::Ok, MessageIcon::Exclamation);
+}
+
 void frm_DownloadParm::cmdDownload_Click() {
     transfer([this] {
         List1.Clear();
-        static_cast<void>(Download(context()).run());
+        const TransferResult result = Download(context()).run();
+        if (!result.file.empty())
+            show_file(result.completed ? "Saved in" : "Saved in part in", result.file);
     });
 }
 
@@ -149,6 +182,7 @@ void frm_DownloadParm::cmdUpload_Click() {
 }
 
 void frm_DownloadParm::upload(const std::string& file) {
+    show_file("Upload of", file);
     const TransferResult result = Upload(context()).run(file);
     // The box may have been set meanwhile.
     if (result.completed && chkCompare.checked())
@@ -157,9 +191,23 @@ void frm_DownloadParm::upload(const std::string& file) {
 
 void frm_DownloadParm::cmdCompare_Click() {
     transfer([this] {
-        if (const auto file = choose_setup_file())
-            static_cast<void>(Comparison(context()).run(*file));
+        if (const auto file = choose_setup_file()) compare(*file);
     });
+}
+
+void frm_DownloadParm::compare(const std::string& file) {
+    show_file("Compared with", file);
+    static_cast<void>(Comparison(context()).run(file));
+}
+
+void frm_DownloadParm::file_dropped(const std::string& path) {
+    if (running_) return;
+    dropped_ = path;
+    const auto answer = services_.dialogs.message_box(
+        "Compare this file with the controller at address " + cmbAddress.Text() + "?\n" + path +
+            "\n\nNothing is written to the controller. Upload writes the file into it.",
+        {}, MessageButtons::YesNo);
+    if (answer == MessageAnswer::Yes) transfer([this, path] { compare(path); });
 }
 
 void frm_DownloadParm::cmdCancel_Click() {

@@ -41,11 +41,21 @@ class frm_DownloadParm : public Form, private TransferListener {
     ListBox List2{"List2"};
     Button cmdClearList2{"cmdClearList2", "Clear"};
     ProgressBar ProgressBar1{"ProgressBar1"};
+    /// Where the file of the last transfer lies; hidden before the first one.
+    Label lbl_File{"lbl_File"};
+    TextBox txt_File{"txt_File", {}, "The file of the last transfer."};
+    Button cmdOpenFolder{"cmdOpenFolder", "&Open Folder", "Show the folder that the file lies in."};
     Button cmdExit{"cmdExit", "E&xit"};
+    MenuEntry mnuHelp{"mnuHelp", "&Help"};
+    MenuEntry mnuHelpContents{"mnuHelpContents", "&Contents"};
 
     void cmdDownload_Click();
     void cmdUpload_Click();
     void cmdCompare_Click();
+    void cmdOpenFolder_Click();
+    /// Asks whether to compare the file with the controller, which writes nothing; whoever wants
+    /// something else of it finds it proposed.
+    void file_dropped(const std::string& path);
     /// Asks whether to cancel the running transfer, which then ends at its next register.
     void cmdCancel_Click();
     /// Closing during a transfer asks; the window goes when the transfer has ended as cancelled.
@@ -71,6 +81,9 @@ class frm_DownloadParm : public Form, private TransferListener {
     [[nodiscard]] TransferContext context();
     [[nodiscard]] FileDialogRequest file_request() const;
     [[nodiscard]] std::optional<std::string> choose_setup_file();
+    void show_file_controls(bool on);
+    void compare(const std::string& file);
+    void show_file(const std::string& words, const std::string& path);
 
     void begun() override { DisableButtons(); }
     void working() override { set_Pointer(MousePointer::Hourglass); }
@@ -90,6 +103,7 @@ class frm_DownloadParm : public Form, private TransferListener {
     bool running_ = false;
     CancelFlag cancel_;
     bool close_when_done_ = false; // the window was closed meanwhile
+    std::string dropped_;          // is proposed when a file is chosen
     /// Where the first line of this transfer stands in the list of errors; nothing as long as it
     /// has none there.
     std::optional<int> first_error_;

@@ -76,6 +76,10 @@ class FakeDesktop : public DesktopServices {
         if (on_turn) on_turn();
     }
     void set_clipboard_text(const std::string& text) override { clipboard = text; }
+    bool show_folder_of(const std::string& path) override {
+        folder_of = path;
+        return has_folders;
+    }
     ScreenSize screen_size() override { return screen; }
     void set_help_file(const std::string& name) override { help_file = name; }
     void show_help(const std::string&) override {}
@@ -83,6 +87,8 @@ class FakeDesktop : public DesktopServices {
     int turns = 0;
     std::function<void()> on_turn;
     std::string clipboard;
+    std::string folder_of; // what `show_folder_of` was asked for last
+    bool has_folders = true;
     ScreenSize screen{1920, 1080};
     std::string help_file;
 };

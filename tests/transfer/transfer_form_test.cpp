@@ -1,4 +1,5 @@
 // The window of the transfers: what it enables, shows and asks around them.
+#include "registers/transfer_errors.h"
 #include "scripted_controller.h"
 #include "transfer/download_parm_form.h"
 
@@ -46,6 +47,29 @@ TEST_F(TransferForm, ADownloadFillsListAndBarWithTheButtonsDisabled) {
     EXPECT_EQ(port().outputs[0][0], 12);
 }
 
+TEST_F(TransferForm, SaysWhereTheFileWentAndTakesADroppedOne) {
+    EXPECT_FALSE(form.cmdOpenFolder.Visible());
+    press(form.cmdDownload);
+    EXPECT_EQ(form.lbl_File.Caption(), "Saved in");
+    EXPECT_EQ(form.txt_File.Text(), path("a.txt"));
+    desktop.has_folders = false;
+    form.cmdOpenFolder.press();
+    EXPECT_EQ(desktop.folder_of, path("a.txt"));
+    EXPECT_EQ(rig.dialogs.texts().back(),
+              "The folder cannot be shown here. The file is\n" + path("a.txt"));
+
+    write_file(path("dropped.txt"), read_file(path("a.txt")));
+    press(form.cmdDownload, {MessageAnswer::No}); // of overwriting
+    EXPECT_EQ(form.txt_File.Text(), path("a.txt"));
+    form.FileDropped(path("dropped.txt")); // No to the comparison
+    press(form.cmdCompare);
+    EXPECT_EQ(rig.dialogs.requests.back().file_name, path("dropped.txt"));
+    rig.dialogs.answers = {MessageAnswer::Yes};
+    form.FileDropped(path("dropped.txt"));
+    EXPECT_EQ(form.lbl_File.Caption(), "Compared with");
+    EXPECT_EQ(form.txt_File.Text(), path("dropped.txt"));
+}
+
 TEST_F(TransferForm, TheFirstNewErrorIsShownAtTheEnd) {
     form.List2.AddItem("old");
     instead[6] = frame("02 03 02 00 58");
@@ -57,6 +81,10 @@ TEST_F(TransferForm, TheFirstNewErrorIsShownAtTheEnd) {
     press(form.cmdUpload, {MessageAnswer::Yes});
     EXPECT_EQ(form.List2.ListCount(), 3) << "cleared before the erase";
     EXPECT_TRUE(form.List2.List(1).ends_with(" 6           1    Error"));
+    const ErrorColumns columns = columns_of_error(form.List2.List(1));
+    EXPECT_EQ(columns[1] + "|" + columns[2] + "|" + columns[3], "6|1|Error");
+    EXPECT_FALSE(columns[0].empty());
+    EXPECT_EQ(columns_of_error("a line"), ErrorColumns{"a line"});
     EXPECT_EQ(form.List2.ListIndex(), 0);
 }
 

@@ -4,6 +4,7 @@
 #include <QString>
 #include <memory>
 
+#include "personal/window_places.h"
 #include "platform/desktop_services.h"
 
 namespace pelvan::desktop {
@@ -12,19 +13,24 @@ class HelpWindow;
 
 class QtDesktopServices : public DesktopServices {
   public:
-    /// `help_folder` is where the help pages are installed.
-    explicit QtDesktopServices(std::string help_folder);
+    /// `help_folder` is where the help pages are installed; `places` (borrowed) remembers where
+    /// the help stands.
+    explicit QtDesktopServices(std::string help_folder, WindowPlaces* places = nullptr);
     ~QtDesktopServices() override;
 
     void let_events_run() override;
     void set_clipboard_text(const std::string& text) override;
+    bool show_folder_of(const std::string& path) override;
     ScreenSize screen_size() override;
     /// The pages of the folder stand for the help file.
     void set_help_file(const std::string&) override {}
     void show_help(const std::string& page) override;
+    /// Before what remembers their places ends.
+    void close_windows();
 
   private:
     std::string help_folder_;
+    WindowPlaces* places_;
     std::unique_ptr<HelpWindow> help_window_; // made when help is first asked for
 };
 

@@ -1,8 +1,10 @@
 #include "desktop/system/qt_dialogs.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -76,19 +78,46 @@ void prepare(QFileDialog& dialog, const FileDialogRequest& request) {
     dialog.setOption(QFileDialog::DontConfirmOverwrite, !request.overwrite_prompt);
 }
 
-std::optional<std::string> choose(const FileDialogRequest& request, QFileDialog::AcceptMode mode) {
-    for (;;) {
-        QFileDialog dialog(QApplication::activeWindow());
-        dialog.setAcceptMode(mode);
-        prepare(dialog, request);
-        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-            return std::nullopt;
-        const QString path = dialog.selectedFiles().constFirst();
-        if (!request.refuse_read_only || !is_read_only(path)) return from_qt(path);
-        QtDialogs().message_box(from_qt(path) +
-                                    "\nThis file may only be read. Choose another name.",
-                                request.title, MessageButtons::Ok, MessageIcon::Exclamation);
+/// A list of files below the rest of the dialog; choosing one opens it.
+void offer(QFileDialog& dialog, const std::vector<std::string>& files) {
+    dialog.setOption(QFileDialog::DontUseNativeDialog); // the desktop's own has no place for it
+    auto* grid = qobject_cast<QGridLayout*>(dialog.layout());
+    if (grid == nullptr) return;
+    auto* box = new QComboBox;
+    box->setObjectName(QStringLiteral("recent_files"));
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setPlaceholderText(QStringLiteral("Choose one to open it"));
+    for (const std::string& file : files) {
+        const QFileInfo info(to_qt(file));
+        box->addItem(info.fileName() + QStringLiteral("  \u2013  ") +
+                         QDir::toNativeSeparators(info.absolutePath()),
+                     to_qt(file));
     }
+    box->setCurrentIndex(-1);
+    auto* label = new QLabel(QStringLiteral("&Recent files:"));
+    label->setBuddy(box);
+    const int row = grid->rowCount();
+    grid->addWidget(label, row, 0);
+    grid->addWidget(box, row, 1, 1, -1);
+    QObject::connect(box, &QComboBox::activated, &dialog, [&dialog, box](int index) {
+        dialog.selectFile(box->itemData(index).toString());
+        static_cast<QDialog&>(dialog).accept();
+    });
+}
+
+/// As wide as its title needs: the window system cuts what has no room beside its buttons.
+int width_for_title(const QString& title) {
+    constexpr int kButtons = 110; // of the title bar
+    QFont font = QApplication::font("QMdiSubWindowTitleBar");
+    font.setBold(true);
+    return QFontMetrics(font).horizontalAdvance(title) + kButtons;
+}
+
+void widen_for_title(QMessageBox& box) {
+    auto* grid = qobject_cast<QGridLayout*>(box.layout());
+    if (grid == nullptr) return; // it takes no other width
+    auto* width = new QSpacerItem(width_for_title(box.windowTitle()), 0);
+    grid->addItem(width, grid->rowCount(), 0, 1, grid->columnCount());
 }
 
 } // namespace
@@ -139,6 +168,7 @@ MessageAnswer QtDialogs::message_box(const std::string& text, const std::string&
     box.setDefaultButton(buttons == MessageButtons::YesNoPreferNo ? QMessageBox::No
                                                                   : shown.front().button);
     box.setEscapeButton(shown.back().button);
+    widen_for_title(box);
     before_opening_();
     const int pressed = box.exec();
     for (const ButtonFace& face : shown)
@@ -155,18 +185,39 @@ std::string QtDialogs::input_box(const std::string& prompt, const std::string& t
     box.setTextValue(to_qt(default_text));
     if (auto* label = box.findChild<QLabel*>()) label->setTextFormat(Qt::PlainText);
     if (auto* entry = box.findChild<QLineEdit*>()) entry->setAccessibleName(to_qt(prompt));
+    box.setMinimumWidth(width_for_title(box.windowTitle()));
     before_opening_();
     return box.exec() == QDialog::Accepted ? from_qt(box.textValue()) : std::string();
 }
 
 std::optional<std::string> QtDialogs::open_file(const FileDialogRequest& request) {
-    before_opening_();
-    return choose(request, QFileDialog::AcceptOpen);
+    return choose(request, true);
 }
 
 std::optional<std::string> QtDialogs::save_file(const FileDialogRequest& request) {
+    return choose(request, false);
+}
+
+std::optional<std::string> QtDialogs::choose(const FileDialogRequest& request, bool open) {
+    RecentFiles* recent = request.kind.empty() ? nullptr : recent_;
+    std::vector<std::string> files;
+    if (open && recent != nullptr) files = recent->of(request.kind);
     before_opening_();
-    return choose(request, QFileDialog::AcceptSave);
+    for (;;) {
+        QFileDialog dialog(QApplication::activeWindow());
+        if (!files.empty()) offer(dialog, files);
+        dialog.setAcceptMode(open ? QFileDialog::AcceptOpen : QFileDialog::AcceptSave);
+        prepare(dialog, request);
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+            return std::nullopt;
+        const std::string path = from_qt(dialog.selectedFiles().constFirst());
+        if (!request.refuse_read_only || !is_read_only(to_qt(path))) {
+            if (recent != nullptr) recent->add(request.kind, path);
+            return path;
+        }
+        message_box(path + "\nThis file may only be read. Choose another name.", request.title,
+                    MessageButtons::Ok, MessageIcon::Exclamation);
+    }
 }
 
 } // namespace pelvan::desktop

@@ -5,6 +5,7 @@
 #include <functional>
 #include <utility>
 
+#include "personal/recent_files.h"
 #include "platform/dialogs.h"
 
 namespace pelvan::desktop {
@@ -13,9 +14,11 @@ inline constexpr char kApplicationTitle[] = "Pelvan 7";
 
 class QtDialogs : public Dialogs {
   public:
-    /// `before_opening` runs before each box and file dialog.
-    explicit QtDialogs(std::function<void()> before_opening = [] {})
-        : before_opening_(std::move(before_opening)) {}
+    /// `before_opening` runs before each box and file dialog. `recent` (borrowed) keeps the files
+    /// that were chosen; dialogs that open files offer them.
+    explicit QtDialogs(
+        std::function<void()> before_opening = [] {}, RecentFiles* recent = nullptr)
+        : before_opening_(std::move(before_opening)), recent_(recent) {}
 
     MessageAnswer message_box(const std::string& text, const std::string& title,
                               MessageButtons buttons, MessageIcon icon) override;
@@ -25,7 +28,10 @@ class QtDialogs : public Dialogs {
     std::optional<std::string> save_file(const FileDialogRequest& request) override;
 
   private:
+    std::optional<std::string> choose(const FileDialogRequest& request, bool open);
+
     std::function<void()> before_opening_;
+    RecentFiles* recent_;
 };
 
 /// A text as a box shows it: cut where the box would outgrow the screen, control characters made

@@ -5,9 +5,14 @@
 #include <QComboBox>
 #include <QFontDatabase>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTableView>
+
+#include "desktop/bindings/qt_text.h"
+#include "desktop/windows/error_table.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -45,26 +50,48 @@ QLayout* choices(const BindContext& context, frm_DownloadParm& form) {
     return row;
 }
 
-/// A list below its title, with the button that clears it; `titles` stand between.
-QLayout* titled_list(const BindContext& context, Label& title, ListBox& list, Button& clear,
-                     const std::vector<Label*>& titles) {
-    QListView* view = list_for(context, list);
+/// A title with the button that clears the list below it.
+QLayout* head_for(const BindContext& context, Label& title, QWidget* list, Button& clear) {
     auto* head = new QHBoxLayout;
-    head->addWidget(label_for(context, title, view));
+    head->addWidget(label_for(context, title, list));
     head->addStretch();
     head->addWidget(button_for(context, clear));
+    return head;
+}
+
+QLayout* history(const BindContext& context, frm_DownloadParm& form) {
+    QListView* list = list_for(context, form.List1);
     auto* column = new QVBoxLayout;
-    column->addLayout(head);
-    auto* row = new QHBoxLayout;
-    for (Label* each : titles)
-        row->addWidget(bound<QLabel>(context, *each), 1);
-    column->addLayout(row);
-    column->addWidget(view, 1);
+    column->addLayout(head_for(context, form.Label1, list, form.cmdClearListBox));
+    column->addWidget(list, 1);
     return column;
+}
+
+QLayout* errors(const BindContext& context, frm_DownloadParm& form) {
+    // One title stands over two columns.
+    QStringList titles{to_qt(form.Label3.Caption())};
+    titles += to_qt(form.Label4.Caption()).split(QStringLiteral("    "));
+    QTableView* table = make_error_table(context, form.List2, titles << QStringLiteral("Kind"));
+    table->setMinimumSize(kListWidth, kListHeight);
+    auto* column = new QVBoxLayout;
+    column->addLayout(head_for(context, form.Label2, table, form.cmdClearList2));
+    column->addWidget(table, 1);
+    return column;
+}
+
+/// Where the file lies.
+QLayout* file_line(const BindContext& context, frm_DownloadParm& form) {
+    auto* path = bound<QLineEdit>(context, form.txt_File);
+    auto* row = new QHBoxLayout;
+    row->addWidget(label_for(context, form.lbl_File, path));
+    row->addWidget(path, 1);
+    row->addWidget(button_for(context, form.cmdOpenFolder));
+    return row;
 }
 
 QLayout* bottom(const BindContext& context, frm_DownloadParm& form) {
     auto* bar = bound<QProgressBar>(context, form.ProgressBar1);
+    bar->setAccessibleName(QStringLiteral("Progress"));
     auto* row = new QHBoxLayout;
     row->addWidget(bar, 1);
     row->addWidget(button_for(context, form.cmdCancel));
@@ -80,11 +107,10 @@ QWidget* make_transfer(const BindContext& context, frm_DownloadParm& form) {
     layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     layout->addLayout(choices(context, form));
     auto* lists = new QHBoxLayout;
-    lists->addLayout(titled_list(context, form.Label1, form.List1, form.cmdClearListBox, {}), 2);
-    lists->addLayout(titled_list(context, form.Label2, form.List2, form.cmdClearList2,
-                                 {&form.Label3, &form.Label4}),
-                     3);
+    lists->addLayout(history(context, form), 2);
+    lists->addLayout(errors(context, form), 3);
     layout->addLayout(lists, 1);
+    layout->addLayout(file_line(context, form));
     layout->addLayout(bottom(context, form));
     return content;
 }

@@ -49,6 +49,7 @@ FileDialogRequest ProfileFiles::request() const {
     request.filter = kSetupFileFilter;
     request.initial_directory = reg_downloads_path(services_.application_directory);
     request.default_extension = "txt";
+    request.kind = "profiles";
     return request;
 }
 
@@ -84,10 +85,14 @@ std::optional<std::string> ProfileFiles::open() {
     FileDialogRequest wanted = request();
     wanted.must_exist = true;
     const auto path = services_.dialogs.open_file(wanted);
-    if (!path || !may_lose("Open the file, and lose them?")) return std::nullopt;
-    const int model = model_of_setup(*path).value_or(work_.model());
+    return path ? open(*path) : std::nullopt;
+}
+
+std::optional<std::string> ProfileFiles::open(const std::string& path) {
+    if (!may_lose("Open the file, and lose them?")) return std::nullopt;
+    const int model = model_of_setup(path).value_or(work_.model());
     if (model != work_.model() && !load_model(model)) return std::nullopt;
-    ReadProfiles read = load_profiles(work_.format(), *path);
+    ReadProfiles read = load_profiles(work_.format(), path);
     if (!read.problem.empty()) {
         warn(read.problem);
         return std::nullopt;
@@ -99,7 +104,7 @@ std::optional<std::string> ProfileFiles::open() {
         editor.open(std::move(read.profiles));
         return std::string();
     });
-    path_ = *path;
+    path_ = path;
     return told;
 }
 

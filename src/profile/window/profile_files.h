@@ -24,6 +24,8 @@ class ProfileFiles {
     /// Asks for a file and takes its profiles; what it has to say of them, as sentences. Nothing
     /// when nobody chose one, or when it could not be opened, which it tells in a box.
     [[nodiscard]] std::optional<std::string> open();
+    /// The same with a file that was chosen already.
+    [[nodiscard]] std::optional<std::string> open(const std::string& path);
     /// Asks for a name when there is none yet. False when nothing was saved.
     bool save();
     bool save_as();

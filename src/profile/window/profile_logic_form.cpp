@@ -30,6 +30,7 @@ frm_ProfileLogic::frm_ProfileLogic(Services& services, Link& link, Modbus& modbu
 void frm_ProfileLogic::wire_files() {
     menu.mnuNew.Click = [this] { mnuNew_Click(); };
     menu.mnuOpen.Click = [this] { mnuOpen_Click(); };
+    FileDropped = [this](const std::string& path) { file_dropped(path); };
     menu.mnuSave.Click = [this] { mnuSave_Click(); };
     menu.mnuSaveAs.Click = [this] { mnuSaveAs_Click(); };
     menu.mnuPrint.Click = [this] { mnuPrint_Click(ProfilePrint::Print); };

@@ -30,6 +30,7 @@ class frm_ProfileLogic : public Form {
     ProfileLinePanel line;
 
   private:
+    void show_opened(const std::optional<std::string>& told);
     // Before the panel that follows it.
     Services& services_;
     ProfileWork work_;
@@ -49,6 +50,8 @@ class frm_ProfileLogic : public Form {
 
     void mnuNew_Click();
     void mnuOpen_Click();
+    /// As opened; nothing while profiles cannot be opened.
+    void file_dropped(const std::string& path);
     void mnuSave_Click();
     void mnuSaveAs_Click();
     void mnuPrint_Click(ProfilePrint how);

@@ -43,7 +43,15 @@ void frm_ProfileLogic::mnuNew_Click() {
 }
 
 void frm_ProfileLogic::mnuOpen_Click() {
-    if (const auto told = files_.open()) {
+    show_opened(files_.open());
+}
+
+void frm_ProfileLogic::file_dropped(const std::string& path) {
+    if (menu.mnuOpen.Enabled()) show_opened(files_.open(path));
+}
+
+void frm_ProfileLogic::show_opened(const std::optional<std::string>& told) {
+    if (told) {
         findings_.set_results({});
         say(*told);
     }

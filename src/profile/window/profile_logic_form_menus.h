@@ -31,7 +31,7 @@ struct ProfileMenus {
     MenuEntry mnuCopy{"mnuProfileCopy", "&Copy Step", "Ctrl+C"};
     MenuEntry mnuPaste{"mnuProfilePaste", "&Paste Step", "Ctrl+V",
                        "The copied step before the chosen one."};
-    MenuEntry mnuUp{"mnuProfileUp", "Move U&p", "Ctrl+Up"};
+    MenuEntry mnuUp{"mnuProfileUp", "&Move Up", "Ctrl+Up"};
     MenuEntry mnuDown{"mnuProfileDown", "Move Do&wn", "Ctrl+Down"};
     MenuEntry mnuRemove{"mnuProfileRemove", "Remove Pro&file", "",
                         "Take the chosen profile out of this window; the controller keeps it."};
