@@ -36,7 +36,7 @@ CurveView::CurveView(CurveDesk& desk, EventRunner run)
                   "with the arrows (Shift: small steps; space bar: the other set point)."));
     viewport()->setMouseTracking(true);
     for (int i = 0; i < kSetPoints; ++i)
-        lines_.push_back(add_line(color(i, false), 2));
+        lines_.push_back(add_line(i, false, 2));
     draw();
 }
 
@@ -110,7 +110,7 @@ void CurveView::paint_handles(QPainter& painter) const {
         const bool lit = is_chosen(desk_.picture().pieces[handle.piece]);
         const double radius = by_keys ? 1.6 * kHandle : lit ? 1.2 * kHandle : 0.75 * kHandle;
         painter.setPen(QPen(color(handle.set_point, false), by_keys ? 2 : 1));
-        painter.setBrush(lit ? QColor(255, 200, 0) : QColor(Qt::white));
+        painter.setBrush(lit ? QColor(255, 200, 0) : palette().color(QPalette::Base));
         painter.drawEllipse(place_of_end(handle), radius, radius);
     }
 }

@@ -10,6 +10,7 @@
 #include <bit>
 #include <cmath>
 
+#include "desktop/bindings/chart_colors.h"
 #include "desktop/bindings/qt_text.h"
 
 namespace pelvan::desktop {
@@ -77,17 +78,40 @@ ProfileChart::ProfileChart()
     // Short heads: the picture has to fit beside a table.
     for (QValueAxis* axis : {times_, values_})
         axis->setLabelFormat(QStringLiteral("%.5g"));
+    dress();
 }
 
-QColor ProfileChart::color(int set_point, bool process) {
+void ProfileChart::changeEvent(QEvent* event) {
+    QChartView::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) dress();
+}
+
+void ProfileChart::dress() {
+    dress_chart(*chart(), palette());
+    for (const Line& line : dressed_)
+        dress(line);
+}
+
+void ProfileChart::dress(const Line& line) const {
+    QColor shade = color(line.set_point, line.process);
+    shade.setAlpha(line.alpha);
+    line.series->setPen(QPen(shade, line.width));
+}
+
+QColor ProfileChart::color(int set_point, bool process) const {
+    if (is_dark(palette())) {
+        if (set_point == 0) return process ? QColor(190, 220, 255) : QColor(85, 155, 255);
+        return process ? QColor(255, 205, 165) : QColor(255, 105, 90);
+    }
     if (set_point == 0) return process ? QColor(90, 165, 230) : QColor(0, 60, 140);
     return process ? QColor(240, 150, 90) : QColor(165, 30, 20);
 }
 
-QLineSeries* ProfileChart::add_line(const QColor& color, int width) {
+QLineSeries* ProfileChart::add_line(int set_point, bool process, int width, int alpha) {
     auto* line = new QLineSeries(chart());
     chart()->addSeries(line);
-    line->setPen(QPen(color, width));
+    dressed_.push_back({line, set_point, process, width, alpha});
+    dress(dressed_.back());
     line->attachAxis(times_);
     line->attachAxis(values_);
     line->setVisible(false);
@@ -181,7 +205,7 @@ void ProfileChart::paint_events(QPainter& painter, const std::vector<CurvePiece>
     painter.setFont(font);
     for (int event = 0; event < kMaxEvents; ++event) {
         if ((events_ >> event & 1) == 0) continue;
-        painter.setPen(Qt::black);
+        painter.setPen(palette().color(QPalette::Text));
         painter.drawText(QRectF(0, top, area.left() - kMargin, kLane),
                          Qt::AlignRight | Qt::AlignVCenter, tr("event %1").arg(event + 1));
         for (const CurvePiece& piece : pieces) {

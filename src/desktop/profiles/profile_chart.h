@@ -18,9 +18,10 @@ class ProfileChart : public QChartView {
 
   protected:
     /// Set points in blue and red, process values in the lighter colours of the same.
-    [[nodiscard]] static QColor color(int set_point, bool process);
-
-    [[nodiscard]] QLineSeries* add_line(const QColor& color, int width);
+    [[nodiscard]] QColor color(int set_point, bool process) const;
+    /// A line in such a colour, with less than 255 as `alpha` faded.
+    [[nodiscard]] QLineSeries* add_line(int set_point, bool process, int width, int alpha = 255);
+    void changeEvent(QEvent* event) override;
     /// Both set points of the pieces; a line without a value is hidden, also from the legend.
     void show_set_points(const CurvePicture& picture, const std::vector<QLineSeries*>& lines);
     static void show_line(QLineSeries& line, const QList<QPointF>& points, const QString& name);
@@ -44,6 +45,17 @@ class ProfileChart : public QChartView {
     [[nodiscard]] double units(double time_s) const { return time_s / unit_s_; }
 
   private:
+    struct Line {
+        QLineSeries* series;
+        int set_point;
+        bool process;
+        int width;
+        int alpha;
+    };
+    void dress();
+    void dress(const Line& line) const;
+
+    std::vector<Line> dressed_;
     QValueAxis* times_;
     QValueAxis* values_;
     double unit_s_ = 60; // seconds of what the line of time counts

@@ -9,9 +9,11 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
 
+#include "desktop/bindings/chart_colors.h"
 #include "desktop/profiles/curve_view.h"
 #include "desktop/profiles/run_view.h"
 #include "desktop/profiles/sheet_view.h"
@@ -90,6 +92,7 @@ void make_plain_lists(SheetView& profiles, SheetView& findings) {
 void paint_on_paper(CurveDesk& desk, const EventRunner& run, QPainter& painter,
                     const QRectF& target) {
     CurveView paper(desk, run);
+    paper.setPalette(paper_palette());
     paper.resize(kPaperWidth, qRound(kPaperWidth * target.height() / target.width()));
     static_cast<void>(paper.grab()); // lays it out
     paper.paint_plain(painter, target);
@@ -113,6 +116,7 @@ pelvan_make_profile_window(const pelvan::desktop::ProfileParts& parts) {
 
     auto* sides = new QTabWidget;
     sides->setObjectName(QStringLiteral("profile_sides"));
+    sides->tabBar()->setAccessibleName(QStringLiteral("Views"));
     sides->addTab(curve, QStringLiteral("Cur&ve"));
     sides->addTab(run, QStringLiteral("&Run"));
     auto* splitter = new QSplitter;

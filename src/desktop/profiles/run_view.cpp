@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 
+#include "desktop/bindings/chart_colors.h"
 #include "desktop/bindings/qt_text.h"
 
 namespace pelvan::desktop {
@@ -14,10 +15,7 @@ namespace {
 
 constexpr std::size_t kMaxPoints = 2000; // of a line: more than a screen is wide
 
-QColor faded(QColor color) {
-    color.setAlpha(90);
-    return color;
-}
+constexpr int kFaded = 90;
 
 } // namespace
 
@@ -28,11 +26,11 @@ RunView::RunView(RunDesk& desk)
     setObjectName(QStringLiteral("run_curve"));
     setAccessibleName(tr("Curve of the run"));
     for (int i = 0; i < kSetPoints; ++i)
-        programmed_.push_back(add_line(faded(color(i, false)), 5));
+        programmed_.push_back(add_line(i, false, 5, kFaded));
     for (int i = 0; i < kSetPoints; ++i)
-        set_points_.push_back(add_line(color(i, false), 2));
+        set_points_.push_back(add_line(i, false, 2));
     for (int i = 0; i < kSetPoints; ++i)
-        process_.push_back(add_line(color(i, true), 2));
+        process_.push_back(add_line(i, true, 2));
     draw();
 }
 
@@ -96,7 +94,7 @@ void RunView::drawForeground(QPainter* painter, const QRectF&) {
     if (!picture.points.empty()) {
         const QRectF area = plot();
         const double x = place_of(picture.now_s, 0).x();
-        painter->setPen(QPen(Qt::black, 1, Qt::DashLine));
+        painter->setPen(QPen(palette().color(QPalette::Text), 1, Qt::DashLine));
         painter->drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
         const bool left = x > area.center().x();
         painter->drawText(QRectF(left ? x - 64 : x + 4, area.top(), 60, 16),
@@ -128,7 +126,10 @@ void RunView::paint_losses(QPainter& painter) const {
 
 bool RunView::save(const QString& path) {
     draw();
-    return grab().save(path, "PNG");
+    setPalette(paper_palette());
+    const QPixmap picture = grab();
+    setPalette(QPalette());
+    return picture.save(path, "PNG");
 }
 
 } // namespace pelvan::desktop
