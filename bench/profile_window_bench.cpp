@@ -64,7 +64,9 @@ int main(int argc, char** argv) {
                           program.dir.file("Download Sequences"));
     frm_ProfileLogic& form = program.app.profile_logic;
     const desktop::BindContext context{[](const std::function<void()>& handler) { handler(); }};
-    desktop::MdiFrame frame(context, program.app.frame, program.desktop);
+    PersonalSettings personal;
+    WindowPlaces places(personal);
+    desktop::MdiFrame frame(context, program.app.frame, program.desktop, places);
     frame.resize(1366, 768);
     frame.show();
     std::printf("  first opening: %.0f ms\n", ms_of([&] {

@@ -1,5 +1,9 @@
 #include "app/application.h"
 
+#include <algorithm>
+
+#include "config/device_map.h"
+
 namespace pelvan {
 
 Application::Application(Services given, LineOpener opener)
@@ -19,6 +23,20 @@ Application::Application(Services given, LineOpener opener)
         [this] { frame.mnuHoldProfile.hold(profile_logic.hold_refusal()); });
     jumper_moved_ =
         console.simulated_jumper_moved.subscribe([this](bool in) { simulators.set_jumper(in); });
+    join_menus();
+    console.mnuDiagnostics.Opening = [this] { show_jumper_menu(); };
+}
+
+/// Ending the program asks what closing the frame asks, from wherever it is chosen.
+void Application::join_menus() {
+    console.mnuExit.reach_everywhere().Click = [this] { frame.mnuExit_Click(); };
+    for (Form* form :
+         std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse, &listen,
+                                      &transfer, &logging, &profile_logic}) {
+        for (MenuEntry* menu : form->menus)
+            if (menu != nullptr && menu->Caption() == "&Help")
+                menu->children.insert(menu->children.end(), {nullptr, &frame.mnuAbout});
+    }
 }
 
 /// While a tool has claimed the lines, the others and the settings of the ports wait.
@@ -30,6 +48,16 @@ void Application::hold_menus() {
     const std::string holder = channels.line_use().refusal(nullptr);
     frame.mnuPortSettings.hold(holder);
     frame.mnuSerialDevices.hold(holder);
+}
+
+/// The jumper of a simulated plug means nothing to whoever has none.
+void Application::show_jumper_menu() {
+    const auto& ports = session.serial.gCommDevice;
+    const bool simulated = std::any_of(ports.begin(), ports.end(), [this](SerialPort* port) {
+        const auto device = device_for_port(port->CommPort(), session.config.gIniFile);
+        return device && simulator::is_simulated(*device);
+    });
+    console.mnuSimulatedJumper.set_Visible(simulated);
 }
 
 void Application::restore_windows() {

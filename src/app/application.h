@@ -35,6 +35,8 @@ class Application : public Core, private SettingsHost {
     void hold_windows(bool held) override;
     void restore_windows();
     void hold_menus();
+    void join_menus();
+    void show_jumper_menu();
     Subscription logging_closed_;
     Subscription line_use_;
     Subscription jumper_moved_;

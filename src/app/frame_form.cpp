@@ -1,5 +1,7 @@
 #include "app/frame_form.h"
 
+#include <algorithm>
+
 #include "app/application.h"
 
 namespace pelvan {
@@ -13,6 +15,7 @@ constexpr double kCommandWidth = 0.21;
 constexpr double kResponseWidth = 0.76;
 constexpr double kHistoryHeight = 0.94;
 constexpr int kHistoryHeightLess = 3000;
+constexpr int kLeastHistoryHeight = 1500;
 
 int part_of(double share, int twips) {
     return static_cast<int>(share * twips);
@@ -23,7 +26,6 @@ int part_of(double share, int twips) {
 MDIPelvan6::MDIPelvan6(Application& application)
     : Form("MDIPelvan6", "Pelvan 7"), line(application, mnuPortSettings),
       application_(application) {
-    mnuWindow.children = {&mnuArrange, nullptr, &mnuShowConsole, &mnuShowCommand, &mnuShowResponse};
     menus = {&mnuTools, &mnuSettings};
     mnuTools.children.push_back(&mnuListen);
     mnuListen.Click = [this] { application_.listen.Show(); };
@@ -35,11 +37,43 @@ MDIPelvan6::MDIPelvan6(Application& application)
     mnuProfileLogic.Click = [this] { application_.profile_logic.Show(); };
     mnuTools.children.push_back(nullptr);
     mnuTools.children.push_back(&mnuHoldProfile);
-    mnuHoldProfile.Click = [this] { application_.profile_logic.hold(); };
-    mnuSettings.children = {&mnuPortSettings, &mnuSerialDevices};
+    mnuHoldProfile.reach_everywhere().Click = [this] { application_.profile_logic.hold(); };
+    mnuSettings.children = {&mnuPortSettings, &mnuSerialDevices, nullptr, &mnuTheme};
     mnuPortSettings.Click = [this] { application_.comms_settings.Show(); };
     mnuSerialDevices.Click = [this] { application_.serial_devices.Show(); };
-    mnuArrange.Click = [this] { arrange(); };
+    mnuAbout.Click = [this] { mnuAbout_Click(); };
+    make_theme_menu();
+    make_window_menu();
+}
+
+void MDIPelvan6::make_theme_menu() {
+    mnuTheme.children = {&mnuThemeDesktop, &mnuThemeLight, &mnuThemeDark};
+    for (MenuEntry* entry : mnuTheme.children)
+        entry->make_checkable();
+    const auto choose = [this](ThemeChoice choice) {
+        return [this, choice] {
+            show_theme(choice);
+            theme_chosen.raise(choice);
+        };
+    };
+    mnuThemeDesktop.Click = choose(ThemeChoice::AsDesktop);
+    mnuThemeLight.Click = choose(ThemeChoice::Light);
+    mnuThemeDark.Click = choose(ThemeChoice::Dark);
+    show_theme(ThemeChoice::AsDesktop);
+}
+
+void MDIPelvan6::show_theme(ThemeChoice choice) {
+    mnuThemeDesktop.set_Checked(choice == ThemeChoice::AsDesktop);
+    mnuThemeLight.set_Checked(choice == ThemeChoice::Light);
+    mnuThemeDark.set_Checked(choice == ThemeChoice::Dark);
+}
+
+void MDIPelvan6::make_window_menu() {
+    mnuWindow.children = {&mnuArrange, nullptr, &mnuShowConsole, &mnuShowCommand, &mnuShowResponse};
+    mnuArrange.Click = [this] {
+        arranged.raise();
+        arrange();
+    };
     mnuShowConsole.Click = [this] { application_.console.Show(); };
     mnuShowCommand.Click = [this] { application_.history.frmCommand.Show(); };
     mnuShowResponse.Click = [this] { application_.history.frmResponse.Show(); };
@@ -59,11 +93,6 @@ void MDIPelvan6::MDIForm_Load() {
 }
 
 void MDIPelvan6::arrange() {
-    const ScreenSize pixels = application_.services.desktop.screen_size();
-    const int width = pixels.width * kTwipsPerPixel;
-    const int height = pixels.height * kTwipsPerPixel;
-    const int command_width = part_of(kCommandWidth, width);
-    const int history_height = part_of(kHistoryHeight, height) - kHistoryHeightLess;
     frm_Pelvan5VB& console = application_.console;
     HistoryForm& command = application_.history.frmCommand;
     HistoryForm& response = application_.history.frmResponse;
@@ -72,11 +101,45 @@ void MDIPelvan6::arrange() {
     console.Show();
     for (Form* form : std::initializer_list<Form*>{&console, &command, &response})
         form->set_State(WindowState::Normal);
-    console.Move({0, 0, part_of(kConsoleWidth, width), kConsoleHeight});
-    command.Move({0, kConsoleHeight, command_width, history_height});
-    response.Move({command_width, kConsoleHeight, part_of(kResponseWidth, width), history_height});
+    place_windows();
     command.hscrl_List.set_Max(HistoryForm::kScrollMaximum);
     response.hscrl_List.set_Max(HistoryForm::kScrollMaximum);
+}
+
+void MDIPelvan6::place_windows() {
+    const ScreenSize screen = application_.services.desktop.screen_size();
+    const Size size = frame_size ? frame_size() : Size{screen, screen};
+    const int width = size.outside.width * kTwipsPerPixel;
+    const int height = size.outside.height * kTwipsPerPixel;
+    const int command_width = part_of(kCommandWidth, width);
+    // As much of the frame as of a screen, but never beyond the room that its bars leave.
+    const int room = size.inside.height * kTwipsPerPixel - kConsoleHeight;
+    const int history_height = std::max(
+        std::min(part_of(kHistoryHeight, height) - kHistoryHeightLess, room), kLeastHistoryHeight);
+    const TwipRect top{0, 0, part_of(kConsoleWidth, width), kConsoleHeight};
+    const TwipRect left{0, kConsoleHeight, command_width, history_height};
+    const TwipRect right{command_width, kConsoleHeight, part_of(kResponseWidth, width),
+                         history_height};
+    const std::pair<Form*, const TwipRect&> places[] = {{&application_.console, top},
+                                                        {&application_.history.frmCommand, left},
+                                                        {&application_.history.frmResponse, right}};
+    for (const auto& [form, place] : places)
+        if (form->State() == WindowState::Normal) form->Move(place);
+}
+
+void MDIPelvan6::mnuExit_Click() {
+    if (loaded())
+        Unload();
+    else
+        application_.console.Unload();
+}
+
+void MDIPelvan6::mnuAbout_Click() {
+    application_.services.dialogs.message_box(
+        "Pelvan 7, version " PELVAN_VERSION
+        "\n\nA service tool for controllers on serial lines.\n\nConfiguration:\n" +
+            application_.session.config.gIniFile,
+        "About Pelvan 7");
 }
 
 void MDIPelvan6::mnuDataLogging_Click() {

@@ -4,6 +4,8 @@
 
 #include "app/line_panel.h"
 #include "forms/form.h"
+#include "personal/theme.h"
+#include "platform/desktop_services.h"
 #include "platform/event.h"
 
 namespace pelvan {
@@ -33,6 +35,11 @@ class MDIPelvan6 : public Form {
                               "Port, baud rate and format of the selected protocol's channel."};
     MenuEntry mnuSerialDevices{"mnuSerialDevices", "&Serial Devices...", "Shift+F9",
                                "Which device of this machine a port number stands for."};
+    MenuEntry mnuTheme{"mnuTheme", "&Theme"};
+    MenuEntry mnuThemeDesktop{"mnuThemeDesktop", "As the &Desktop", "",
+                              "Light or dark as the desktop has it, and follow its changes."};
+    MenuEntry mnuThemeLight{"mnuThemeLight", "&Light"};
+    MenuEntry mnuThemeDark{"mnuThemeDark", "D&ark"};
     MenuEntry mnuWindow{"mnuWindow", "&Window"};
     MenuEntry mnuArrange{"mnuArrange", "&Arrange", "Ctrl+Shift+A",
                          "Put the three windows back where they were at the start."};
@@ -43,10 +50,32 @@ class MDIPelvan6 : public Form {
     /// The status bar.
     LinePanel line;
 
+    /// In every window's Help menu.
+    MenuEntry mnuAbout{"mnuAbout", "&About Pelvan 7", "", "Version and files of this program."};
+
+    /// The frame window's size, and the room in it for the other windows.
+    struct Size {
+        ScreenSize outside;
+        ScreenSize inside;
+    };
+    /// How large the frame is; without it the screen counts.
+    std::function<Size()> frame_size;
+    /// The person wants these windows where the program puts them, whatever was remembered.
+    Event<> arranged;
+    /// The person chose a theme; `show_theme` ticks its entry.
+    Event<ThemeChoice> theme_chosen;
+    void show_theme(ThemeChoice choice);
+
     /// Sets the help file, loads the console, then the two history windows, and arranges the three.
     void MDIForm_Load();
-    /// The console along the top, Command History and Command Response side by side below it.
+    /// The console along the top, Command History and Command Response side by side below it; all
+    /// three become visible.
     void arrange();
+    /// The same for those that are visible, when the frame has another size.
+    void place_windows();
+    /// Asks what closing the frame asks; without a frame the console closes.
+    void mnuExit_Click();
+    void mnuAbout_Click();
     /// Data Logging at the frame's top left, over the three windows.
     void mnuDataLogging_Click();
 
@@ -57,6 +86,9 @@ class MDIPelvan6 : public Form {
     bool Form_Unload() override;
 
   private:
+    void make_window_menu();
+    void make_theme_menu();
+
     Application& application_;
     Subscription transfer_end_; // the frame closes then
 };

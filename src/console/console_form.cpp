@@ -50,6 +50,7 @@ void frm_Pelvan5VB::make_diagnostics_menu() {
         entry->Click = [this, entry] { choose_jumper(*entry); };
     }
     choose_jumper(mnuJumperAsAsked);
+    mnuSimulatedJumper.set_Visible(false); // until there is one
     mnuGenbadCS.make_checkable();
     mnuDiagnostics.children = {&mnuverifyport, &mnuGenbadCS, nullptr, &mnuSimulatedJumper};
     for (MenuEntry* entry :

@@ -10,6 +10,7 @@
 #include "desktop/system/end_signals.h"
 #include "desktop/system/qt_dialogs.h"
 #include "desktop/windows/main_window.h"
+#include "personal/personal_settings.h"
 #include "terminal/terminal.h"
 
 namespace {
@@ -60,7 +61,9 @@ int main(int argc, char** argv) {
     if (const std::string path = std::filesystem::absolute(directory).string();
         !pelvan::desktop::survives_qt(path))
         return refuse_directory(path);
-    pelvan::desktop::MainWindow window(directory);
+    pelvan::desktop::MainWindow window(
+        directory,
+        pelvan::personal_settings_path([](const char* name) { return std::getenv(name); }));
     window.open();
 #ifdef Q_OS_UNIX
     using pelvan::desktop::EndSignals;

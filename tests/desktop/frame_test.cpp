@@ -56,7 +56,10 @@ class FrameTest : public testing::WindowTest {
     RecordingForm console_{"console", log_};
     RecordingForm history_{"history", log_};
     RecordingForm dialog_{"settings", log_};
-    std::unique_ptr<MdiFrame> frame_ = std::make_unique<MdiFrame>(context_, frame_form_, services_);
+    PersonalSettings personal_;
+    WindowPlaces places_{personal_};
+    std::unique_ptr<MdiFrame> frame_ =
+        std::make_unique<MdiFrame>(context_, frame_form_, services_, places_);
 };
 
 TEST_F(FrameTest, OnlyComingFromAnotherWindowOfTheProgramActivates) {
@@ -144,7 +147,75 @@ TEST_F(FrameTest, MenusAndKeysFollowTheActiveChild) {
     frame_.reset(); // before the entry of this test
 }
 
+TEST_F(FrameTest, MenusStayWhileABoxIsOpenAndNoWindowIsListedTwice) {
+    MenuEntry arrange("mnuArrange", "&Arrange");
+    MenuEntry show("mnuShow", "&history && 1"); // its title is "history &1"
+    history_.set_Caption("history & 1");
+    frame_->add_window_entry(arrange);
+    frame_->add_window_entry(show);
+    {
+        QDialog box(frame_.get());
+        come_to(box);
+        EXPECT_EQ(frame_->menuBar()->actions().at(0)->text(), "&history");
+    }
+    frame_->findChild<QMenu*>("window_menu")->popup({});
+    QStringList texts;
+    for (const QAction* action : frame_->findChild<QMenu*>("window_menu")->actions())
+        texts += action->text();
+    EXPECT_EQ(texts, (QStringList{"&Arrange", "&history && 1", "", "console &&1"}));
+    frame_.reset(); // before the entries of this test
+}
+
+TEST_F(FrameTest, AWindowComesBackWhereItWasAndStaysInsideTheFrame) {
+    frame_->resize(900, 600);
+    testing::run_events();
+    const QRect room = area()->viewport()->rect();
+    console_.Move({20000, 20000, 3000, 3000}); // twips, beyond the frame
+    EXPECT_TRUE(room.contains(child(console_)->geometry()));
+    EXPECT_TRUE(frame_->stand_as_put({&console_, &history_}));
+    child(console_)->setGeometry(50, 60, 300, 200); // by hand
+    EXPECT_FALSE(frame_->stand_as_put({&console_, &history_}));
+    console_.Unload();
+    console_.Move({0, 0, 4000, 4000});
+    EXPECT_EQ(child(console_)->geometry(), QRect(50, 60, 300, 200));
+    frame_->forget_places({&console_});
+    console_.Move({0, 0, 4500, 4500});
+    EXPECT_EQ(child(console_)->pos(), QPoint());
+    EXPECT_EQ(places_.of("console"), std::nullopt);
+    child(console_)->setGeometry(50, 60, 300, 200);
+    console_.Show();
+    frame_.reset(); // the program ends
+    EXPECT_EQ(places_.of("console"), (WindowPlace{50, 60, 300, 200}));
+}
+
+TEST_F(FrameTest, AFileIsTakenByTheWindowsThatKnowWhatToDoWithIt) {
+    std::string taken;
+    dialog_.FileDropped = [&](const std::string& path) { taken = path; };
+    frame_->add_child(dialog_, new QLabel);
+    dialog_.Show();
+    QMimeData one;
+    one.setUrls({QUrl::fromLocalFile("/a b.txt")});
+    QMimeData two;
+    two.setUrls({QUrl::fromLocalFile("/a"), QUrl::fromLocalFile("/b")});
+    const auto dropped_on = [&](const Form& form, const QMimeData& data) {
+        QDragEnterEvent enter({1, 1}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        enter.ignore();
+        QCoreApplication::sendEvent(child(form), &enter);
+        QDropEvent drop({1, 1}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(child(form), &drop);
+        testing::run_events();
+        return enter.isAccepted();
+    };
+    EXPECT_FALSE(dropped_on(dialog_, two));
+    EXPECT_FALSE(child(console_)->acceptDrops());
+    EXPECT_EQ(taken, "");
+    EXPECT_TRUE(dropped_on(dialog_, one));
+    EXPECT_EQ(taken, "/a b.txt");
+}
+
 TEST_F(FrameTest, FormIsMovedOnlyWhenTheProgramMovesIt) {
+    frame_->resize(1200, 900); // room for it
+    testing::run_events();
     const auto pixels = [this](int twips) { return twips * frame_->logicalDpiX() / 1440; };
     for (int i = 0; i < 2; ++i) {
         console_.Move({1440, 2880, 8640, 4320});

@@ -53,7 +53,9 @@ class ProfileWindowTest : public WindowTest, protected pelvan::testing::Simulate
         choose("mnuProfileInsert");
     }
 
-    MdiFrame frame{context_, app.frame, desktop};
+    PersonalSettings personal;
+    WindowPlaces places{personal};
+    MdiFrame frame{context_, app.frame, desktop, places};
 };
 
 TEST_F(ProfileWindowTest, ABadValueStaysInItsCellWithTheFocus) {

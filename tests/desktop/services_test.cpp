@@ -6,6 +6,7 @@
 #include "desktop/system/port_watcher.h"
 #include "desktop/system/qt_desktop_services.h"
 #include "desktop/system/qt_dialogs.h"
+#include "desktop/system/theme_keeper.h"
 #include "desktop/system/type_ahead.h"
 #include "desktop_fixture.h"
 #include "support/fake_serial_port.h"
@@ -118,9 +119,74 @@ TEST(QtDesktopServicesTest, HelpShowsPagesFindsTextsAndSaysWhatIsMissing) {
     for (const char* missing : {"../secret", "nothing.html"})
         EXPECT_TRUE(shown(missing).contains("no help page")) << missing;
     auto* contents = window->findChild<QListWidget*>("help_contents");
+    auto* page = window->findChild<QTextBrowser*>("help_page");
+    shown("");
+    EXPECT_EQ(contents->currentItem()->text(), "Contents");
     window->findChild<QLineEdit*>("help_search")->setText("bytes ON");
     ASSERT_EQ(contents->count(), 1);
-    EXPECT_EQ(contents->item(0)->text(), "Listening");
+    EXPECT_EQ(contents->currentItem()->text(), "Listening");
+    EXPECT_EQ(page->toPlainText(), "Bytes on");
+    ASSERT_EQ(page->extraSelections().size(), 1);
+    EXPECT_EQ(page->extraSelections()[0].cursor.selectedText(), "Bytes on");
+    window->findChild<QLineEdit*>("help_search")->clear();
+    window->activateWindow();
+    testing::run_events();
+    QTest::keyClick(window, Qt::Key_Left, Qt::AltModifier); // back
+    EXPECT_EQ(page->toPlainText(), "Welcome");
+    EXPECT_EQ(contents->currentItem()->text(), "Contents");
+    shown("listen");
+    QTest::keyClick(window, Qt::Key_Home, Qt::AltModifier);
+    EXPECT_EQ(page->toPlainText(), "Welcome");
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST(QtDialogsTest, FilesThatWereChosenAreOfferedAgain) {
+    const pelvan::testing::TempDir folder;
+    const std::string set = folder.file("set.PV5");
+    pelvan::testing::write_file(set, "x");
+    PersonalSettings personal;
+    RecentFiles recent(personal);
+    QtDialogs dialogs([] {}, &recent);
+    FileDialogRequest request;
+    request.kind = "set";
+    request.initial_directory = folder.path();
+    when_asked<QFileDialog>([&](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.findChild<QComboBox*>("recent_files"), nullptr);
+        dialog.selectFile(to_qt(set));
+        static_cast<QDialog&>(dialog).accept();
+    });
+    EXPECT_EQ(dialogs.save_file(request), set);
+    request.initial_directory = "/";
+    when_asked<QFileDialog>([](QFileDialog& dialog) {
+        auto* box = dialog.findChild<QComboBox*>("recent_files");
+        ASSERT_NE(box, nullptr);
+        ASSERT_TRUE(box->itemText(0).startsWith("set.PV5"));
+        Q_EMIT box->activated(0);
+    });
+    EXPECT_EQ(dialogs.open_file(request), set);
+}
+
+TEST(QtDialogsTest, ATitleHasRoom) {
+    const QString title(40, u'W');
+    when_asked<QMessageBox>([&](QMessageBox& box) {
+        EXPECT_GT(box.width(), box.fontMetrics().horizontalAdvance(title));
+        box.close();
+    });
+    QtDialogs().message_box("x", title.toStdString(), MessageButtons::Ok, MessageIcon::None);
+}
+
+TEST(ThemeKeeperTest, FollowsTheChoiceAndGivesTheDesktopsColoursBack) {
+    qputenv("GTK_THEME", "Adwaita"); // whatever the settings of this machine are
+    const QPalette before = QApplication::palette();
+    PersonalSettings personal;
+    ThemeKeeper theme(personal);
+    theme.choose(ThemeChoice::Dark);
+    EXPECT_LT(QApplication::palette().color(QPalette::Base).lightness(), 100);
+    EXPECT_GT(QApplication::palette().color(QPalette::Text).lightness(), 200);
+    EXPECT_EQ(ThemeKeeper(personal).choice(), ThemeChoice::Dark) << "the next start";
+    theme.choose(ThemeChoice::AsDesktop);
+    EXPECT_EQ(QApplication::palette(), before);
 }
 
 /// A box whose Enter sends, with the program's time and the stamps of the input in our hands.

@@ -1,6 +1,9 @@
+#include <QDropEvent>
 #include <QEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMimeData>
+#include <QUrl>
 #include <algorithm>
 
 #include "desktop/bindings/activation.h"
@@ -32,6 +35,13 @@ int pixels(int twips, int dots_per_inch) {
     return twips * dots_per_inch / kTwipsPerInch;
 }
 
+/// The path of a single file of this machine that is being dropped; empty for anything else.
+QString dropped_file(const QDropEvent& event) {
+    const QList<QUrl> urls = event.mimeData()->urls();
+    return urls.size() == 1 && urls.constFirst().isLocalFile() ? urls.constFirst().toLocalFile()
+                                                               : QString();
+}
+
 class FormBinding : public QObject {
   public:
     FormBinding(const BindContext& context, Form& form, QWidget* window)
@@ -39,6 +49,7 @@ class FormBinding : public QObject {
         window->setObjectName(to_qt(form.Name()));
         window->setAttribute(Qt::WA_DeleteOnClose, false);
         window->installEventFilter(this);
+        window->setAcceptDrops(form.FileDropped != nullptr);
         if (form.Position() != TwipRect{}) move();
         refresh();
     }
@@ -60,6 +71,9 @@ class FormBinding : public QObject {
             // Child windows of the frame are told apart by the frame.
             if (is_top_level() && is_tracked()) context_.activation->entered(form_);
             break;
+        case QEvent::DragEnter:
+        case QEvent::Drop:
+            return take_file(*static_cast<QDropEvent*>(event));
         default:
             break;
         }
@@ -67,6 +81,20 @@ class FormBinding : public QObject {
     }
 
   private:
+    /// The drop is over before anything is asked about it: the program that the file comes from
+    /// waits meanwhile.
+    bool take_file(QDropEvent& event) {
+        const QString path = dropped_file(event);
+        if (path.isEmpty() || !form_.FileDropped) return false;
+        event.setDropAction(Qt::CopyAction);
+        event.accept();
+        if (event.type() == QEvent::Drop)
+            QMetaObject::invokeMethod(
+                this, [this, path] { context_.run([&] { form_.FileDropped(from_qt(path)); }); },
+                Qt::QueuedConnection);
+        return true;
+    }
+
     [[nodiscard]] bool is_top_level() const {
         return qobject_cast<QMdiSubWindow*>(window_) == nullptr;
     }

@@ -1,6 +1,7 @@
 #include <QAction>
 #include <QKeySequence>
 #include <QMenu>
+#include <QWidget>
 
 #include "desktop/bindings/bind.h"
 #include "desktop/bindings/qt_text.h"
@@ -44,6 +45,10 @@ void add_entry(const BindContext& context, MenuEntry* entry, QMenu* menu) {
 
 void bind(const BindContext& context, MenuEntry& model, QAction* action) {
     auto* binding = new ActionBinding(model, action);
+    if (auto* window = qobject_cast<QWidget*>(context.owner); window && model.everywhere()) {
+        action->setShortcutContext(Qt::ApplicationShortcut);
+        window->addAction(action); // a menu that is not shown has no keys
+    }
     // Qt has ticked the action by itself when this arrives; the model decides what it shows.
     QObject::connect(action, &QAction::triggered, binding, [context, &model, action, binding] {
         const QPointer<ActionBinding> alive(binding);
@@ -57,6 +62,9 @@ QMenu* make_menu(const BindContext& context, MenuEntry& model, QWidget* parent) 
     menu->setObjectName(to_qt(model.Name()) + QStringLiteral("_menu"));
     menu->setToolTipsVisible(true);
     new ActionBinding(model, menu->menuAction());
+    if (model.Opening)
+        QObject::connect(menu, &QMenu::aboutToShow, menu,
+                         [run = context.run_unasked, &model] { run(model.Opening); });
     for (MenuEntry* child : model.children)
         add_entry(context, child, menu);
     return menu;

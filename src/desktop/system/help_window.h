@@ -1,5 +1,6 @@
 // A small window that shows the help pages of a folder: their list, a box that narrows the list to
-// the pages in which a text stands, and the page. Pages are HTML files, "index.html" the contents.
+// the pages in which a text stands, and the page with that text marked. Pages are HTML files,
+// "index.html" the contents.
 #pragma once
 
 #include <QWidget>
@@ -8,6 +9,7 @@
 class QLineEdit;
 class QListWidget;
 class QTextBrowser;
+class QToolBar;
 
 namespace pelvan::desktop {
 
@@ -26,12 +28,19 @@ class HelpWindow : public QWidget {
         QString text; // for the search
     };
 
+    QWidget* make_list();
+    QToolBar* make_bar();
+    void add_keys();
     void read_pages();
     void list_pages(const QString& wanted);
     void show_missing(const QString& file);
+    void page_changed();
+    void mark_found();
+    void find_next(bool backward);
 
     QString folder_;
     std::vector<Page> pages_;
+    QString shown_; // file
     QLineEdit* search_;
     QListWidget* contents_;
     QTextBrowser* browser_;

@@ -50,6 +50,7 @@ QWidget* make_history(const BindContext& context, HistoryForm& form) {
     QListView* times = make_times(context, form.lst_Times, view);
 
     auto* bar = new QScrollBar(Qt::Horizontal, content);
+    bar->setAccessibleName(QStringLiteral("Scroll sideways"));
     bar->setPageStep(kPageTwips);
     bar->setSingleStep(kPageTwips / 10);
     form.hscrl_List.Change = [view, &form] { follow(view, form.hscrl_List); };

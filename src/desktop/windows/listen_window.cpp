@@ -11,6 +11,7 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QSplitter>
+#include <QTabBar>
 #include <QTabWidget>
 
 #include "desktop/bindings/qt_text.h"
@@ -99,6 +100,7 @@ QWidget* make_listen(const BindContext& context, frm_Listen& form) {
     auto* traffic = new TrafficView(form.traffic());
     auto* tabs = new QTabWidget;
     tabs->setObjectName(QStringLiteral("tabs"));
+    tabs->tabBar()->setAccessibleName(QStringLiteral("Views"));
     tabs->addTab(lines_tab(context, form), QStringLiteral("&Lines"));
     tabs->addTab(traffic, QStringLiteral("T&raffic"));
     auto* status = bound<QLabel>(context, form.lbl_Status);

@@ -92,6 +92,7 @@ void repaint_with_rows(QTableView* view, DataLogger& logger) {
 
 QTableView* make_grid(const BindContext& context, frm_DataLogging& form) {
     auto* view = new QTableView;
+    view->setAccessibleName(QStringLiteral("Registers"));
     bind(context, form.MSFlexGrid1, view, [&logger = form.logger()](int row, int column, int role) {
         return cell_look(logger, row, column, role);
     });

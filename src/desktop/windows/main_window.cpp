@@ -5,6 +5,7 @@
 #include <QEventLoop>
 #include <QMdiSubWindow>
 #include <QScreen>
+#include <QTimer>
 
 #include "desktop/bindings/qt_text.h"
 #include "desktop/printing/print_module.h"
@@ -20,6 +21,7 @@
 namespace pelvan::desktop {
 namespace {
 
+constexpr char kFrame[] = "frame";
 constexpr QRect kListenPlace{60, 60, 900, 560};
 constexpr QRect kTransferPlace{100, 80, 1000, 560};
 
@@ -31,12 +33,13 @@ std::function<qint64()> elapsed_ms() {
 
 } // namespace
 
-MainWindow::MainWindow(const std::string& directory)
-    : tick_(make_system_tick()), clock_(make_system_clock()), type_ahead_(elapsed_ms()),
-      desktop_((QCoreApplication::applicationDirPath() + "/help").toStdString()),
+MainWindow::MainWindow(const std::string& directory, const std::string& personal_file)
+    : personal_(personal_file), tick_(make_system_tick()), clock_(make_system_clock()),
+      type_ahead_(elapsed_ms()),
+      desktop_((QCoreApplication::applicationDirPath() + "/help").toStdString(), &places_),
       application_(Services{*tick_, *clock_, dialogs_, desktop_, directory}, open_serial_device),
       watcher_(bind_context().run_unasked),
-      frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame, desktop_)) {
+      frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame, desktop_, places_)) {
     Application& app = application_;
     watch_ports();
     add_status_bar(frame_->context(), app.frame.line, *frame_);
@@ -48,19 +51,71 @@ MainWindow::MainWindow(const std::string& directory)
     });
     for (MenuEntry* entry : app.frame.mnuWindow.children)
         if (entry) frame_->add_window_entry(*entry);
+    follow_person();
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow() {
+    keep_frame_place();
+    frame_.reset(); // its windows tell where they stood
+    desktop_.close_windows();
+    personal_.save();
+}
+
+/// What the person chooses for the windows.
+void MainWindow::follow_person() {
+    MDIPelvan6& form = application_.frame;
+    form.show_theme(theme_.choice());
+    theme_chosen_ =
+        form.theme_chosen.subscribe([this](ThemeChoice choice) { theme_.choose(choice); });
+    form.frame_size = [this] {
+        const auto in_points = [this](const QSize& size) {
+            const QSizeF points = QSizeF(size) * 96.0 / frame_->logicalDpiX();
+            return ScreenSize{qRound(points.width()), qRound(points.height())};
+        };
+        return MDIPelvan6::Size{in_points(frame_->size()), in_points(frame_->canvas().size())};
+    };
+    arranged_ = form.arranged.subscribe([this] { frame_->forget_places(main_forms()); });
+    room_ = frame_->room_changed.subscribe([this] {
+        if (application_.console.loaded() && frame_->stand_as_put(main_forms()))
+            application_.frame.place_windows();
+    });
+}
+
+std::vector<const Form*> MainWindow::main_forms() const {
+    return {&application_.console, &application_.history.frmCommand,
+            &application_.history.frmResponse};
+}
+
+void MainWindow::place_frame() {
+    const QRect screen = QApplication::primaryScreen()->availableGeometry();
+    const auto remembered = places_.of(kFrame);
+    frame_->setGeometry(screen);
+    if (remembered) {
+        const WindowPlace place = fitted(
+            *remembered, {screen.left(), screen.top(), screen.width(), screen.height(), false});
+        frame_->move(place.left, place.top);
+        frame_->resize(place.width, place.height);
+    }
+    application_.frame.set_Visible(true);
+    if (!remembered || remembered->maximized) frame_->showMaximized();
+}
+
+void MainWindow::keep_frame_place() {
+    const bool maximized = frame_->isMaximized();
+    if (frame_->isMinimized() || (maximized && !places_.of(kFrame))) return; // as it starts
+    const QRect normal = frame_->normalGeometry();
+    const QRect place = maximized ? normal : QRect(frame_->pos(), frame_->size());
+    places_.keep(kFrame, {place.left(), place.top(), place.width(), place.height(), maximized});
+}
 
 void MainWindow::open() {
-    frame_->setGeometry(QApplication::primaryScreen()->availableGeometry());
-    application_.frame.set_Visible(true);
-    frame_->showMaximized();
+    place_frame();
     QEventLoop until_painted;
     new FirstPaint(frame_->canvas(), [&until_painted] { until_painted.quit(); });
     until_painted.exec(QEventLoop::ExcludeUserInputEvents);
     make_children();
     application_.frame.Load();
+    QTimer::singleShot(0, &theme_, [this] { theme_.follow_desktop(); });
 }
 
 void MainWindow::end() {
@@ -89,8 +144,7 @@ void MainWindow::make_children() {
         make_serial_devices(frame_->context(), app.serial_devices, *frame_);
     });
     first_shows_.emplace_back(app.listen, [this, &app] {
-        frame_->add_child(app.listen, make_listen(frame_->context(), app.listen))
-            ->setGeometry(kListenPlace);
+        frame_->add_child(app.listen, make_listen(frame_->context(), app.listen), kListenPlace);
     });
     first_shows_.emplace_back(app.logging, [this, &app] {
         frame_->add_child(app.logging,
@@ -101,8 +155,8 @@ void MainWindow::make_children() {
                            *frame_);
     });
     first_shows_.emplace_back(app.transfer, [this, &app] {
-        frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer))
-            ->setGeometry(kTransferPlace);
+        frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer),
+                          kTransferPlace);
     });
 }
 

@@ -8,14 +8,16 @@
 #include <QMenuBar>
 #include <QScopedValueRollback>
 #include <QShortcut>
+#include <algorithm>
 
 #include "desktop/bindings/qt_text.h"
 
 namespace pelvan::desktop {
 
-MdiFrame::MdiFrame(const BindContext& context, Form& form, DesktopServices& services)
+MdiFrame::MdiFrame(const BindContext& context, Form& form, DesktopServices& services,
+                   WindowPlaces& places)
     : activation_(context.run), context_(context), form_(form), services_(services),
-      area_(new QMdiArea(this)) {
+      places_(places), area_(new QMdiArea(this)) {
     context_.activation = &activation_;
     if (context_.owner == nullptr) context_.owner = this;
     setObjectName(to_qt(form.Name()));
@@ -30,17 +32,21 @@ MdiFrame::MdiFrame(const BindContext& context, Form& form, DesktopServices& serv
     setWindowTitle(to_qt(form_.Caption()));
     connect(area_, &QMdiArea::subWindowActivated, this,
             [this](QMdiSubWindow* child) { child_activated(child); });
+    area_->viewport()->installEventFilter(this);
     add_keys();
     show_menus();
 }
 
 MdiFrame::~MdiFrame() {
     // The children go first: they tell the tracker, and the area would announce each one's end.
+    for (const auto& [window, child] : children_)
+        if (window->isVisible()) child.place->keep();
     area_->disconnect(this);
+    area_->viewport()->removeEventFilter(this);
     delete area_;
 }
 
-QMdiSubWindow* MdiFrame::add_child(Form& form, QWidget* content) {
+QMdiSubWindow* MdiFrame::add_child(Form& form, QWidget* content, const QRect& place) {
     auto* child = new QMdiSubWindow(area_);
     child->setWidget(content);
     child->hide(); // until the form is shown
@@ -48,9 +54,45 @@ QMdiSubWindow* MdiFrame::add_child(Form& form, QWidget* content) {
     for (QAction* action : child->systemMenu()->actions())
         action->setShortcuts(QList<QKeySequence>());
     area_->addSubWindow(child);
-    children_[child] = {&form, make_menus(form)};
+    auto* keeper = new PlaceKeeper(child, form.Name(), places_, [this] {
+        return isVisible() ? area_->viewport()->rect() : QRect();
+    });
+    keeper->put(place.isEmpty() ? QRect(QPoint(), child->sizeHint()) : place);
+    Child& made = children_[child];
+    made.form = &form;
+    made.menus = make_menus(form);
+    made.place = keeper;
     bind(context_, form, child);
+    if (form.Position() != TwipRect{}) keeper->put(child->geometry()); // there from the start
+    made.moves = form.watch_move([child, keeper] { keeper->put(child->geometry()); });
     return child;
+}
+
+std::vector<PlaceKeeper*> MdiFrame::keepers_of(const std::vector<const Form*>& forms) const {
+    std::vector<PlaceKeeper*> keepers;
+    for (const auto& [window, child] : children_)
+        if (std::find(forms.begin(), forms.end(), child.form) != forms.end())
+            keepers.push_back(child.place);
+    return keepers;
+}
+
+bool MdiFrame::stand_as_put(const std::vector<const Form*>& forms) const {
+    const auto keepers = keepers_of(forms);
+    return std::all_of(keepers.begin(), keepers.end(),
+                       [](const PlaceKeeper* keeper) { return keeper->stands_as_put(); });
+}
+
+void MdiFrame::forget_places(const std::vector<const Form*>& forms) {
+    for (PlaceKeeper* keeper : keepers_of(forms))
+        keeper->forget();
+}
+
+bool MdiFrame::eventFilter(QObject* watched, QEvent* event) {
+    // After the event: the windows are not to be moved from within the area's own laying out.
+    if (watched == area_->viewport() && event->type() == QEvent::Resize)
+        QMetaObject::invokeMethod(
+            this, [this] { room_changed.raise(); }, Qt::QueuedConnection);
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void MdiFrame::add_window_entry(MenuEntry& entry) {
@@ -58,9 +100,11 @@ void MdiFrame::add_window_entry(MenuEntry& entry) {
         window_menu_ = new QMenu(tr("&Window"), this);
         window_menu_->setObjectName(QStringLiteral("window_menu"));
         connect(window_menu_, &QMenu::aboutToShow, this, [this] { list_children(); });
+        menus_of_.reset();
         show_menus();
     }
-    bind(context_, entry, window_menu_->addAction(QString()));
+    entries_.push_back(window_menu_->addAction(QString()));
+    bind(context_, entry, entries_.back());
 }
 
 QWidget& MdiFrame::canvas() const {
@@ -112,8 +156,16 @@ std::vector<QMenu*> MdiFrame::make_menus(Form& form) {
     return menus;
 }
 
+/// The one that is active when the frame is: a box above it leaves the menus as they are.
+QMdiSubWindow* MdiFrame::current_child() const {
+    QMdiSubWindow* child = area_->currentSubWindow();
+    return child == nullptr || child->isHidden() ? nullptr : child;
+}
+
 void MdiFrame::show_menus() {
-    const auto found = children_.find(area_->activeSubWindow());
+    if (menus_of_ == current_child()) return;
+    menus_of_ = current_child();
+    const auto found = children_.find(*menus_of_);
     std::vector<QMenu*> menus;
     if (found != children_.end()) menus = found->second.menus;
     // The frame's own before the help menu, where everybody looks for it.
@@ -129,12 +181,18 @@ void MdiFrame::show_menus() {
         menuBar()->addMenu(menu);
 }
 
+bool MdiFrame::has_entry(const QMdiSubWindow& child) const {
+    return std::any_of(entries_.begin(), entries_.end(), [&child](const QAction* entry) {
+        return without_marks(entry->text()) == child.windowTitle();
+    });
+}
+
 void MdiFrame::list_children() {
     for (QAction* action : listed_)
         delete action;
     listed_ = {window_menu_->addSeparator()};
     for (QMdiSubWindow* child : area_->subWindowList()) {
-        if (child->isHidden()) continue;
+        if (child->isHidden() || has_entry(*child)) continue;
         QAction* action =
             window_menu_->addAction(child->windowTitle().replace(u'&', QStringLiteral("&&")));
         action->setCheckable(true);

@@ -3,7 +3,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMdiSubWindow>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QShortcut>
@@ -127,13 +126,12 @@ void add_profile_window(const QString& directory, frm_ProfileLogic& form, Dialog
         return;
     }
     bind(context, form.run.tmr_Poll);
-    QMdiSubWindow* child = frame.add_child(form, window.content);
+    // It needs the room; not maximized, because the windows that follow would be so too.
+    frame.add_child(form, window.content, frame.canvas().rect());
     fill_bar(*parts.edit_bar, form.menu.edit_bar(), frame);
     fill_bar(*parts.run_bar, form.menu.run_bar(), frame);
     on_key(context, window.content, Qt::Key_Escape, [&form] { form.line.ask_to_cancel(); });
     new WindowServices(directory, form, window, dialogs, &frame);
-    // It needs the room; not maximized, because the windows that follow would be so too.
-    child->setGeometry(frame.canvas().rect());
 }
 
 } // namespace pelvan::desktop
