@@ -147,6 +147,29 @@ TEST_F(AccessibilityTest, OfEveryChildWindow) {
     }
 }
 
+TEST_F(AccessibilityTest, OfAllOfAWindowOnASmallScreen) {
+    const QSize small(960, 540);
+    main_->frame().showNormal();
+    main_->frame().resize(small);
+    run_events();
+    const auto* area = main_->frame().findChild<QMdiArea*>();
+    for (Form* form : std::initializer_list<Form*>{&app().console, &app().history.frmCommand,
+                                                   &app().history.frmResponse, &app().listen,
+                                                   &app().transfer, &app().logging}) {
+        form->Show();
+        run_events();
+        const QMdiSubWindow* window = area->activeSubWindow();
+        const QRect room = area->viewport()->rect();
+        EXPECT_TRUE(room.contains(window->geometry())) << form->Name();
+    }
+    for (Form* form : std::initializer_list<Form*>{&app().comms_settings, &app().serial_devices}) {
+        form->Show();
+        const QSize size = find(form->Name().c_str())->size();
+        EXPECT_EQ(size.boundedTo(small), size) << form->Name();
+        form->Unload();
+    }
+}
+
 TEST_F(AccessibilityTest, OfTheSettings) {
     for (Form* form : std::initializer_list<Form*>{&app().comms_settings, &app().serial_devices}) {
         form->Show();
