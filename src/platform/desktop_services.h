@@ -17,6 +17,11 @@ class DesktopServices {
     /// Lets pending window events (repaints, key strokes) run; returns when none is left.
     virtual void let_events_run() = 0;
 
+    /// Lets the windows paint what changed and lets the system see that the program lives, in the
+    /// middle of work that must not be disturbed: what people type or click meanwhile comes later,
+    /// and so do timers where the system can hold them back.
+    virtual void paint_windows() = 0;
+
     virtual void set_clipboard_text(const std::string& text) = 0;
 
     /// Opens the folder that a file lies in, where the desktop shows folders; false when it cannot.

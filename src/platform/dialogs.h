@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace pelvan {
 
@@ -28,6 +29,14 @@ struct FileDialogRequest {
     bool refuse_read_only = false;
 };
 
+/// A text that is asked for; the suggestions can be chosen instead of typing.
+struct TextQuestion {
+    std::string prompt;
+    std::string title;
+    std::string default_text;
+    std::vector<std::string> suggestions;
+};
+
 class Dialogs {
   public:
     virtual ~Dialogs() = default;
@@ -41,6 +50,9 @@ class Dialogs {
     /// The text entered; empty when cancelled, which no caller tells from an empty entry.
     virtual std::string input_box(const std::string& prompt, const std::string& title,
                                   const std::string& default_text) = 0;
+
+    /// The text entered, which may be empty, or nothing when cancelled.
+    virtual std::optional<std::string> ask_text(const TextQuestion& question) = 0;
 
     /// The chosen path, or nothing when cancelled.
     virtual std::optional<std::string> open_file(const FileDialogRequest& request) = 0;

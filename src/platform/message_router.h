@@ -42,6 +42,9 @@ class MessageRouter : public Dialogs {
                           const std::string& default_text) override {
         return dialogs_.input_box(prompt, title, default_text);
     }
+    std::optional<std::string> ask_text(const TextQuestion& question) override {
+        return dialogs_.ask_text(question);
+    }
     std::optional<std::string> open_file(const FileDialogRequest& request) override {
         return dialogs_.open_file(request);
     }

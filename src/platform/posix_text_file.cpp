@@ -122,6 +122,18 @@ void append_lines(const std::string& path, const std::string* lines, std::size_t
     if (error != 0) throw_file_error(error, path);
 }
 
+bool can_append(const std::string& path) {
+    PosixFile file;
+    const int error = file.open(path, O_WRONLY | O_APPEND);
+    if (error != ENOENT) return error == 0;
+    const int created = file.open(path, O_WRONLY | O_CREAT | O_EXCL);
+    if (created != 0) return created == EEXIST; // a link to a file that is still to be made
+    file.close();
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+    return true;
+}
+
 void append_line(const std::string& path, const std::string& line) {
     append_lines(path, &line, 1, false);
 }

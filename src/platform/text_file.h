@@ -35,6 +35,9 @@ class TextWriter {
 /// Opens for appending (creating when missing), writes the lines, each with CR LF, and closes; the
 /// data is on the disk (not only with the system) when `sync`. A failure leaves the file as it was.
 void append_lines(const std::string& path, const std::string* lines, std::size_t count, bool sync);
+/// Whether lines could be appended now, asked without leaving a trace: a file that is missing stays
+/// missing.
+[[nodiscard]] bool can_append(const std::string& path);
 void append_line(const std::string& path, const std::string& line);
 
 /// `directory` + the system's separator + `name`.

@@ -45,6 +45,10 @@ std::string TerminalDialogs::input_box(const std::string& prompt, const std::str
     throw CommandAborted{"cannot ask: " + one_line(prompt)};
 }
 
+std::optional<std::string> TerminalDialogs::ask_text(const TextQuestion& question) {
+    throw CommandAborted{"cannot ask: " + one_line(question.prompt)};
+}
+
 std::optional<std::string> TerminalDialogs::open_file(const FileDialogRequest&) {
     return file_;
 }

@@ -21,6 +21,7 @@ class TerminalDialogs : public Dialogs {
     /// Nobody is there to type: aborts the command.
     std::string input_box(const std::string& prompt, const std::string& title,
                           const std::string& default_text) override;
+    std::optional<std::string> ask_text(const TextQuestion& question) override;
     /// The name given by `choose_file`, or nothing.
     std::optional<std::string> open_file(const FileDialogRequest& request) override;
     std::optional<std::string> save_file(const FileDialogRequest& request) override;
@@ -52,6 +53,7 @@ class TerminalDesktop : public DesktopServices {
     void let_events_run() override {
         if (on_events) on_events();
     }
+    void paint_windows() override {}
     void set_clipboard_text(const std::string&) override {}
     bool show_folder_of(const std::string&) override { return false; }
     ScreenSize screen_size() override { return {1024, 768}; }

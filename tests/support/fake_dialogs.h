@@ -35,6 +35,10 @@ class FakeDialogs : public Dialogs {
         last_default = default_text;
         return take(inputs, std::string());
     }
+    std::optional<std::string> ask_text(const TextQuestion& question) override {
+        questions.push_back(question);
+        return take(texts_entered, std::optional<std::string>());
+    }
     std::optional<std::string> open_file(const FileDialogRequest& request) override {
         requests.push_back(request);
         return take(files, std::optional<std::string>());
@@ -55,6 +59,8 @@ class FakeDialogs : public Dialogs {
     std::deque<MessageAnswer> answers; // of the boxes with a choice; No or Cancel when used up
     std::deque<std::string> inputs;
     std::deque<std::optional<std::string>> files;
+    std::deque<std::optional<std::string>> texts_entered; // cancelled when used up
+    std::vector<TextQuestion> questions;
     std::vector<std::pair<std::string, std::string>> prompts;
     std::vector<FileDialogRequest> requests;
     std::string last_default;
@@ -75,6 +81,9 @@ class FakeDesktop : public DesktopServices {
         ++turns;
         if (on_turn) on_turn();
     }
+    void paint_windows() override {
+        if (on_paint) on_paint();
+    }
     void set_clipboard_text(const std::string& text) override { clipboard = text; }
     bool show_folder_of(const std::string& path) override {
         folder_of = path;
@@ -86,6 +95,7 @@ class FakeDesktop : public DesktopServices {
 
     int turns = 0;
     std::function<void()> on_turn;
+    std::function<void()> on_paint;
     std::string clipboard;
     std::string folder_of; // what `show_folder_of` was asked for last
     bool has_folders = true;

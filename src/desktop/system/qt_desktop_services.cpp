@@ -23,6 +23,12 @@ void QtDesktopServices::let_events_run() {
     QCoreApplication::processEvents();
 }
 
+void QtDesktopServices::paint_windows() {
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
+                                    QEventLoop::ExcludeSocketNotifiers |
+                                    QEventLoop::X11ExcludeTimers);
+}
+
 void QtDesktopServices::set_clipboard_text(const std::string& text) {
     QGuiApplication::clipboard()->setText(to_qt(text));
 }

@@ -19,6 +19,7 @@ class QtDesktopServices : public DesktopServices {
     ~QtDesktopServices() override;
 
     void let_events_run() override;
+    void paint_windows() override;
     void set_clipboard_text(const std::string& text) override;
     bool show_folder_of(const std::string& path) override;
     ScreenSize screen_size() override;

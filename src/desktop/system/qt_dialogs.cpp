@@ -178,16 +178,32 @@ MessageAnswer QtDialogs::message_box(const std::string& text, const std::string&
 
 std::string QtDialogs::input_box(const std::string& prompt, const std::string& title,
                                  const std::string& default_text) {
+    return ask_text({prompt, title, default_text, {}}).value_or(std::string());
+}
+
+std::optional<std::string> QtDialogs::ask_text(const TextQuestion& question) {
     QInputDialog box(QApplication::activeWindow());
-    box.setWindowTitle(title_or_application(title));
+    box.setWindowTitle(title_or_application(question.title));
     box.setInputMode(QInputDialog::TextInput);
-    box.setLabelText(box_text(prompt));
-    box.setTextValue(to_qt(default_text));
+    if (!question.suggestions.empty()) {
+        QStringList suggestions;
+        for (const std::string& each : question.suggestions)
+            suggestions.append(to_qt(each));
+        box.setComboBoxEditable(true);
+        box.setComboBoxItems(suggestions);
+    }
+    box.setLabelText(box_text(question.prompt));
+    box.setTextValue(to_qt(question.default_text));
     if (auto* label = box.findChild<QLabel*>()) label->setTextFormat(Qt::PlainText);
-    if (auto* entry = box.findChild<QLineEdit*>()) entry->setAccessibleName(to_qt(prompt));
+    if (auto* entry = box.findChild<QLineEdit*>()) entry->setAccessibleName(to_qt(question.prompt));
+    if (auto* combo = box.findChild<QComboBox*>()) {
+        combo->setAccessibleName(to_qt(question.prompt));
+        combo->lineEdit()->selectAll();
+    }
     box.setMinimumWidth(width_for_title(box.windowTitle()));
     before_opening_();
-    return box.exec() == QDialog::Accepted ? from_qt(box.textValue()) : std::string();
+    if (box.exec() != QDialog::Accepted) return std::nullopt;
+    return from_qt(box.textValue());
 }
 
 std::optional<std::string> QtDialogs::open_file(const FileDialogRequest& request) {

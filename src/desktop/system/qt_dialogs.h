@@ -24,6 +24,7 @@ class QtDialogs : public Dialogs {
                               MessageButtons buttons, MessageIcon icon) override;
     std::string input_box(const std::string& prompt, const std::string& title,
                           const std::string& default_text) override;
+    std::optional<std::string> ask_text(const TextQuestion& question) override;
     std::optional<std::string> open_file(const FileDialogRequest& request) override;
     std::optional<std::string> save_file(const FileDialogRequest& request) override;
 
