@@ -35,6 +35,9 @@ class Form : public Control {
 
     [[nodiscard]] MousePointer Pointer() const { return pointer_; }
     void set_Pointer(MousePointer pointer) { assign(pointer_, pointer); }
+    /// What the title bar says behind the caption, which keeps its words; empty for nothing.
+    [[nodiscard]] const std::string& Note() const { return note_; }
+    void set_Note(const std::string& note) { assign(note_, note); }
     [[nodiscard]] WindowState State() const { return state_; }
     void set_State(WindowState state) { assign(state_, state); }
     [[nodiscard]] const TwipRect& Position() const { return position_; }
@@ -79,6 +82,7 @@ class Form : public Control {
     MousePointer pointer_ = MousePointer::Normal;
     WindowState state_ = WindowState::Normal;
     TwipRect position_;
+    std::string note_;
     std::string help_page_;
     bool loaded_ = false;
     Event<> moved_;

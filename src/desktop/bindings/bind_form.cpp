@@ -104,7 +104,8 @@ class FormBinding : public QObject {
     }
 
     void refresh() {
-        const QString caption = to_qt(form_.Caption());
+        QString caption = to_qt(form_.Caption());
+        if (!form_.Note().empty()) caption += QStringLiteral(" (%1)").arg(to_qt(form_.Note()));
         if (window_->windowTitle() != caption) window_->setWindowTitle(caption);
         window_->setAccessibleName(caption);
         window_->setEnabled(form_.Enabled());
