@@ -4,6 +4,7 @@
 
 #include "platform/run_time_error.h"
 #include "text/numbers.h"
+#include "text/strings.h"
 
 namespace pelvan {
 namespace {
@@ -41,6 +42,18 @@ constexpr std::array<ColumnRule, 4> kRules{{
     {{"Enter the Number of decimal places.", "0"}, [](double v) { return v >= -4 && v <= 5; }},
 }};
 
+bool is_control(char c) {
+    const auto code = static_cast<unsigned char>(c);
+    return code < 0x20 || code == 0x7F;
+}
+
+/// In use, and "Yes", when nothing is missing.
+void mark(LogSetRow& row) {
+    row.in_use = std::none_of(row.texts.begin() + log_column::kAddress, row.texts.end(),
+                              [](const std::string& text) { return text.empty(); });
+    row.texts[log_column::kLog] = row.in_use ? "Yes" : "No";
+}
+
 const ColumnRule* rule_of(int column) {
     if (column < log_column::kAddress || column > log_column::kDecimals) return nullptr;
     return &kRules[static_cast<std::size_t>(column - log_column::kAddress)];
@@ -52,6 +65,17 @@ LogRow LogSetRow::numbers() const {
     const auto number = [this](std::size_t column) { return leading_number(texts[column]); };
     return {int16_from(number(log_column::kAddress)), number(log_column::kCommand),
             static_cast<float>(number(log_column::kRegister)), number(log_column::kDecimals)};
+}
+
+bool LogSetRow::reads_holding_registers() const {
+    const double command = leading_number(texts[log_column::kCommand]);
+    return command == log_command::kReadHoldingRegisters || command == log_command::kRead32;
+}
+
+bool LogSetRow::filled() const {
+    return !name.empty() || !unit.empty() ||
+           std::any_of(texts.begin() + log_column::kAddress, texts.end(),
+                       [](const std::string& text) { return !text.empty(); });
 }
 
 const LogSetRow& LogSet::row(int number) const {
@@ -67,8 +91,24 @@ void LogSet::take_rows_out_of_use() {
         each.in_use = false;
 }
 
-bool LogSet::any_row_in_use() const {
-    return std::any_of(rows.begin(), rows.end(), [](const LogSetRow& each) { return each.in_use; });
+int LogSet::rows_in_use() const {
+    return static_cast<int>(
+        std::count_if(rows.begin(), rows.end(), [](const LogSetRow& each) { return each.in_use; }));
+}
+
+bool LogSet::any_row_filled() const {
+    return std::any_of(rows.begin(), rows.end(),
+                       [](const LogSetRow& each) { return each.filled(); });
+}
+
+bool LogSet::same_rows(const LogSet& other) const {
+    return std::equal(rows.begin(), rows.end(), other.rows.begin(),
+                      [](const LogSetRow& one, const LogSetRow& two) {
+                          return std::equal(one.texts.begin() + log_column::kAddress,
+                                            one.texts.end(),
+                                            two.texts.begin() + log_column::kAddress) &&
+                                 one.name == two.name && one.unit == two.unit;
+                      });
 }
 
 std::vector<int> LogSet::writing_rows() const {
@@ -93,9 +133,19 @@ bool enter_cell(LogSetRow& row, int column, const std::string& answer) {
     const bool accepted =
         answer.empty() || (is_numeric(answer) && rule->accepts(leading_number(answer)));
     if (accepted) row.texts[static_cast<std::size_t>(column)] = answer;
-    row.in_use = std::none_of(row.texts.begin() + log_column::kAddress, row.texts.end(),
-                              [](const std::string& text) { return text.empty(); });
-    row.texts[log_column::kLog] = row.in_use ? "Yes" : "No";
+    mark(row);
+    return accepted;
+}
+
+bool enter_label(LogSetRow& row, int column, const std::string& answer) {
+    if (column != log_column::kName && column != log_column::kUnit)
+        throw RunTimeError(error_number::kSubscript);
+    const bool is_name = column == log_column::kName;
+    const std::string text = trim(answer);
+    const bool accepted = text.size() <= (is_name ? kMaxRowName : kMaxRowUnit) &&
+                          std::none_of(text.begin(), text.end(), is_control);
+    if (accepted) (is_name ? row.name : row.unit) = text;
+    mark(row);
     return accepted;
 }
 

@@ -18,6 +18,8 @@ inline constexpr int kCommand = 2;
 inline constexpr int kRegister = 3;
 inline constexpr int kDecimals = 4;
 inline constexpr int kValue = 5;
+inline constexpr int kName = 6;
+inline constexpr int kUnit = 7;
 } // namespace log_column
 
 /// What the Command column may hold; 1, 2, 3 and 4 are Modbus functions.
@@ -46,9 +48,17 @@ struct LogSetRow {
     bool in_use = false;
     /// By column, up to `kDecimals`; column 0 holds "Yes", "No" or nothing.
     std::array<std::string, log_column::kValue> texts;
+    /// What people call the value and what it is measured in; both may be empty. Nothing that is
+    /// polled or logged depends on them.
+    std::string name = {};
+    std::string unit = {};
 
     /// A column without a number counts as 0; 6 (overflow) for an address beyond 16 bits.
     [[nodiscard]] LogRow numbers() const;
+    /// Whether the command is one that reads holding registers.
+    [[nodiscard]] bool reads_holding_registers() const;
+    /// Whether anything was entered, the mark of column 0 aside.
+    [[nodiscard]] bool filled() const;
 };
 
 struct LogSet {
@@ -62,7 +72,10 @@ struct LogSet {
     [[nodiscard]] const LogSetRow& row(int number) const;
     [[nodiscard]] LogSetRow& row(int number);
     void take_rows_out_of_use();
-    [[nodiscard]] bool any_row_in_use() const;
+    [[nodiscard]] int rows_in_use() const;
+    [[nodiscard]] bool any_row_filled() const;
+    /// Whether the rows of both hold the same, whatever is in use and marked.
+    [[nodiscard]] bool same_rows(const LogSet& other) const;
     /// Numbers of the rows in use whose command does not read but writes. Only a file can hold
     /// them: the editor takes read commands alone.
     [[nodiscard]] std::vector<int> writing_rows() const;
@@ -77,12 +90,20 @@ struct CellQuestion {
     const char* default_text;
 };
 
-/// The question for a column; nullptr when it cannot be edited.
+/// The question for a column that is polled with; nullptr for another one.
 [[nodiscard]] const CellQuestion* cell_question(int column);
 
-/// Puts an answer into a column that can be edited, as typed; an empty one empties it. The row is
+/// Puts an answer into a column that is polled with, as typed; an empty one empties it. The row is
 /// then in use if nothing is missing. False when the answer is out of range: the column keeps what
 /// it held.
 [[nodiscard]] bool enter_cell(LogSetRow& row, int column, const std::string& answer);
+
+inline constexpr std::size_t kMaxRowName = 60; // bytes
+inline constexpr std::size_t kMaxRowUnit = 16;
+
+/// Puts a name or a unit (`kName`, `kUnit`) into the row, spaces round it aside; the row is then in
+/// use if nothing is missing, as after any entry. False when it is too long or has control
+/// characters.
+[[nodiscard]] bool enter_label(LogSetRow& row, int column, const std::string& answer);
 
 } // namespace pelvan

@@ -3,6 +3,7 @@
 #include "config/ini.h"
 #include "platform/run_time_error.h"
 #include "text/numbers.h"
+#include "text/strings.h"
 
 namespace pelvan {
 namespace {
@@ -20,6 +21,29 @@ constexpr std::array<const char*, 4> kRowKeys{"DEVICEADDRESS", "DEVICECOMMAND", 
 
 std::string row_key(int row, std::size_t column) {
     return std::to_string(row) + kRowKeys[column - log_column::kAddress];
+}
+
+/// These keys came later: a set without names has none of them.
+constexpr char kName[] = "DEVICENAME";
+constexpr char kUnit[] = "DEVICEUNIT";
+
+std::string label_key(int row, const char* key) {
+    return std::to_string(row) + key;
+}
+
+/// Cut where a file that was written by hand holds more than can be entered.
+std::string read_label(const std::string& file, int row, const char* key, std::size_t length) {
+    const std::string text = ini_read_string(kSection, label_key(row, key), "", file);
+    return text.size() <= length ? text : shortened(text, length);
+}
+
+/// A file that has no such key gets one only when there is something to say.
+void write_label(const std::string& file, int row, const char* key, const std::string& text) {
+    if (text.empty() && ini_read_string(kSection, label_key(row, key), "", file).empty()) return;
+    // Reading takes one pair of quotes away.
+    const bool quoted =
+        text.size() > 1 && text.front() == text.back() && (text[0] == '"' || text[0] == '\'');
+    ini_write_string(kSection, label_key(row, key), quoted ? '"' + text + '"' : text, file);
 }
 
 std::int32_t read_interval(const std::string& file) {
@@ -41,6 +65,8 @@ bool read_rows(const std::string& file, LogSet& set) {
         row.texts[log_column::kAddress] = address;
         for (std::size_t column = log_column::kCommand; column < row.texts.size(); ++column)
             row.texts[column] = ini_read_string(kSection, row_key(number, column), "", file);
+        row.name = read_label(file, number, kName, kMaxRowName);
+        row.unit = read_label(file, number, kUnit, kMaxRowUnit);
         row.in_use = true;
         row.texts[log_column::kLog] = "Yes";
     }
@@ -76,6 +102,8 @@ void write_log_set(const LogSet& set, const std::string& file) {
         if (!row.in_use) continue;
         for (std::size_t column = log_column::kAddress; column < row.texts.size(); ++column)
             ini_write_string(kSection, row_key(number, column), row.texts[column], file);
+        write_label(file, number, kName, row.name);
+        write_label(file, number, kUnit, row.unit);
     }
 }
 

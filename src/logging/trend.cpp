@@ -86,6 +86,7 @@ Trend::Trend(int rows, std::size_t capacity)
 
 void Trend::begin_pass(double time_ms) {
     ++passes_;
+    ++changes_;
     if (times_.size() < capacity_) {
         times_.push_back(time_ms);
         for (Column& column : columns_)
@@ -98,19 +99,31 @@ void Trend::begin_pass(double time_ms) {
     oldest_ = (oldest_ + 1) % capacity_;
 }
 
-void Trend::record(int row, const std::string& name, double value) {
+void Trend::record(int row, const std::string& source, double value) {
     Column& column = columns_[checked_index(row, columns_.size())];
     if (times_.empty()) return;
-    if (column.values.empty() || column.name != name) {
-        column.name = name;
+    ++changes_;
+    if (column.values.empty() || column.source != source) {
+        column.source = source;
+        column.extent = {};
         column.values.reserve(capacity_); // once, so that it never moves and never doubles
         column.values.assign(times_.size(), kGap);
     }
     column.values[slot(times_.size() - 1)] = value;
+    column.extent.include(value);
+}
+
+void Trend::describe(int row, const TrendLabel& label) {
+    Column& column = columns_[checked_index(row, columns_.size())];
+    if (column.label == label) return;
+    column.label = label;
+    ++changes_;
 }
 
 void Trend::forget(int row) {
-    columns_[checked_index(row, columns_.size())] = Column{};
+    Column& column = columns_[checked_index(row, columns_.size())];
+    if (!column.values.empty()) ++changes_;
+    column = Column{};
 }
 
 std::vector<int> Trend::rows() const {
@@ -120,8 +133,12 @@ std::vector<int> Trend::rows() const {
     return used;
 }
 
-const std::string& Trend::name(int row) const {
-    return columns_[checked_index(row, columns_.size())].name;
+const TrendLabel& Trend::label(int row) const {
+    return columns_[checked_index(row, columns_.size())].label;
+}
+
+TrendExtent Trend::extent(int row) const {
+    return columns_[checked_index(row, columns_.size())].extent;
 }
 
 TrendSpan Trend::span() const {

@@ -10,6 +10,8 @@
 // program runs can call them without holding a copy of this code.
 #pragma once
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +23,23 @@ namespace pelvan {
 struct TrendPoint {
     double time_ms = 0;
     double value = 0;
+};
+
+/// What people call a row's values, and what they are measured in; empty for nothing.
+struct TrendLabel {
+    std::string name;
+    std::string unit;
+    bool operator==(const TrendLabel&) const = default;
+};
+
+/// Low above high: nothing yet.
+struct TrendExtent {
+    double low = std::numeric_limits<double>::infinity();
+    double high = -std::numeric_limits<double>::infinity();
+    void include(double value) {
+        low = std::min(low, value); // which leaves them as they are for not-a-number
+        high = std::max(high, value);
+    }
 };
 
 struct TrendSpan {
@@ -52,14 +71,17 @@ class Trend {
     /// Opens a pass; the oldest is dropped when the capacity is reached.
     void begin_pass(double time_ms);
     /// The row's reading in the pass that was opened last; not-a-number for none. A row that is
-    /// given another name begins again.
-    void record(int row, const std::string& name, double value);
+    /// read from another source begins again.
+    void record(int row, const std::string& source, double value);
+    void describe(int row, const TrendLabel& label);
     /// The row is no longer in use: its readings go, and their memory with them.
     void forget(int row);
 
     /// Rows that have a curve, in order.
     [[nodiscard]] virtual std::vector<int> rows() const;
-    [[nodiscard]] virtual const std::string& name(int row) const;
+    [[nodiscard]] virtual const TrendLabel& label(int row) const;
+    /// Of every reading since the row's curve began, those that are no longer kept included.
+    [[nodiscard]] virtual TrendExtent extent(int row) const;
     /// From the oldest pass to the newest; both 0 when there is none.
     [[nodiscard]] virtual TrendSpan span() const;
     /// The row's readings in a span, at most about 2 x `buckets` of them: of each bucket of passes
@@ -74,13 +96,15 @@ class Trend {
     /// A file of the passes that are there now, still to be written. It must not outlive this.
     /// Raises file errors.
     [[nodiscard]] virtual std::unique_ptr<TrendExport> export_csv(const std::string& path) const;
-    /// Counts the passes ever begun: a drawing that saw another number is out of date.
-    [[nodiscard]] virtual unsigned long passes() const { return passes_; }
+    /// Counts what ever changed: a drawing that saw another number is out of date.
+    [[nodiscard]] virtual unsigned long changes() const { return changes_; }
 
   private:
     friend class TrendCsv;
     struct Column {
-        std::string name;
+        std::string source;
+        TrendLabel label;
+        TrendExtent extent;
         std::vector<double> values; // empty until the row is first in use
     };
     [[nodiscard]] std::size_t slot(std::size_t index) const;
@@ -92,7 +116,8 @@ class Trend {
     std::size_t oldest_ = 0; // slot of the oldest pass
     std::vector<double> times_;
     std::vector<Column> columns_;
-    unsigned long passes_ = 0;
+    unsigned long passes_ = 0; // ever begun
+    unsigned long changes_ = 0;
 };
 
 } // namespace pelvan

@@ -15,6 +15,15 @@ std::string time_cell(double time_ms) {
     return iso_date_text(time) + " " + time_ms_text(time);
 }
 
+std::string title_cell(const TrendLabel& label) {
+    const std::string title = label.name + (label.unit.empty() ? "" : " [" + label.unit + "]");
+    if (title.find_first_of(",\"\r\n") == std::string::npos) return title;
+    std::string quoted = "\"";
+    for (const char c : title)
+        quoted += c == '"' ? std::string(2, c) : std::string(1, c);
+    return quoted + '"';
+}
+
 } // namespace
 
 class TrendCsv : public TrendExport {
@@ -23,7 +32,7 @@ class TrendCsv : public TrendExport {
         : trend_(trend), path_(path), file_(CreateTextFile(path, true)),
           first_(trend.passes_ - trend.times_.size()), next_(first_), end_(trend.passes_) {
         for (const int row : trend.rows())
-            columns_.push_back({static_cast<std::size_t>(row), trend.name(row)});
+            add_column(static_cast<std::size_t>(row));
     }
     TrendCsv(const TrendCsv&) = delete;
     TrendCsv& operator=(const TrendCsv&) = delete;
@@ -55,13 +64,19 @@ class TrendCsv : public TrendExport {
   private:
     struct Column {
         std::size_t row;
-        std::string name;
+        std::string source;
+        std::string title;
     };
+
+    void add_column(std::size_t row) {
+        const Trend::Column& column = trend_.columns_[row];
+        columns_.push_back({row, column.source, title_cell(column.label)});
+    }
 
     void write_header() {
         std::string line = "Time";
         for (const Column& each : columns_)
-            line += "," + each.name;
+            line += "," + each.title;
         file_->writeline(line);
     }
 
@@ -71,7 +86,7 @@ class TrendCsv : public TrendExport {
             const Trend::Column& column = trend_.columns_[each.row];
             line += ',';
             // The row may have gone, or have become another, since the header was written.
-            if (column.values.empty() || column.name != each.name) continue;
+            if (column.values.empty() || column.source != each.source) continue;
             const double value = column.values[trend_.slot(index)];
             if (!std::isnan(value)) line += plain_number(value);
         }

@@ -13,6 +13,8 @@ class TrendRecorder {
 
     /// Opens a pass and drops the rows that are no longer in use. Both times are of now.
     void begin_pass(const LogSet& set, const LocalTime& clock, std::uint32_t tick_ms);
+    /// Gives the curves that are there the rows' names and units.
+    void name_rows(const LogSet& set);
     void record(int row, const LogRow& numbers, const LogReading& reading);
 
   private:

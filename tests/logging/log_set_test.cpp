@@ -82,6 +82,30 @@ TEST_F(LogSetFile, SavesRowsUnderTheirNumbersAndStopsLoadingAtAGap) {
     EXPECT_EQ(read_set(), "10 log.txt to file, 1|Yes|1|3|100|1");
 }
 
+TEST_F(LogSetFile, NamesAndUnitsStandBesideTheOtherKeysWhereThereAreAny) {
+    LogSetRow row{true, {"Yes", "1", "3", "100", "1"}};
+    EXPECT_TRUE(enter_label(row, log_column::kName, "  \"Oven\", left; = 1\" "));
+    EXPECT_TRUE(enter_label(row, log_column::kUnit, "\u00B0C"));
+    EXPECT_FALSE(enter_label(row, log_column::kUnit, "a\rb"));
+    EXPECT_FALSE(enter_label(row, log_column::kName, std::string(kMaxRowName + 1, 'x')));
+    set.row(1) = row;
+    set.row(2) = {true, {"Yes", "1", "3", "101", "1"}};
+    write_log_set(set, file);
+    LogSet saved = set;
+    EXPECT_TRUE(read());
+    EXPECT_TRUE(set.same_rows(saved));
+    EXPECT_EQ(set.row(1).name, "\"Oven\", left; = 1\"");
+    // A name that is taken away goes from the file; one that never was adds no line.
+    saved.row(1).name.clear();
+    write_log_set(saved, file);
+    EXPECT_FALSE(set.same_rows(saved));
+    EXPECT_TRUE(read());
+    EXPECT_TRUE(set.same_rows(saved));
+    const std::string text = testing::read_file(file);
+    EXPECT_NE(text.find("1DEVICEUNIT=\u00B0C\r\n"), std::string::npos);
+    EXPECT_EQ(text.find("2DEVICENAME"), std::string::npos);
+}
+
 TEST_F(LogSetFile, AnyFileReadsAsASet) {
     EXPECT_TRUE(read("DATASET.LOG")); // a missing one
     EXPECT_EQ(read_set(), "10 DATASET.LOG");

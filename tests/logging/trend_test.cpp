@@ -17,7 +17,7 @@ constexpr double kGap = std::numeric_limits<double>::quiet_NaN();
 
 void add(Trend& trend, double time_ms, double value) {
     trend.begin_pass(time_ms);
-    trend.record(0, "Address 1 register 100", value);
+    trend.record(0, "address 1, register 100", value);
 }
 
 /// "time:value" of each point, the value left out at a gap.
@@ -66,13 +66,15 @@ TEST(Trend, ARowWithoutValueIsAGap) {
     EXPECT_EQ(curve(trend, 0, 3), "1:1 2:2 4:4 4: 9:9 10:10"); // the short one is not seen
 }
 
-TEST(Trend, ANewNameBeginsAnewAndSoDoesAForgottenRow) {
+TEST(Trend, AnotherSourceBeginsAnewAndSoDoesAForgottenRowButNoOtherName) {
     Trend trend(2);
     add(trend, 0, 1);
     trend.begin_pass(1000);
-    trend.record(0, "Address 2 register 7", 5);
+    trend.describe(0, {"Oven", "%"});
+    EXPECT_EQ(curve(trend, 0), "0:1");
+    trend.record(0, "address 2, register 7", 5);
     EXPECT_EQ(curve(trend, 0), "1000:5");
-    EXPECT_EQ(trend.name(0), "Address 2 register 7");
+    EXPECT_EQ(trend.label(0), (TrendLabel{"Oven", "%"}));
     trend.forget(0);
     EXPECT_TRUE(trend.rows().empty());
     EXPECT_TRUE(std::isnan(trend.nearest(0, 0).value));
@@ -86,7 +88,9 @@ TEST(Trend, ExportsWhatWasThereWhenItBeganAndIsNotPushedOut) {
     Trend trend(3, 3);
     const double start = calendar_milliseconds({2026, 11, 15, 16, 30, 5});
     add(trend, start, 72.5);
-    trend.record(2, "Address 1 register 101", -4);
+    trend.record(2, "address 1, register 101", -4);
+    trend.describe(0, {"Oven 1", "\u00B0C"});
+    trend.describe(2, {"a \"b\", c", ""});
     add(trend, start + 1250, 7);
     add(trend, start + 2000, kGap);
     auto file = trend.export_csv(path);
@@ -97,7 +101,7 @@ TEST(Trend, ExportsWhatWasThereWhenItBeganAndIsNotPushedOut) {
     add(trend, start + 4000, 1); // the second pass is gone now
     EXPECT_FALSE(file->write_some(5));
     EXPECT_EQ(testing::read_file(path),
-              "Time,Address 1 register 100,Address 1 register 101\r\n"
+              "Time,Oven 1 [\u00B0C],\"a \"\"b\"\", c\"\r\n"
               "2026-11-15 16:30:05.000,72.5,-4\r\n2026-11-15 16:30:07.000,,\r\n");
     file = trend.export_csv(path);
     file.reset(); // unfinished

@@ -66,9 +66,10 @@ bool save_trend_picture(const QPixmap& chart, const QTableWidget& legend, const 
     const qreal ratio = chart.devicePixelRatio();
     QImage picture(QSize(chart_size.width(), height) * ratio, QImage::Format_RGB32);
     picture.setDevicePixelRatio(ratio);
-    picture.fill(Qt::white);
+    picture.fill(legend.palette().color(QPalette::Base));
     QPainter painter(&picture);
     painter.setFont(legend.font());
+    painter.setPen(legend.palette().color(QPalette::Text));
     painter.drawPixmap(0, 0, chart);
     const int baseline = chart_size.height() + metrics.ascent();
     painter.drawText(kMargin, baseline, title);

@@ -1,33 +1,46 @@
 #include "desktop/charts/trend_legend.h"
 
+#include <QEvent>
 #include <QHeaderView>
 #include <QSignalBlocker>
 #include <cmath>
 
-#include "desktop/charts/trend_curves.h"
+#include "desktop/bindings/qt_text.h"
+#include "desktop/charts/trend_look.h"
 
 namespace pelvan::desktop {
 namespace {
 
-constexpr int kWidth = 300;
 constexpr int kName = 0;
 constexpr int kValue = 1;
 
+QString value_text(double value, const std::string& unit) {
+    if (std::isnan(value)) return QObject::tr("no value");
+    const QString number = QString::number(value, 'g', 15);
+    return unit.empty() ? number : number + u' ' + visible_line(unit);
+}
+
 } // namespace
 
-TrendLegend::TrendLegend(std::function<void()> ticked)
-    : QTableWidget(0, 2), ticked_(std::move(ticked)) {
+TrendLegend::TrendLegend(std::function<void()> changed)
+    : QTableWidget(0, 2), changed_(std::move(changed)) {
     setObjectName(QStringLiteral("trend_legend"));
     setAccessibleName(tr("Values at the cursor"));
-    setHorizontalHeaderLabels({tr("Row"), tr("Value")});
+    setHorizontalHeaderLabels({tr("Curve"), tr("Value")});
     setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::SingleSelection);
     setTabKeyNavigation(false);
-    setToolTip(tr("A row without its tick is not drawn, and the scale fits the others."));
+    setToolTip(tr("A row without its tick is not drawn, and the scales fit the others. The "
+                  "selected one stands out."));
     connect(this, &QTableWidget::itemChanged, this,
             [this](const QTableWidgetItem* item) { take_tick(*item); });
+    connect(this, &QTableWidget::currentCellChanged, this, [this](int line, int, int former, int) {
+        if (line != former) changed_();
+    });
     verticalHeader()->hide();
     horizontalHeader()->setSectionResizeMode(kName, QHeaderView::Stretch);
-    setFixedWidth(kWidth);
+    horizontalHeader()->setSectionResizeMode(kValue, QHeaderView::ResizeToContents);
 }
 
 void TrendLegend::show_rows(const Trend& trend) {
@@ -37,20 +50,50 @@ void TrendLegend::show_rows(const Trend& trend) {
     for (int line = 0; line < rowCount(); ++line) {
         const int row = rows_[static_cast<std::size_t>(line)];
         QTableWidgetItem& item = cell(line, kName);
-        item.setText(QString::fromStdString(trend.name(row)));
-        item.setData(Qt::DecorationRole, TrendCurves::color(row));
+        const QString name = visible_line(trend.label(row).name);
+        item.setText(name);
+        item.setToolTip(plain_tip(trend.label(row).name));
         item.setData(Qt::UserRole, row);
-        item.setCheckState(is_hidden(row) ? Qt::Unchecked : Qt::Checked);
+        item.setCheckState(hidden_.count(row) > 0 ? Qt::Unchecked : Qt::Checked);
     }
+    show_colors();
+}
+
+void TrendLegend::show_colors() {
+    for (int line = 0; line < rowCount(); ++line)
+        cell(line, kName)
+            .setData(Qt::DecorationRole,
+                     curve_color(rows_[static_cast<std::size_t>(line)], is_dark(palette())));
 }
 
 void TrendLegend::show_values(const Trend& trend, double time_ms) {
     const QSignalBlocker quiet(this);
     for (int line = 0; line < rowCount(); ++line) {
-        const double value = trend.nearest(rows_[static_cast<std::size_t>(line)], time_ms).value;
-        cell(line, kValue)
-            .setText(std::isnan(value) ? tr("no value") : QString::number(value, 'g', 15));
+        const int row = rows_[static_cast<std::size_t>(line)];
+        const QString text = value_text(trend.nearest(row, time_ms).value, trend.label(row).unit);
+        QTableWidgetItem& item = cell(line, kValue);
+        item.setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        if (item.text() != text) item.setText(text);
     }
+}
+
+std::vector<int> TrendLegend::drawn() const {
+    std::vector<int> drawn;
+    for (const int row : rows_)
+        if (hidden_.count(row) == 0) drawn.push_back(row);
+    return drawn;
+}
+
+int TrendLegend::current() const {
+    const auto line = static_cast<std::size_t>(currentRow());
+    return currentRow() >= 0 && line < rows_.size() ? rows_[line] : -1;
+}
+
+void TrendLegend::changeEvent(QEvent* event) {
+    QTableWidget::changeEvent(event);
+    if (event->type() != QEvent::PaletteChange) return;
+    const QSignalBlocker quiet(this);
+    show_colors();
 }
 
 void TrendLegend::take_tick(const QTableWidgetItem& item) {
@@ -60,7 +103,7 @@ void TrendLegend::take_tick(const QTableWidgetItem& item) {
         hidden_.erase(row);
     else
         hidden_.insert(row);
-    ticked_();
+    changed_();
 }
 
 QTableWidgetItem& TrendLegend::cell(int line, int column) {
