@@ -165,7 +165,7 @@ bool MDIPelvan6::Form_Unload() {
     }
     if (transfer.running()) return false;
     if (!application_.profile_logic.Unload()) return false;
-    application_.logging.Unload();
+    if (!application_.logging.Unload()) return false;
     return application_.console.Unload();
 }
 

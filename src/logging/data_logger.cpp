@@ -87,6 +87,12 @@ bool DataLogger::enter_cell(int row, int column, const std::string& answer) {
     return pelvan::enter_cell(set_.row(row), column, answer);
 }
 
+bool DataLogger::enter_label(int row, int column, const std::string& answer) {
+    const bool accepted = pelvan::enter_label(set_.row(row), column, answer);
+    recorder_.name_rows(set_);
+    return accepted;
+}
+
 void DataLogger::read_tick_length() {
     const int tick_ms = ini_read_int(ini_key::kCommsSection, ini_key::kTimerOffset, kDefaultTickMs,
                                      config_.gIniFile);
@@ -120,7 +126,22 @@ void DataLogger::apply_start_mode(const std::string& file) {
     timer_.reset_count();
     // The name is the new set's already: lines of the set before go into the new file.
     if (set_.log_to_file) FlushLogBuffer();
+    stopped.raise();
     status_changed.raise();
+}
+
+void DataLogger::load_again(const std::string& file) {
+    const bool ran = timer_.running();
+    if (ran && set_.log_to_file && buffer_.waiting() > 0 && FlushLogBuffer())
+        state_.gLogBufferCount = kNothingAdded;
+    ReadLogSet(file);
+    if (ran && !timer_.running()) start();
+}
+
+bool DataLogger::agrees_with(const std::string& file) const {
+    LogSet saved;
+    return read_log_set(file, "", saved) && saved.same_rows(set_) &&
+           saved.interval_seconds == set_.interval_seconds && saved.log_to_file == set_.log_to_file;
 }
 
 void DataLogger::WriteLogSet(const std::string& file) const {
@@ -303,9 +324,9 @@ void DataLogger::set_port_message(const std::string& text) {
 }
 
 LoggingStatus DataLogger::status() const {
-    return {last_pass_,     timer_.running(),      timer_.tick_ms(),
-            timer_.ticks(), set_.interval_seconds, buffer_.waiting(),
-            skipped_passes_};
+    return {last_pass_,      timer_.running(),      timer_.tick_ms(),
+            timer_.ticks(),  set_.interval_seconds, buffer_.waiting(),
+            skipped_passes_, set_.rows_in_use()};
 }
 
 } // namespace pelvan

@@ -34,6 +34,8 @@ class DataLogger {
     void set_single_line(bool on) { set_.single_line = on; }
     /// As `enter_cell`.
     [[nodiscard]] bool enter_cell(int row, int column, const std::string& answer);
+    /// As `enter_label`; a curve of the row goes on under the new name.
+    [[nodiscard]] bool enter_label(int row, int column, const std::string& answer);
     void take_rows_out_of_use() { set_.take_rows_out_of_use(); }
     /// From the configuration file; 380 for a negative one.
     void read_tick_length();
@@ -44,6 +46,11 @@ class DataLogger {
     void ReadLogSet(const std::string& file);
     /// The part of `ReadLogSet` before the start mode.
     void read_set(const std::string& file);
+    /// Reads the set again and, when logging ran, goes on with it. Lines that wait are written
+    /// before, once. Errors as `ReadLogSet`; blocks for a pass when logging goes on.
+    void load_again(const std::string& file);
+    /// Whether rows, interval and "Log To File" are still those of the file.
+    [[nodiscard]] bool agrees_with(const std::string& file) const;
     /// A failed write goes unnoticed.
     void WriteLogSet(const std::string& file) const;
 
@@ -90,7 +97,7 @@ class DataLogger {
     Event<> status_changed;
     /// Logging was stopped, or ended by a run-time error.
     Event<> stopped;
-    /// Raised before a row is polled: the moment for `end_pass`.
+    /// Raised before a row is polled: the moment for `end_pass`, and to show the rows before it.
     Event<int> before_row;
     /// After a pass of the start, the timer or an automatic set, when what follows it is done too.
     Event<> pass_done;

@@ -1,6 +1,7 @@
 #include "logging/logging_form.h"
 
 #include "platform/text_file.h"
+#include "registers/register_names.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -11,13 +12,14 @@ constexpr std::size_t kMinutes = 1;
 constexpr std::size_t kSeconds = 2;
 constexpr int kMaxHours = 99;
 constexpr int kMaxSixtieths = 59;
-constexpr std::int32_t kNotInUse = -1;
 
 constexpr char kLoadLogFile[] = "LOG.DAT";
 constexpr char kActivateLogFile[] = "PELVAN7_LOG.txt";
 constexpr char kDefaultSetFile[] = "CNTRLSET.PV5";
 constexpr char kExtension[] = "PV5";
 constexpr char kSetKind[] = "set";
+constexpr char kLogFileFilter[] = "Text Files (*.txt)|*.txt|Log Files (*.log;*.dat)|*.log;*.dat|"
+                                  "All Files (*.*)|*.*|";
 constexpr char kFilter[] = "Log Sets (*.PV5)|*.PV5|All Files (*.*)|*.*|";
 
 } // namespace
@@ -65,6 +67,8 @@ void frm_DataLogging::wire_events() {
     }
     txt_LogFilename.Change = [this] { txt_LogFilename_Change(); };
     txt_LogFilename.GotFocus = [this] { txt_LogFilename_GotFocus(); };
+    cmd_Browse.Click = [this] { cmd_Browse_Click(); };
+    cmd_LoadAgain.Click = [this] { cmd_LoadAgain_Click(); };
     chk_LogToFile.Click = [this] { chk_LogToFile_Click(); };
     chk_SingleLine.Click = [this] { chk_SingleLine_Click(); };
     MSFlexGrid1.MouseUp = [this](bool left) { MSFlexGrid1_MouseUp(left); };
@@ -85,6 +89,7 @@ void frm_DataLogging::follow_logger() {
     subscriptions_.push_back(logger_.row_changed.subscribe([this](int row) { show_row(row); }));
     subscriptions_.push_back(logger_.timer_changed.subscribe([this] { show_timer(); }));
     subscriptions_.push_back(logger_.status_changed.subscribe([this] { show_status(); }));
+    subscriptions_.push_back(logger_.before_row.subscribe([this](int row) { show_pass(row); }));
     subscriptions_.push_back(logger_.stopped.subscribe([this] { show_active(false); }));
 }
 
@@ -109,18 +114,32 @@ void frm_DataLogging::Form_Activate() {
     logger_.take_rows_out_of_use();
     for (int row = 1; row <= kLogRows; ++row)
         show_row(row);
+    show_status();
 }
 
 bool frm_DataLogging::Form_Unload() {
+    const bool logs = logger_.timer().running() && logger_.set().rows_in_use() > 0;
+    if (logs && asks_to_close_ &&
+        services_.dialogs.message_box("Data logging is running. Stop it and close the window?",
+                                      "Data Logging", MessageButtons::YesNoPreferNo,
+                                      MessageIcon::Exclamation) != MessageAnswer::Yes)
+        return false;
     logger_.close();
     closed.raise();
     return true;
+}
+
+void frm_DataLogging::close_unasked() {
+    asks_to_close_ = false;
+    Unload();
+    asks_to_close_ = true;
 }
 
 void frm_DataLogging::chk_LogToFile_Click() {
     const bool on = chk_LogToFile.checked();
     logger_.set_log_to_file(on);
     txt_LogFilename.set_Enabled(on);
+    cmd_Browse.set_Enabled(on);
     mnuSingleLine.set_Enabled(on);
     chk_SingleLine.set_Enabled(on); // its value stays
     mnuLogtoFile.set_Checked(on);
@@ -169,17 +188,72 @@ void frm_DataLogging::txt_LoggingInterval_GotFocus(int index) {
     scrl_LoggingInterval[static_cast<std::size_t>(index)].SetFocus();
 }
 
+void frm_DataLogging::cmd_Browse_Click() {
+    FileDialogRequest request;
+    request.title = "Log File";
+    request.filter = kLogFileFilter;
+    request.initial_directory = txt_LogFilename.Text();
+    request.file_name = txt_LogFilename.Text();
+    request.default_extension = "txt";
+    request.refuse_read_only = true;
+    if (const auto chosen = services_.dialogs.save_file(request)) txt_LogFilename.set_Text(*chosen);
+}
+
 void frm_DataLogging::MSFlexGrid1_MouseUp(bool left) {
     const int row = MSFlexGrid1.Row();
     const int column = MSFlexGrid1.Col();
+    // A click from before a pass may come in the middle of it.
+    if (!left || logger_.timer().running() || logger_.in_pass() || row < 1) return;
+    if (column == log_column::kName || column == log_column::kUnit)
+        ask_for_label(row, column);
+    else if (cell_question(column) && !ask_for_cell(row, column))
+        services_.dialogs.message_box("Value is out of range!");
+    show_row(row);
+    show_status();
+}
+
+bool frm_DataLogging::ask_for_cell(int row, int column) {
     const CellQuestion* question = cell_question(column);
-    if (!left || logger_.timer().running() || row < 1 || !question) return;
     const std::string answer =
         services_.dialogs.input_box(question->prompt, "Enter Value", question->default_text);
     // Required: an empty answer, which is also what Cancel gives, empties the cell.
-    if (!logger_.enter_cell(row, column, answer))
-        services_.dialogs.message_box("Value is out of range!");
-    show_row(row);
+    return logger_.enter_cell(row, column, answer);
+}
+
+void frm_DataLogging::ask_for_label(int row, int column) {
+    const LogSetRow& there = logger_.set().row(row);
+    TextQuestion question;
+    if (column == log_column::kName) {
+        question = {"Name of the value in row " + plain_number(row) + ":", "Name", there.name, {}};
+        if (there.reads_holding_registers())
+            question.suggestions = register_names(
+                services_.application_directory,
+                static_cast<float>(leading_number(there.texts[log_column::kRegister])));
+    } else {
+        question = {"Unit of the value in row " + plain_number(row) + ":",
+                    "Unit",
+                    there.unit,
+                    {"\u00B0C", "\u00B0F", "%", "s", "min", "h", "A", "V", "mA"}};
+    }
+    const auto answer = services_.dialogs.ask_text(question);
+    if (answer && !logger_.enter_label(row, column, *answer))
+        services_.dialogs.message_box("A name may have " + plain_number(kMaxRowName) +
+                                      " characters and a unit " + plain_number(kMaxRowUnit) +
+                                      "; line ends and other control characters cannot be part of "
+                                      "them.");
+}
+
+void frm_DataLogging::cmd_LoadAgain_Click() {
+    if (!knows_set()) return ChooseAndReadSet();
+    if (!logger_.agrees_with(set_file_) &&
+        services_.dialogs.message_box("The rows, the interval or Log To File were changed since "
+                                      "the set was saved. Load it again and drop the changes?",
+                                      "Load Set", MessageButtons::YesNoPreferNo,
+                                      MessageIcon::Exclamation) != MessageAnswer::Yes)
+        return;
+    const bool active = Label4.Visible();
+    logger_.load_again(set_file_);
+    if (active && logger_.timer().running()) show_active(true);
 }
 
 void frm_DataLogging::mnuLoadSet_Click() {
@@ -221,6 +295,7 @@ void frm_DataLogging::ChooseAndWriteSet() {
     if (!chosen) return;
     set_file_ = *chosen;
     logger_.WriteLogSet(set_file_);
+    show_status();
 }
 
 void frm_DataLogging::mnuHelpContents_Click() {
@@ -236,7 +311,19 @@ void frm_DataLogging::mnuClose_Click() {
 }
 
 void frm_DataLogging::mnuStartLogging_Click() {
+    if (!may_start()) return;
+    services_.desktop.paint_windows(); // the menu is gone before the first row is asked
     if (logger_.start()) show_active(true);
+}
+
+bool frm_DataLogging::may_start() {
+    const LogSet& set = logger_.set();
+    if (!set.log_to_file || can_append(set.file_name)) return true;
+    return services_.dialogs.message_box("The log file cannot be written:\r\n" + set.file_name +
+                                             "\r\n\r\nStart all the same? The readings are shown, "
+                                             "and the newest lines wait for the file.",
+                                         "WARNING", MessageButtons::YesNo,
+                                         MessageIcon::Exclamation) == MessageAnswer::Yes;
 }
 
 void frm_DataLogging::mnuStopLogging_Click() {
@@ -245,57 +332,6 @@ void frm_DataLogging::mnuStopLogging_Click() {
 
 void frm_DataLogging::tmr_LoggingInterval_Timer() {
     logger_.tick();
-}
-
-void frm_DataLogging::show_set() {
-    const LogSet& set = logger_.set();
-    const auto parts = interval_parts(set.interval_seconds);
-    for (std::size_t i = 0; i < parts.size(); ++i)
-        scrl_LoggingInterval[i].set_Value(parts[i]);
-    for (std::size_t i = 0; i < parts.size(); ++i)
-        txt_LoggingInterval[i].set_Text(plain_number(scrl_LoggingInterval[i].Value()));
-    txt_LogFilename.set_Text(set.file_name);
-    chk_LogToFile.set_Value(set.log_to_file ? 1 : 0);
-    chk_SingleLine.set_Value(set.single_line ? 1 : 0);
-    for (int row = 1; row <= kLogRows; ++row)
-        show_row(row);
-}
-
-void frm_DataLogging::show_row(int row) {
-    const LogSetRow& shown = logger_.set().row(row);
-    for (std::size_t column = 0; column < shown.texts.size(); ++column)
-        MSFlexGrid1.set_TextMatrix(row, static_cast<int>(column), shown.texts[column]);
-    MSFlexGrid1.set_TextMatrix(row, log_column::kValue, logger_.reading(row).value);
-    MSFlexGrid1.set_RowData(row, shown.in_use ? row : kNotInUse);
-}
-
-void frm_DataLogging::show_timer() {
-    tmr_LoggingInterval.set_Interval(logger_.timer().tick_ms());
-    if (logger_.timer().running())
-        tmr_LoggingInterval.start();
-    else
-        tmr_LoggingInterval.stop();
-}
-
-void frm_DataLogging::show_status() {
-    const bool in_pass = logger_.in_pass();
-    set_Pointer(in_pass ? MousePointer::Hourglass : MousePointer::Normal);
-    lbl_Message.set_Caption(logger_.port_message());
-    if (!in_pass) lbl_Status.set_Caption(status_text(logger_.status()));
-}
-
-void frm_DataLogging::show_active(bool active) {
-    enable_interval(!active);
-    Label4.set_Visible(active);
-    set_Caption(active ? "Data Logging - ACTIVE" : "Data Logging");
-    show_status();
-}
-
-void frm_DataLogging::enable_interval(bool on) {
-    for (std::size_t i = 0; i < scrl_LoggingInterval.size(); ++i) {
-        scrl_LoggingInterval[i].set_Enabled(on);
-        txt_LoggingInterval[i].set_Enabled(on);
-    }
 }
 
 } // namespace pelvan

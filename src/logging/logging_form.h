@@ -16,7 +16,7 @@ class frm_DataLogging : public Form {
     frm_DataLogging(Services& services, DataLogger& logger);
 
     /// Row data word: -1 not in use, else the row's number.
-    Grid MSFlexGrid1{"MSFlexGrid1", "Log|Address|Command|Register|Dec. Pl.|   Value  ",
+    Grid MSFlexGrid1{"MSFlexGrid1", "Log|Address|Command|Register|Dec. Pl.|   Value  |Name|Unit",
                      kLogRows + 1};
     Frame fram_LoggingInterval{"fram_LoggingInterval", "Logging Interval"};
     /// Hours, minutes, seconds. The bars count downwards: their upper arrow adds.
@@ -26,6 +26,8 @@ class frm_DataLogging : public Form {
     Label lbl_LogFilename{"lbl_LogFilename", "Log Fil&e"};
     TextBox txt_LogFilename{"txt_LogFilename", "",
                             "Enter the data logging path and filename here."};
+    Button cmd_Browse{"cmd_Browse", "&Browse...",
+                      "Choose the log file. Lines are added at its end."};
     CheckBox chk_LogToFile{
         "chk_LogToFile", "Log To File",
         "Check to log data to file and display, uncheck to log to the display only."};
@@ -39,6 +41,9 @@ class frm_DataLogging : public Form {
     Label lbl_Status{"lbl_Status"};
     /// What the port had to say during the last pass; empty when nothing.
     Label lbl_Message{"lbl_Message"};
+    /// There when no row is polled, with what helps.
+    Label lbl_NotPolled{"lbl_NotPolled"};
+    Button cmd_LoadAgain{"cmd_LoadAgain", "Load A&gain"};
 
     MenuEntry mnuFile{"mnuFile", "&File"};
     MenuEntry mnuFileOptions{"mnuFileOptions", "File &Options"};
@@ -57,18 +62,23 @@ class frm_DataLogging : public Form {
 
     void Form_Load() override;
     void Form_Activate() override;
+    /// Asks first when rows are being logged.
     bool Form_Unload() override;
+    /// Closes the window without a question.
+    void close_unasked();
 
     void chk_LogToFile_Click();
     void mnuLogtoFile_Click();
     void chk_SingleLine_Click();
     void mnuSingleLine_Click();
     void scrl_LoggingInterval_Change(int index);
+    void cmd_Browse_Click();
     void txt_LogFilename_Change();
     void txt_LogFilename_GotFocus();
     void txt_LoggingInterval_GotFocus(int index);
     /// The cell editor: asks for the current cell's value. Inert while the timer runs.
     void MSFlexGrid1_MouseUp(bool left);
+    void cmd_LoadAgain_Click();
     void mnuLoadSet_Click();
     void mnuSaveSet_Click();
     void mnuHelpContents_Click();
@@ -93,16 +103,26 @@ class frm_DataLogging : public Form {
     void wire_events();
     void follow_logger();
     void take_interval();
+    /// Asks for an address, command, register or decimals; false when it was out of range.
+    [[nodiscard]] bool ask_for_cell(int row, int column);
+    void ask_for_label(int row, int column);
+    /// Whether the log file can be written, or somebody wants to start all the same.
+    [[nodiscard]] bool may_start();
+    [[nodiscard]] bool knows_set() const;
     void show_set();
     void show_row(int row);
     void show_timer();
     void show_status();
+    void show_not_polled();
+    void show_pass(int row);
     void show_active(bool active);
     void enable_interval(bool on);
 
     Services& services_;
     DataLogger& logger_;
     std::string set_file_;
+    bool asks_to_close_ = true;
+    double shown_at_ = 0; // tick, while a pass is under way
     std::vector<Subscription> subscriptions_;
 };
 

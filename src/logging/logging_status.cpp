@@ -26,7 +26,8 @@ std::string next_pass_text(const LoggingStatus& status) {
     if (ticks <= 0)
         return "Next pass: never, the interval is not longer than the " +
                plain_number(status.ticks) + " ticks counted already.";
-    return "Next pass in " + seconds_text(static_cast<double>(ticks) * status.tick_ms, 1000) + ".";
+    return "Next pass in " + seconds_text(static_cast<double>(ticks) * status.tick_ms, 1000) +
+           (status.rows_in_use == 0 ? ", without any row." : ".");
 }
 
 } // namespace

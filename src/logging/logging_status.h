@@ -22,6 +22,7 @@ struct LoggingStatus {
     std::int32_t interval_seconds = 0;
     int lines_waiting = 0;
     int skipped_passes = 0; // another tool had the line
+    int rows_in_use = 0;
 };
 
 /// The last pass, its length, the next pass, and the lines that wait in the buffer.

@@ -183,7 +183,7 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     std::filesystem::create_directory(dir.file("Download Sequences"));
     testing::write_file(dir.file("Download Sequences/742.cds"), "NO\n-\n-\n-\n0\n1\n2\n3\n");
     dialogs.files.push_back(dir.file("setup.txt"));
-    dialogs.answers = {MessageAnswer::No, MessageAnswer::Yes};
+    dialogs.answers = {MessageAnswer::No, MessageAnswer::Yes, MessageAnswer::Yes};
     desktop.on_turn = [&, turn = 0]() mutable {
         if (++turn > 2) return;
         EXPECT_FALSE(app.frame.Unload());

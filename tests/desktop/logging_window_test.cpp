@@ -62,7 +62,7 @@ TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     pass();
     auto* legend = trend.window->findChild<QTableWidget*>("trend_legend");
     ASSERT_EQ(legend->rowCount(), 3);
-    EXPECT_EQ(legend->item(0, 0)->text(), "Address 1 register 0");
+    EXPECT_EQ(legend->item(0, 0)->text(), "Register 0 at 1");
     EXPECT_EQ(legend->item(0, 1)->text(), "742");
     EXPECT_EQ(legend->item(1, 1)->text(), "no value");
     const auto drawn = [&] { return chart->grab().toImage(); };
@@ -78,7 +78,7 @@ TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     EXPECT_TRUE(form().logger().set().row(1).in_use) << "the window was the active one already";
     form().Form_Activate();
     pass();
-    QTest::keyClick(chart, Qt::Key_Left);
+    QTest::keyClick(chart, Qt::Key_Home);
     EXPECT_EQ(legend->rowCount(), 0);
     EXPECT_NE(make_trend_window("/nowhere", form().logger().trend(), nullptr).error, QString());
 }

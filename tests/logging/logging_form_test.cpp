@@ -2,6 +2,7 @@
 #include "logging/logging_form.h"
 
 #include "logging/logging_rig.h"
+#include "platform/text_file.h"
 
 namespace pelvan {
 namespace {
@@ -124,6 +125,122 @@ TEST_F(LoggingFormTest, StartAndStopShowThemselvesAndAnAutomaticStartDoesNot) {
     form.Show();
     EXPECT_EQ(row(1), "-1||||||");
     EXPECT_FALSE(form.chk_SingleLine.checked() || logger.set().single_line);
+}
+
+TEST_F(LoggingFormTest, SaysThatNothingIsPolledAndTakesTheSetUpAgain) {
+    const auto truth = [&] {
+        EXPECT_EQ(form.cmd_LoadAgain.Visible(), form.lbl_NotPolled.Visible());
+        return form.lbl_NotPolled.Caption() + (form.Label4.Enabled() ? "" : ", label held") +
+               (form.Note().empty() ? "" : ", " + form.Note());
+    };
+    EXPECT_EQ(truth(), "No row is polled: fill in a row, or load a set (Ctrl+O), label held");
+    dialogs.files = {set_with({"1,3,100,1"}, "LOG TO FILE=TRUE\r\nLOGGING INTERVAL=1\r\n")};
+    form.cmd_LoadAgain.press(); // none is known yet: asks for one
+    form.mnuStartLogging.choose();
+    EXPECT_EQ(truth(), "");
+    run(2);
+    form.Form_Activate();
+    EXPECT_EQ(form.Caption(), "Data Logging - ACTIVE"); // required
+    EXPECT_EQ(truth(),
+              "No row is polled: load the set again (Ctrl+O), label held, no row is polled");
+    run(1);
+    EXPECT_TRUE(form.lbl_Status.Caption().find("Next pass in 1 s, without any row. Lines waiting: "
+                                               "3.") != std::string::npos);
+    // Goes on where it was, and writes what waits once, into the file of that moment.
+    log_file = logging.gLogFileName;
+    form.cmd_LoadAgain.press();
+    EXPECT_EQ(truth(), "");
+    EXPECT_EQ(active(), std::pair(true, true));
+    EXPECT_EQ(seen(), "runs, 4 sent, 1 gathered, 0 shown");
+    EXPECT_EQ(lines(), 3);
+    // What was changed by hand is not dropped without a question; stopped, nothing starts.
+    form.mnuStopLogging.choose();
+    edit(1, 4, "2");
+    form.Form_Activate();
+    form.cmd_LoadAgain.press();
+    EXPECT_EQ(row(1), "-1|Yes|1|3|100|2| 72.5");
+    dialogs.answers = {MessageAnswer::Yes};
+    form.cmd_LoadAgain.press();
+    EXPECT_EQ(row(1), "1|Yes|1|3|100|1|");
+    EXPECT_EQ(active(), std::pair(false, false));
+    // Loading a set without "AUTO" stops the logging, and the window says so.
+    form.mnuStartLogging.choose();
+    dialogs.files = {set_file};
+    form.mnuLoadSet.choose();
+    EXPECT_EQ(active(), std::pair(false, false));
+}
+
+TEST_F(LoggingFormTest, PaintsBetweenTheRowsOfASilentController) {
+    load({"1,3,100,0", "1,3,101,0", "1,3,200,0"});
+    instead = "";
+    std::vector<std::string> seen_at_paint;
+    desktop.on_paint = [&] {
+        seen_at_paint.push_back(form.lbl_Status.Caption());
+        if (logger.in_pass()) edit(1, 1, ""); // a click from before the pass
+    };
+    form.mnuStartLogging.choose();
+    const auto asking = [](const std::string& number) {
+        return "Pass under way, asking for row " + number + ".";
+    };
+    ASSERT_EQ(seen_at_paint.size(), 3U); // the first one before the pass
+    EXPECT_EQ(seen_at_paint[1], asking("2"));
+    EXPECT_EQ(seen_at_paint[2], asking("3"));
+    EXPECT_TRUE(dialogs.prompts.empty());
+    instead.reset();
+    run(10);
+    EXPECT_EQ(seen_at_paint.size(), 3U); // a quick controller does not wait for it
+}
+
+TEST_F(LoggingFormTest, TellsAtTheStartThatTheFileCannotBeWrittenAndAsksBeforeItCloses) {
+    load({"1,3,100,0"}, "LOG TO FILE=TRUE\r\nLOGGING INTERVAL=1\r\n");
+    dialogs.files = {dir.file("missing/log.txt")};
+    form.cmd_Browse.press();
+    EXPECT_FALSE(dialogs.requests.back().overwrite_prompt); // lines are added
+    form.mnuStartLogging.choose();
+    EXPECT_EQ(seen(), "stands, 0 sent, 0 gathered, 1 shown");
+    dialogs.answers = {MessageAnswer::Yes};
+    form.mnuStartLogging.choose();
+    EXPECT_EQ(seen(), "runs, 1 sent, 1 gathered, 1 shown");
+    EXPECT_FALSE(form.Unload());
+    EXPECT_EQ(dialogs.texts().back(), "Data logging is running. Stop it and close the window?");
+    EXPECT_TRUE(form.tmr_LoggingInterval.running());
+    log_file = dir.file("other.txt");
+    form.txt_LogFilename.set_Text(log_file);
+    EXPECT_TRUE(can_append(log_file));
+    EXPECT_FALSE(fileexists(log_file)); // being asked leaves nothing behind
+    dialogs.answers = {MessageAnswer::Yes};
+    EXPECT_TRUE(form.Unload());
+    EXPECT_EQ(lines(), 1);
+}
+
+TEST_F(LoggingFormTest, NamesAndUnitsAreAskedForWithWhatTheSequenceFilesSay) {
+    std::filesystem::create_directory(dir.file("Download Sequences"));
+    testing::write_file(dir.file("Download Sequences/730.cds"),
+                        "NO\n-\n-\n-\n300 Set point 1\n100 Process value {x}\n\n100 behind\n");
+    testing::write_file(dir.file("Download Sequences/742.cds"),
+                        "NO\n100 head\n-\n-\n100\n100 Process value\n");
+    testing::write_file(dir.file("Download Sequences/742.pds"),
+                        "1 a\n2 b\n3 c\n4 d\n5 e\n6 f\nRUN\n100 process value 1 {degrees}\n");
+    testing::write_file(dir.file("Download Sequences/bad.pds"), "100 no sequence\n");
+    load({"1,3,100,1", "1,4,100,1"});
+    dialogs.texts_entered = {"Oven", std::nullopt, std::string(61, 'x'), "K"};
+    for (const int number : {1, 2, 1})
+        edit(number, log_column::kName, "");
+    edit(1, log_column::kUnit, "");
+    using Texts = std::vector<std::string>;
+    EXPECT_EQ(dialogs.questions[0].suggestions, (Texts{"Process value", "process value 1"}));
+    EXPECT_EQ(dialogs.questions[1].suggestions, Texts{}); // an input register
+    EXPECT_EQ(dialogs.questions[2].default_text, "Oven");
+    EXPECT_EQ(dialogs.shown.size(), 1U); // too long
+    EXPECT_EQ(form.MSFlexGrid1.TextMatrix(1, log_column::kName), "Oven");
+    EXPECT_EQ(form.MSFlexGrid1.TextMatrix(1, log_column::kUnit), "K");
+    logger.RunLoggingPass();
+    EXPECT_EQ(logger.trend().label(0), (TrendLabel{"Oven", "K"}));
+    EXPECT_EQ(logger.trend().label(1).name, "Input register 100 at 1");
+    form.mnuStopLogging.choose();
+    dialogs.texts_entered = {"Oven"}; // the same name twice is told apart at once
+    edit(2, log_column::kName, "");
+    EXPECT_EQ(logger.trend().label(1).name, "Oven (row 2)");
 }
 
 } // namespace

@@ -1,17 +1,19 @@
 #include "desktop/windows/logging_window.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QColor>
-#include <QCoreApplication>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTableView>
+#include <algorithm>
 
 #include "desktop/bindings/qt_text.h"
 #include "desktop/charts/trend_library.h"
@@ -24,11 +26,12 @@ constexpr int kNumberWidth = 44;
 constexpr int kBarHeight = 40;
 constexpr int kLogWidth = 150;
 constexpr int kColumnWidth = 90;
+constexpr int kNameWidth = 200;
 
 struct StateLook {
     const char* mark; // behind the "Yes" of the row: colour alone says nothing to some
     const char* text;
-    QColor background;
+    QColor background; // of a light desktop; without one the whole row is grey
 };
 
 const StateLook* look_of(RowState state) {
@@ -58,10 +61,41 @@ const StateLook* look_of(RowState state) {
     return nullptr;
 }
 
+const StateLook* look_of(const DataLogger& logger, int row) {
+    static const StateLook idle{" \u2013 not polled",
+                                "This row is not polled: load the set again, or edit a cell of it.",
+                                {}};
+    const LogSetRow& entered = logger.set().row(row);
+    if (!entered.in_use) return entered.filled() ? &idle : nullptr;
+    return look_of(logger.reading(row).state);
+}
+
+QColor ground_of(const StateLook& look) {
+    const QPalette palette = QApplication::palette();
+    if (palette.color(QPalette::Base).lightness() > palette.color(QPalette::Text).lightness())
+        return look.background;
+    constexpr int kDarkSaturation = 110;
+    constexpr int kDarkValue = 80;
+    return QColor::fromHsv(look.background.hsvHue(),
+                           std::min(4 * look.background.hsvSaturation(), kDarkSaturation),
+                           kDarkValue);
+}
+
+QVariant idle_look(int column, int role) {
+    if (role == Qt::ForegroundRole)
+        return QApplication::palette().color(QPalette::Disabled, QPalette::Text);
+    if (role != Qt::FontRole || column != log_column::kLog) return {};
+    QFont font = QApplication::font("QTableView");
+    font.setItalic(true);
+    return font;
+}
+
 QVariant cell_look(const DataLogger& logger, int row, int column, int role) {
-    const StateLook* look = look_of(logger.reading(row).state);
+    const StateLook* look = look_of(logger, row);
     if (look == nullptr) return {};
     const bool log = column == log_column::kLog;
+    const bool text_role = role == Qt::DisplayRole || role == Qt::ToolTipRole;
+    if (!look->background.isValid() && !text_role) return idle_look(column, role);
     switch (role) {
     case Qt::DisplayRole:
         if (!log) return {};
@@ -70,10 +104,7 @@ QVariant cell_look(const DataLogger& logger, int row, int column, int role) {
     case Qt::ToolTipRole:
         return QString::fromUtf8(look->text);
     case Qt::BackgroundRole:
-        if (log || column == log_column::kValue) return look->background;
-        return {};
-    case Qt::ForegroundRole: // readable on these colours in a dark theme too
-        if (log || column == log_column::kValue) return QColor(Qt::black);
+        if (log || column == log_column::kValue) return ground_of(*look);
         return {};
     default:
         return {};
@@ -101,7 +132,9 @@ QTableView* make_grid(const BindContext& context, frm_DataLogging& form) {
     view->setTabKeyNavigation(false); // Tab leaves the grid; the arrow keys move in it
     view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + 6);
     for (int column = 0; column < form.MSFlexGrid1.Cols(); ++column)
-        view->setColumnWidth(column, column == log_column::kLog ? kLogWidth : kColumnWidth);
+        view->setColumnWidth(column, column == log_column::kLog    ? kLogWidth
+                                     : column == log_column::kName ? kNameWidth
+                                                                   : kColumnWidth);
     view->horizontalHeader()->setStretchLastSection(true);
     return view;
 }
@@ -139,6 +172,7 @@ QLayout* make_file_options(const BindContext& context, frm_DataLogging& form) {
     auto* line = new QHBoxLayout;
     line->addWidget(label_for(context, form.lbl_LogFilename, name));
     line->addWidget(name, 1);
+    line->addWidget(bound<QPushButton>(context, form.cmd_Browse));
     auto* layout = new QVBoxLayout;
     layout->addLayout(checks);
     layout->addLayout(line);
@@ -150,6 +184,19 @@ QLabel* make_line(const BindContext& context, Label& model) {
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setWordWrap(true);
     return label;
+}
+
+/// The line that says that nothing is polled, and the button that mends it.
+QLayout* make_not_polled(const BindContext& context, frm_DataLogging& form) {
+    auto* text = make_line(context, form.lbl_NotPolled);
+    QFont bold = text->font();
+    bold.setBold(true);
+    bold.setPointSizeF(bold.pointSizeF() * 1.2);
+    text->setFont(bold);
+    auto* line = new QHBoxLayout;
+    line->addWidget(text, 1);
+    line->addWidget(bound<QPushButton>(context, form.cmd_LoadAgain));
+    return line;
 }
 
 void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, MdiFrame& frame) {
@@ -187,6 +234,7 @@ QWidget* make_logging(const BindContext& context, frm_DataLogging& form, Dialogs
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     layout->addLayout(settings);
+    layout->addLayout(make_not_polled(context, form));
     layout->addWidget(grid, 1);
     layout->addWidget(make_line(context, form.lbl_Status));
     layout->addWidget(make_line(context, form.lbl_Message));

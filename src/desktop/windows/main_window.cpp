@@ -122,7 +122,7 @@ void MainWindow::end() {
     // A box that nobody answers would hold the end; those that stand are closed by it.
     unattended_.emplace(application_.messages, [](const std::string&) {});
     application_.events.run([this] {
-        application_.logging.Unload();
+        application_.logging.close_unasked();
         application_.console.Unload();
     });
 }
