@@ -2,6 +2,9 @@
 
 #include "platform/text_file.h"
 #include "terminal/commands.h"
+#include "terminal/json.h"
+#include "text/numbers.h"
+#include "text/strings.h"
 
 namespace pelvan {
 namespace {
@@ -15,6 +18,7 @@ struct LogOptions {
     std::string file;
     bool single_line = false;
     bool allow_writes = false;
+    bool json = false;
 };
 
 const char* state_text(RowState state) {
@@ -39,16 +43,76 @@ std::string value_text(const LogReading& reading) {
     return asked ? reading.value : std::string();
 }
 
-void print_pass(const DataLogger& logger, int pass, TerminalEnvironment& environment) {
+/// Address and register of a row, behind its name where it has one.
+std::string source_text(const LogSetRow& row) {
+    const std::string source = "address " + row.texts[log_column::kAddress] + ", register " +
+                               row.texts[log_column::kRegister];
+    return row.name.empty() ? source : row.name + " (" + source + ")";
+}
+
+const char* state_word(RowState state) {
+    switch (state) {
+    case RowState::Answered:
+        return "answered";
+    case RowState::Exception:
+        return "exception";
+    case RowState::Nothing:
+        return "no valid reply";
+    case RowState::LineInUse:
+        return "skipped";
+    case RowState::NotPolled:
+        break;
+    }
+    return "not polled";
+}
+
+Json row_json(const DataLogger& logger, int number) {
+    const LogSetRow& row = logger.set().row(number);
+    const LogReading& reading = logger.reading(number);
+    const auto label = [](const std::string& text) { return text.empty() ? Json() : Json(text); };
+    const bool answered = reading.state == RowState::Answered;
+    return Json::object()
+        .set("row", number)
+        .set("name", label(row.name))
+        .set("unit", label(row.unit))
+        .set("address", row.texts[log_column::kAddress])
+        .set("command", row.texts[log_column::kCommand])
+        .set("register", row.texts[log_column::kRegister])
+        .set("state", state_word(reading.state))
+        .set("value", answered ? Json(leading_number(reading.value)) : Json())
+        .set("text", trim(value_text(reading)));
+}
+
+void print_json(const DataLogger& logger, int pass, TerminalEnvironment& environment) {
+    const auto last = logger.status().last_pass;
+    Json rows = Json::array();
+    for (int number = 1; number <= kLogRows; ++number)
+        if (logger.set().row(number).in_use) rows.add(row_json(logger, number));
+    Json object = Json::object();
+    object.set("pass", pass);
+    if (last)
+        object.set("time", iso_date_text(last->begun) + " " + time_text(last->begun))
+            .set("took_ms", last->took_ms);
+    environment.out << object.set("rows", std::move(rows)).text() << "\n";
+}
+
+void print_rows(const DataLogger& logger, int pass, TerminalEnvironment& environment) {
     environment.out << "Pass " << pass << ". " << status_text(logger.status()) << "\n";
     for (int number = 1; number <= kLogRows; ++number) {
         const LogSetRow& row = logger.set().row(number);
         if (!row.in_use) continue;
         const LogReading& reading = logger.reading(number);
-        environment.out << "  " << number << ": address " << row.texts[log_column::kAddress]
-                        << ", register " << row.texts[log_column::kRegister] << ":"
-                        << value_text(reading) << state_text(reading.state) << "\n";
+        const bool measured = reading.state == RowState::Answered && !row.unit.empty();
+        environment.out << "  " << number << ": " << source_text(row) << ":" << value_text(reading)
+                        << (measured ? " " + row.unit : "") << state_text(reading.state) << "\n";
     }
+}
+
+void print_pass(const DataLogger& logger, int pass, bool json, TerminalEnvironment& environment) {
+    if (json)
+        print_json(logger, pass, environment);
+    else
+        print_rows(logger, pass, environment);
     environment.out.flush();
     if (!logger.port_message().empty())
         environment.err << "pelvan7: " << logger.port_message() << "\n";
@@ -97,7 +161,7 @@ bool run_passes(TerminalApplication& terminal, const LogOptions& options,
     bool answered = false;
     const Subscription each_pass = logger.pass_done.subscribe([&] {
         answered = answered || any_answered(logger);
-        print_pass(logger, ++passes, environment);
+        print_pass(logger, ++passes, options.json, environment);
         terminal.work_went_on(); // a file that cannot be written warns with every pass
     });
     const Subscription each_row = logger.before_row.subscribe([&](int) {
@@ -122,7 +186,7 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
     Core& app = terminal.app();
     if (!prepare(app, options)) return exit_code::kFailed;
     DataLogger& logger = app.data_logger;
-    if (!logger.set().any_row_in_use()) {
+    if (logger.set().rows_in_use() == 0) {
         environment.err << "pelvan7: no row to poll in \"" << options.set << "\"\n";
         return exit_code::kFailed;
     }
@@ -133,6 +197,9 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
         return exit_code::kFailed;
     }
     logger.allow_writes();
+    if (logger.set().log_to_file && !can_append(logger.set().file_name))
+        environment.err << "pelvan7: the log file \"" << logger.set().file_name
+                        << "\" cannot be written now; the newest lines wait for it\n";
     if (logger.timer().tick_ms() == 0 && options.passes != 1) {
         environment.err << "pelvan7: TIMER OFFSET is 0, so no second pass would come\n";
         return exit_code::kFailed;
@@ -161,6 +228,7 @@ void add_log_command(CLI::App& cli, ChosenCommand& chosen) {
     command->add_option("--file", options->file,
                         "Log into this file, whatever the set says about files");
     command->add_flag("--single-line", options->single_line, "Log one line a pass");
+    command->add_flag("--json", options->json, "Print each pass as one line of JSON");
     command->add_flag("--allow-writes", options->allow_writes,
                       "Poll a set with rows that write to controllers too");
     command->callback([options, &chosen] {

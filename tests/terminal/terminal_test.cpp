@@ -123,6 +123,16 @@ TEST_F(TerminalTest, LogPrintsEachPassAndWritesWhatItGathered) {
     const std::string line = "11-15-2026, 16:30:05,  1,  0,  742,  1,  60000, -32002\r\n";
     EXPECT_EQ(testing::read_file(dir.file("out.txt")), line + line + line);
 
+    testing::write_file(dir.file("named.PV5"),
+                        kLogSet + std::string("1DEVICENAME=Model\r\n1DEVICEUNIT=u\r\n"));
+    EXPECT_EQ(run("log " + dir.file("named.PV5") + " --passes 1"), 0) << err.str();
+    EXPECT_TRUE(printed("  1: Model (address 1, register 0): 742 u\n"));
+    EXPECT_EQ(run("log " + dir.file("named.PV5") + " --passes 1 --json"), 0) << err.str();
+    EXPECT_TRUE(printed(R"({"pass":1,"time":"2026-11-15 16:30:05",)"));
+    EXPECT_TRUE(printed(R"("rows":[{"row":1,"name":"Model","unit":"u","address":"1","command":"3",)"
+                        R"("register":"0","state":"answered","value":742,"text":"742"}]})"))
+        << out.str();
+
     // An interrupt while waiting: what was gathered is written.
     std::filesystem::remove(dir.file("out.txt"));
     on_wait = [this] { stop = true; };
@@ -166,8 +176,12 @@ TEST_F(TerminalTest, LogSaysWhyItCannot) {
     expect_failures(1, "log " + set + "->no set file \"" + set + "\"");
     expect_of_set("", "", "no row to poll in \"" + set + "\"");
     expect_of_set(section + "LOGGING INTERVAL=40000\n", "", "OVERFLOW ERROR");
-    expect_of_set(kLogSet, " --passes 60 --file " + dir.file("missing/log.txt"),
-                  "WARNING: The data could not be written to the specified file.");
+    testing::write_file(set, kLogSet);
+    EXPECT_EQ(run("log " + set + " --passes 60 --file " + dir.file("missing/log.txt")), 1);
+    EXPECT_EQ(err.str(), "pelvan7: the log file \"" + dir.file("missing/log.txt") +
+                             "\" cannot be written now; the newest lines wait for it\n"
+                             "pelvan7: WARNING: The data could not be written to the specified "
+                             "file.\n");
     expect_of_set(kLogSet + std::string("2DEVICEADDRESS=1\n2DEVICECOMMAND=6\n"
                                         "2DEVICEREGISTER=300\n"),
                   " --passes 1",
