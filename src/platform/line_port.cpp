@@ -128,6 +128,10 @@ void LinePort::set_RThreshold(std::int16_t count) {
     watch_changed.raise();
 }
 
+std::optional<LineErrors> LinePort::line_errors() const {
+    return line_ ? line_->errors() : std::nullopt;
+}
+
 int LinePort::CommID() const {
     return line_ ? line_->descriptor() : -1;
 }

@@ -45,6 +45,7 @@ class LinePort : public SerialPort {
     void set_Output(const std::string& bytes) override;
     std::int16_t RThreshold() const override { return threshold_; }
     void set_RThreshold(std::int16_t count) override;
+    [[nodiscard]] std::optional<LineErrors> line_errors() const override;
     int CommID() const override;
     void EscapeCommFunction(EscapeCode code) override;
     void check_receive() override;

@@ -155,6 +155,20 @@ std::optional<std::string> built_in_device(int number, const DeviceRoots& roots)
     return (fs::path(roots.dev) / name).string();
 }
 
+std::optional<int> latency_timer_ms(const std::string& path, const DeviceRoots& roots) {
+    constexpr int kLongest = 255;
+    std::error_code error;
+    const fs::path node = fs::canonical(path, error);
+    if (error) return {};
+    const fs::path tty = fs::path(roots.sys) / "class/tty" / node.filename();
+    const auto ms = whole_number(first_line(tty / "device/latency_timer"), 0, kLongest);
+    return ms ? std::optional(static_cast<int>(*ms)) : std::nullopt;
+}
+
+std::optional<int> latency_timer_ms(const std::string& path) {
+    return latency_timer_ms(path, DeviceRoots{});
+}
+
 std::vector<SerialDevice> list_serial_devices() {
     return list_serial_devices(DeviceRoots{});
 }

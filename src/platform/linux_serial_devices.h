@@ -13,6 +13,8 @@ struct DeviceRoots {
 
 [[nodiscard]] std::vector<SerialDevice> list_serial_devices(const DeviceRoots& roots);
 [[nodiscard]] DeviceState probe_device(const std::string& path, const DeviceRoots& roots);
+[[nodiscard]] std::optional<int> latency_timer_ms(const std::string& path,
+                                                  const DeviceRoots& roots);
 [[nodiscard]] std::optional<std::string> built_in_device(int number, const DeviceRoots& roots);
 
 } // namespace pelvan

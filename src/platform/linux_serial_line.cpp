@@ -31,6 +31,7 @@ constexpr double kSpeedTolerance = 0.03;
 constexpr unsigned char kXon = 0x11;
 constexpr unsigned char kXoff = 0x13;
 constexpr int kReadsPerCall = 16; // a line that never falls silent must not hold its reader
+constexpr int kLowLatency{ASYNC_LOW_LATENCY};
 constexpr unsigned kFirstPtyMajor = 136;
 constexpr unsigned kLastPtyMajor = 143;
 constexpr tcflag_t kCharacterFormat = CSIZE | PARENB | PARODD | CMSPAR | CSTOPB;
@@ -78,6 +79,7 @@ class LinuxSerialLine : public SerialLine {
         apply(attributes, settings);
         device_.control(TCFLSH, TCIOFLUSH); // what arrived while nobody had the line open
         ask_for_low_latency();
+        errors_before_ = counted();
         // After all that may fail: on a pseudo-terminal this outlives us. Root passes it, but not
         // the lock above.
         device_.control(TIOCEXCL, nullptr);
@@ -86,6 +88,7 @@ class LinuxSerialLine : public SerialLine {
     ~LinuxSerialLine() override {
         // Bytes that a stopped line has not taken would otherwise hold up the closing for 30 s.
         device_.control(TCFLSH, TCIOFLUSH);
+        put_latency_back();
         device_.control(TIOCNXCL, nullptr);
     }
 
@@ -102,6 +105,7 @@ class LinuxSerialLine : public SerialLine {
                        0}; // nothing is waited for: a hang-up is told all the same
         return ::poll(&watched, 1, 0) > 0 && (watched.revents & POLLHUP) != 0;
     }
+    [[nodiscard]] std::optional<LineErrors> errors() const override;
     [[nodiscard]] int descriptor() const override { return device_.get(); }
 
   private:
@@ -111,7 +115,9 @@ class LinuxSerialLine : public SerialLine {
     void lock() const;
     void set_first_modem_lines(const LineSettings& settings);
     void apply(termios2 attributes, const LineSettings& settings) const;
-    void ask_for_low_latency() const;
+    void ask_for_low_latency();
+    void put_latency_back() const;
+    [[nodiscard]] std::optional<LineErrors> counted() const;
     void drive(int wire, bool on);
     void wait_until_writable(std::chrono::steady_clock::time_point deadline) const;
 
@@ -120,6 +126,8 @@ class LinuxSerialLine : public SerialLine {
     bool is_pty_;
     bool has_modem_lines_ = true;
     double character_time_us_;
+    bool low_latency_is_ours_ = false;
+    std::optional<LineErrors> errors_before_; // at the opening
 };
 
 void LinuxSerialLine::lock() const {
@@ -170,11 +178,35 @@ void LinuxSerialLine::apply(termios2 attributes, const LineSettings& settings) c
 
 /// USB adapters may hold a short reply back for up to 16 ms unless told not to; whoever cannot be
 /// told stays as it is.
-void LinuxSerialLine::ask_for_low_latency() const {
+void LinuxSerialLine::ask_for_low_latency() {
     serial_struct driver{};
-    if (is_pty_ || device_.control(TIOCGSERIAL, &driver) < 0) return;
-    driver.flags |= static_cast<int>(ASYNC_LOW_LATENCY);
+    if (device_.control(TIOCGSERIAL, &driver) < 0) return;
+    if ((driver.flags & kLowLatency) != 0) return;
+    driver.flags |= kLowLatency;
+    low_latency_is_ours_ = device_.control(TIOCSSERIAL, &driver) == 0;
+}
+
+/// As it was found: the mode outlives the opening.
+void LinuxSerialLine::put_latency_back() const {
+    serial_struct driver{};
+    if (!low_latency_is_ours_ || device_.control(TIOCGSERIAL, &driver) < 0) return;
+    driver.flags &= ~kLowLatency;
     device_.control(TIOCSSERIAL, &driver);
+}
+
+std::optional<LineErrors> LinuxSerialLine::counted() const {
+    serial_icounter_struct counts{};
+    if (device_.control(TIOCGICOUNT, &counts) < 0) return {};
+    return LineErrors{counts.parity, counts.frame, counts.overrun, counts.brk};
+}
+
+/// The driver counts from the machine's start on.
+std::optional<LineErrors> LinuxSerialLine::errors() const {
+    const auto now = errors_before_ ? counted() : std::nullopt;
+    if (!now) return {};
+    return LineErrors{now->parity - errors_before_->parity, now->framing - errors_before_->framing,
+                      now->overruns - errors_before_->overruns,
+                      now->breaks - errors_before_->breaks};
 }
 
 bool LinuxSerialLine::read_into(std::string& buffer) {

@@ -26,6 +26,10 @@ enum class DeviceState { Openable, Missing, NoHardware, NoPermission, NotSerial 
 /// One sentence for a person: "may be opened", "not there", "no permission: join group dialout" ...
 [[nodiscard]] std::string device_state_text(DeviceState state, const std::string& path);
 
+/// For how long a USB adapter gathers bytes before it delivers them, in milliseconds; nothing where
+/// the driver does not tell.
+[[nodiscard]] std::optional<int> latency_timer_ms(const std::string& path);
+
 /// The device that a port number means where nothing else was agreed: "/dev/ttyS0" for 1 and so on,
 /// when there is hardware behind it.
 [[nodiscard]] std::optional<std::string> built_in_device(int number);

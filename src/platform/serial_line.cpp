@@ -38,6 +38,18 @@ std::optional<LineSettings> parse_line_settings(const std::string& text) {
     return settings;
 }
 
+std::string line_errors_text(const LineErrors& errors) {
+    std::string text;
+    const auto add = [&](long count, const char* kind) {
+        if (count > 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + kind;
+    };
+    add(errors.parity, "parity");
+    add(errors.framing, "framing");
+    add(errors.overruns, "overrun");
+    add(errors.breaks, "break");
+    return text.empty() ? "no line errors" : "line errors: " + text;
+}
+
 double character_time_us(const LineSettings& settings) {
     const double parity_bits = settings.parity == 'N' ? 0 : 1;
     const double bits = 1 + settings.data_bits + parity_bits + settings.stop_bits;

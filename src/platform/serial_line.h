@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/line_errors.h"
+
 namespace pelvan {
 
 /// Everything that an opening needs beside the device itself.
@@ -47,6 +49,8 @@ class SerialLine {
     /// Whether the line is gone for good, told without reading or driving it. A line that cannot
     /// tell says no; the next read does then.
     [[nodiscard]] virtual bool hung_up() const { return false; }
+    /// Counted since the opening; nothing where the driver does not count.
+    [[nodiscard]] virtual std::optional<LineErrors> errors() const { return {}; }
     /// Handle to watch for readiness, -1 when there is none.
     [[nodiscard]] virtual int descriptor() const = 0;
 };

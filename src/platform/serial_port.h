@@ -9,9 +9,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/event.h"
+#include "platform/line_errors.h"
 
 namespace pelvan {
 
@@ -74,6 +76,10 @@ class SerialPort {
     /// Received bytes that raise the receive event; 0 raises none.
     virtual std::int16_t RThreshold() const = 0;
     virtual void set_RThreshold(std::int16_t count) = 0;
+
+    /// What the hardware has counted since the opening; nothing while closed, and where nobody
+    /// counts.
+    [[nodiscard]] virtual std::optional<LineErrors> line_errors() const { return {}; }
 
     /// The system's handle while open, -1 while closed or when the line is a simulated one.
     virtual int CommID() const = 0;

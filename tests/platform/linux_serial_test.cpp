@@ -1,6 +1,7 @@
 // The system's serial devices: lines over real pseudo-terminals, and what is found in /dev and
 // /sys. What the program makes of a pulled plug is among the tests of listening.
 #include <gtest/gtest.h>
+#include <linux/serial.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <functional>
 #include <map>
@@ -154,6 +156,70 @@ TEST_F(LinuxSerialLineTest, DrivesModemLinesAndTellsMissingOnesFromLostOnes) {
     EXPECT_EQ(calls, "") << "a line without wires is asked once";
 }
 
+TEST_F(LinuxSerialLineTest, AsksForLowLatencyAndPutsBackWhatItChanged) {
+    for (const int found : {0, int{ASYNC_LOW_LATENCY}, int{ASYNC_SPD_HI}}) {
+        int flags = found;
+        int refusal = 0;
+        std::string calls;
+        ioctl_answer = [&](unsigned long request, int* argument) -> std::optional<int> {
+            auto* const driver = reinterpret_cast<serial_struct*>(argument);
+            if (request == TIOCGSERIAL) driver->flags = flags;
+            if (request == TIOCSSERIAL && refusal == 0) flags = driver->flags;
+            if (request == TIOCGSERIAL) return 0;
+            if (request != TIOCSSERIAL) return std::nullopt;
+            calls += "set ";
+            return refusal;
+        };
+        {
+            const auto line = open_serial_device(pty.path(), {});
+            EXPECT_EQ(flags, found | int{ASYNC_LOW_LATENCY});
+        }
+        EXPECT_EQ(flags, found);
+        refusal = EPERM;
+        calls.clear();
+        EXPECT_EQ(open_error(pty.path()), 0);
+        EXPECT_EQ(calls, found == int{ASYNC_LOW_LATENCY} ? "" : "set ") << "nothing to put back";
+    }
+}
+
+TEST_F(LinuxSerialLineTest, CountsTheHardwaresErrorsFromTheOpeningOn) {
+    EXPECT_EQ(open_serial_device(pty.path(), {})->errors(), std::nullopt) << "nobody counts";
+    int since = 0;
+    ioctl_answer = [&](unsigned long request, int* argument) -> std::optional<int> {
+        if (request != TIOCGICOUNT) return std::nullopt;
+        auto* const counts = reinterpret_cast<serial_icounter_struct*>(argument);
+        counts->parity = 7 + 2 * since;
+        counts->frame = 1000 + since;
+        counts->overrun = 5;
+        counts->brk = 3 * since;
+        return 0;
+    };
+    const auto line = open_serial_device(pty.path(), {});
+    EXPECT_EQ(line_errors_text(line->errors().value()), "no line errors");
+    since = 1;
+    EXPECT_EQ(line_errors_text(line->errors().value()),
+              "line errors: 2 parity, 1 framing, 3 break");
+}
+
+TEST_F(LinuxSerialLineTest, AWaitEndsWithBytesWithTheTimeAndWithTheLine) {
+    const auto line = open_serial_device(pty.path(), {});
+    const auto waits_ms = [&](double timeout_ms) {
+        const auto begun = std::chrono::steady_clock::now();
+        line->wait_for_input(timeout_ms);
+        const std::chrono::duration<double, std::milli> taken =
+            std::chrono::steady_clock::now() - begun;
+        return taken.count();
+    };
+    EXPECT_GE(waits_ms(2.5), 2.5);
+    EXPECT_LT(waits_ms(-1), 5000);
+    pty.send("x");
+    EXPECT_LT(waits_ms(60'000), 5000);
+    std::string received;
+    EXPECT_TRUE(line->read_into(received));
+    pty.unplug();
+    EXPECT_LT(waits_ms(60'000), 5000);
+}
+
 TEST_F(LinuxSerialLineTest, TurnsFailuresOfTheHardwareIntoNumbers) {
     // Attributes are got and set with a structure of the kernel's own headers; these are the low
     // halves of the requests.
@@ -218,6 +284,13 @@ TEST_F(SerialDevicesTest, ListsWhatHasHardwareBehindIt) {
                   device.node.substr(roots.dev.size()) + " " + device.description + ";";
     EXPECT_EQ(listed, "/serial/by-id/usb-Adapter-port0=/ttyUSB0 Cable Works Adapter;"
                       "/ttyS0=/ttyS0 ;/ttyS2=/ttyS2 ;/ttyS10=/ttyS10 ;/ttyS16=/ttyS16 ;");
+    EXPECT_EQ(latency_timer_ms(roots.dev + "/serial/by-id/usb-Adapter-port0", roots), std::nullopt);
+    for (const auto& [text, ms] : {std::pair{"16\n", 16}, {"1\n", 1}, {"x\n", -1}, {"999\n", -1}}) {
+        add("sys/devices/usb1/1-1/1-1:1.0/latency_timer", text);
+        EXPECT_EQ(
+            latency_timer_ms(roots.dev + "/serial/by-id/usb-Adapter-port0", roots).value_or(-1),
+            ms);
+    }
     EXPECT_TRUE(list_serial_devices({"/nowhere", "/nowhere"}).empty());
 
     EXPECT_EQ(built_in_device(1, roots), roots.dev + "/ttyS0");
