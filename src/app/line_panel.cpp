@@ -52,7 +52,9 @@ void LinePanel::look() {
     if (status.user.empty()) status.user = tool_at_work(application_, status.port);
     cmd_Line.set_Caption(line_text(protocols.option(protocols.Value()).caption, status));
     const std::string device = status.device.empty() ? "" : status.device + ". ";
-    cmd_Line.set_ToolTipText(device + "Click or F9: Port Settings.");
+    const std::string errors =
+        status.errors ? "Since it was opened: " + line_errors_text(*status.errors) + ". " : "";
+    cmd_Line.set_ToolTipText(device + errors + "Click or F9: Port Settings.");
 }
 
 void LinePanel::show_checksum() {

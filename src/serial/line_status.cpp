@@ -60,8 +60,9 @@ LineStatus LineObserver::look(int channel) {
     status.device = device_of(status.port);
     if (status.device.empty()) {
         status.state = LineStatus::State::NoDevice;
-    } else if (is_open(port)) {
+    } else if (const SerialPort* const open = open_port(port)) {
         status.state = LineStatus::State::Open;
+        status.errors = open->line_errors();
     } else {
         status.trouble = trouble_(status.device);
         status.state = status.trouble.empty() ? LineStatus::State::Closed : LineStatus::State::Away;
@@ -76,12 +77,12 @@ const std::string& LineObserver::device_of(int port) {
 }
 
 /// Through its own object or through that of a channel that has the same port open for both.
-bool LineObserver::is_open(const SerialPort& wanted) const {
+const SerialPort* LineObserver::open_port(const SerialPort& wanted) const {
     for (SerialPort* port : channels_.state().gCommDevice)
         if (port->CommPort() == wanted.CommPort() && port->Settings() == wanted.Settings() &&
             port->PortOpen() && !port->lost())
-            return true;
-    return false;
+            return port;
+    return nullptr;
 }
 
 } // namespace pelvan

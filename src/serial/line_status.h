@@ -20,8 +20,9 @@ struct LineStatus {
     std::string device; // as it is assigned: "/dev/serial/by-id/...", "simulated:742"
     std::string settings;
     std::string
-        trouble;      // why it cannot be opened: "not there", "no permission: join group dialout"
-    std::string user; // the tool that uses it, empty when none does
+        trouble; // why it cannot be opened: "not there", "no permission: join group dialout"
+    std::optional<LineErrors> errors; // of the open line, where the hardware counts them
+    std::string user;                 // the tool that uses it, empty when none does
 };
 
 /// "Modbus | Port 3 | ttyUSB0 | 9600,N,8,1 | open | in use by Data Logging", or what is missing.
@@ -47,7 +48,7 @@ class LineObserver {
 
   private:
     [[nodiscard]] const std::string& device_of(int port);
-    [[nodiscard]] bool is_open(const SerialPort& wanted) const;
+    [[nodiscard]] const SerialPort* open_port(const SerialPort& wanted) const;
 
     struct Assignment {
         int port = 0;

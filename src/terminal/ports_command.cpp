@@ -36,7 +36,17 @@ void list_channels(std::ostream& out, const std::string& ini) {
     if (n == 0) out << "  none is configured\n";
 }
 
-int list_ports(TerminalEnvironment& environment) {
+void list_details(std::ostream& out, const SerialDevice& device) {
+    if (!device.description.empty()) out << "    " << device.description << "\n";
+    const auto latency = latency_timer_ms(device.path);
+    out << "    latency timer: ";
+    if (latency)
+        out << *latency << " ms\n";
+    else
+        out << "not told by its driver\n";
+}
+
+int list_ports(TerminalEnvironment& environment, bool verbose) {
     std::ostream& out = environment.out;
     const std::string ini = configuration_path(environment.directory);
     out << "Serial devices of this machine:\n";
@@ -45,6 +55,7 @@ int list_ports(TerminalEnvironment& environment) {
         out << "  " << device.path;
         if (device.path != device.node) out << " (" << device.node << ")";
         out << ": " << state_of(device.path) << "\n";
+        if (verbose) list_details(out, device);
     }
     if (devices.empty()) out << "  none\n";
     out << "Port numbers (section \"SERIAL DEVICES\" of " << ini << "):\n";
@@ -65,7 +76,14 @@ int list_ports(TerminalEnvironment& environment) {
 void add_ports_command(CLI::App& cli, ChosenCommand& chosen) {
     CLI::App* command = cli.add_subcommand(
         "ports", "List serial devices and what port numbers stand for, opening none");
-    command->callback([&chosen] { chosen = list_ports; });
+    const auto verbose = std::make_shared<bool>(false);
+    command->add_flag("--verbose", *verbose,
+                      "Also what the system tells of each device and its latency timer");
+    command->callback([&chosen, verbose] {
+        chosen = [verbose](TerminalEnvironment& environment) {
+            return list_ports(environment, *verbose);
+        };
+    });
 }
 
 } // namespace pelvan
