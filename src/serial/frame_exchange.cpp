@@ -90,7 +90,10 @@ std::string FrameExchange::collect(double timeout_ms, double quiet_ms, const IsW
     std::string reply;
     for (;;) {
         if (bytes_wait(reply)) {
+            const std::size_t before = reply.size();
+            const double last_ms = record_.last_byte_ms;
             take(reply);
+            lumps_.add({reply.size() - before, before > 0 ? record_.last_byte_ms - last_ms : 0});
             whole = is_whole && is_whole(reply);
             const double more_ms = whole ? listening_ms() : silence_ms;
             until_ms = std::min(record_.last_byte_ms + more_ms, end_ms);

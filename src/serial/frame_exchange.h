@@ -7,6 +7,7 @@
 // it back, and a reply that comes much sooner than any before is listened behind.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <limits>
 #include <string>
@@ -43,6 +44,18 @@ struct LineRecord {
     std::size_t last_reply = 0; // bytes
 };
 
+/// In which pieces the bytes of replies came.
+struct Lumps {
+    std::size_t bytes = 0; // most that came at once
+    double gap_ms = 0;     // longest pause inside a reply, where it was timed
+    void add(const Lumps& other) {
+        bytes = std::max(bytes, other.bytes);
+        gap_ms = std::max(gap_ms, other.gap_ms);
+    }
+    /// More at once than a serial chip gathers: an adapter delivers them so.
+    [[nodiscard]] bool seen() const { return bytes > 16; }
+};
+
 /// One exchange on an open port. Raises the port's errors.
 class FrameExchange {
   public:
@@ -59,6 +72,8 @@ class FrameExchange {
     /// byte. It must begin within `timeout_ms`, and then has the time of the longest frame more.
     [[nodiscard]] std::string collect(double timeout_ms, double quiet_ms, const IsWhole& is_whole);
 
+    [[nodiscard]] const Lumps& lumps() const { return lumps_; }
+
   private:
     void take(std::string& bytes);
     [[nodiscard]] bool bytes_wait(const std::string& reply);
@@ -71,6 +86,7 @@ class FrameExchange {
     bool asked_ = false; // else it is the rest of an answer that is collected
     double sent_ms_ = 0;
     bool lost_ = false;
+    Lumps lumps_;
 };
 
 } // namespace pelvan

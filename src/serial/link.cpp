@@ -120,11 +120,18 @@ void Link::hold_rts(float duration_ms, bool sleeps) {
 
 std::string Link::collect(SerialPort& port, FrameExchange& frames, const Reading& reading) {
     const float settle = channels_.state().gCharTime[checked_index(reading.channel, kChannelLimit)];
-    if (!channels_.exchange_way(reading.channel).complete)
-        return receive_reply(port, settle, reading.timeout_ms, reading.quiet_chars);
+    Lumps& lumps = channels_.lumps(port.CommPort());
+    if (!channels_.exchange_way(reading.channel).complete) {
+        first_bytes_ = 0;
+        std::string reply = receive_reply(port, settle, reading.timeout_ms, reading.quiet_chars);
+        lumps.add({first_bytes_, 0});
+        return reply;
+    }
     const float quiet_ms = static_cast<float>(reading.quiet_chars) * settle;
-    return frames.collect(static_cast<double>(reading.timeout_ms), static_cast<double>(quiet_ms),
-                          reading.is_whole);
+    std::string reply = frames.collect(static_cast<double>(reading.timeout_ms),
+                                       static_cast<double>(quiet_ms), reading.is_whole);
+    lumps.add(frames.lumps());
+    return reply;
 }
 
 std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int16_t quiet_chars,
@@ -180,7 +187,9 @@ std::string Link::receive_reply(SerialPort& port, float char_time, float timeout
     std::string reply;
     while (reply.empty() && !overall.expired()) {
         while (port.InBufferCount() >= 1 && reply.size() < kMaxReplyBytes && !overall.expired()) {
+            const bool first = reply.empty();
             reply += port.Input();
+            if (first) first_bytes_ = reply.size();
             countdowns_.wait(quiet_ms);
         }
     }

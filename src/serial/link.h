@@ -107,6 +107,7 @@ class Link {
     std::size_t stray_bytes_ = 0;
     unsigned long writes_ = 0;
     bool answered_twice_ = false;
+    std::size_t first_bytes_ = 0;   // that came at once, of the last reply that a pause ended
     std::int16_t last_channel_ = 0; // of the last `transmit`
     std::int16_t last_port_ = 0;    // index of the object that it used
 };

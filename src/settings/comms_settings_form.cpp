@@ -48,6 +48,7 @@ void frm_CommsSettings::fill_frame(int index) {
     txt_DataBits[i].set_Text(fields.data_bits);
     txt_StopBits[i].set_Text(fields.stop_bits);
     ComboRTSMode[i].set_ListIndex(fields.mode);
+    exchange.fill(index);
     // The boxes raised their Change events, but nobody has edited anything yet.
     set_changed(index, false);
     show_device(index);
@@ -96,8 +97,15 @@ void frm_CommsSettings::txt_Port_Change(int index) {
     show_device(index);
 }
 
+void frm_CommsSettings::txt_Baud_Change(int index) {
+    set_changed(index, true);
+    show_device(index);
+}
+
 void frm_CommsSettings::show_device(int index) {
-    const double number = leading_number(txt_Port[checked_index(index, kFrames)].Text());
+    const std::size_t i = checked_index(index, kFrames);
+    const double number = leading_number(txt_Port[i].Text());
+    exchange.advise(txt_Port[i].Text(), txt_Baud[i].Text());
     picker.show_port(is_port_number(number) ? static_cast<int>(number) : 0);
 }
 
@@ -112,7 +120,7 @@ void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
     if (!messages.empty()) return;
     // The console's choice counts, whichever frame is saved.
     const bool handshaking = host_.selected_protocol() == kXonProtocol;
-    const bool stored = settings_.store(index, typed, handshaking);
+    const bool stored = settings_.store(index, typed, handshaking) && exchange.store(index);
     if (stored) set_changed(index, false); // nothing is left to ask about
     try {
         settings_.rebuild();

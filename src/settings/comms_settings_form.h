@@ -7,6 +7,7 @@
 
 #include "forms/form.h"
 #include "settings/device_picker_panel.h"
+#include "settings/exchange_panel.h"
 #include "settings/port_settings.h"
 
 namespace pelvan {
@@ -40,6 +41,7 @@ class frm_CommsSettings : public Form {
     ControlArray<Button> cmd_SaveChanges;
     ControlArray<Button> cmd_OK;
     DevicePickerPanel picker;
+    ExchangePanel exchange;
 
     /// Not in a menu bar: opened by the right mouse button, or by its entry's key.
     MenuEntry Hiddenmenu{"Hiddenmenu", "&Options"};
@@ -51,7 +53,7 @@ class frm_CommsSettings : public Form {
     bool Form_Unload() override;
 
     void txt_Port_Change(int index);
-    void txt_Baud_Change(int index) { set_changed(index, true); }
+    void txt_Baud_Change(int index);
     void txt_Parity_Change(int index) { set_changed(index, true); }
     void txt_DataBits_Change(int index) { set_changed(index, true); }
     void txt_StopBits_Change(int index) { set_changed(index, true); }

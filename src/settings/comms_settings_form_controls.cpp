@@ -72,13 +72,14 @@ frm_CommsSettings::frm_CommsSettings(Services& services, const ConfigState& conf
                               "command center.")),
       // The name is from a time when the button said OK.
       cmd_OK(buttons("cmd_OK", "&Cancel", "Click to cancel changes to the Comm settings.")),
-      picker(services, config, channels, std::move(devices)), services_(services), config_(config),
-      host_(host), settings_(config, channels) {
+      picker(services, config, channels, std::move(devices)), exchange(config, channels),
+      services_(services), config_(config), host_(host), settings_(config, channels) {
     set_help_page("port_settings");
     Hiddenmenu.children = {&LockDataOptionmenu};
     LockDataOptionmenu.make_checkable().Click = [this] { LockDataOptionmenu_Click(); };
     for (int i = 0; i < kFrames; ++i)
         connect_boxes(i);
+    exchange.changed = [this] { set_changed(host_.selected_protocol(), true); };
     show_frame(-1);
 }
 

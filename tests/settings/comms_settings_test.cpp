@@ -44,6 +44,43 @@ class CommsSettingsTest : public testing::SettingsTest, private SettingsHost {
     frm_CommsSettings form{services, config, table, *this, list_devices};
 };
 
+TEST_F(CommsSettingsTest, TheEndOfRepliesIsSavedForItsChannelAloneAndRecommended) {
+    build({"1;9600,N,8,1;0", "2;9600,N,8,1;1"});
+    const std::string file = read_file(config.gIniFile);
+    open(1);
+    ExchangePanel& panel = form.exchange;
+    EXPECT_EQ(panel.chk_Complete.Value(), 0);
+    EXPECT_EQ(panel.lbl_Advice.Caption(), "");
+    form.cmd_SaveChanges[1].press();
+    EXPECT_EQ(read_file(config.gIniFile), file) << "nothing is written that was not chosen";
+    open(1);
+    form.txt_Baud[1].set_Text("38400");
+    EXPECT_TRUE(panel.lbl_Advice.Caption().starts_with("Recommended: at this baud rate"));
+    panel.chk_Complete.set_Value(1);
+    EXPECT_EQ(panel.lbl_Advice.Caption(), "");
+    EXPECT_TRUE(form.changed(1));
+    form.cmd_SaveChanges[1].press();
+    EXPECT_EQ(device_key("1 EXCHANGE"), "COMPLETE");
+    EXPECT_TRUE(table.exchange_way(1).complete);
+    EXPECT_FALSE(table.exchange_way(0).complete);
+    open(0);
+    EXPECT_EQ(panel.chk_Complete.Value(), 0);
+    open(1);
+    EXPECT_EQ(panel.chk_Complete.Value(), 1);
+    panel.chk_Complete.set_Value(0);
+    form.cmd_SaveChanges[1].press();
+    EXPECT_EQ(device_key("1 EXCHANGE"), "QUIET");
+    EXPECT_FALSE(table.exchange_way(1).complete);
+}
+
+TEST(ExchangeAdvice, SaysWhyAndWhatIsKnown) {
+    EXPECT_EQ(exchange_advice(9600, false, {16, 12}, {}), "");
+    EXPECT_EQ(exchange_advice(9600, false, {23, 16.2}, 16),
+              "Recommended: the adapter delivers in lumps. Up to 23 bytes came at once, with up to "
+              "16 ms between two lumps of a reply. The adapter's latency timer is 16 ms.");
+    EXPECT_EQ(exchange_advice(38400, true, {23, 0}, {}), "Up to 23 bytes came at once.");
+}
+
 TEST_F(CommsSettingsTest, ActivationRebuildsAndShowsTheSelectedProtocolsFrameFilled) {
     build({"1;9600,N,8,1;0", "2;19200,E,7,2;1", "5;300,O,8,1;5"});
     std::int16_t channel = 0;

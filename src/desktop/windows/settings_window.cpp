@@ -1,5 +1,6 @@
 #include "desktop/windows/settings_window.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QContextMenuEvent>
 #include <QFontDatabase>
@@ -79,6 +80,17 @@ QGroupBox* device_frame(const BindContext& context, DevicePickerPanel& picker) {
     return box;
 }
 
+QGroupBox* exchange_frame(const BindContext& context, ExchangePanel& exchange) {
+    auto* box = bound<QGroupBox>(context, exchange.fram_Exchange);
+    auto* advice = bound<QLabel>(context, exchange.lbl_Advice);
+    advice->setWordWrap(true);
+    advice->setMinimumHeight(2 * advice->fontMetrics().lineSpacing()); // it comes and goes
+    auto* layout = new QVBoxLayout(box);
+    layout->addWidget(bound<QCheckBox>(context, exchange.chk_Complete));
+    layout->addWidget(advice);
+    return box;
+}
+
 /// Opens a menu at the right mouse button and at the menu key, wherever in the window. A text box
 /// shows the entries below those of its own.
 class MenuOpener : public QObject {
@@ -126,7 +138,10 @@ QWidget* make_comms_settings(const BindContext& context, frm_CommsSettings& form
         on_key(context, layout->itemAt(static_cast<int>(i))->widget(), Qt::Key_Return,
                [&form, i] { form.cmd_SaveChanges[i].press(); });
     }
-    layout->addWidget(device_frame(context, form.picker), 1);
+    auto* line = new QVBoxLayout;
+    line->addWidget(device_frame(context, form.picker), 1);
+    line->addWidget(exchange_frame(context, form.exchange));
+    layout->addLayout(line, 1);
     on_key(context, window, Qt::Key_Escape, [&form] { form.cmd_OK_Click(); });
     QMenu* menu = make_menu(context, form.Hiddenmenu, window);
     window->addActions(menu->actions()); // its key works without the menu

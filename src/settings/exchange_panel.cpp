@@ -1,0 +1,82 @@
+#include "settings/exchange_panel.h"
+
+#include "config/device_map.h"
+#include "platform/serial_devices.h"
+#include "text/numbers.h"
+
+namespace pelvan {
+namespace {
+
+constexpr char kComplete[] = "COMPLETE";
+constexpr char kQuiet[] = "QUIET";
+/// From here on the settle time is 0.
+constexpr double kNoPauseBaud = 38400;
+
+} // namespace
+
+std::string exchange_advice(double baud_rate, bool complete, const Lumps& lumps,
+                            std::optional<int> latency_timer_ms) {
+    std::string text;
+    const auto add = [&](const std::string& sentence) {
+        text += (text.empty() ? "" : " ") + sentence;
+    };
+    if (!complete && baud_rate >= kNoPauseBaud)
+        add("Recommended: at this baud rate the pause is 0 ms, and replies come cut.");
+    else if (!complete && lumps.seen())
+        add("Recommended: the adapter delivers in lumps.");
+    if (lumps.seen()) {
+        std::string sentence = "Up to " + std::to_string(lumps.bytes) + " bytes came at once";
+        if (lumps.gap_ms >= 1)
+            sentence += ", with up to " + plain_number(round_half_even(lumps.gap_ms)) +
+                        " ms between two lumps of a reply";
+        add(sentence + ".");
+    }
+    if (latency_timer_ms)
+        add("The adapter's latency timer is " + std::to_string(*latency_timer_ms) + " ms.");
+    return text;
+}
+
+ExchangePanel::ExchangePanel(const ConfigState& config, ChannelTable& channels)
+    : config_(config), channels_(channels) {
+    chk_Complete.Click = [this] {
+        show_advice();
+        if (changed) changed();
+    };
+}
+
+bool ExchangePanel::stored(int channel) const {
+    return ini_read_string(ini_key::kCommsSection, ini_key::exchange(channel), {},
+                           config_.gIniFile) == kComplete;
+}
+
+void ExchangePanel::fill(int channel) {
+    chk_Complete.set_Value(stored(channel) ? 1 : 0);
+}
+
+void ExchangePanel::advise(const std::string& port, const std::string& baud_rate) {
+    port_ = port;
+    baud_rate_ = baud_rate;
+    show_advice();
+}
+
+void ExchangePanel::show_advice() {
+    Lumps lumps;
+    std::optional<int> latency;
+    if (const double number = leading_number(port_); is_port_number(number)) {
+        const auto port = static_cast<std::int16_t>(number);
+        lumps = channels_.lumps(port);
+        const auto device = device_for_port(port, config_.gIniFile);
+        if (device) latency = latency_timer_ms(*device);
+    }
+    lbl_Advice.set_Caption(
+        exchange_advice(leading_number(baud_rate_), chk_Complete.checked(), lumps, latency));
+}
+
+bool ExchangePanel::store(int channel) const {
+    if (stored(channel) == chk_Complete.checked()) return true;
+    ini_write_string(ini_key::kCommsSection, ini_key::exchange(channel),
+                     chk_Complete.checked() ? kComplete : kQuiet, config_.gIniFile);
+    return stored(channel) == chk_Complete.checked();
+}
+
+} // namespace pelvan

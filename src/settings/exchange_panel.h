@@ -1,0 +1,49 @@
+// How a channel ends its replies: the choice, and what speaks for it on this line. The window of
+// the port settings holds one, for the channel whose frame it shows.
+#pragma once
+
+#include <optional>
+
+#include "config/ini.h"
+#include "forms/controls.h"
+#include "serial/channel_table.h"
+
+namespace pelvan {
+
+/// What to say about a line of this baud rate: whether frames are recommended and why, and what is
+/// known of its adapter. Empty when there is nothing to say.
+[[nodiscard]] std::string exchange_advice(double baud_rate, bool complete, const Lumps& lumps,
+                                          std::optional<int> latency_timer_ms);
+
+class ExchangePanel {
+  public:
+    /// Both are borrowed.
+    ExchangePanel(const ConfigState& config, ChannelTable& channels);
+
+    Frame fram_Exchange{"fram_Exchange", "End of a Reply"};
+    CheckBox chk_Complete{"chk_Complete", "E&nd replies with their frame, not with a pause",
+                          "A reply ends with the last byte of its frame, the next request keeps "
+                          "3.5 characters of silence, and waiting leaves the processor free."};
+    Label lbl_Advice{"lbl_Advice"};
+
+    /// Shows what the file says of a channel.
+    void fill(int channel);
+    /// Brings the advice up to date with the texts of the port number's and the baud rate's boxes.
+    void advise(const std::string& port, const std::string& baud_rate);
+    /// Writes the channel's key, unless it says so already; false when it does not stand in the
+    /// file then. Takes effect with the next rebuild.
+    [[nodiscard]] bool store(int channel) const;
+    /// Somebody changed the choice.
+    std::function<void()> changed;
+
+  private:
+    [[nodiscard]] bool stored(int channel) const;
+    void show_advice();
+
+    const ConfigState& config_;
+    ChannelTable& channels_;
+    std::string port_;
+    std::string baud_rate_;
+};
+
+} // namespace pelvan
