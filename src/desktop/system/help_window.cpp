@@ -19,8 +19,7 @@ namespace {
 constexpr char kContentsPage[] = "index.html";
 constexpr int kLines = 40; // of the window, as high as the letters are
 constexpr int kLetters = 120;
-constexpr int kListShare = 3; // of the window's width, against the page's
-constexpr int kPageShare = 5;
+constexpr int kListLetters = 40;
 
 QString file_of(const QString& name) {
     if (name.isEmpty()) return QString::fromLatin1(kContentsPage);
@@ -51,7 +50,8 @@ HelpWindow::HelpWindow(QString folder)
     layout->addWidget(halves, 1);
     resize(QSize(fontMetrics().averageCharWidth() * kLetters, fontMetrics().height() * kLines)
                .boundedTo(screen()->availableSize() * 9 / 10));
-    halves->setSizes({kListShare * width(), kPageShare * width()});
+    const int list = fontMetrics().averageCharWidth() * kListLetters;
+    halves->setSizes({list, width() - list});
     read_pages();
     list_pages({});
     add_keys();
