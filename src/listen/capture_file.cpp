@@ -58,19 +58,19 @@ std::string file_header() {
 }
 
 /// The name of the protocol, the end of the tags, and the bytes.
-std::string exported_pdu(const Burst& burst) {
-    std::string name = burst.frame.kind == FrameKind::Damaged ? "data" : "mbrtu";
+std::string exported_pdu(const ListenedFrame& frame) {
+    std::string name = frame.info.kind == FrameKind::Damaged ? "data" : "mbrtu";
     pad(name);
     std::string out{'\0', static_cast<char>(kProtocolNameTag), '\0',
                     static_cast<char>(name.size())};
     out += name;
     out.append(4, '\0');
-    return out + burst.bytes;
+    return out + frame.bytes;
 }
 
-std::string packet(const Burst& burst) {
-    const std::string pdu = exported_pdu(burst);
-    const auto micros = static_cast<std::uint64_t>(std::llround(burst.start_ms * 1000));
+std::string packet(const ListenedFrame& frame) {
+    const std::string pdu = exported_pdu(frame);
+    const auto micros = static_cast<std::uint64_t>(std::llround(frame.start_ms * 1000));
     std::string body;
     put(body, 0, 4); // the only interface
     put(body, static_cast<std::uint32_t>(micros >> 32), 4);
@@ -79,10 +79,10 @@ std::string packet(const Burst& burst) {
     put(body, static_cast<std::uint32_t>(pdu.size()), 4);
     body += pdu;
     pad(body);
-    if (burst.frame.kind != FrameKind::Damaged) {
+    if (frame.info.kind != FrameKind::Damaged) {
         put(body, kPacketFlags, 2);
         put(body, 4, 2);
-        put(body, is_reply(burst.frame.kind) ? kInbound : kOutbound, 4);
+        put(body, is_reply(frame.info.kind) ? kInbound : kOutbound, 4);
         put(body, 0, 4); // end of the options
     }
     return block(kEnhancedPacket, body);
@@ -97,18 +97,18 @@ CaptureWriter::CaptureWriter(std::string path) : path_(std::move(path)) {
     write(file_header());
 }
 
-void CaptureWriter::add(const Burst& burst) {
-    write(packet(burst));
+void CaptureWriter::add(const ListenedFrame& frame) {
+    write(packet(frame));
 }
 
 void CaptureWriter::write(const std::string& block) {
     if (const int error = file_.write_all(block)) throw_file_error(error, path_);
 }
 
-void save_capture(const std::string& path, const std::deque<Burst>& bursts) {
+void save_capture(const std::string& path, const std::deque<ListenedFrame>& frames) {
     CaptureWriter writer(path);
-    for (const Burst& burst : bursts)
-        writer.add(burst);
+    for (const ListenedFrame& frame : frames)
+        writer.add(frame);
 }
 
 } // namespace pelvan

@@ -1,6 +1,6 @@
-// A capture as other programs read it: a pcapng file in which each burst is one packet with its
+// A capture as other programs read it: a pcapng file in which each frame is one packet with its
 // time. The link type is that of exported protocol units, each naming its protocol, so that
-// Wireshark shows Modbus RTU at once, without a setting. Bursts that are no Modbus frame are kept
+// Wireshark shows Modbus RTU at once, without a setting. Bytes that are no Modbus frame are kept
 // as plain data. Each packet's flags tell requests (outbound) from replies (inbound).
 #pragma once
 
@@ -18,7 +18,7 @@ class CaptureWriter {
     /// every function; none waits.
     explicit CaptureWriter(std::string path);
     /// Handed to the system before it returns.
-    void add(const Burst& burst);
+    void add(const ListenedFrame& frame);
 
   private:
     void write(const std::string& block);
@@ -27,7 +27,7 @@ class CaptureWriter {
     PosixFile file_;
 };
 
-/// Writes the bursts to a new file.
-void save_capture(const std::string& path, const std::deque<Burst>& bursts);
+/// Writes the frames to a new file.
+void save_capture(const std::string& path, const std::deque<ListenedFrame>& frames);
 
 } // namespace pelvan

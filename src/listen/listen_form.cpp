@@ -9,6 +9,7 @@ constexpr int kRightButton = 2;
 constexpr int kMaxLines = 10000;
 /// Raw lines of a line that never falls silent are long: 10,000 of them would fill the memory.
 constexpr std::size_t kMaxListBytes = std::size_t{32} << 20;
+constexpr int kSettleMs = 250;
 
 /// Selects an option and runs its click handler, also when it was selected already.
 void click_option(OptionGroup& group, int index) {
@@ -22,12 +23,14 @@ void click_option(OptionGroup& group, int index) {
 
 frm_Listen::frm_Listen(Services& services, ListenMonitor& monitor,
                        std::function<std::int16_t()> selected_channel)
-    : Form("frm_Listen", "Listening Mode"), services_(services), monitor_(monitor),
-      selected_channel_(std::move(selected_channel)) {
+    : Form("frm_Listen", "Listening Mode"), frames(services, monitor), services_(services),
+      monitor_(monitor), selected_channel_(std::move(selected_channel)) {
     set_help_page("listen");
     join_statistics();
     join_options();
     join_menus();
+    tmr_Settle.set_Interval(kSettleMs);
+    tmr_Settle.Tick = [this] { monitor_.settle(); };
     lst_Times.set_Visible(false);
     lst_CommsCommand.Click = [this] {
         if (lst_CommsCommand.ListIndex() < lst_Times.ListCount())
@@ -48,15 +51,23 @@ void frm_Listen::join_options() {
     opt_DataFormat.Click = [this](int index) { opt_DataFormat_Click(index); };
     opt_DataDirection.Click = [this](int index) { opt_DataDirection_Click(index); };
     opt_CharacterDelay.Click = [this](int index) { opt_CharacterDelay_Click(index); };
+    cmd_Start.Click = [this] { mnuStartListen_Click(); };
+    cmd_Stop.Click = [this] { mnuStopListen_Click(); };
+    chk_Pause.Click = [this] { chk_Pause_Click(); };
+    chk_LogToFile.Click = [this] { log_to_file(chk_LogToFile.checked()); };
 }
 
 void frm_Listen::join_menus() {
     mnuFile.children = {&mnuClearScreen, &mnuStartListen, &mnuStopListen, &mnuExitListen};
-    mnuCapture.children = {&mnuShowTimes, &mnuSaveCapture};
+    mnuCapture.children = {&mnuShowTimes,     &mnuPause, nullptr,        &mnuCopyFrames,
+                           &mnuCopyFramesCsv, nullptr,   &mnuSaveCapture};
     mnuHelp.children = {&mnucontents, &mnuIndexHelp};
     menus = {&mnuFile, &mnuCapture, &mnuHelp};
     HiddenMenu.children = {&Loglistenlist.make_checkable()};
     mnuShowTimes.make_checkable();
+    mnuPause.make_checkable().Click = [this] { chk_Pause.set_Value(chk_Pause.checked() ? 0 : 1); };
+    mnuCopyFrames.Click = [this] { frames.copy(false); };
+    mnuCopyFramesCsv.Click = [this] { frames.copy(true); };
     mnuClearScreen.Click = [this] { mnuClearScreen_Click(); };
     mnuStartListen.Click = [this] { mnuStartListen_Click(); };
     mnuStopListen.Click = [this] { mnuStopListen_Click(); };
@@ -74,7 +85,7 @@ void frm_Listen::join_menus() {
 void frm_Listen::join_monitor() {
     results_ = {monitor_.line_added.subscribe(
                     [this](const std::string& line, const Burst& burst) { add_line(line, burst); }),
-                monitor_.hit_counted.subscribe([this](const Burst*) { show_statistics(); }),
+                monitor_.hit_counted.subscribe([this] { show_statistics(); }),
                 monitor_.status_changed.subscribe(
                     [this](const std::string& status) { show_status(status); })};
 }
@@ -82,7 +93,9 @@ void frm_Listen::join_monitor() {
 void frm_Listen::Form_Load() {
     join_monitor();
     mnuClearScreen_Click();
-    monitor_.options.log_to_file = false;
+    log_to_file(false);
+    chk_Pause.set_Value(0);
+    frames.cmd_AllFrames.press();
     mnuShowTimes.set_Checked(false);
     lst_Times.set_Visible(false);
     show_status("Not listening.");
@@ -118,6 +131,7 @@ void frm_Listen::mnuClearScreen_Click() {
     monitor_.clear();
     show_statistics();
     clear_lists();
+    frames.clear();
 }
 
 void frm_Listen::clear_lists() {
@@ -136,8 +150,8 @@ void frm_Listen::mnuSaveCapture_Click() {
     request.overwrite_prompt = true;
     const auto path = services_.dialogs.save_file(request);
     if (!path) return;
-    save_capture(*path, traffic().bursts());
-    lbl_Status.set_Caption(std::to_string(traffic().bursts().size()) + " bursts saved.");
+    save_capture(*path, traffic().frames());
+    lbl_Status.set_Caption(std::to_string(traffic().frames().size()) + " frames saved.");
 }
 
 void frm_Listen::mnucontents_Click() {
@@ -166,8 +180,17 @@ void frm_Listen::opt_DataFormat_Click(int index) {
 }
 
 void frm_Listen::Loglistenlist_Click() {
-    Loglistenlist.set_Checked(!Loglistenlist.Checked());
-    monitor_.options.log_to_file = Loglistenlist.Checked();
+    log_to_file(!Loglistenlist.Checked());
+}
+
+void frm_Listen::log_to_file(bool on) {
+    if (monitor_.options.log_to_file != on) monitor_.set_log_to_file(on);
+    show_log();
+}
+
+void frm_Listen::chk_Pause_Click() {
+    mnuPause.set_Checked(chk_Pause.checked());
+    frames.set_paused(chk_Pause.checked());
 }
 
 bool frm_Listen::lst_CommsCommand_KeyDown(bool control, char key) {
@@ -202,12 +225,29 @@ void frm_Listen::show_statistics() {
     const auto& statistics = monitor_.statistics().all();
     for (std::size_t i = 0; i < statistics.size(); ++i)
         statistic_boxes()[i].box->set_Text(statistics[i]->text());
+    show_log();
 }
 
-/// The log may have been switched off with it.
+/// The log may have been switched off because it cannot be written.
+void frm_Listen::show_log() {
+    const bool on = monitor_.options.log_to_file;
+    Loglistenlist.set_Checked(on);
+    chk_LogToFile.set_Value(on ? 1 : 0);
+    lbl_Log.set_Caption(on ? std::string(ListenMonitor::kLogFileName) + ": " +
+                                 std::to_string(monitor_.logged_lines()) + " lines"
+                           : std::string());
+}
+
 void frm_Listen::show_status(const std::string& status) {
     lbl_Status.set_Caption(status);
-    Loglistenlist.set_Checked(monitor_.options.log_to_file);
+    cmd_Start.set_Enabled(!monitor_.listening());
+    cmd_Stop.set_Enabled(monitor_.listening());
+    if (monitor_.listening())
+        tmr_Settle.start();
+    else
+        tmr_Settle.stop();
+    show_log();
+    frames.refresh_note();
 }
 
 } // namespace pelvan

@@ -7,6 +7,7 @@
 
 #include "forms/form.h"
 #include "forms/lists.h"
+#include "listen/frames_panel.h"
 #include "listen/listen_monitor.h"
 #include "platform/services.h"
 
@@ -55,6 +56,19 @@ class frm_Listen : public Form {
     TextBox txt_BurstHitRate{"txt_BurstHitRate", "", "Rate that the shortest gap would give."};
     /// Whether the window listens, to what, and why it stopped.
     Label lbl_Status{"lbl_Status"};
+    Button cmd_Start{"cmd_Start", "Start",
+                     "Listen on the channel that is selected in the Command Center (F5)."};
+    Button cmd_Stop{"cmd_Stop", "Stop", "Listen no more (Shift+F5)."};
+    CheckBox chk_Pause{"chk_Pause", "Pause",
+                       "Hold what is shown (F8). Listening, counting and logging go on."};
+    /// The same as `Loglistenlist`, in sight.
+    CheckBox chk_LogToFile{"chk_LogToFile", "Log to file",
+                           "Append every line to listenlog.txt in the program's directory."};
+    /// What the log has got.
+    Label lbl_Log{"lbl_Log"};
+    FramesPanel frames;
+    /// Lets the monitor look at the time while it listens.
+    Timer tmr_Settle{"tmr_Settle"};
 
     MenuEntry mnuFile{"mnuFile", "&File"};
     MenuEntry mnuClearScreen{"mnuClearScreen", "&Clear Screen", "Ctrl+L"};
@@ -65,8 +79,14 @@ class frm_Listen : public Form {
     MenuEntry mnuShowTimes{
         "mnuShowTimes", "&Times and Gaps", "Ctrl+T",
         "Show beside each line when it came, and which request a reply belongs to."};
+    MenuEntry mnuPause{"mnuPause", "&Pause", "F8",
+                       "Hold what is shown. Listening, counting and logging go on."};
+    MenuEntry mnuCopyFrames{"mnuCopyFrames", "&Copy Frames", "Ctrl+Shift+C",
+                            "Copy the selected frames of the tab Frames, or all, as text."};
+    MenuEntry mnuCopyFramesCsv{"mnuCopyFramesCsv", "Copy Frames as CS&V", "Ctrl+Shift+V",
+                               "Copy the selected frames of the tab Frames, or all, as CSV."};
     MenuEntry mnuSaveCapture{"mnuSaveCapture", "&Save Capture...", "Ctrl+S",
-                             "Save the bursts as a file for Wireshark."};
+                             "Save the frames as a file for Wireshark."};
     MenuEntry mnuHelp{"mnuHelp", "&Help"};
     MenuEntry mnucontents{"mnucontents", "Contents"};
     MenuEntry mnuIndexHelp{"mnuIndexHelp", "Search For Help On..."};
@@ -97,6 +117,7 @@ class frm_Listen : public Form {
     void opt_CharacterDelay_Click(int index);
     void opt_DataFormat_Click(int index);
     void Loglistenlist_Click();
+    void chk_Pause_Click();
     /// True when the key was Ctrl+C and all lines are on the clipboard.
     bool lst_CommsCommand_KeyDown(bool control, char key);
 
@@ -110,7 +131,9 @@ class frm_Listen : public Form {
     void join_menus();
     void join_monitor();
     void add_line(const std::string& line, const Burst& burst);
+    void log_to_file(bool on);
     void show_statistics();
+    void show_log();
     void show_status(const std::string& status);
     void clear_lists();
 

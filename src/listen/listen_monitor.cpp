@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "listen/timed_port.h"
 #include "platform/serial_line.h"
 #include "platform/text_file.h"
 #include "text/bytes.h"
@@ -98,6 +99,7 @@ void ListenMonitor::ListenStop() {
 
 void ListenMonitor::end(const std::string& status) {
     state_.gListening = false;
+    traffic_.finish();
     waiting_ = false;
     if (state_.gListenDevice) state_.gListenDevice->set_RThreshold(0);
     status_changed.raise(status);
@@ -122,19 +124,17 @@ void ListenMonitor::ListenProcessEvent() {
     const std::string bytes = collect(port);
     const double spent = tick_span(start, ticks.read_tick());
     std::optional<RunTimeError> log_failure;
-    const Burst* burst = nullptr;
     // Deliberate: only what arrives on the Modbus channel is shown and logged; on the other
     // channels the bursts are counted and nothing else.
     if (state_.gListenChannel == kModbusChannel) {
         const std::string line = render(bytes);
         log_failure = log(line);
-        burst = &record(start, spent, bytes);
-        line_added.raise(line, *burst);
+        line_added.raise(line, record(start, spent, bytes));
     }
     statistics_.add(start, ticks.read_tick());
     port.set_RThreshold(1);
     // Last, for it may fail, and the burst counts and the listening goes on all the same.
-    hit_counted.raise(burst);
+    hit_counted.raise();
     if (log_failure) throw RunTimeError(*log_failure);
 }
 
@@ -144,12 +144,23 @@ void ListenMonitor::begin_session() {
     const double now = link_.countdowns().read_tick();
     statistics_.begin(now);
     state_.gListenStarted = true;
-    traffic_.start(now, clock_.now());
+    burst_times_.start(now, clock_.now());
+    traffic_.start();
+}
+
+void ListenMonitor::settle() {
+    if (state_.gListening && state_.gListenStarted)
+        traffic_.settle(burst_times_.moment(link_.countdowns().read_tick()));
 }
 
 std::string ListenMonitor::collect(SerialPort& port) {
+    lumps_.clear();
+    TimedPort timed(port, [this](std::size_t bytes) {
+        const std::size_t before = lumps_.empty() ? 0 : lumps_.back().end;
+        lumps_.push_back({link_.countdowns().read_tick(), before + bytes});
+    });
     try {
-        return link_.receive_reply(port, state_.gListenCharTime, state_.gListenTimeout,
+        return link_.receive_reply(timed, state_.gListenCharTime, state_.gListenTimeout,
                                    kQuietChars);
     } catch (const RunTimeError&) {
         end("Listening stopped: the port failed.");
@@ -178,6 +189,7 @@ std::optional<RunTimeError> ListenMonitor::log(const std::string& line) {
     if (!options.log_to_file) return std::nullopt;
     try {
         ListenLogLine(line);
+        ++logged_lines_;
     } catch (const RunTimeError& error) {
         options.log_to_file = false;
         status_changed.raise("Logging switched off: listenlog.txt cannot be written.");
@@ -187,15 +199,42 @@ std::optional<RunTimeError> ListenMonitor::log(const std::string& line) {
 }
 
 void ListenMonitor::ListenLogLine(const std::string& line) {
-    append_line(path_in(directory_, kLogFileName), line);
+    append_line(log_path(), line);
+}
+
+std::string ListenMonitor::log_path() const {
+    return path_in(directory_, kLogFileName);
+}
+
+void ListenMonitor::set_log_to_file(bool on) {
+    options.log_to_file = on;
+    logged_lines_ = 0;
 }
 
 /// The last byte was there one quiet pause before the collector was content, or sooner, as the wire
 /// needs no longer for so many bytes.
-const Burst& ListenMonitor::record(double start_tick, double spent_ms, const std::string& bytes) {
+Burst ListenMonitor::record(double start_tick, double spent_ms, const std::string& bytes) {
     const double quiet = static_cast<double>(kQuietChars) * state_.gListenCharTime;
     const double length = std::min(std::max(spent_ms - quiet, 0.0), wire_time(bytes.size()));
-    return traffic_.add(start_tick, length, bytes);
+    Burst burst = burst_times_.add(start_tick, length, bytes);
+    hear(start_tick, burst, length, bytes);
+    return burst;
+}
+
+/// What was read at one moment came after what was read before, and needed its time on the wire.
+void ListenMonitor::hear(double start_tick, const Burst& burst, double length_ms,
+                         const std::string& bytes) {
+    double start = burst.start_ms;
+    std::size_t begin = 0;
+    for (const Lump& lump : lumps_) {
+        const std::string_view piece = std::string_view(bytes).substr(begin, lump.end - begin);
+        const double read = burst.start_ms + tick_span(start_tick, lump.tick);
+        if (begin > 0) start = std::max(start, read - wire_time(piece.size()));
+        const double end = lump.end == bytes.size() ? burst.start_ms + length_ms : read;
+        traffic_.hear(start, std::max(start, end), piece);
+        start = std::max(start, end);
+        begin = lump.end;
+    }
 }
 
 double ListenMonitor::wire_time(std::size_t bytes) const {

@@ -1,11 +1,13 @@
 // The listen monitor: captures what arrives on one serial channel without sending anything. Every
 // burst is a hit, counted in the statistics, and on the Modbus channel a line that subscribers get
 // and that is, if wanted, appended to a text file. Collecting a burst is the link's business,
-// rendering it the Modbus decoders', telling requests from replies `Traffic`'s.
+// rendering it the Modbus decoders', putting frames together and pairing them `Traffic`'s.
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "listen/burst.h"
 #include "listen/listen_statistics.h"
 #include "listen/traffic.h"
 #include "platform/event.h"
@@ -44,6 +46,8 @@ class ListenMonitor {
     /// error of the port ends the listening and is raised; a log that cannot be written is switched
     /// off and its error raised after the burst has been counted.
     void ListenProcessEvent();
+    /// Lets `traffic` look at the time: to be called now and then while listening.
+    void settle();
     /// Appends one line to "listenlog.txt"; opens and closes the file for it. Raises file errors.
     void ListenLogLine(const std::string& line);
 
@@ -56,12 +60,19 @@ class ListenMonitor {
     [[nodiscard]] bool listening() const { return state_.gListening; }
     [[nodiscard]] const ListenStatistics& statistics() const { return statistics_; }
     [[nodiscard]] const Traffic& traffic() const { return traffic_; }
+    /// The channel that is listened on, or was last.
+    [[nodiscard]] int channel() const { return state_.gListenChannel; }
+    [[nodiscard]] std::string log_path() const;
+    /// Lines that were logged since the logging was switched on last.
+    [[nodiscard]] long logged_lines() const { return logged_lines_; }
+    /// Switches the logging on or off.
+    void set_log_to_file(bool on);
 
     /// A burst of the Modbus channel, rendered; raised before the hit is counted.
     Event<const std::string& /*line*/, const Burst&> line_added;
-    /// The statistics have changed; the burst when it is kept in `traffic()`, else null. What a
-    /// subscriber raises is passed on and disturbs nothing.
-    Event<const Burst*> hit_counted;
+    /// The statistics have changed, and so may have `traffic`. What a subscriber raises is passed
+    /// on and disturbs nothing.
+    Event<> hit_counted;
     /// A sentence on whether the monitor listens, to what, or why it stopped.
     Event<const std::string&> status_changed;
 
@@ -81,7 +92,8 @@ class ListenMonitor {
     void tell_listening();
     void begin_session();
     std::string collect(SerialPort& port);
-    const Burst& record(double start_tick, double spent_ms, const std::string& bytes);
+    Burst record(double start_tick, double spent_ms, const std::string& bytes);
+    void hear(double start_tick, const Burst& burst, double length_ms, const std::string& bytes);
     [[nodiscard]] double wire_time(std::size_t bytes) const;
     [[nodiscard]] std::string render(const std::string& bytes);
     [[nodiscard]] std::optional<RunTimeError> log(const std::string& line);
@@ -92,7 +104,15 @@ class ListenMonitor {
     Clock& clock_;
     std::string directory_;
     ListenStatistics statistics_{state_.gListenStats};
+    BurstTimes burst_times_;
     Traffic traffic_;
+    /// The lumps of the burst that is collected: when each was read, and the bytes until then.
+    struct Lump {
+        double tick;
+        std::size_t end;
+    };
+    std::vector<Lump> lumps_;
+    long logged_lines_ = 0;
     Subscription rebuild_ = link_.channels().before_rebuild.subscribe([this] { ports_rebuilt(); });
     Subscription closing_ = link_.channels().before_close.subscribe(
         [this](const SerialPort& port) { port_closing(port); });

@@ -1,134 +1,129 @@
 #include "listen/traffic.h"
 
 #include <algorithm>
-#include <cmath>
 
-#include "text/numbers.h"
+#include "listen/burst.h"
+#include "protocols/modbus/function_codes.h"
+#include "protocols/modbus/modbus.h"
 
 namespace pelvan {
 namespace {
 
-/// The largest time-out of the monitor: what comes later answers nothing.
-constexpr double kMaxReplyMs = 10000;
-constexpr int kBroadcast = 0;
+/// Longer than a busy window leaves bytes unread: what is whole then is shown as whole.
+constexpr double kSettleMs = 1000;
 
-std::string rounded_ms(double ms) {
-    return plain_number(round_half_even(ms)) + " ms";
+int byte_at(std::string_view bytes, std::size_t at) {
+    return static_cast<unsigned char>(bytes[at]);
 }
 
-std::string kind_text(const Burst& burst) {
-    switch (burst.frame.kind) {
-    case FrameKind::Damaged:
-        return "no Modbus frame";
-    case FrameKind::Request:
-        return "request";
-    case FrameKind::Reply:
-    case FrameKind::ExceptionReply:
-        break;
-    }
-    const std::string what = burst.frame.kind == FrameKind::Reply ? "reply" : "exception reply";
-    return burst.reply_ms ? what + " after " + rounded_ms(*burst.reply_ms) : what;
+ItemRange asked_by(std::string_view request) {
+    const auto word = [request](std::size_t at) {
+        return static_cast<std::uint16_t>(byte_at(request, at) << 8 | byte_at(request, at + 1));
+    };
+    return {word(2), word(4)};
 }
 
 } // namespace
 
-void TimeSummary::add(double ms) {
-    minimum = count == 0 ? ms : std::min(minimum, ms);
-    maximum = count == 0 ? ms : std::max(maximum, ms);
-    sum += ms;
-    ++count;
-}
-
-void Histogram::add(double ms) {
-    const auto* limit = std::upper_bound(kLimits.begin(), kLimits.end(), ms);
-    ++counts_.at(static_cast<std::size_t>(limit - kLimits.begin()));
-}
-
-std::string Histogram::label(std::size_t index) {
-    const std::string from = index == 0 ? "0" : std::to_string(kLimits.at(index - 1));
-    return index < kLimits.size() ? from + "-" + std::to_string(kLimits.at(index)) : from + "+";
-}
-
-void Traffic::start(double tick, const LocalTime& now) {
-    clock_.start(tick, epoch_milliseconds(now));
+void Traffic::start() {
+    finish();
     last_start_ms_.reset();
-    pending_.clear();
+    pending_ = {};
 }
 
-const Burst& Traffic::add(double start_tick, double length_ms, const std::string& bytes) {
-    Burst burst;
-    burst.start_ms = clock_.at(start_tick);
-    burst.bytes = bytes;
-    if (last_start_ms_) burst.gap_ms = burst.start_ms - *last_start_ms_;
-    last_start_ms_ = burst.start_ms;
-    pair(burst);
-    if (burst.frame.kind == FrameKind::Request && burst.frame.address != kBroadcast) {
-        pending_ = bytes;
-        pending_end_ms_ = burst.start_ms + length_ms;
-    }
-    count(burst);
-    ++revision_;
-    keep(std::move(burst));
-    return bursts_.back();
+void Traffic::hear(double start_ms, double end_ms, std::string_view bytes) {
+    splitter_.add(start_ms, end_ms, bytes);
+    take_all(false);
 }
 
-/// A reply belongs to the request before it when it comes from the address and carries the function
-/// that were asked, in time. Noise between the two separates nothing; any other frame does.
-void Traffic::pair(Burst& burst) {
-    if (!pending_.empty() && burst.start_ms - pending_end_ms_ > kMaxReplyMs) pending_.clear();
-    burst.frame = classify_frame(burst.bytes, pending_);
-    if (burst.frame.kind == FrameKind::Damaged) return;
-    if (is_reply(burst.frame.kind) && !pending_.empty() &&
-        static_cast<unsigned char>(pending_[0]) == burst.frame.address &&
-        static_cast<unsigned char>(pending_[1]) == burst.frame.function)
-        burst.reply_ms = std::max(burst.start_ms - pending_end_ms_, 0.0);
-    pending_.clear();
+void Traffic::settle(double now_ms) {
+    if (!splitter_.empty() && now_ms - splitter_.last_ms() >= kSettleMs) take_all(true);
+    if (!pending_.bytes.empty() && now_ms - pending_.end_ms > kMaxReplyMs)
+        close_pending(Answer::Missing);
 }
 
-void Traffic::count(const Burst& burst) {
-    if (burst.gap_ms) gaps_.add(*burst.gap_ms);
-    if (burst.reply_ms) reply_times_.add(*burst.reply_ms);
-    const auto count_in = [&burst](TrafficRow& row) {
-        if (burst.frame.kind == FrameKind::Request) ++row.requests;
-        if (is_reply(burst.frame.kind)) ++row.replies;
-        if (burst.frame.kind == FrameKind::ExceptionReply) ++row.exceptions;
-        if (burst.reply_ms) row.reply.add(*burst.reply_ms);
-        if (burst.gap_ms) row.gap.add(*burst.gap_ms);
+void Traffic::finish() {
+    take_all(true);
+}
+
+void Traffic::take_all(bool is_rest) {
+    const auto next = [this, is_rest] {
+        return is_rest ? splitter_.next_of_rest(pending_.bytes) : splitter_.next(pending_.bytes);
     };
-    count_in(all_);
-    if (burst.frame.kind == FrameKind::Damaged) {
-        ++damaged_;
-        return;
-    }
-    count_in(by_address_[burst.frame.address]);
-    count_in(by_function_[burst.frame.function]);
+    for (auto cut = next(); cut; cut = next())
+        take(std::move(*cut));
 }
 
-void Traffic::keep(Burst burst) {
-    kept_bytes_ += burst.bytes.size();
-    bursts_.push_back(std::move(burst));
-    while (bursts_.size() > kKeptBursts || (kept_bytes_ > kKeptBytes && bursts_.size() > 1)) {
-        kept_bytes_ -= bursts_.front().bytes.size();
-        bursts_.pop_front();
+void Traffic::take(CutFrame&& cut) {
+    if (!pending_.bytes.empty() && cut.start_ms - pending_.end_ms > kMaxReplyMs)
+        close_pending(Answer::Missing);
+    ListenedFrame frame;
+    frame.number = next_number_;
+    frame.info = cut.info;
+    frame.start_ms = cut.start_ms;
+    if (last_start_ms_ && last_first_lump_ != cut.first_lump)
+        frame.gap_ms = cut.start_ms - *last_start_ms_;
+    last_start_ms_ = cut.start_ms;
+    last_first_lump_ = cut.first_lump;
+    if (is_reply(cut.info.kind)) take_reply(frame, cut);
+    if (cut.info.kind == FrameKind::Request) {
+        close_pending(Answer::Missing);
+        if (cut.info.address != kBroadcastAddress) {
+            frame.answer = Answer::Awaited;
+            pending_ = {cut.bytes, frame.number, cut.end_ms, cut.last_lump};
+        }
     }
+    counts_.add({frame.info, frame.gap_ms, frame.reply_ms});
+    frame.bytes = std::move(cut.bytes);
+    keep(std::move(frame));
 }
 
-void Traffic::clear() {
-    bursts_.clear();
-    kept_bytes_ = 0;
-    all_ = {};
-    by_address_.clear();
-    by_function_.clear();
-    damaged_ = 0;
-    reply_times_ = {};
-    gaps_ = {};
+/// What answers another request than the one that waits, a late one say, leaves that one waiting.
+void Traffic::take_reply(ListenedFrame& frame, const CutFrame& cut) {
+    if (!answers_pending(cut)) return;
+    if (cut.first_lump != pending_.last_lump)
+        frame.reply_ms = std::max(cut.start_ms - pending_.end_ms, 0.0);
+    if (is_read(pending_.bytes)) frame.asked = asked_by(pending_.bytes);
+    close_pending(Answer::Came);
+}
+
+bool Traffic::answers_pending(const CutFrame& cut) const {
+    const std::string& request = pending_.bytes;
+    if (request.empty() || byte_at(request, 0) != cut.info.address ||
+        byte_at(request, 1) != cut.info.function)
+        return false;
+    return cut.info.kind == FrameKind::ExceptionReply || !is_known_function(cut.info.function) ||
+           can_answer(request, cut.bytes);
+}
+
+void Traffic::close_pending(Answer answer) {
+    if (pending_.bytes.empty()) return;
+    if (answer == Answer::Missing)
+        counts_.add_unanswered(byte_at(pending_.bytes, 0), byte_at(pending_.bytes, 1));
+    if (pending_.number >= first_number() && pending_.number < next_number_)
+        frames_[pending_.number - first_number()].answer = answer;
+    pending_ = {};
     ++revision_;
 }
 
-std::string burst_note(const Burst& burst) {
-    std::string note = time_ms_text(local_time(burst.start_ms));
-    if (burst.gap_ms) note += "  +" + rounded_ms(*burst.gap_ms);
-    return note + "  " + kind_text(burst);
+void Traffic::keep(ListenedFrame&& frame) {
+    kept_bytes_ += frame.bytes.size();
+    frames_.push_back(std::move(frame));
+    ++next_number_;
+    ++revision_;
+    while (frames_.size() > kKeptFrames || (kept_bytes_ > kKeptBytes && frames_.size() > 1)) {
+        kept_bytes_ -= frames_.front().bytes.size();
+        frames_.pop_front();
+    }
+}
+
+/// A request that waits is forgotten with its frame; bytes of a frame that is still in pieces stay.
+void Traffic::clear() {
+    frames_.clear();
+    kept_bytes_ = 0;
+    pending_ = {};
+    counts_ = {};
+    ++revision_;
 }
 
 } // namespace pelvan

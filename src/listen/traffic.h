@@ -1,113 +1,90 @@
-// What the monitor learns from the bursts beyond the six boxes: when each began and how long after
-// the one before, which request a reply belongs to and how fast it came, and how often and how
-// regularly each address and each function is seen. Times are the program's tick, read when a burst
-// is noticed, on the wall clock's time of the session's beginning: differences hold to the
-// millisecond also when the wall clock is set meanwhile.
+// The frames of a line, both directions in one stream: cut out of what arrives, replies paired with
+// their requests, and counted. Times are those of the lumps in which the bytes were delivered: two
+// frames of one lump have no time between them.
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <deque>
-#include <map>
-#include <optional>
-#include <string>
 
-#include "listen/frame_kind.h"
-#include "platform/tick.h"
+#include "listen/frame_splitter.h"
+#include "listen/traffic_counts.h"
 
 namespace pelvan {
 
-struct Burst {
-    double start_ms = 0;          // since 1970
-    std::optional<double> gap_ms; // from the start of the burst before; none for a session's first
-    std::optional<double> reply_ms; // of a reply: from the end of its request to its first byte
-    FrameInfo frame;
+/// What happened to a request.
+enum class Answer { None /*no request, or a broadcast*/, Awaited, Came, Missing };
+
+/// The values that a read asked for.
+struct ItemRange {
+    std::uint16_t first = 0;
+    std::uint16_t count = 0;
+};
+
+struct ListenedFrame {
+    std::size_t number = 0; // from 0, never given twice
+    FrameInfo info;
+    Answer answer = Answer::None;
+    std::optional<ItemRange> asked; // of a reply to a read whose request was heard
+    double start_ms = 0;            // since 1970, when the lump with the first byte came
+    std::optional<double> gap_ms;   // from the start of the frame before
+    std::optional<double> reply_ms; // of a reply, from the end of its request
     std::string bytes;
 };
 
-/// Count, smallest, mean and largest of a time in milliseconds.
-struct TimeSummary {
-    long count = 0;
-    double minimum = 0;
-    double maximum = 0;
-    double sum = 0;
-
-    void add(double ms);
-    [[nodiscard]] double mean() const { return count > 0 ? sum / static_cast<double>(count) : 0; }
-};
-
-/// How many times fell into each class; the classes rise 1, 2, 5, 10 ... so that a two-millisecond
-/// echo and a time-out of ten seconds stand in one picture.
-class Histogram {
-  public:
-    /// Upper limits of all classes but the last, in ms; a class holds what is below its limit.
-    static constexpr std::array<int, 13> kLimits{1,   2,   5,    10,   20,   50,   100,
-                                                 200, 500, 1000, 2000, 5000, 10000};
-    static constexpr std::size_t kClasses = kLimits.size() + 1;
-
-    void add(double ms);
-    [[nodiscard]] long count(std::size_t index) const { return counts_.at(index); }
-    /// "5-10", "10000+".
-    [[nodiscard]] static std::string label(std::size_t index);
-
-  private:
-    std::array<long, kClasses> counts_{};
-};
-
-/// One row of the second tab.
-struct TrafficRow {
-    long requests = 0;
-    long replies = 0; // exceptions among them
-    long exceptions = 0;
-    TimeSummary reply;
-    TimeSummary gap;
-};
-
-/// Bursts that are kept for saving; the oldest go first beyond either limit.
-inline constexpr std::size_t kKeptBursts = 200000;
+/// Frames that are kept; the oldest go first beyond either limit.
+inline constexpr std::size_t kKeptFrames = 200000;
 inline constexpr std::size_t kKeptBytes = std::size_t{32} << 20;
 
 class Traffic {
   public:
-    /// Begins a session: the first burst has no gap, no reply belongs to an earlier request.
-    void start(double tick, const LocalTime& now);
-    /// Records a burst whose first byte was there at `start_tick` and its last one `length_ms`
-    /// later.
-    const Burst& add(double start_tick, double length_ms, const std::string& bytes);
+    /// Begins a session: the first frame has no gap, no reply belongs to an earlier request.
+    void start();
+    /// Bytes that came together between two moments (ms since 1970).
+    void hear(double start_ms, double end_ms, std::string_view bytes);
+    /// Looks at the time: a frame that stays in pieces is none after a second of silence, a request
+    /// is unanswered after ten.
+    void settle(double now_ms);
+    /// No more bytes will come.
+    void finish();
     void clear();
 
     /// Another number whenever anything below is another.
     [[nodiscard]] unsigned long revision() const { return revision_; }
-    [[nodiscard]] const std::deque<Burst>& bursts() const { return bursts_; }
-    [[nodiscard]] const TrafficRow& all() const { return all_; }
-    [[nodiscard]] const std::map<int, TrafficRow>& by_address() const { return by_address_; }
-    [[nodiscard]] const std::map<int, TrafficRow>& by_function() const { return by_function_; }
-    [[nodiscard]] long damaged() const { return damaged_; }
-    [[nodiscard]] const Histogram& reply_times() const { return reply_times_; }
-    [[nodiscard]] const Histogram& gaps() const { return gaps_; }
+    /// In order; their numbers follow one another.
+    [[nodiscard]] const std::deque<ListenedFrame>& frames() const { return frames_; }
+    /// The number of the first frame that is kept, and that of the next one to come.
+    [[nodiscard]] std::size_t first_number() const { return next_number_ - frames_.size(); }
+    [[nodiscard]] std::size_t next_number() const { return next_number_; }
+    /// `number` is one that is kept.
+    [[nodiscard]] const ListenedFrame& frame(std::size_t number) const {
+        return frames_[number - first_number()];
+    }
+    [[nodiscard]] const TrafficCounts& counts() const { return counts_; }
 
   private:
-    void pair(Burst& burst);
-    void count(const Burst& burst);
-    void keep(Burst burst);
+    struct Pending {
+        std::string bytes; // empty while no request waits for its reply
+        std::size_t number = 0;
+        double end_ms = 0;
+        std::uint64_t last_lump = 0;
+    };
 
-    SteadyTime clock_; // since 1970
+    void take_all(bool is_rest);
+    void take(CutFrame&& cut);
+    void take_reply(ListenedFrame& frame, const CutFrame& cut);
+    [[nodiscard]] bool answers_pending(const CutFrame& cut) const;
+    void close_pending(Answer answer);
+    void keep(ListenedFrame&& frame);
+
+    FrameSplitter splitter_;
+    Pending pending_;
     std::optional<double> last_start_ms_;
-    std::string pending_; // the request that waits for its reply
-    double pending_end_ms_ = 0;
+    std::uint64_t last_first_lump_ = 0;
 
     unsigned long revision_ = 0;
-    std::deque<Burst> bursts_;
+    std::deque<ListenedFrame> frames_;
+    std::size_t next_number_ = 0;
     std::size_t kept_bytes_ = 0;
-    TrafficRow all_;
-    std::map<int, TrafficRow> by_address_;
-    std::map<int, TrafficRow> by_function_;
-    long damaged_ = 0;
-    Histogram reply_times_;
-    Histogram gaps_;
+    TrafficCounts counts_;
 };
-
-/// "16:30:05.250  +120 ms  reply after 12 ms": the column beside the line.
-[[nodiscard]] std::string burst_note(const Burst& burst);
 
 } // namespace pelvan

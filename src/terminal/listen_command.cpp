@@ -1,8 +1,10 @@
 #include <poll.h>
 
-#include <cctype>
+#include <algorithm>
 
+#include "listen/burst.h"
 #include "listen/capture_file.h"
+#include "listen/frame_text.h"
 #include "terminal/commands.h"
 #include "text/bytes.h"
 #include "text/numbers.h"
@@ -24,6 +26,7 @@ struct ListenCommand {
     double seconds = 0;
     bool seconds_given = false;
     bool times = false;
+    bool frames = false;
     std::string capture;
 };
 
@@ -34,16 +37,17 @@ std::string summary(const TimeSummary& times) {
 }
 
 void print_row(std::ostream& out, const std::string& name, const TrafficRow& row) {
-    out << "  " << name << ": " << row.requests << " requests, " << row.replies << " replies ("
-        << row.exceptions << " exceptions), reply time " << summary(row.reply) << " ms, gap "
-        << summary(row.gap) << " ms\n";
+    out << "  " << name << ": " << row.requests << " requests (" << row.unanswered
+        << " unanswered), " << row.replies << " replies (" << row.exceptions
+        << " exceptions), reply time " << summary(row.reply) << " ms, gap " << summary(row.gap)
+        << " ms\n";
 }
 
 void print_statistics(std::ostream& out, const ListenMonitor& monitor) {
     for (const Statistic* statistic : monitor.statistics().all())
         out << statistic->caption() << ": " << (statistic->text().empty() ? "0" : statistic->text())
             << "\n";
-    const Traffic& traffic = monitor.traffic();
+    const TrafficCounts& traffic = monitor.traffic().counts();
     if (traffic.all().requests + traffic.all().replies + traffic.damaged() == 0) return;
     out << "Modbus traffic (times as minimum/mean/maximum):\n";
     print_row(out, "all", traffic.all());
@@ -51,8 +55,51 @@ void print_statistics(std::ostream& out, const ListenMonitor& monitor) {
         print_row(out, "address " + std::to_string(address), row);
     for (const auto& [function, row] : traffic.by_function())
         print_row(out, "function " + std::to_string(function), row);
-    out << "  no Modbus frame: " << traffic.damaged() << " bursts\n";
+    out << "  no Modbus frame: " << traffic.damaged() << " pieces\n";
 }
+
+/// Prints and captures the frames as they become known.
+class FrameOutput {
+  public:
+    FrameOutput(const ListenCommand& command, const Traffic& traffic, std::ostream& out)
+        : traffic_(traffic), out_(out), prints_(command.frames) {
+        if (!command.capture.empty()) capture_.emplace(command.capture);
+        if (prints_) out_ << "Times are those of the lumps in which the bytes arrive.\n";
+    }
+
+    /// What came since the last call. Raises the errors of the capture's file.
+    void catch_up() {
+        next_ = std::max(next_, traffic_.first_number());
+        for (; next_ < traffic_.next_number(); ++next_) {
+            tell_unanswered();
+            const ListenedFrame& frame = traffic_.frame(next_);
+            if (capture_) capture_->add(frame);
+            if (frame.answer == Answer::Awaited) request_ = next_;
+            if (prints_) out_ << frame_line(frame) << std::endl;
+        }
+        tell_unanswered();
+    }
+
+  private:
+    /// Once a request that was printed turns out to have no reply.
+    void tell_unanswered() {
+        if (!request_ || *request_ < traffic_.first_number()) return;
+        const ListenedFrame& request = traffic_.frame(*request_);
+        if (request.answer == Answer::Awaited) return;
+        request_.reset();
+        if (request.answer != Answer::Missing || !prints_) return;
+        out_ << "No reply to the request of " << frame_cell(request, FrameColumn::Time)
+             << ": address " << request.info.address << ", function " << request.info.function
+             << std::endl;
+    }
+
+    const Traffic& traffic_;
+    std::ostream& out_;
+    bool prints_;
+    std::optional<CaptureWriter> capture_;
+    std::size_t next_ = 0;
+    std::optional<std::size_t> request_; // the last one, while nobody knows
+};
 
 /// Sleeps until bytes are there, the port is lost, or a short while has passed.
 void wait_for_bytes(const SerialPort& port) {
@@ -64,7 +111,8 @@ void wait_for_bytes(const SerialPort& port) {
 }
 
 /// Listens until the time is over or an interrupt comes; false when the port or a file failed.
-bool listen_on(Core& app, const ListenCommand& command, TerminalEnvironment& environment) {
+bool listen_on(Core& app, const ListenCommand& command, FrameOutput& frames,
+               TerminalEnvironment& environment) {
     const double begin = environment.tick.timeGetTime();
     const auto over = [&] {
         return command.seconds_given &&
@@ -74,7 +122,12 @@ bool listen_on(Core& app, const ListenCommand& command, TerminalEnvironment& env
         SerialPort& port = *app.session.listen.gListenDevice;
         wait_for_bytes(port);
         // A script must be told of a log or a capture that could not be written, so that ends it.
-        if (!app.events.run([&] { port.check_receive(); })) return false;
+        const bool well = app.events.run([&] {
+            port.check_receive();
+            app.listen_monitor.settle();
+            frames.catch_up();
+        });
+        if (!well) return false;
     }
     return app.listen_monitor.listening();
 }
@@ -86,20 +139,18 @@ int listen(const ListenCommand& command, TerminalEnvironment& environment) {
     ListenMonitor& monitor = app.listen_monitor;
     monitor.options = command.options;
     monitor.choose_timeout(command.timeout);
-    std::optional<CaptureWriter> capture;
-    if (!command.capture.empty()) capture.emplace(command.capture);
-    const Subscription captured = monitor.hit_counted.subscribe([&](const Burst* burst) {
-        if (capture && burst) capture->add(*burst);
-    });
+    FrameOutput frames(command, monitor.traffic(), environment.out);
     const Subscription printed =
         monitor.line_added.subscribe([&](const std::string& line, const Burst& burst) {
+            if (command.frames) return;
             if (command.times) environment.out << burst_note(burst) << "  ";
             environment.out << ascii_with_escapes(line) << std::endl;
         });
     monitor.ListenStart(static_cast<std::int16_t>(command.channel));
     if (!monitor.listening()) return exit_code::kFailed; // its message was shown
-    const bool well = listen_on(app, command, environment);
+    bool well = listen_on(app, command, frames, environment);
     monitor.ListenStop();
+    well = app.events.run([&frames] { frames.catch_up(); }) && well;
     print_statistics(environment.out, monitor);
     return well ? exit_code::kDone : exit_code::kFailed;
 }
@@ -127,8 +178,11 @@ void add_listen_command(CLI::App& cli, ChosenCommand& chosen) {
                "Longest reception of one burst: .5, 1 or 10, as in the window");
     command->add_option("--seconds", options->seconds, "End after so many seconds")
         ->check(CLI::NonNegativeNumber);
-    command->add_option("--pcap", options->capture, "Write the bursts to a file for Wireshark");
+    command->add_option("--pcap", options->capture, "Write the frames to a file for Wireshark");
     command->add_flag("--times", options->times, "Show time, gap and kind before each line");
+    command->add_flag("--frames", options->frames,
+                      "Print Modbus frames of both directions, put together by length and check: "
+                      "time, gap, reply time, kind, address, function, registers = values, check");
     command->add_flag("--log", options->options.log_to_file,
                       "Append the lines to listenlog.txt too");
     command->callback([options, command, &chosen] {

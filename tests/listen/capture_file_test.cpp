@@ -21,13 +21,13 @@ std::string output_of(const std::string& command) {
     return text;
 }
 
-TEST(CaptureFileTest, HasEachBurstWithItsTimeItsProtocolAndItsDirection) {
-    std::deque<Burst> bursts;
+TEST(CaptureFileTest, HasEachFrameWithItsTimeItsProtocolAndItsDirection) {
+    std::deque<ListenedFrame> frames;
     for (const auto& [ms, bytes] :
          {std::pair{123.5, frame("01 03 00 00 00 01")}, {161.5, frame("01 83 02")}, {223.5, "??"}})
-        bursts.push_back({1794000000000 + ms, {}, {}, classify_frame(bytes, ""), bytes});
+        frames.push_back({0, classify_frame(bytes, ""), {}, {}, 1794000000000 + ms, {}, {}, bytes});
     const testing::TempDir dir;
-    save_capture(dir.file("three"), bursts);
+    save_capture(dir.file("three"), frames);
     const std::string name = "00 0C 00 08 6D 62 72 74 75 00 00 00 00 00 00 00 ";
     const std::string flags = "02 00 04 00 "; // 1 inbound, 2 outbound
     EXPECT_EQ(testing::hex_of(testing::read_file(dir.file("three"))),

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <atomic>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -49,7 +50,10 @@ class ModbusSlaveProcess {
 /// A wire between two serial devices: what is written to one arrives at the other.
 class PtyWire {
   public:
-    PtyWire() : pump_([this] { pump(); }) {}
+    /// Hears what passes, and whether it comes from `one_end`; on a thread of the wire's own.
+    using Tap = std::function<void(bool from_one_end, const std::string& bytes)>;
+
+    explicit PtyWire(Tap tap = {}) : tap_(std::move(tap)), pump_([this] { pump(); }) {}
     PtyWire(PtyWire&&) = delete;
     ~PtyWire() {
         stop_ = true;
@@ -65,18 +69,21 @@ class PtyWire {
         while (!stop_) {
             if (::poll(ends.data(), ends.size(), 50) <= 0) continue;
             for (std::size_t i = 0; i < ends.size(); ++i)
-                if (ends[i].revents & POLLIN) carry(ends[i].fd, ends[1 - i].fd);
+                if (ends[i].revents & POLLIN) carry(ends[i].fd, ends[1 - i].fd, i == 0);
         }
     }
-    static void carry(int from, int to) {
+    void carry(int from, int to, bool from_one_end) const {
         std::array<char, 4096> bytes{};
         const ssize_t got = ::read(from, bytes.data(), bytes.size());
+        if (tap_ && got > 0)
+            tap_(from_one_end, std::string(bytes.data(), static_cast<std::size_t>(got)));
         if (got > 0 && ::write(to, bytes.data(), static_cast<std::size_t>(got)) != got)
             throw std::runtime_error("the wire took not all bytes");
     }
 
     PtyPair one_{PtyPair::Slave::KeepOpen};
     PtyPair other_{PtyPair::Slave::KeepOpen};
+    Tap tap_;
     std::atomic<bool> stop_{false};
     std::thread pump_;
 };

@@ -1,6 +1,7 @@
 // `pelvan7 listen` on a pseudo-terminal. The test acts whenever the command reads the tick: it
 // sends the next burst when the one before was printed, and interrupts after the last.
 #include "command_test.h"
+#include "support/frames.h"
 #include "support/pty_pair.h"
 
 namespace pelvan {
@@ -18,7 +19,7 @@ class ListenCommandTest : public CommandTest, public testing::FakeTick {
     }
     std::uint32_t timeGetTime() override {
         const auto lines = static_cast<std::size_t>(std::ranges::count(out.str(), '\n'));
-        if (opened && at_end && lines >= sent) {
+        if (opened && at_end && lines >= sent + head_lines) {
             if (sent < bursts.size())
                 line.send(bursts[sent++]);
             else
@@ -31,6 +32,7 @@ class ListenCommandTest : public CommandTest, public testing::FakeTick {
     std::vector<std::string> bursts; // sent one after another
     std::function<void()> at_end;    // and then this
     std::size_t sent = 0;
+    std::size_t head_lines = 0; // printed before anything is heard
     bool opened = false;
 };
 
@@ -43,9 +45,22 @@ TEST_F(ListenCommandTest, PrintsBurstsAndOnInterruptTheStatistics) {
     EXPECT_EQ(run("listen --seconds 1000000 --pcap " + capture), exit_code::kDone);
     EXPECT_EQ(out.str().substr(0, out.str().find("Hit Time")),
               "1 3 100 2 133 212 \n\\x1B[2\n1 3 100 2 133 212 \nHits: 3\n");
-    EXPECT_TRUE(printed("function 3: 2 requests, 0 replies"));
+    EXPECT_TRUE(printed("function 3: 2 requests (1 unanswered), 0 replies"));
     EXPECT_EQ(err.str(), "");
     EXPECT_EQ(testing::read_file(capture).substr(0, 4), "\x0A\x0D\x0D\x0A");
+}
+
+TEST_F(ListenCommandTest, PrintsFramesHoweverTheyArriveAndWhatStaysUnanswered) {
+    const std::string reply = testing::frame("01 03 04 02 D5 FF FF");
+    bursts = {kRequest, kRequest + reply.substr(0, 4), reply.substr(4)};
+    head_lines = 1;
+    at_end = [this] { stop = printed("reply   "); };
+    EXPECT_EQ(run("listen --seconds 1000000 --frames"), exit_code::kDone);
+    for (const char* text : {"No reply to the request of 16:30:05.",
+                             "request              1    3  100-101  [CRC ok]\n",
+                             "reply                1    3  100 = 725, 101 = -1  [CRC ok]\n"})
+        EXPECT_TRUE(printed(text)) << text << out.str();
+    EXPECT_EQ(out.str().find("reply   "), out.str().rfind("reply   ")) << out.str();
 }
 
 TEST_F(ListenCommandTest, EndsAfterItsSeconds) {

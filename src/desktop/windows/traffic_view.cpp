@@ -26,6 +26,7 @@ QString ms(const TimeSummary& times, double value) {
 QStringList cells(const QString& name, const TrafficRow& row) {
     return {name,
             QString::number(row.requests),
+            QString::number(row.unanswered),
             QString::number(row.replies),
             QString::number(row.exceptions),
             ms(row.reply, row.reply.minimum),
@@ -37,11 +38,11 @@ QStringList cells(const QString& name, const TrafficRow& row) {
 }
 
 const QStringList& titles() {
-    static const QStringList kTitles{QStringLiteral("Traffic"),   QStringLiteral("Requests"),
-                                     QStringLiteral("Replies"),   QStringLiteral("Exceptions"),
-                                     QStringLiteral("Reply min"), QStringLiteral("Reply mean"),
-                                     QStringLiteral("Reply max"), QStringLiteral("Gap min"),
-                                     QStringLiteral("Gap mean"),  QStringLiteral("Gap max")};
+    static const QStringList kTitles{
+        QStringLiteral("Traffic"),    QStringLiteral("Requests"),   QStringLiteral("No reply"),
+        QStringLiteral("Replies"),    QStringLiteral("Exceptions"), QStringLiteral("Reply min"),
+        QStringLiteral("Reply mean"), QStringLiteral("Reply max"),  QStringLiteral("Gap min"),
+        QStringLiteral("Gap mean"),   QStringLiteral("Gap max")};
     return kTitles;
 }
 
@@ -104,8 +105,10 @@ TrafficView::TrafficView(const Traffic& traffic, QWidget* parent)
       histogram_(new HistogramView) {
     table_->setObjectName(QStringLiteral("traffic"));
     table_->setAccessibleName(QStringLiteral("Traffic by address and function"));
-    table_->setToolTip(QStringLiteral("Requests and replies; times in milliseconds. A gap runs "
-                                      "from the beginning of one burst to that of the next."));
+    table_->setToolTip(QStringLiteral("Modbus requests and replies; times in milliseconds, those "
+                                      "of the lumps in which the adapter delivers the bytes. A "
+                                      "gap runs from the beginning of one frame to that of the "
+                                      "next."));
     table_->setHorizontalHeaderLabels(titles());
     table_->verticalHeader()->hide();
     table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -140,19 +143,20 @@ void TrafficView::showEvent(QShowEvent* event) {
 
 void TrafficView::fill() {
     shown_ = traffic_.revision();
+    const TrafficCounts& counts = traffic_.counts();
     table_->setRowCount(
-        static_cast<int>(2 + traffic_.by_address().size() + traffic_.by_function().size()));
+        static_cast<int>(2 + counts.by_address().size() + counts.by_function().size()));
     int row = 0;
-    fill_row(row++, QStringLiteral("All"), traffic_.all());
-    for (const auto& [address, counts] : traffic_.by_address())
-        fill_row(row++, QStringLiteral("Address %1").arg(address), counts);
-    for (const auto& [function, counts] : traffic_.by_function())
-        fill_row(row++, QStringLiteral("Function %1").arg(function), counts);
-    fill_row(row, QStringLiteral("No Modbus frame: %1").arg(traffic_.damaged()), {});
+    fill_row(row++, QStringLiteral("All"), counts.all());
+    for (const auto& [address, row_counts] : counts.by_address())
+        fill_row(row++, QStringLiteral("Address %1").arg(address), row_counts);
+    for (const auto& [function, row_counts] : counts.by_function())
+        fill_row(row++, QStringLiteral("Function %1").arg(function), row_counts);
+    fill_row(row, QStringLiteral("No Modbus frame: %1").arg(counts.damaged()), {});
     table_->resizeColumnsToContents();
     const bool replies = which_->currentIndex() == kReplyTimes;
     histogram_->setAccessibleName(which_->currentText());
-    histogram_->show_times(replies ? traffic_.reply_times() : traffic_.gaps());
+    histogram_->show_times(replies ? counts.reply_times() : counts.gaps());
 }
 
 void TrafficView::fill_row(int row, const QString& name, const TrafficRow& from) {

@@ -4,9 +4,9 @@
 
 namespace pelvan {
 
-std::uint16_t modbus_crc(std::string_view bytes) {
+std::uint16_t modbus_crc(std::string_view bytes, std::uint16_t begin) {
     constexpr std::uint32_t kReflectedPolynomial = 0xA001;
-    std::uint32_t crc = 0xFFFF;
+    std::uint32_t crc = begin;
     // Bit by bit and without a table, as required. The mask stands for the test of bit 0: a branch
     // on bits that are as good as random would cost several times the arithmetic.
     for (const char byte : bytes) {
