@@ -48,7 +48,11 @@ void bind(const BindContext& context, ProgressBar& model, QProgressBar* bar);
 
 /// Gives the view a model of its own that reads the control's lines. Bind when the view has its
 /// font; 10,000 lines scroll as fast as ten.
-void bind(const BindContext& context, ListBox& model, QListView* view);
+///
+/// The view scrolls to the line that is selected. With `held` it stands still instead when lines
+/// come at the end, while `held` says so or somebody has scrolled up.
+void bind(const BindContext& context, ListBox& model, QListView* view,
+          std::function<bool()> held = {});
 /// Keeps the rows of two lists level; `beside` may be hidden at times.
 void scroll_together(QListView* lines, QListView* beside);
 /// The grid's row 0 becomes the header. Enter and the space bar act as the left mouse button, the

@@ -77,8 +77,10 @@ class LineModel : public QAbstractListModel {
 
 class ListBinding : public QObject {
   public:
-    ListBinding(const BindContext& context, ListBox& list, QListView* view)
-        : QObject(view), list_(list), view_(view), lines_(new LineModel(list, *view, this)),
+    ListBinding(const BindContext& context, ListBox& list, QListView* view,
+                std::function<bool()> held)
+        : QObject(view), list_(list), view_(view), held_(std::move(held)),
+          lines_(new LineModel(list, *view, this)),
           throttle_(new UpdateThrottle(this, [this] { catch_up(); })),
           binding_(new Binding(context, list, view, [this] { show_selected(); })) {
         view->setModel(lines_);
@@ -121,11 +123,20 @@ class ListBinding : public QObject {
     }
 
     void catch_up() {
+        const bool stands_still = stays();
         lines_->grow();
+        view_->setAutoScroll(!stands_still);
         binding_->refresh();
+        view_->setAutoScroll(true);
+        if (stands_still) scroll_wanted_ = false;
         // A view scrolls to what becomes its current line; to what is already, it must be told.
         if (std::exchange(scroll_wanted_, false) && list_.ListIndex() >= 0)
             view_->scrollTo(lines_->index(list_.ListIndex(), 0));
+    }
+
+    [[nodiscard]] bool stays() const {
+        const QScrollBar& bar = *view_->verticalScrollBar();
+        return held_ && (held_() || bar.value() < bar.maximum());
     }
 
     void show_selected() {
@@ -140,6 +151,7 @@ class ListBinding : public QObject {
 
     ListBox& list_;
     QListView* view_;
+    std::function<bool()> held_;
     LineModel* lines_;
     UpdateThrottle* throttle_;
     Binding* binding_;
@@ -150,12 +162,12 @@ class ListBinding : public QObject {
 
 } // namespace
 
-void bind(const BindContext& context, ListBox& model, QListView* view) {
+void bind(const BindContext& context, ListBox& model, QListView* view, std::function<bool()> held) {
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
     view->setUniformItemSizes(true);
     view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
-    new ListBinding(context, model, view);
+    new ListBinding(context, model, view, std::move(held));
 }
 
 void scroll_together(QListView* lines, QListView* beside) {

@@ -1,5 +1,6 @@
 #include "desktop/windows/listen_window.h"
 
+#include <QCheckBox>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -7,6 +8,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QMenu>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QShortcut>
@@ -15,6 +17,7 @@
 #include <QTabWidget>
 
 #include "desktop/bindings/qt_text.h"
+#include "desktop/windows/frames_view.h"
 #include "desktop/windows/traffic_view.h"
 
 namespace pelvan::desktop {
@@ -37,20 +40,20 @@ QLayout* statistics(const BindContext& context, frm_Listen& form) {
     return grid;
 }
 
-QListView* line_view(const BindContext& context, ListBox& list) {
+QListView* line_view(const BindContext& context, ListBox& list, const CheckBox& pause) {
     auto* view = new QListView;
     view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     // Both lists have the bar, or neither would keep its lines level with the other's.
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    bind(context, list, view);
+    bind(context, list, view, [&pause] { return pause.checked(); });
     return view;
 }
 
 /// The lines, with their times on the left when these are shown; both scroll together.
 QWidget* captured_lines(const BindContext& context, frm_Listen& form) {
-    auto* times = line_view(context, form.lst_Times);
+    auto* times = line_view(context, form.lst_Times, form.chk_Pause);
     times->setMinimumWidth(times->fontMetrics().averageCharWidth() * kTimesCharacters);
-    auto* lines = line_view(context, form.lst_CommsCommand);
+    auto* lines = line_view(context, form.lst_CommsCommand, form.chk_Pause);
     scroll_together(lines, times);
     for (QListView* view : {times, lines}) {
         auto* copy = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_C), view);
@@ -80,6 +83,17 @@ QWidget* lines_tab(const BindContext& context, frm_Listen& form) {
     return tab;
 }
 
+/// What is wanted in every tab.
+QLayout* command_row(const BindContext& context, frm_Listen& form) {
+    auto* row = new QHBoxLayout;
+    row->addWidget(bound<QPushButton>(context, form.cmd_Start));
+    row->addWidget(bound<QPushButton>(context, form.cmd_Stop));
+    row->addWidget(bound<QCheckBox>(context, form.chk_Pause));
+    row->addWidget(bound<QCheckBox>(context, form.chk_LogToFile));
+    row->addWidget(bound<QLabel>(context, form.lbl_Log), 1);
+    return row;
+}
+
 /// The pop-up of the right mouse button, which the menu key opens as well.
 void add_pop_up(const BindContext& context, frm_Listen& form, QWidget* content) {
     auto* menu = make_menu(context, form.HiddenMenu, content);
@@ -102,12 +116,15 @@ QWidget* make_listen(const BindContext& context, frm_Listen& form) {
     tabs->setObjectName(QStringLiteral("tabs"));
     tabs->tabBar()->setAccessibleName(QStringLiteral("Views"));
     tabs->addTab(lines_tab(context, form), QStringLiteral("&Lines"));
+    tabs->addTab(new FramesView(context, form.frames), QStringLiteral("Fra&mes"));
     tabs->addTab(traffic, QStringLiteral("T&raffic"));
     auto* status = bound<QLabel>(context, form.lbl_Status);
     auto* layout = new QVBoxLayout(content);
+    layout->addLayout(command_row(context, form));
     layout->addWidget(tabs, 1);
     layout->addWidget(status);
     add_pop_up(context, form, content);
+    bind(context, form.tmr_Settle);
     return content;
 }
 
