@@ -24,9 +24,10 @@ constexpr double kMark = 7; // a reading at the cursor
 TrendChart::TrendChart() {
     setObjectName(QStringLiteral("trend_chart"));
     setAccessibleName(tr("Trend"));
-    setToolTip(tr("Wheel or + - zoom the time, with Ctrl or on a scale the values; drag or "
-                  "Shift+arrows pan, Shift+drag zooms into a frame, arrows move the cursor, Home "
-                  "fits everything, End follows."));
+    // No tool tip: it would cover the curves whenever the cursor rests.
+    setAccessibleDescription(tr("Plus and minus zoom the time and with Ctrl the values, Shift and "
+                                "the arrows pan, the arrows move the cursor, Home fits "
+                                "everything, End follows the newest readings."));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setBackgroundRole(QPalette::Base);
@@ -38,6 +39,7 @@ void TrendChart::draw(const Trend& trend, const TrendSpan& visible, const std::v
                       int current) {
     visible_ = visible;
     current_ = current;
+    marks_.clear(); // their scales may go
     read(trend, rows);
     lay_out();
 }
@@ -53,6 +55,7 @@ void TrendChart::read(const Trend& trend, const std::vector<int>& rows) {
         CurveRange range{row, trend.label(row).unit, {}, trend.extent(row)};
         for (const TrendPoint& point : curve.points)
             range.visible.include(point.value);
+        if (range.ever.low > range.ever.high) continue; // never read: there is nothing to draw
         curves_.push_back(std::move(curve));
         ranges_.push_back(std::move(range));
     }
@@ -161,6 +164,11 @@ void TrendChart::changeEvent(QEvent* event) {
 void TrendChart::show_cursor(double time_ms, std::vector<Mark> marks) {
     has_cursor_ = true;
     cursor_ms_ = time_ms;
+    // A row that was read for the first time since is drawn with the next picture.
+    std::erase_if(marks, [this](const Mark& mark) {
+        return std::none_of(curves_.begin(), curves_.end(),
+                            [&](const Curve& curve) { return curve.row == mark.row; });
+    });
     marks_ = std::move(marks);
     update();
 }

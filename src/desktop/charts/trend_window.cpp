@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <algorithm>
 #include <cmath>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr int kLookEveryMs = 500;
 constexpr QSize kSize(1000, 600);
+constexpr double kMostOfScreen = 0.9;
 constexpr int kSideWidth = 300;
 
 QString time_text(double calendar_ms) {
@@ -33,7 +35,7 @@ TrendView::TrendView(Trend& trend, QWidget* parent)
       scales_(new QComboBox) {
     setObjectName(QStringLiteral("trend_window"));
     setWindowTitle(tr("Trend"));
-    resize(kSize);
+    resize(kSize.boundedTo(screen()->availableSize() * kMostOfScreen));
     lay_out();
     chart_->installEventFilter(this);
     connect(&timer_, &QTimer::timeout, this, [this] { look_for_news(); });
@@ -87,6 +89,7 @@ QBoxLayout* TrendView::make_buttons() {
     add(tr("Save &PNG..."), tr("The picture as it stands"), [this] { ask_and_save(true); });
     add(tr("Save &CSV..."), tr("Every reading that is kept"), [this] { ask_and_save(false); });
     buttons->addStretch();
+    buttons->addWidget(new QLabel(tr("Keys and mouse: F1")));
     return buttons;
 }
 
