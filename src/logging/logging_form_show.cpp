@@ -8,8 +8,9 @@ namespace pelvan {
 namespace {
 
 constexpr std::int32_t kNotInUse = -1;
-/// Often enough to be seen at work, seldom enough that quick controllers do not wait for it.
-constexpr double kShowEveryMs = 200;
+/// Less than a row of a silent controller takes, and more than all rows of most quick ones: their
+/// marks would go and come with every pass.
+constexpr double kShowEveryMs = 1000;
 
 constexpr char kLoadAgain[] = "No row is polled: load the set again (Ctrl+O)";
 constexpr char kEditAgain[] = "No row is polled: edit a cell of each row, or load a set (Ctrl+O)";

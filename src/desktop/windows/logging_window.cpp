@@ -25,8 +25,8 @@ constexpr int kMargin = 8;
 constexpr int kNumberWidth = 44;
 constexpr int kBarHeight = 40;
 constexpr int kLogWidth = 150;
-constexpr int kColumnWidth = 90;
-constexpr int kNameWidth = 200;
+constexpr int kColumnWidth = 80;
+constexpr int kNameWidth = 170;
 
 struct StateLook {
     const char* mark; // behind the "Yes" of the row: colour alone says nothing to some
