@@ -6,6 +6,14 @@
 #include "text/strings.h"
 
 namespace pelvan {
+namespace {
+
+/// What is selected when one line is, or (at -1) none.
+std::vector<LineRange> only(int index) {
+    return index < 0 ? std::vector<LineRange>() : std::vector<LineRange>{{index, index}};
+}
+
+} // namespace
 
 const std::string& ListBox::List(int index) const {
     return items_[checked_index(index, items_.size())];
@@ -20,19 +28,28 @@ void ListBox::AddItem(const std::string& text, int index) {
     if (index < 0 || index > ListCount()) throw RunTimeError(error_number::kIllegalCall);
     items_.insert(items_.begin() + index, text);
     if (list_index_ >= index) ++list_index_;
+    selected_ = only(list_index_);
     lines_changed_.raise(ListChange::Inserted, index);
 }
 
 void ListBox::Clear() {
     items_.clear();
     list_index_ = -1;
+    selected_.clear();
     lines_changed_.raise(ListChange::Cleared, -1);
 }
 
 void ListBox::set_ListIndex(int index) {
-    if (index < -1 || index >= ListCount()) throw RunTimeError(error_number::kIllegalCall);
-    if (index == list_index_) return;
+    set_Selected(only(index), index);
+}
+
+void ListBox::set_Selected(const std::vector<LineRange>& lines, int index) {
+    const bool fits =
+        lines.empty() || (lines.front().first >= 0 && lines.back().last < ListCount());
+    if (!fits || index < -1 || index >= ListCount()) throw RunTimeError(error_number::kIllegalCall);
+    if (index == list_index_ && lines == selected_) return;
     list_index_ = index;
+    selected_ = lines;
     lines_changed_.raise(ListChange::Selected, index);
     raise(Click);
 }

@@ -14,6 +14,13 @@ namespace pelvan {
 /// What changed in a list, so that a watcher need not read 10,000 lines for one.
 enum class ListChange { Added, Inserted, Cleared, Selected };
 
+/// Lines `first` to `last` of a list.
+struct LineRange {
+    int first = 0;
+    int last = 0;
+    bool operator==(const LineRange&) const = default;
+};
+
 class ListBox : public Control {
   public:
     using Control::Control;
@@ -27,6 +34,18 @@ class ListBox : public Control {
     [[nodiscard]] int ListIndex() const { return list_index_; }
     void set_ListIndex(int index);
     std::function<void()> Click;
+    /// A line was clicked twice; the first click has selected it.
+    std::function<void()> DblClick;
+
+    /// Lets a person select several lines; said before the list is bound.
+    void make_multi_select() { multi_select_ = true; }
+    [[nodiscard]] bool multi_select() const { return multi_select_; }
+    /// The selected lines, from top to bottom and apart from each other. `set_ListIndex` selects
+    /// its line alone; of several, the line at ListIndex is the one that the keyboard moves.
+    [[nodiscard]] const std::vector<LineRange>& Selected() const { return selected_; }
+    /// Selects these lines, and makes one (or none, -1) the one that the keyboard moves. Raises
+    /// Click when anything changed; 5 outside the list.
+    void set_Selected(const std::vector<LineRange>& lines, int index);
 
     /// Is notified of line changes with the index that they concern, instead of `watch`.
     Subscription watch_lines(std::function<void(ListChange, int)> watcher) {
@@ -36,6 +55,8 @@ class ListBox : public Control {
   private:
     std::vector<std::string> items_;
     int list_index_ = -1;
+    std::vector<LineRange> selected_;
+    bool multi_select_ = false;
     Event<ListChange, int> lines_changed_;
 };
 

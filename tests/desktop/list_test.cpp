@@ -65,5 +65,38 @@ TEST_F(ListTest, SelectionGoesBothWaysWithoutEchoAndMayBeRefused) {
     EXPECT_EQ(clicked, (std::vector<int>{2, -1, 2, 3, 0}));
 }
 
+TEST_F(ListTest, SeveralLinesAreSelectedFromEitherSide) {
+    list_.make_multi_select();
+    for (int i = 0; i < 12; ++i)
+        list_.AddItem("line " + std::to_string(i));
+    show();
+    const auto click = [&](int row, Qt::KeyboardModifiers held) {
+        QTest::mouseClick(view_->viewport(), Qt::LeftButton, held,
+                          view_->visualRect(view_->model()->index(row, 0)).center());
+    };
+    click(2, {});
+    click(4, Qt::ShiftModifier);
+    click(7, Qt::ControlModifier);
+    EXPECT_EQ(list_.Selected(), (std::vector<LineRange>{{2, 4}, {7, 7}}));
+    click(3, Qt::ControlModifier);
+    EXPECT_EQ(list_.Selected(), (std::vector<LineRange>{{2, 2}, {4, 4}, {7, 7}}));
+    EXPECT_EQ(list_.ListIndex(), 3) << "where the keyboard goes on";
+    list_.set_Selected({{0, 1}, {5, 6}}, 6);
+    testing::run_events();
+    EXPECT_EQ(view_->selectionModel()->selectedIndexes().size(), 4);
+    EXPECT_EQ(view_->currentIndex().row(), 6);
+    QTest::keyClick(view_, Qt::Key_Down);
+    EXPECT_EQ(list_.Selected(), (std::vector<LineRange>{{7, 7}}));
+    int twice = 0;
+    list_.DblClick = [&] { ++twice; };
+    QTest::mouseDClick(view_->viewport(), Qt::LeftButton, {},
+                       view_->visualRect(view_->model()->index(7, 0)).center());
+    testing::run_events();
+    EXPECT_EQ(twice, 1);
+    list_.Clear();
+    testing::run_events();
+    EXPECT_TRUE(list_.Selected().empty());
+}
+
 } // namespace
 } // namespace pelvan::desktop

@@ -1,7 +1,9 @@
 #include <QAbstractListModel>
 #include <QKeyEvent>
 #include <QListView>
+#include <QScopedValueRollback>
 #include <QScrollBar>
+#include <algorithm>
 #include <utility>
 
 #include "desktop/bindings/bind.h"
@@ -75,6 +77,23 @@ class LineModel : public QAbstractListModel {
     int widest_ = 0; // pixels
 };
 
+/// The selected rows of a view from top to bottom; what touches is one range.
+std::vector<LineRange> selected_rows(const QItemSelectionModel& model) {
+    std::vector<LineRange> rows;
+    for (const QItemSelectionRange& range : model.selection())
+        rows.push_back({range.top(), range.bottom()});
+    std::sort(rows.begin(), rows.end(),
+              [](const LineRange& a, const LineRange& b) { return a.first < b.first; });
+    std::vector<LineRange> joined;
+    for (const LineRange& range : rows) {
+        if (joined.empty() || range.first > joined.back().last + 1)
+            joined.push_back(range);
+        else
+            joined.back().last = std::max(joined.back().last, range.last);
+    }
+    return joined;
+}
+
 class ListBinding : public QObject {
   public:
     ListBinding(const BindContext& context, ListBox& list, QListView* view,
@@ -85,10 +104,10 @@ class ListBinding : public QObject {
           binding_(new Binding(context, list, view, [this] { show_selected(); })) {
         view->setModel(lines_);
         binding_->refresh();
-        connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
-                [this](const QModelIndex& current) {
-                    binding_->tell([this, row = current.row()] { list_.set_ListIndex(row); });
-                });
+        connect_selection();
+        connect(view, &QListView::doubleClicked, this, [this] {
+            if (list_.DblClick) binding_->tell_later([this] { list_.DblClick(); });
+        });
         view->installEventFilter(this);
     }
 
@@ -104,6 +123,27 @@ class ListBinding : public QObject {
     }
 
   private:
+    void connect_selection() {
+        QItemSelectionModel* model = view_->selectionModel();
+        if (!list_.multi_select()) {
+            connect(model, &QItemSelectionModel::currentChanged, this,
+                    [this](const QModelIndex& current) {
+                        binding_->tell([this, row = current.row()] { list_.set_ListIndex(row); });
+                    });
+            return;
+        }
+        const auto tell = [this] { tell_selected(); };
+        connect(model, &QItemSelectionModel::selectionChanged, this, tell);
+        connect(model, &QItemSelectionModel::currentChanged, this, tell);
+    }
+
+    void tell_selected() {
+        if (showing_) return;
+        binding_->tell(
+            [this, rows = selected_rows(*view_->selectionModel()),
+             current = view_->currentIndex().row()] { list_.set_Selected(rows, current); });
+    }
+
     bool scroll_sideways(int key) {
         if (key != Qt::Key_Left && key != Qt::Key_Right) return false;
         const int step = kScrollCharacters * view_->fontMetrics().averageCharWidth();
@@ -141,12 +181,31 @@ class ListBinding : public QObject {
 
     void show_selected() {
         if (view_->model() != lines_ || list_.ListIndex() >= lines_->count()) return;
+        if (list_.multi_select()) {
+            show_several();
+            return;
+        }
         const int row = view_->currentIndex().row(); // -1 when there is none
         if (row == list_.ListIndex()) return;
         if (list_.ListIndex() < 0)
             view_->selectionModel()->clear();
         else
             view_->setCurrentIndex(lines_->index(list_.ListIndex(), 0));
+    }
+
+    /// Several lines: what is selected, and which of them the keyboard moves.
+    void show_several() {
+        const QScopedValueRollback<bool> guard(showing_, true);
+        QItemSelectionModel& model = *view_->selectionModel();
+        if (selected_rows(model) != list_.Selected()) {
+            QItemSelection wanted;
+            for (const LineRange& range : list_.Selected())
+                wanted.select(lines_->index(range.first, 0), lines_->index(range.last, 0));
+            model.select(wanted, QItemSelectionModel::ClearAndSelect);
+        }
+        if (view_->currentIndex().row() != list_.ListIndex())
+            model.setCurrentIndex(lines_->index(list_.ListIndex(), 0),
+                                  QItemSelectionModel::NoUpdate);
     }
 
     ListBox& list_;
@@ -156,6 +215,7 @@ class ListBinding : public QObject {
     UpdateThrottle* throttle_;
     Binding* binding_;
     bool scroll_wanted_ = false;
+    bool showing_ = false;
     Subscription changes_ =
         list_.watch_lines([this](ListChange change, int index) { changed(change, index); });
 };
@@ -164,7 +224,8 @@ class ListBinding : public QObject {
 
 void bind(const BindContext& context, ListBox& model, QListView* view, std::function<bool()> held) {
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    view->setSelectionMode(QAbstractItemView::SingleSelection);
+    view->setSelectionMode(model.multi_select() ? QAbstractItemView::ExtendedSelection
+                                                : QAbstractItemView::SingleSelection);
     view->setUniformItemSizes(true);
     view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     new ListBinding(context, model, view, std::move(held));
