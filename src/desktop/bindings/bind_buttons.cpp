@@ -12,6 +12,21 @@
 namespace pelvan::desktop {
 namespace {
 
+/// The last letter may reach beyond the width that its font tells; a label would cut it.
+class WholeLabel : public QLabel {
+  public:
+    [[nodiscard]] QSize sizeHint() const override { return widened(QLabel::sizeHint()); }
+    [[nodiscard]] QSize minimumSizeHint() const override {
+        return widened(QLabel::minimumSizeHint());
+    }
+
+  private:
+    static QSize widened(const QSize& size) {
+        constexpr int kOverhang = 2; // pixels
+        return size + QSize(kOverhang, 0);
+    }
+};
+
 /// An option group has no widget of its own: its options' buttons show it together.
 class OptionBinding : public QObject {
   public:
@@ -35,8 +50,12 @@ class OptionBinding : public QObject {
         const OptionGroup::Option& option = model_.option(index);
         radio->setObjectName(to_qt(control_name(model_.Name(), index)));
         radio->setText(to_qt(option.caption));
-        radio->setAccessibleName(option.caption.empty() ? to_qt(option.tool_tip)
-                                                        : without_marks(radio->text()));
+        QString spoken =
+            option.caption.empty() ? to_qt(option.tool_tip) : without_marks(radio->text());
+        // Two groups of a window may have options of the same names.
+        if (!model_.Caption().empty())
+            spoken = without_marks(to_qt(model_.Caption())) + QStringLiteral(": ") + spoken;
+        radio->setAccessibleName(spoken);
         group_->addButton(radio, index);
         radio->installEventFilter(this);
         connect(radio, &QRadioButton::clicked, this,
@@ -60,6 +79,9 @@ class OptionBinding : public QObject {
 
     void show(QRadioButton& radio, int index) {
         radio.setChecked(model_.Value() == index);
+        // The Tab key stops once in a group: at what is chosen, or at the first option.
+        const bool stop = index == std::max(0, model_.Value());
+        radio.setFocusPolicy(stop ? Qt::StrongFocus : Qt::ClickFocus);
         radio.setEnabled(model_.Enabled() && model_.option(index).enabled);
         // A group has a tip of its own only while it is held.
         const std::string& held = model_.ToolTipText();
@@ -152,7 +174,7 @@ QGroupBox* option_frame(const BindContext& context, Frame& frame, OptionGroup& o
 }
 
 QLabel* label_for(const BindContext& context, Label& model, QWidget* widget) {
-    auto* label = bound<QLabel>(context, model);
+    auto* label = bound<WholeLabel>(context, model);
     set_label(label, widget);
     return label;
 }

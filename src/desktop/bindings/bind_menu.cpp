@@ -13,7 +13,14 @@ class ActionBinding : public QObject {
   public:
     ActionBinding(MenuEntry& entry, QAction* action) : QObject(action), entry_(entry) {
         action->setObjectName(to_qt(entry.Name()));
-        action->setShortcut(QKeySequence(to_qt(entry.shortcut()), QKeySequence::PortableText));
+        QString keys = to_qt(entry.shortcut());
+        action->setShortcuts({QKeySequence(keys, QKeySequence::PortableText)});
+        // A keyboard has this key twice, under two names.
+        if (keys.contains(QStringLiteral("Enter")))
+            action->setShortcuts(
+                {QKeySequence(keys, QKeySequence::PortableText),
+                 QKeySequence(keys.replace(QStringLiteral("Enter"), QStringLiteral("Return")),
+                              QKeySequence::PortableText)});
         changes_ = entry.watch([this, action] { show(*action); });
         show(*action);
     }
