@@ -17,7 +17,7 @@ namespace pelvan::desktop {
 MdiFrame::MdiFrame(const BindContext& context, Form& form, DesktopServices& services,
                    WindowPlaces& places)
     : activation_(context.run), context_(context), form_(form), services_(services),
-      places_(places), area_(new QMdiArea(this)) {
+      places_(places), area_(new QMdiArea(this)), focus_(std::make_unique<FocusKeeper>(*area_)) {
     context_.activation = &activation_;
     if (context_.owner == nullptr) context_.owner = this;
     setObjectName(to_qt(form.Name()));
@@ -41,6 +41,7 @@ MdiFrame::~MdiFrame() {
     // The children go first: they tell the tracker, and the area would announce each one's end.
     for (const auto& [window, child] : children_)
         if (window->isVisible()) child.place->keep();
+    focus_.reset();
     area_->disconnect(this);
     area_->viewport()->removeEventFilter(this);
     delete area_;
@@ -54,6 +55,7 @@ QMdiSubWindow* MdiFrame::add_child(Form& form, QWidget* content, const QRect& pl
     for (QAction* action : child->systemMenu()->actions())
         action->setShortcuts(QList<QKeySequence>());
     area_->addSubWindow(child);
+    focus_->watch(child);
     auto* keeper = new PlaceKeeper(child, form.Name(), places_, [this] {
         return isVisible() ? area_->viewport()->rect() : QRect();
     });

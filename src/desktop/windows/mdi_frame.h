@@ -5,12 +5,14 @@
 
 #include <QMainWindow>
 #include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "desktop/bindings/activation.h"
 #include "desktop/bindings/bind.h"
 #include "desktop/system/place_keeper.h"
+#include "desktop/windows/focus_keeper.h"
 #include "platform/desktop_services.h"
 
 class QMdiArea;
@@ -88,6 +90,7 @@ class MdiFrame : public QMainWindow {
     DesktopServices& services_;
     WindowPlaces& places_;
     QMdiArea* area_;
+    std::unique_ptr<FocusKeeper> focus_;
     std::map<QMdiSubWindow*, Child> children_;
     std::vector<QMenu*> own_menus_;
     QMenu* window_menu_ = nullptr;
