@@ -8,7 +8,7 @@ namespace pelvan {
 
 Application::Application(Services given, LineOpener opener)
     : Core(std::move(given), std::move(opener)), history(services),
-      console(services, session.config, channels, link, senders, history),
+      console(services, session.config, channels, link, senders, history, repeat),
       listen(services, listen_monitor,
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
       transfer(services, transfer_link, modbus), logging(services, data_logger),

@@ -17,6 +17,7 @@ Core::Core(Services given, LineOpener opener)
       transfer_link(channels, countdowns, services.dialogs, error_log, "Save/Restore Setup"),
       profile_link(channels, countdowns, services.dialogs, error_log, "Profile Logic"),
       modbus(session.modbus), senders(link, modbus, services.clock, services.dialogs),
+      repeat(link, services.tick, messages),
       listen_monitor(listen_link, modbus, session.listen, services.clock,
                      services.application_directory),
       data_logger(services, messages, session.config, logging_link, modbus, session.logging),

@@ -5,6 +5,7 @@
 
 #include "app/error_boundary.h"
 #include "app/session.h"
+#include "console/repeat.h"
 #include "console/senders.h"
 #include "listen/listen_monitor.h"
 #include "logging/data_logger.h"
@@ -40,6 +41,7 @@ class Core {
     Link profile_link;
     Modbus modbus;
     Senders senders;
+    Repeat repeat; // of the console, and of the terminal's `send`
     ListenMonitor listen_monitor;
     DataLogger data_logger;
 

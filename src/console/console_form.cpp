@@ -12,17 +12,18 @@ constexpr char kInitialCommand[] = "? C1";
 } // namespace
 
 frm_Pelvan5VB::frm_Pelvan5VB(Services& services, ConfigState& config, ChannelTable& channels,
-                             Link& link, Senders& senders, History& history)
+                             Link& link, Senders& senders, History& history, Repeat& repeat_engine)
     : Form("frm_Pelvan5VB", "Command Center"),
       opt_Protocol("opt_Protocol",
-                   {{"Full", "ANSI X3.28 \"Full\" protocol."},
-                    {"Modbus", "Modbus RTU."},
-                    {"Xon", "Xon/Xoff ASCII protocol."},
-                    {"Tellura", "Tellura/AB protocol."}},
+                   {{protocol::name(protocol::kFull), "ANSI X3.28 \"Full\" protocol."},
+                    {protocol::name(protocol::kModbus), "Modbus RTU."},
+                    {protocol::name(protocol::kXon), "Xon/Xoff ASCII protocol."},
+                    {protocol::name(protocol::kTellura), "Tellura/AB protocol."}},
                    protocol::kModbus),
       modbus(senders.modbus, chk_GenerateBadChecksum), text(senders.text), tellura(senders.tellura),
-      script(services, lbl_Status), services_(services), config_(config), channels_(channels),
-      link_(link), history_(history), panels_{&text.full(), &modbus, &text.xon(), &tellura} {
+      script(services, lbl_Status), repeat(services, repeat_engine, history, lbl_Status),
+      services_(services), config_(config), channels_(channels), link_(link),
+      history_(history), panels_{&text.full(), &modbus, &text.xon(), &tellura} {
     set_help_page("console");
     make_menus();
     make_diagnostics_menu();
@@ -31,11 +32,12 @@ frm_Pelvan5VB::frm_Pelvan5VB(Services& services, ConfigState& config, ChannelTab
     chk_GenerateBadChecksum.set_Visible(false);
     chk_GenerateBadChecksum.Click = [this] { show_ticks(); };
     handle_keys();
+    connect_repeat();
     show_panel();
 }
 
 void frm_Pelvan5VB::make_menus() {
-    mnuFile.children = {&mnuSendSetupFile, nullptr, &mnuExit};
+    mnuFile.children = {&mnuSendSetupFile, &repeat.mnuRepeat, nullptr, &mnuExit};
     mnuHelp.children = {&mnuHelpContents};
     menus = {&mnuFile, &mnuDiagnostics, &mnuHelp};
     mnuSendSetupFile.Click = [this] { mnuSendSetupFile_Click(); };
@@ -71,7 +73,21 @@ void frm_Pelvan5VB::handle_keys() {
     for (Control* choice : std::initializer_list<Control*>{
              &opt_Protocol, &modbus.opt_DataFormat, &modbus.cmb_CommandType, &modbus.opt_NumberBase,
              &tellura.OptReadWrite, &tellura.OptErrorChecking})
-        choice->KeyDown = [this](Key key) { return key == Key::Enter && handle_key(key); };
+        choice->KeyDown = [this](Key key) {
+            return (key == Key::Enter || key == Key::Escape) && handle_key(key);
+        };
+}
+
+void frm_Pelvan5VB::connect_repeat() {
+    repeat.command = [this] { return panel().sender_of(panel().command()); };
+    // In a box of an exchange, and while the port settings are open, nothing goes out.
+    repeat.occupied = [this] { return sending_ || !Enabled(); };
+    repeat.refused = [this](const std::string& refusal) { show_refusal(refusal); };
+    repeat.txt_RepeatInterval.KeyDown = [this](Key key) {
+        if (key != Key::Enter) return key == Key::Escape && handle_key(key);
+        repeat.cmd_Repeat.press();
+        return true;
+    };
 }
 
 void frm_Pelvan5VB::Form_Load() {
@@ -92,6 +108,7 @@ void frm_Pelvan5VB::Form_Load() {
 
 bool frm_Pelvan5VB::Form_Unload() {
     script.abandon();
+    repeat.stop();
     closed.raise();
     return true;
 }
@@ -107,6 +124,10 @@ void frm_Pelvan5VB::opt_Protocol_Click(int index) {
 }
 
 void frm_Pelvan5VB::cmd_SendCommand_Click() {
+    send_with([this] { return panel().send(); });
+}
+
+void frm_Pelvan5VB::send_with(const SendOnce& send) {
     const Hourglass busy(*this);
     const Subscription sending = link_.sending.subscribe([this] {
         lbl_Status.set_Caption("Sending ...");
@@ -118,9 +139,38 @@ void frm_Pelvan5VB::cmd_SendCommand_Click() {
         std::string& status;
         ~Show() { label.set_Caption(status); }
     } const show{lbl_Status, status};
-    const SendOutcome outcome = listed(panel().send());
-    if (!outcome.refusal.empty()) services_.dialogs.message_box(outcome.refusal);
+    sending_ = true;
+    const ScopeGuard sent([this] { sending_ = false; });
+    const SendOutcome outcome = listed(send());
     status = outcome.status;
+    if (!outcome.refusal.empty()) show_refusal(outcome.refusal);
+}
+
+/// A line of the history comes back into the fields, which may be another protocol's.
+void frm_Pelvan5VB::recall(const CommandEntry& command) {
+    if (command.protocol != opt_Protocol.Value()) {
+        if (line_refused()) return;
+        opt_Protocol.set_Value(command.protocol);
+    }
+    panel().put(command);
+    Show();
+    focus_entry();
+}
+
+/// The fields stay as they are, and so does the chosen protocol.
+void frm_Pelvan5VB::send_again(const CommandEntry& command) {
+    if (line_refused()) return;
+    ProtocolPanel& its_panel = *panels_.at(static_cast<std::size_t>(command.protocol));
+    if (const SendOnce send = its_panel.sender_of(command)) send_with(send);
+}
+
+/// Then to the box that was refused, its text selected: what is typed next replaces it.
+void frm_Pelvan5VB::show_refusal(const std::string& refusal) {
+    services_.dialogs.message_box(refusal);
+    TextBox* const box = panel().refused_box(refusal);
+    if (box == nullptr) return;
+    box->SetFocus();
+    box->select_all();
 }
 
 /// Puts what was exchanged into the history.
@@ -151,7 +201,9 @@ class frm_Pelvan5VB::LoopbackRun : public LoopbackListener {
     void jumper_expected(bool in) override { form_.jumper_asked(in); }
     void sending() override { busy_.emplace(form_); }
     void exchanged(const HistoryRow& row) override {
-        form_.history_.add(row);
+        HistoryRow listed = row;
+        listed.entry.protocol = form_.opt_Protocol.Value();
+        form_.history_.add(listed);
         busy_.reset();
     }
 
@@ -205,11 +257,12 @@ void frm_Pelvan5VB::hold_controls() {
              &cmd_SendCommand, &opt_Protocol, &mnuSendSetupFile, &mnuverifyport,
              &history_.frmCommand.mnuverifyport, &history_.frmResponse.mnuverifyport})
         control->hold(holder);
+    repeat.hold(holder);
 }
 
-/// Says who has the line; false when nobody else has.
+/// Says who has the line, this window's own script or test too; false when nobody has.
 bool frm_Pelvan5VB::line_refused() {
-    const std::string refusal = link_.refusal();
+    const std::string refusal = channels_.line_use().refusal(nullptr);
     if (!refusal.empty()) services_.dialogs.message_box(refusal);
     return !refusal.empty();
 }
@@ -219,12 +272,17 @@ bool frm_Pelvan5VB::handle_key(Key key) {
     case Key::Enter:
         cmd_SendCommand.press();
         return true;
+    // Taken also at the end of the list: what is left to the front end may move the focus.
     case Key::Up:
-        return panel().recall_earlier();
+        panel().recall_earlier();
+        return true;
     case Key::Down:
-        return panel().recall_later();
+        panel().recall_later();
+        return true;
     case Key::Escape:
-        break;
+        if (!repeat.running()) break;
+        repeat.stop();
+        return true;
     }
     return false;
 }

@@ -8,6 +8,7 @@
 #include "console/history_form.h"
 #include "console/modbus_panel.h"
 #include "console/protocol_number.h"
+#include "console/repeat_panel.h"
 #include "console/script_panel.h"
 #include "console/senders.h"
 #include "console/tellura_panel.h"
@@ -21,7 +22,7 @@ namespace pelvan {
 class frm_Pelvan5VB : public Form {
   public:
     frm_Pelvan5VB(Services& services, ConfigState& config, ChannelTable& channels, Link& link,
-                  Senders& senders, History& history);
+                  Senders& senders, History& history, Repeat& repeat_engine);
 
     Frame fram_Protocol{"fram_Protocol", "&Protocol"};
     OptionGroup opt_Protocol;
@@ -33,6 +34,7 @@ class frm_Pelvan5VB : public Form {
     TextPanel text;
     TelluraPanel tellura;
     ScriptPanel script;
+    RepeatPanel repeat;
 
     MenuEntry mnuFile{"mnuFile", "&File"};
     MenuEntry mnuSendSetupFile{"mnuSendSetupFile", "Send Set&up File...", "Ctrl+Shift+O",
@@ -77,6 +79,7 @@ class frm_Pelvan5VB : public Form {
     void make_menus();
     void make_diagnostics_menu();
     void handle_keys();
+    void connect_repeat();
     [[nodiscard]] ProtocolPanel& panel() {
         return *panels_[static_cast<std::size_t>(opt_Protocol.Value())];
     }
@@ -88,6 +91,10 @@ class frm_Pelvan5VB : public Form {
     void hold_controls();
     bool line_refused();
     bool handle_key(Key key);
+    void show_refusal(const std::string& refusal);
+    void send_with(const SendOnce& send);
+    void recall(const CommandEntry& command);
+    void send_again(const CommandEntry& command);
 
     Services& services_;
     ConfigState& config_;
@@ -95,6 +102,11 @@ class frm_Pelvan5VB : public Form {
     Link& link_;
     History& history_;
     std::array<ProtocolPanel*, protocol::kCount> panels_; // by protocol number
+    bool sending_ = false;
+    Subscription recalls_ = history_.recall_requested.subscribe(
+        [this](const CommandEntry& command) { recall(command); });
+    Subscription repetitions_ = history_.send_again_requested.subscribe(
+        [this](const CommandEntry& command) { send_again(command); });
     Subscription line_use_ = channels_.line_use().changed.subscribe([this] { hold_controls(); });
 };
 

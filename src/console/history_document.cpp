@@ -16,7 +16,26 @@ std::string padded(const std::string& text, std::size_t width) {
     return text.size() < width ? text + std::string(width - text.size(), ' ') : text;
 }
 
+/// A cell of a table that is separated by commas (RFC 4180).
+std::string csv_cell(const std::string& text) {
+    const std::string shown = controls_in_brackets(text);
+    if (shown.find_first_of(",\"") == shown.npos) return shown;
+    std::string cell = "\"";
+    for (const char c : shown)
+        cell += c == '"' ? "\"\"" : std::string(1, c);
+    return cell + "\"";
+}
+
 } // namespace
+
+std::string csv_text(const std::vector<HistoryRow>& rows) {
+    std::string text = "Sent,Protocol,Command,Received,Response\r\n";
+    for (const HistoryRow& row : rows)
+        text += csv_cell(row.sent_at) + "," + protocol::name(row.entry.protocol) + "," +
+                csv_cell(row.command) + "," + csv_cell(row.received_at) + "," +
+                csv_cell(row.response) + "\r\n";
+    return text;
+}
 
 void save_document(const HistoryDocument& document, const std::string& path) {
     std::size_t width = sizeof(kCommand) - 1;

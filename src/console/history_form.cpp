@@ -1,6 +1,8 @@
 #include "console/history_form.h"
 
-#include "serial/errors.h"
+#include <algorithm>
+#include <cmath>
+
 #include "text/strings.h"
 
 namespace pelvan {
@@ -9,10 +11,20 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
                          const std::string& list_name, const std::string& list_tool_tip,
                          Services& services)
     : Form(name, caption), list(list_name, caption, list_tool_tip),
-      lst_Times(list_name + "Times", caption + ", times"), hscrl_List("hscrl_List", 0, 0),
+      lst_Times(list_name + "Times", caption + ", times"),
+      lst_Protocols(list_name + "Protocols", caption + ", protocols"),
+      hscrl_List("hscrl_List", 0, 0, 0, "Moves the lines to the left."),
       mnuFile("mnuFile", "&File"), mnuFileClose("mnuFileClose", "&Close Window", "Ctrl+F4"),
       mnuEdit("mnuEdit", "&Edit"),
-      mnuCopyLine("mnuCopyLine", "&Copy Line", "Ctrl+C", "Copy the selected line."),
+      mnuRecall("mnuRecall", "&Put into the Fields\tEnter", "",
+                "Put the command of this line into the console's fields. Also by a double-click."),
+      mnuSendAgain("mnuSendAgain", "&Send Again", "Ctrl+Enter",
+                   "Send the command of this line again; the console's fields stay as they are."),
+      mnuCopyLine("mnuCopyLine", "&Copy", "Ctrl+C",
+                  "Copy the selected lines; Shift and Ctrl select several."),
+      mnuCopyCsv("mnuCopyCsv", "Copy as CS&V", "",
+                 "Copy the selected commands and their responses, with protocol and times, for a "
+                 "spreadsheet."),
       mnuCopyAll("mnuCopyAll", "Copy &All Lines", "Ctrl+Shift+C",
                  "Copy every line of this window."),
       mnuFind("mnuFind", "&Find...", "Ctrl+F", "Find a text in this window."),
@@ -21,7 +33,9 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
                "Show beside each line when it was sent or received, in milliseconds."),
       mnuClear("mnuClear", "C&lear Both Windows", "Ctrl+Shift+Del",
                "Empty Command History and Command Response."),
-      mnuDiagnostics("mnuDiagnostics", diagnostics_text::kMenu),
+      mnuUndoClear("mnuUndoClear", "&Undo Clear", "Ctrl+Z",
+                   "Bring back the lines that were cleared last."),
+      mnuPopUp("mnuPopUp"), mnuDiagnostics("mnuDiagnostics", diagnostics_text::kMenu),
       mnuverifyport("mnuverifyport", diagnostics_text::kVerifyPort, "",
                     diagnostics_text::kVerifyPortTip),
       mnuGenbadCS("mnuGenbadCS", diagnostics_text::kBadChecksum, "",
@@ -29,11 +43,17 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
       mnuHelp("mnuHelp", "&Help"), mnuHelpContents("mnuHelpContents", "&Contents"),
       services_(services) {
     set_help_page("history");
-    mnuFile.children = {&mnuFileClose};
-    mnuEdit.children = {&mnuCopyLine, &mnuCopyAll, nullptr,   &mnuFind,
-                        &mnuFindNext, nullptr,     &mnuTimes, &mnuClear};
-    mnuTimes.make_checkable();
+    for (ListBox* each : lists())
+        each->make_multi_select();
     lst_Times.set_Visible(false);
+    lst_Protocols.set_Visible(false);
+    mnuFile.children = {&mnuFileClose};
+    mnuEdit.children = {&mnuRecall,  &mnuSendAgain, nullptr,      &mnuCopyLine, &mnuCopyCsv,
+                        &mnuCopyAll, nullptr,       &mnuFind,     &mnuFindNext, nullptr,
+                        &mnuTimes,   &mnuClear,     &mnuUndoClear};
+    mnuPopUp.children = {&mnuRecall,  &mnuSendAgain, nullptr, &mnuCopyLine,
+                         &mnuCopyCsv, &mnuCopyAll,   nullptr, &mnuTimes};
+    mnuTimes.make_checkable();
     mnuFind.Click = [this] { mnuFind_Click(); };
     mnuFindNext.Click = [this] { mnuFindNext_Click(); };
     mnuGenbadCS.make_checkable();
@@ -41,13 +61,21 @@ HistoryForm::HistoryForm(const std::string& name, const std::string& caption,
     mnuHelp.children = {&mnuHelpContents};
     menus = {&mnuFile, &mnuEdit, &mnuDiagnostics, &mnuHelp};
     mnuFileClose.Click = [this] { Unload(); };
-    mnuCopyLine.Click = [this] { copy_line(); };
+    mnuCopyLine.Click = [this] { copy_lines(); };
     mnuCopyAll.Click = [this] { copy_all(); };
     mnuHelpContents.Click = [this] { services_.desktop.show_help(help_page()); };
 }
 
-void HistoryForm::copy_line() {
-    if (list.ListIndex() >= 0) services_.desktop.set_clipboard_text(list.List(list.ListIndex()));
+void HistoryForm::copy_lines() {
+    const std::vector<LineRange>& selected = list.Selected();
+    if (selected.empty()) return;
+    std::string text;
+    for (const LineRange& range : selected)
+        for (int i = range.first; i <= range.last; ++i)
+            text += list.List(i) + "\r\n";
+    // A single line without its end fits into a box as well.
+    if (selected.size() == 1 && selected[0].first == selected[0].last) text.resize(text.size() - 2);
+    services_.desktop.set_clipboard_text(text);
 }
 
 void HistoryForm::copy_all() {
@@ -80,109 +108,34 @@ void HistoryForm::mnuFindNext_Click() {
     services_.dialogs.message_box("\"" + wanted_ + "\" was not found in " + Caption() + ".");
 }
 
-void HistoryForm::add_line(const std::string& line, const std::string& time) {
-    list.AddItem(line);
-    lst_Times.AddItem(time);
+int HistoryForm::scrolled_pixels(int reach) const {
+    const double share = hscrl_List.Max() == 0 ? 0.0 : 1.0 * hscrl_List.Value() / hscrl_List.Max();
+    return static_cast<int>(std::lround(share * reach));
 }
 
-void HistoryForm::select_line(int index) {
-    list.set_ListIndex(index);
-    lst_Times.set_ListIndex(index);
+void HistoryForm::list_scrolled(int pixels, int reach) {
+    // Several values may stand for one pixel: a bar that is right already stays where it is held.
+    hscrl_List.set_Enabled(reach > 0);
+    if (reach > 0 && scrolled_pixels(reach) == pixels) return;
+    const double share = reach > 0 ? std::clamp(1.0 * pixels / reach, 0.0, 1.0) : 0.0;
+    hscrl_List.set_Value(static_cast<int>(std::lround(share * hscrl_List.Max())));
+}
+
+void HistoryForm::add_line(const std::string& line, const std::string& time,
+                           const std::string& protocol) {
+    list.AddItem(line);
+    lst_Times.AddItem(time);
+    lst_Protocols.AddItem(protocol);
+}
+
+void HistoryForm::select_lines(const std::vector<LineRange>& lines, int index) {
+    for (ListBox* each : lists())
+        each->set_Selected(lines, index);
 }
 
 void HistoryForm::clear_lines() {
-    list.Clear();
-    lst_Times.Clear();
-}
-
-History::History(Services& services)
-    : frmCommand("frmCommand", "Command History", "lst_CommsCommand",
-                 "Commands as they were sent. Selecting one selects its reply.", services),
-      frmResponse("frmResponse", "Command Response", "lst_CommsResponse",
-                  "What came back. Selecting a reply selects its command.", services),
-      services_(services) {
-    for (HistoryForm* form : {&frmCommand, &frmResponse}) {
-        form->list.Click = [this, form] { select(form->list.ListIndex()); };
-        form->lst_Times.Click = [this, form] { select(form->lst_Times.ListIndex()); };
-        form->mnuTimes.Click = [this, form] { show_times(!form->mnuTimes.Checked()); };
-        form->mnuClear.Click = [this] { clear(); };
-        add_file_entries(form->mnuFile);
-    }
-    mnuEdit.children = {&frmResponse.mnuFind, &frmResponse.mnuFindNext, nullptr,
-                        &frmResponse.mnuCopyAll, &frmResponse.mnuClear};
-    mnuSaveHistory.Click = [this] { save(); };
-    mnuPrint.Click = [this] { hand_over(print_requested); };
-    mnuPrintPreview.Click = [this] { hand_over(preview_requested); };
-}
-
-void History::add_file_entries(MenuEntry& file_menu) {
-    file_menu.children.insert(file_menu.children.begin(),
-                              {&mnuSaveHistory, &mnuPrint, &mnuPrintPreview, nullptr});
-}
-
-void History::join_console(Form& console, MenuEntry& file_menu) {
-    add_file_entries(file_menu);
-    console.menus.insert(console.menus.begin() + 1, &mnuEdit);
-}
-
-void History::add(const HistoryRow& row) {
-    if (frmCommand.list.ListCount() > kMaxLines) clear();
-    frmCommand.add_line(shortened(row.command, kMaxLineLength), row.sent_at);
-    frmResponse.add_line(shortened(row.response, kMaxLineLength), row.received_at);
-    select(frmCommand.list.ListCount() - 1);
-}
-
-void History::select(int index) {
-    // Each list's Click leads here again, with nothing left to do.
-    frmCommand.select_line(index);
-    frmResponse.select_line(index);
-}
-
-void History::clear() {
-    frmCommand.clear_lines();
-    frmResponse.clear_lines();
-}
-
-void History::show_times(bool shown) {
-    for (HistoryForm* form : {&frmCommand, &frmResponse}) {
-        form->mnuTimes.set_Checked(shown);
-        form->lst_Times.set_Visible(shown);
-    }
-}
-
-HistoryDocument History::document() const {
-    const LocalTime now = services_.clock.now();
-    HistoryDocument document{frmCommand.Caption() + " and " + frmResponse.Caption(),
-                             date_text(now) + " " + time_text(now),
-                             frmCommand.mnuTimes.Checked(),
-                             {}};
-    for (int i = 0; i < frmCommand.list.ListCount(); ++i)
-        document.rows.push_back({frmCommand.lst_Times.List(i), frmCommand.list.List(i),
-                                 frmResponse.lst_Times.List(i), frmResponse.list.List(i)});
-    return document;
-}
-
-bool History::is_empty() {
-    const bool empty = frmCommand.list.ListCount() == 0;
-    if (empty) services_.dialogs.message_box("There is nothing in the history yet.");
-    return empty;
-}
-
-void History::save() {
-    if (is_empty()) return;
-    FileDialogRequest request;
-    request.title = "Save History";
-    request.filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*|";
-    request.file_name = "Command History.txt";
-    request.default_extension = "txt";
-    request.overwrite_prompt = true;
-    request.refuse_read_only = true;
-    const auto path = services_.dialogs.save_file(request);
-    if (path) save_document(document(), *path);
-}
-
-void History::hand_over(const Event<const HistoryDocument&>& printer) {
-    if (!is_empty()) printer.raise(document());
+    for (ListBox* each : lists())
+        each->Clear();
 }
 
 } // namespace pelvan

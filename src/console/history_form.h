@@ -3,7 +3,9 @@
 // saved and printed as one document (history_document.h).
 #pragma once
 
+#include <array>
 #include <string>
+#include <vector>
 
 #include "console/history_document.h"
 #include "forms/form.h"
@@ -32,11 +34,17 @@ class HistoryForm : public Form {
     ListBox list;
     /// When each line came to be, beside the list; hidden at first.
     ListBox lst_Times;
-    /// Moves the list to the left by its value in twips; it counts downwards from 0.
+    /// Each line's protocol, beside the list; shown while there are lines of several.
+    ListBox lst_Protocols;
+    /// Moves the list to the left, to the end of its longest line at Max; it counts downwards from
+    /// 0.
     ScrollBar hscrl_List;
 
     MenuEntry mnuFile, mnuFileClose;
-    MenuEntry mnuEdit, mnuCopyLine, mnuCopyAll, mnuFind, mnuFindNext, mnuTimes, mnuClear;
+    MenuEntry mnuEdit, mnuRecall, mnuSendAgain, mnuCopyLine, mnuCopyCsv, mnuCopyAll;
+    MenuEntry mnuFind, mnuFindNext, mnuTimes, mnuClear, mnuUndoClear;
+    /// The pop-up menu of the list.
+    MenuEntry mnuPopUp;
     /// The same entries as in the console's menu; the console gives them their meaning.
     MenuEntry mnuDiagnostics, mnuverifyport, mnuGenbadCS;
     MenuEntry mnuHelp, mnuHelpContents;
@@ -49,12 +57,20 @@ class HistoryForm : public Form {
     /// text when there is none yet, and says when no line holds it.
     void mnuFindNext_Click();
 
-    void add_line(const std::string& line, const std::string& time);
-    void select_line(int index);
+    /// How far the list stands to the left, in the pixels of which `reach` bring the end of its
+    /// longest line into sight.
+    [[nodiscard]] int scrolled_pixels(int reach) const;
+    /// The list was moved to the left without the scroll bar, or its reach is another now.
+    void list_scrolled(int pixels, int reach);
+
+    void add_line(const std::string& line, const std::string& time, const std::string& protocol);
+    /// Selects lines in all lists of the window.
+    void select_lines(const std::vector<LineRange>& lines, int index);
     void clear_lines();
+    [[nodiscard]] std::array<ListBox*, 3> lists() { return {&list, &lst_Times, &lst_Protocols}; }
 
   private:
-    void copy_line();
+    void copy_lines();
     void copy_all();
     Services& services_;
     std::string wanted_;
@@ -67,10 +83,18 @@ class History {
     HistoryForm frmCommand;
     HistoryForm frmResponse;
 
+    enum class Select {
+        Always,
+        /// Unless somebody has selected other lines than the last one.
+        IfAtEnd,
+    };
     /// Adds a pair of lines and selects it. Both lists are cleared first when they hold more than
     /// 10,000, so that a session of days stays bounded.
-    void add(const HistoryRow& row);
+    void add(const HistoryRow& row, Select select = Select::Always);
+    /// Empties both lists; what they held can be brought back.
     void clear();
+    /// Brings back what was cleared last, in front of what came since.
+    void undo_clear();
 
     /// For the File menu of both windows and the console.
     MenuEntry mnuSaveHistory{"mnuSaveHistory", "&Save History...", "Ctrl+S",
@@ -89,21 +113,36 @@ class History {
     /// The document is to be printed, or its pages are to be shown first.
     Event<const HistoryDocument&> print_requested;
     Event<const HistoryDocument&> preview_requested;
+    /// A line's command is to come back into the fields, or to be sent again as it is.
+    Event<const CommandEntry&> recall_requested;
+    Event<const CommandEntry&> send_again_requested;
 
     static constexpr int kMaxLines = 10000;
     /// Bytes of a line; the longest Modbus rendering has some 1,500. A list that has to lay out a
-    /// line of a megabyte stands still.
+    /// line of a megabyte stands still. What longer entries were is not kept.
     static constexpr std::size_t kMaxLineLength = 2000;
 
   private:
-    void select(int index);
+    void connect(HistoryForm& form);
+    void append(const HistoryRow& row);
+    [[nodiscard]] HistoryRow row(int index) const;
+    [[nodiscard]] std::vector<HistoryRow> rows() const;
+    [[nodiscard]] bool is_at_end() const;
+    void empty_lists();
+    void select(const std::vector<LineRange>& lines, int index);
     void show_times(bool shown);
+    void show_protocols();
+    void hand_entry(const Event<const CommandEntry&>& receiver);
+    void copy_csv();
     void add_file_entries(MenuEntry& file_menu);
     void save();
     void hand_over(const Event<const HistoryDocument&>& printer);
     [[nodiscard]] bool is_empty();
 
     Services& services_;
+    std::vector<CommandEntry> entries_; // of the lines
+    unsigned protocols_ = 0;            // one bit each that a line has
+    std::vector<HistoryRow> cleared_;
 };
 
 } // namespace pelvan

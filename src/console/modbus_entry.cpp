@@ -126,6 +126,23 @@ const std::array<ModbusCommandType, 12>& modbus_command_types() {
     return types;
 }
 
+ValueKind value_kind(ModbusCommand command) {
+    using enum ModbusCommand;
+    switch (command) {
+    case ReadCoils:
+    case ReadInputs:
+    case ReadHolding:
+    case ReadInputRegisters:
+    case Read32:
+        return ValueKind::Count;
+    case Diagnostics:
+    case LoopBack:
+        return ValueKind::Data;
+    default:
+        return ValueKind::Values;
+    }
+}
+
 bool is_broadcast(const ModbusEntry& entry) {
     return whole_number(entry.address) == 0;
 }
@@ -149,6 +166,13 @@ std::string build_request(Modbus& modbus, const ModbusEntry& entry) {
                              : whole_number(entry.start_register).value_or(kNoNumber);
     return modbus.ModbusBuildRequest(type.function, address_number(entry.address),
                                      static_cast<float>(start), values);
+}
+
+ModbusField refused_field(std::string_view refusal) {
+    const auto names = [&](const char* field) { return refusal.find(field) != refusal.npos; };
+    if (names("ADDRESS")) return ModbusField::Address;
+    if (names("REGISTER")) return ModbusField::Register;
+    return names("DATA VALUE") ? ModbusField::Values : ModbusField::None;
 }
 
 std::string render(Modbus& modbus, DataFormat format, std::int16_t is_request,

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "console/command_entry.h"
 #include "protocols/modbus/modbus.h"
 
 namespace pelvan {
@@ -34,21 +35,15 @@ struct ModbusCommandType {
     const char* register_caption;
 };
 
+/// What the value box holds for a command type.
+enum class ValueKind { Count, Values, Data };
+inline constexpr std::size_t kValueKinds = 3;
+[[nodiscard]] ValueKind value_kind(ModbusCommand command);
+
 /// All command types, in the order in which they are offered.
 [[nodiscard]] const std::array<ModbusCommandType, 12>& modbus_command_types();
 
 enum class DataFormat { Decimal, Hex, SmartDec };
-
-/// What the user entered, as typed.
-struct ModbusEntry {
-    std::size_t type = 2; // index into modbus_command_types()
-    std::string address;
-    std::string start_register;
-    std::string values; // numbers separated by spaces or commas
-    bool hexadecimal = false;
-
-    bool operator==(const ModbusEntry&) const = default;
-};
 
 /// Whether the entry goes to every controller, so that none answers.
 [[nodiscard]] bool is_broadcast(const ModbusEntry& entry);
@@ -60,6 +55,10 @@ struct ModbusEntry {
 /// The request frame, or a text beginning with "Bad". Text that is no number is refused as the
 /// field that it stands in would be: "Bad ADDRESS entered." and so on.
 [[nodiscard]] std::string build_request(Modbus& modbus, const ModbusEntry& entry);
+
+/// The field that the builder's refusal complains of.
+enum class ModbusField { None, Address, Register, Values };
+[[nodiscard]] ModbusField refused_field(std::string_view refusal);
 
 /// Renders a frame in the chosen format; the request flag as in the decoders.
 [[nodiscard]] std::string render(Modbus& modbus, DataFormat format, std::int16_t is_request,

@@ -15,9 +15,13 @@ constexpr int kReadHoldingIndex = 2;
 } // namespace
 
 ModbusPanel::ModbusPanel(ModbusSender& sender, const CheckBox& bad_checksum)
-    : cmb_CommandType("cmb_CommandType", type_captions(), kReadHoldingIndex, false,
+    : EntryPanel(protocol::kModbus),
+      cmb_CommandType("cmb_CommandType", type_captions(), kReadHoldingIndex, false,
                       "What the controller is asked to do."),
       sender_(sender), bad_checksum_(bad_checksum) {
+    // Both groups have a "Decimal".
+    opt_NumberBase.set_Caption(lbl_NumberBase.Caption());
+    opt_DataFormat.set_Caption(fram_DataFormat.Caption());
     cmb_CommandType.Click = [this] { command_type_changed(); };
     for (TextBox* box : {&txt_Address, &txt_Register, &txt_Values})
         box->GotFocus = [box] { box->select_all(); };
@@ -36,8 +40,22 @@ void ModbusPanel::set_entry(const ModbusEntry& entry) {
     opt_NumberBase.set_Value(entry.hexadecimal ? 1 : 0);
 }
 
-SendOutcome ModbusPanel::send_entry(const ModbusEntry& entry) {
-    return send_as(entry, format());
+SendOnce ModbusPanel::sender_for(const ModbusEntry& entry) {
+    return [this, entry, format = format()] { return send_as(entry, format); };
+}
+
+TextBox* ModbusPanel::refused_box(const std::string& refusal) {
+    switch (refused_field(refusal)) {
+    case ModbusField::Address:
+        return &txt_Address;
+    case ModbusField::Register:
+        return &txt_Register;
+    case ModbusField::Values:
+        return &txt_Values;
+    case ModbusField::None:
+        break;
+    }
+    return nullptr;
 }
 
 SendOutcome ModbusPanel::send_as(const ModbusEntry& entry, DataFormat format) {
@@ -46,15 +64,16 @@ SendOutcome ModbusPanel::send_as(const ModbusEntry& entry, DataFormat format) {
 
 SendLine ModbusPanel::script_sender() {
     return [this, format = format(), address = txt_Address.Text()](const std::string& line) {
-        return send_as(write_register_entry(address, line), format);
+        const ModbusEntry entry = write_register_entry(address, line);
+        return noted(send_as(entry, format), entry);
     };
 }
 
 void ModbusPanel::set_visible(bool on) {
     for (Control* control : std::initializer_list<Control*>{
              &Fram_Modbus, &lbl_CommandType, &cmb_CommandType, &lbl_Address, &txt_Address,
-             &lbl_Register, &txt_Register, &lbl_Values, &txt_Values, &opt_NumberBase,
-             &fram_DataFormat, &opt_DataFormat})
+             &lbl_Register, &txt_Register, &lbl_Values, &txt_Values, &lbl_NumberBase,
+             &opt_NumberBase, &fram_DataFormat, &opt_DataFormat})
         control->set_Visible(on);
 }
 
@@ -64,6 +83,11 @@ void ModbusPanel::command_type_changed() {
     lbl_Register.set_Caption(type.register_caption);
     lbl_Values.set_Caption(type.values_caption);
     txt_Register.set_Enabled(type.command != ModbusCommand::LoopBack);
+    const ValueKind kind = value_kind(type.command);
+    if (kind == value_kind_) return;
+    value_texts_.at(static_cast<std::size_t>(value_kind_)) = txt_Values.Text();
+    value_kind_ = kind;
+    txt_Values.set_Text(value_texts_.at(static_cast<std::size_t>(kind)));
 }
 
 } // namespace pelvan

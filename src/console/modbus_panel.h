@@ -23,6 +23,7 @@ class ModbusPanel : public EntryPanel<ModbusEntry> {
     Label lbl_Values{"lbl_Values", "&Count"};
     TextBox txt_Values{"txt_Values", "1",
                        "A count to read, or the values to write, with spaces between them."};
+    Label lbl_NumberBase{"lbl_NumberBase", "Values entered in"};
     OptionGroup opt_NumberBase{"opt_NumberBase",
                                {{"Decimal", "Values are entered in decimal, -32768 to 32767."},
                                 {"Hexadecimal", "Values are entered in hexadecimal, 0 to FFFF."}},
@@ -40,11 +41,12 @@ class ModbusPanel : public EntryPanel<ModbusEntry> {
     void show() override { set_visible(true); }
     void hide() override { set_visible(false); }
     void focus() override { txt_Register.SetFocus(); }
+    TextBox* refused_box(const std::string& refusal) override;
     /// A line is "register value" in decimal.
     SendLine script_sender() override;
 
   protected:
-    SendOutcome send_entry(const ModbusEntry& entry) override;
+    SendOnce sender_for(const ModbusEntry& entry) override;
 
   private:
     [[nodiscard]] DataFormat format() const {
@@ -56,6 +58,10 @@ class ModbusPanel : public EntryPanel<ModbusEntry> {
 
     ModbusSender& sender_;
     const CheckBox& bad_checksum_;
+    ValueKind value_kind_ = ValueKind::Count; // of what stands in the value box
+    /// What last stood in the value box, by kind: a count that was read never becomes a value that
+    /// is written.
+    std::array<std::string, kValueKinds> value_texts_{"1", "", "0"};
 };
 
 } // namespace pelvan

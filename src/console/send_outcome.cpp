@@ -19,7 +19,7 @@ std::string ExchangeTimes::status(std::size_t bytes_sent, std::size_t bytes_rece
 }
 
 HistoryRow ExchangeTimes::row(std::string command, std::string response) const {
-    return {sent_at_, std::move(command), received_at_, std::move(response)};
+    return {sent_at_, std::move(command), received_at_, std::move(response), taken_ms_};
 }
 
 SendOutcome ExchangeTimes::not_sent(const Link& link, const std::string& command,

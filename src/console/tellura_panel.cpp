@@ -2,7 +2,8 @@
 
 namespace pelvan {
 
-TelluraPanel::TelluraPanel(TelluraSender& sender) : sender_(sender) {
+TelluraPanel::TelluraPanel(TelluraSender& sender)
+    : EntryPanel(protocol::kTellura), sender_(sender) {
     TxtData.set_Enabled(false);
     OptReadWrite.Click = [this](int index) {
         TxtNoBytes.set_Enabled(index == 0);
@@ -28,6 +29,14 @@ void TelluraPanel::set_entry(const TelluraEntry& entry) {
     TxtData.set_Text(entry.data);
     OptReadWrite.set_Value(entry.write ? 1 : 0);
     OptErrorChecking.set_Value(entry.check == TelluraCheck::Crc ? 1 : 0);
+}
+
+TextBox* TelluraPanel::refused_box(const std::string& refusal) {
+    const auto names = [&](const char* field) { return refusal.find(field) != refusal.npos; };
+    if (names("device address")) return &TxtTelluraAddress;
+    if (names("parameter address")) return &TxtParameterAddress;
+    if (names("number of bytes")) return &TxtNoBytes;
+    return names("data") ? &TxtData : nullptr;
 }
 
 void TelluraPanel::set_visible(bool on) {

@@ -33,10 +33,13 @@ class TelluraPanel : public EntryPanel<TelluraEntry> {
     void show() override { set_visible(true); }
     void hide() override { set_visible(false); }
     void focus() override { TxtParameterAddress.SetFocus(); }
+    TextBox* refused_box(const std::string& refusal) override;
     SendLine script_sender() override { return {}; }
 
   protected:
-    SendOutcome send_entry(const TelluraEntry& entry) override { return sender_.send(entry); }
+    SendOnce sender_for(const TelluraEntry& entry) override {
+        return [this, entry] { return sender_.send(entry); };
+    }
 
   private:
     void set_visible(bool on);

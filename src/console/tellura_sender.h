@@ -10,16 +10,6 @@
 
 namespace pelvan {
 
-struct TelluraEntry {
-    std::string device_address = "1";
-    std::string parameter_address = "01ca";
-    std::string byte_count = "2";
-    std::string data;
-    bool write = false;
-    TelluraCheck check = TelluraCheck::Bcc;
-    bool operator==(const TelluraEntry&) const = default;
-};
-
 class TelluraSender {
   public:
     TelluraSender(Link& link, Clock& clock, Dialogs& dialogs)

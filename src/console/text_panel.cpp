@@ -18,7 +18,8 @@ void TextPanel::set_entry(const TextEntry& entry) {
 
 SendLine TextPanel::Half::script_sender() {
     return [this, address = fields_.txt_DeviceAddress.Text()](const std::string& line) {
-        return fields_.sender_.send(protocol_, {address, line});
+        const TextEntry entry{address, line};
+        return noted(fields_.sender_.send(protocol_, entry), entry);
     };
 }
 

@@ -27,7 +27,9 @@ class TextPanel {
     /// One of the two on the shared fields.
     class Half : public EntryPanel<TextEntry> {
       public:
-        Half(TextPanel& fields, TextProtocol protocol) : fields_(fields), protocol_(protocol) {}
+        Half(TextPanel& fields, TextProtocol protocol)
+            : EntryPanel(protocol == TextProtocol::Full ? protocol::kFull : protocol::kXon),
+              fields_(fields), protocol_(protocol) {}
         TextEntry entry() const override { return fields_.entry(); }
         void set_entry(const TextEntry& entry) override { fields_.set_entry(entry); }
         void show() override { fields_.show_for(this); }
@@ -35,11 +37,13 @@ class TextPanel {
             if (fields_.shown_ == this) fields_.show_for(nullptr);
         }
         void focus() override { fields_.txt_CommsCommand.SetFocus(); }
+        /// Whatever was entered is sent.
+        TextBox* refused_box(const std::string&) override { return nullptr; }
         SendLine script_sender() override;
 
       protected:
-        SendOutcome send_entry(const TextEntry& entry) override {
-            return fields_.sender_.send(protocol_, entry);
+        SendOnce sender_for(const TextEntry& entry) override {
+            return [this, entry] { return fields_.sender_.send(protocol_, entry); };
         }
 
       private:

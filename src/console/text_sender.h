@@ -11,12 +11,6 @@ namespace pelvan {
 
 enum class TextProtocol { Full, Xon };
 
-struct TextEntry {
-    std::string device_address; // Full only
-    std::string command;
-    bool operator==(const TextEntry&) const = default;
-};
-
 /// A text from the line as it is listed: without the carriage return and line feed at its end, each
 /// other byte that is no printable character as its hexadecimal value, "<0D>".
 [[nodiscard]] std::string printable(std::string_view text);

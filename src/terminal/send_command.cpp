@@ -1,8 +1,14 @@
+#include <algorithm>
+
 #include "console/protocol_number.h"
 #include "terminal/commands.h"
 
 namespace pelvan {
 namespace {
+
+/// How long one wait lasts at most, so that an interrupt is noticed soon.
+constexpr int kWaitMs = 50;
+constexpr double kMsPerSecond = 1000;
 
 /// What the command line says, for whichever protocol.
 struct SendOptions {
@@ -16,6 +22,9 @@ struct SendOptions {
     bool long_values = false;
     ModbusSendOptions modbus;
     TelluraEntry tellura;
+    long repeat = 0; // 0: until interrupted
+    double interval_s = 1;
+    CLI::Option* repeat_option = nullptr;
     CLI::Option* text_option = nullptr;
     CLI::Option* write_option = nullptr;
 };
@@ -70,6 +79,36 @@ SendOutcome send_with(const SendOptions& options, Senders& senders) {
     }
 }
 
+/// Prints command, reply and what is against it; whether the controller did what it was asked.
+bool print_judged(const SendOutcome& outcome, TerminalEnvironment& environment) {
+    const bool answered = print_outcome(outcome, environment);
+    if (answered && !outcome.accepted) environment.err << "pelvan7: " << outcome.objection << "\n";
+    environment.out.flush();
+    return answered && outcome.accepted;
+}
+
+/// Sends at the interval until it was often enough or an interrupt comes; whether every sending,
+/// one at least, was answered.
+bool send_repeatedly(const SendOptions& options, Core& app, TerminalEnvironment& environment) {
+    Repeat& repeat = app.repeat;
+    const auto enough = [&] {
+        return options.repeat > 0 && repeat.counts().sent() >= options.repeat;
+    };
+    repeat.start([&] { return send_with(options, app.senders); },
+                 options.interval_s * kMsPerSecond);
+    while (repeat.running() && !environment.stop && !enough()) {
+        if (const auto outcome = repeat.tick())
+            print_judged(*outcome, environment);
+        else
+            environment.wait_ms(std::clamp(static_cast<int>(repeat.wait_ms()), 1, kWaitMs));
+    }
+    const bool ended = options.repeat == 0 || enough();
+    repeat.stop();
+    const RepeatCounts& counts = repeat.counts();
+    if (counts.sent() > 0) environment.out << counts.text() << "\n";
+    return ended && counts.failures == 0 && counts.replies.count > 0;
+}
+
 int send(const SendOptions& options, TerminalEnvironment& environment) {
     if (const auto reason = complaint(options)) {
         environment.err << "pelvan7: " << *reason << "\n";
@@ -77,13 +116,13 @@ int send(const SendOptions& options, TerminalEnvironment& environment) {
     }
     TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
-    const SendOutcome outcome = send_with(options, terminal.app().senders);
-    const bool answered = print_outcome(outcome, environment);
-    const bool accepted = answered && outcome.accepted;
-    if (answered && !accepted) environment.err << "pelvan7: " << outcome.objection << "\n";
+    Core& app = terminal.app();
+    const bool accepted = options.repeat_option->count() > 0
+                              ? send_repeatedly(options, app, environment)
+                              : print_judged(send_with(options, app.senders), environment);
     environment.out.flush();
     // The next command is a process of its own and knows nothing of this one's failures.
-    await_late_answer(terminal.app().link);
+    await_late_answer(app.link);
     return accepted ? exit_code::kDone : exit_code::kFailed;
 }
 
@@ -173,6 +212,19 @@ void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
         ->capture_default_str();
     options->text_option = command->add_option(
         "command", options->text, "Command text of the Full and Xon protocols, such as \"? C1\"");
+    options->repeat_option =
+        command
+            ->add_option("--repeat", options->repeat,
+                         "Send so many times, at the interval; 0: until Ctrl+C. Ends with replies, "
+                         "failures and times, and with 0 when there was no failure")
+            ->check(CLI::NonNegativeNumber);
+    command
+        ->add_option("--interval", options->interval_s,
+                     "Seconds from one sending to the next, 0.1 to 3600")
+        ->check(CLI::Range(Repeat::kMinIntervalMs / kMsPerSecond,
+                           Repeat::kMaxIntervalMs / kMsPerSecond))
+        ->capture_default_str()
+        ->needs(options->repeat_option);
     add_modbus_options(*command, *options);
     add_tellura_options(*command, *options);
     command->callback([options, &chosen] {

@@ -45,7 +45,8 @@ struct ConsoleRig : SerialRig {
     Link link{table, countdowns, gate, log, "Command Center"};
     History history{services};
     Senders senders{link, modbus, clock, dialogs};
-    frm_Pelvan5VB console{services, config, table, link, senders, history};
+    Repeat repeat{link, tick, gate};
+    frm_Pelvan5VB console{services, config, table, link, senders, history, repeat};
     Subscription jumper = console.simulated_jumper_moved.subscribe(
         [this](bool in) { simulated->simulators.set_jumper(in); });
 };

@@ -62,6 +62,61 @@ TEST_F(ConsoleTest, RefusedRequestsShowTheirTextAndSendNothing) {
     EXPECT_TRUE(port().outputs.empty() && pairs().empty());
 }
 
+TEST_F(ConsoleTest, ARefusedBoxHasTheFocusAndItsTextSelected) {
+    ModbusPanel& fields = console.modbus;
+    TelluraPanel& tellura = console.tellura;
+    std::string focused;
+    std::vector<Subscription> watches;
+    for (TextBox* box :
+         {&fields.txt_Address, &fields.txt_Register, &fields.txt_Values, &tellura.TxtTelluraAddress,
+          &tellura.TxtParameterAddress, &tellura.TxtNoBytes, &tellura.TxtData}) {
+        watches.push_back(box->watch_focus([&, box](bool& moved) {
+            focused = box->Name();
+            moved = true; // as a window whose focus is there already
+        }));
+        watches.push_back(box->watch_select_all([&, box] { focused += box->Name() + "!"; }));
+    }
+    const auto expect = [&](const TextBox& box) {
+        focused.clear();
+        send();
+        EXPECT_EQ(focused, box.Name() + box.Name() + "!");
+    };
+    enter("2;500;1;1");
+    expect(fields.txt_Address);
+    enter("2;1;x;1");
+    expect(fields.txt_Register);
+    enter("5;1;1;x");
+    expect(fields.txt_Values);
+    build({"1;9600,N,8,1;1", "2;9600,N,8,1;1", "3;9600,N,8,1;1", "4;9600,N,8,1;1"});
+    console.opt_Protocol.set_Value(protocol::kTellura);
+    const std::vector<std::pair<TelluraEntry, TextBox*>> wrong{
+        {{"33", "01ca", "2", "", false, TelluraCheck::Bcc}, &tellura.TxtTelluraAddress},
+        {{"1", "01c", "2", "", false, TelluraCheck::Bcc}, &tellura.TxtParameterAddress},
+        {{"1", "01ca", "0", "", false, TelluraCheck::Bcc}, &tellura.TxtNoBytes},
+        {{"1", "01ca", "2", "xy", true, TelluraCheck::Bcc}, &tellura.TxtData}};
+    for (const auto& [entry, box] : wrong) {
+        tellura.set_entry(entry);
+        expect(*box);
+    }
+}
+
+TEST_F(ConsoleTest, ACountNeverBecomesAValue) {
+    ModbusPanel& fields = console.modbus;
+    const auto text_of = [&](int type) {
+        fields.cmb_CommandType.set_ListIndex(type);
+        return fields.txt_Values.Text();
+    };
+    fields.txt_Values.set_Text("12");
+    EXPECT_EQ(text_of(5), "") << "nothing is written that nobody entered";
+    fields.txt_Values.set_Text("700");
+    for (const auto& [type, text] :
+         {std::pair{8, "700"}, {2, "12"}, {9, "12"}, {11, "0"}, {10, "700"}, {0, "12"}})
+        EXPECT_EQ(text_of(type), text) << type;
+    fields.set_entry({5, "1", "300", "-1", false});
+    EXPECT_EQ(fields.txt_Values.Text(), "-1");
+    EXPECT_EQ(text_of(3), "12");
+}
+
 TEST_F(ConsoleTest, RepliesInEachFormatAndTheirLackInWords) {
     using enum DataFormat;
     const std::string answer = frame("01 03 04 02 D5 FF FF");
@@ -153,12 +208,56 @@ TEST_F(ConsoleTest, ArrowKeysRecallAndEnterSends) {
     EXPECT_EQ(shown(Down), "4x");
 }
 
+TEST(ConsoleHistory, ALineComesBackIntoTheFieldsOrIsSentAgain) {
+    testing::ConsoleRig rig(std::vector<std::string>(4, "simulated:742"), protocol::kFull);
+    frm_Pelvan5VB& console = rig.console;
+    ListBox& lines = rig.history.frmCommand.list;
+    HistoryForm& replies = rig.history.frmResponse;
+    const TextEntry full{"1", "? MODEL"};
+    const ModbusEntry modbus{9, "1", "0", "1", false};
+    console.text.set_entry(full);
+    rig.send();
+    console.opt_Protocol.set_Value(protocol::kModbus);
+    console.modbus.set_entry(modbus);
+    console.modbus.opt_DataFormat.set_Value(2);
+    rig.send();
+    console.modbus.set_entry({2, "1", "5", "1", false});
+    lines.set_ListIndex(0);
+    replies.mnuSendAgain.choose();
+    EXPECT_EQ(rig.pairs().back(), "? MODEL > 742");
+    EXPECT_EQ(console.opt_Protocol.Value(), protocol::kModbus) << "the fields stay as they are";
+    EXPECT_EQ(console.modbus.txt_Register.Text(), "5");
+    lines.set_ListIndex(1);
+    replies.list.DblClick();
+    EXPECT_EQ(console.modbus.entry(), modbus);
+    EXPECT_TRUE(console.Visible());
+    lines.set_ListIndex(2); // the line that was sent again
+    console.text.txt_CommsCommand.set_Text("");
+    EXPECT_TRUE(lines.KeyDown(Key::Enter));
+    EXPECT_EQ(console.opt_Protocol.Value(), protocol::kFull);
+    EXPECT_EQ(console.text.entry(), full);
+
+    Link other{rig.table, rig.countdowns, rig.dialogs, rig.log, "Save/Restore Setup"};
+    const LineClaim claim = other.claim();
+    rig.said();
+    lines.set_ListIndex(1);
+    replies.mnuSendAgain.choose();
+    replies.mnuRecall.choose();
+    EXPECT_EQ(rig.said(), Texts(2, "The line is in use by Save/Restore Setup."));
+    EXPECT_EQ(rig.pairs().size(), 3U);
+    EXPECT_EQ(console.opt_Protocol.Value(), protocol::kFull);
+    rig.history.add(
+        {"", std::string(3000, 'x'), "", "", 0, {0, TextEntry{"1", std::string(3000, 'x')}}});
+    replies.mnuRecall.choose();
+    EXPECT_EQ(rig.said().size(), 1U) << "too long to be kept";
+}
+
 TEST_F(ConsoleTest, LoadingSelectsTheSavedProtocolAndWritesItBack) {
     const std::string ini = dir.file("pelvan7.ini");
     for (const auto& [saved, expected] : std::vector<std::pair<std::string, int>>{
              {"", 1}, {"DEFAULT PROTOCOL=3\r\n", 3}, {"DEFAULT PROTOCOL=words\r\n", 0}}) {
         testing::write_file(ini, "[COMMS CONTROLS]\r\n" + saved);
-        frm_Pelvan5VB fresh(services, config, table, link, senders, history);
+        frm_Pelvan5VB fresh(services, config, table, link, senders, history, repeat);
         fresh.Load();
         EXPECT_EQ(fresh.opt_Protocol.Value(), expected);
         EXPECT_EQ(fresh.text.txt_CommsCommand.Text(), "? C1");

@@ -78,6 +78,81 @@ TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreMoreThanTenThousand) {
     EXPECT_EQ(desktop.clipboard, "reply\r\n");
 }
 
+TEST_F(HistoryTest, SeveralLinesAreSelectedInBothListsAndCopied) {
+    fill();
+    HistoryForm& command = history.frmCommand;
+    HistoryForm& response = history.frmResponse;
+    const std::vector<LineRange> two{{0, 0}, {2, 2}};
+    command.list.set_Selected(two, 2);
+    EXPECT_EQ(response.list.Selected(), two);
+    EXPECT_EQ(response.lst_Times.Selected(), two);
+    response.mnuCopyLine.choose();
+    EXPECT_EQ(desktop.clipboard, "1 3 2 725\r\nlong\r\n");
+    HistoryRow row{"16:30:07.000", "= \"A\",1", "16:30:07.100", "OK\r,"};
+    row.entry.protocol = protocol::kXon;
+    history.add(row, History::Select::IfAtEnd);
+    EXPECT_EQ(response.list.Selected(), two) << "somebody is at work there";
+    command.list.set_Selected({{2, 3}}, 3);
+    command.mnuCopyCsv.choose();
+    EXPECT_EQ(desktop.clipboard, "Sent,Protocol,Command,Received,Response\r\n,," +
+                                     std::string(70, 'x') +
+                                     ",,long\r\n16:30:07.000,Xon,\"= \"\"A\"\",1\",16:30:07.100,"
+                                     "\"OK<0D>,\"\r\n");
+    command.list.set_ListIndex(3);
+    history.add(row, History::Select::IfAtEnd);
+    EXPECT_EQ(response.list.ListIndex(), 4);
+}
+
+TEST_F(HistoryTest, ProtocolsStandBesideTheLinesWhereThereAreSeveral) {
+    HistoryRow row{"", "ask", "", "answer"};
+    const auto add = [&](int protocol_number) {
+        row.entry.protocol = protocol_number;
+        history.add(row);
+        return history.frmCommand.lst_Protocols.Visible() &&
+               history.frmResponse.lst_Protocols.Visible();
+    };
+    EXPECT_FALSE(add(protocol::kModbus) || add(protocol::kModbus));
+    EXPECT_TRUE(add(protocol::kTellura));
+    EXPECT_EQ(history.frmCommand.lst_Protocols.List(2), "Tellura");
+    EXPECT_EQ(history.frmCommand.list.List(2), "ask");
+    history.clear();
+    EXPECT_FALSE(add(protocol::kFull));
+    history.undo_clear();
+    EXPECT_TRUE(history.frmResponse.lst_Protocols.Visible());
+}
+
+TEST_F(HistoryTest, ClearedLinesComeBackInFrontOfThoseSince) {
+    fill();
+    history.frmCommand.mnuClear.choose();
+    history.frmCommand.mnuClear.choose(); // of nothing: the lines before stay within reach
+    history.add({"", "next", "", "reply"});
+    history.mnuEdit.children.back()->choose();
+    EXPECT_EQ(history.frmCommand.list.ListCount(), 4);
+    EXPECT_EQ(history.frmCommand.lst_Times.List(0), "16:30:05.007");
+    EXPECT_EQ(history.frmResponse.list.List(3), "reply");
+    EXPECT_EQ(history.frmResponse.list.ListIndex(), 3);
+    EXPECT_FALSE(history.frmCommand.mnuUndoClear.Enabled());
+}
+
+TEST_F(HistoryTest, TheScrollBarReachesTheEndOfAnyLine) {
+    HistoryForm& form = history.frmResponse;
+    form.hscrl_List.set_Max(HistoryForm::kScrollMaximum);
+    for (const int reach : {3, 700, 19999, 123457}) {
+        form.hscrl_List.set_Value(-20000);
+        EXPECT_EQ(form.scrolled_pixels(reach), reach);
+        for (const int pixels : {0, 1, reach / 2, reach}) {
+            form.list_scrolled(pixels, reach);
+            EXPECT_NEAR(form.scrolled_pixels(reach), pixels, reach / 20000);
+        }
+    }
+    form.list_scrolled(700, 650); // a view whose range has just become smaller
+    EXPECT_EQ(form.hscrl_List.Value(), -20000);
+    EXPECT_TRUE(form.hscrl_List.Enabled());
+    form.list_scrolled(0, 0);
+    EXPECT_FALSE(form.hscrl_List.Enabled()) << "nothing to scroll";
+    EXPECT_EQ(form.hscrl_List.Value(), 0);
+}
+
 TEST_F(HistoryTest, FindGoesRoundAndSaysWhenThereIsNone) {
     for (const char* line : {"alpha", "beta", "Alphabet", "gamma"})
         history.add({"", line, "", line});

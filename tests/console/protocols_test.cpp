@@ -106,7 +106,8 @@ TEST(ConsoleProtocols, EachProtocolRecallsItsOwnCommands) {
     console.opt_Protocol.set_Value(protocol::kXon);
     command.set_Text("? REVISION");
     command.KeyDown(Key::Enter);
-    EXPECT_FALSE(command.KeyDown(Key::Up));
+    EXPECT_TRUE(command.KeyDown(Key::Up)) << "or the key would go on to the protocol";
+    EXPECT_EQ(command.Text(), "? REVISION");
     console.opt_Protocol.set_Value(protocol::kTellura);
     console.tellura.TxtParameterAddress.set_Text("0000");
     console.tellura.TxtParameterAddress.KeyDown(Key::Enter);

@@ -51,5 +51,69 @@ TEST_F(ConsoleWindowTest, EnterSendsFromEveryControlOfACommand) {
     }
 }
 
+TEST_F(ConsoleWindowTest, AWindowHasTheFocusItHadWheneverOneComesBack) {
+    choose_protocol(1);
+    const auto show = [this](const char* entry) {
+        for (MenuEntry* each : app().frame.mnuWindow.children)
+            if (each != nullptr && each->Name() == entry) each->choose();
+        testing::run_events();
+    };
+    auto* values = find<QLineEdit>("txt_Values");
+    values->setFocus(Qt::TabFocusReason);
+    testing::run_events();
+    for (const bool maximized : {false, true}) {
+        if (maximized) app().history.frmResponse.set_State(WindowState::Maximized);
+        show("mnuShowResponse");
+        EXPECT_TRUE(find("lst_CommsResponse")->hasFocus());
+        show(maximized ? "mnuArrange" : "mnuShowConsole");
+        EXPECT_TRUE(values->hasFocus()) << maximized;
+    }
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Up);
+    EXPECT_EQ(app().console.opt_Protocol.Value(), 1);
+    EXPECT_TRUE(values->hasFocus());
+}
+
+TEST_F(ConsoleWindowTest, TabStopsOnceInAGroupAtWhatIsChosen) {
+    choose_protocol(1);
+    app().console.modbus.opt_DataFormat.set_Value(2);
+    QStringList stops;
+    for (QWidget* at = find("txt_Values"); stops.size() < 40; at = at->nextInFocusChain())
+        if (qobject_cast<QRadioButton*>(at) != nullptr && at->isVisible() &&
+            (at->focusPolicy() & Qt::TabFocus) != 0 && !stops.contains(at->objectName()))
+            stops << at->objectName();
+        else if (at->nextInFocusChain() == find("txt_Values"))
+            break;
+    stops.sort();
+    EXPECT_EQ(stops.join(u' ').toStdString(),
+              "opt_DataFormat(2) opt_NumberBase(0) opt_Protocol(1)");
+    EXPECT_NE(find("opt_DataFormat(0)")->accessibleName(),
+              find("opt_NumberBase(0)")->accessibleName());
+}
+
+TEST_F(ConsoleWindowTest, TheBarOfAHistoryAndItsListAgreeBothWays) {
+    HistoryForm& form = app().history.frmResponse;
+    auto* view = find<QListView>("lst_CommsResponse");
+    EXPECT_FALSE(form.hscrl_List.Enabled());
+    app().history.add({"", "ask", "", std::string(1900, 'W')});
+    testing::run_events();
+    QScrollBar* own = view->horizontalScrollBar();
+    auto* bar =
+        view->window()->findChild<QWidget*>("frmResponse")->findChild<QScrollBar*>("hscrl_List");
+    ASSERT_GT(own->maximum(), 10000);
+    EXPECT_EQ(bar->maximum(), 20000);
+    bar->setValue(20000);
+    EXPECT_EQ(own->value(), own->maximum());
+    QTest::keyClick(view, Qt::Key_Left);
+    EXPECT_LT(own->value(), own->maximum());
+    EXPECT_LT(bar->value(), 20000);
+    own->setValue(0);
+    EXPECT_EQ(form.hscrl_List.Value(), 0);
+    own->setValue(own->maximum());
+    app().history.add({"", "ask", "", std::string(1900, 'W') + "WW"});
+    testing::run_events();
+    EXPECT_LT(own->value(), own->maximum());
+    EXPECT_EQ(form.scrolled_pixels(own->maximum()), own->value()) << "the reach has grown";
+}
+
 } // namespace
 } // namespace pelvan::desktop

@@ -28,6 +28,23 @@ TEST_F(TerminalProtocols, SendInEachOfThem) {
                                            "--bad-checksum: goes with the protocol modbus only");
 }
 
+TEST_F(TerminalProtocols, SendRepeats) {
+    EXPECT_EQ(run("send --repeat 3 --interval 0.5 --format smart"), exit_code::kDone);
+    EXPECT_TRUE(out.str().starts_with("0 1\n")) << out.str();
+    EXPECT_TRUE(printed("\n3 replies, 0 failures; ")) << out.str();
+    EXPECT_EQ(run("send --repeat 2 --register 65000"), exit_code::kFailed);
+    EXPECT_TRUE(printed("\n0 replies, 2 failures\n")) << out.str();
+    on_wait = [this] { stop = true; };
+    EXPECT_EQ(run("send --repeat 0"), exit_code::kDone);
+    EXPECT_TRUE(printed("1 reply, 0 failures; "));
+    stop = false;
+    EXPECT_EQ(run("send --repeat 2"), exit_code::kFailed) << "interrupted before its end";
+    stop = false;
+    expect_failures(1, "send --repeat 5 --register 70000->Bad REGISTER entered.");
+    expect_failures(exit_code::kBadOption, "send --interval 2->|send --repeat 2 --interval 0.01->|"
+                                           "send --repeat -1->");
+}
+
 TEST_F(TerminalProtocols, VerifyPortMovesTheSimulatedJumperAndTellsTheOutcome) {
     configure("simulated:loopback");
     EXPECT_EQ(run("verify-port"), exit_code::kDone);

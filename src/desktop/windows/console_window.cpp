@@ -16,6 +16,8 @@ namespace {
 constexpr int kMargin = 4;
 constexpr int kSpacing = 3;
 constexpr int kNumberWidth = 64;
+constexpr int kIntervalWidth = 44;
+constexpr int kFrameCharacters = 90;
 
 template <class Layout> Layout* tight(Layout* layout) {
     layout->setContentsMargins(kMargin + 2, kMargin, kMargin + 2, kMargin);
@@ -58,10 +60,11 @@ QGroupBox* modbus_frame(const BindContext& context, ModbusPanel& panel) {
     grid->addWidget(start, 1, 3, Qt::AlignLeft);
     grid->addWidget(label_for(context, panel.lbl_Values, values), 2, 0);
     grid->addWidget(values, 2, 1, 1, 3);
-    auto* bases = new QVBoxLayout;
+    // Headed, as the format of what is shown is by its frame.
+    grid->addWidget(bound<QLabel>(context, panel.lbl_NumberBase), 0, 4);
+    int row = 1;
     for (QRadioButton* radio : make_radios(context, panel.opt_NumberBase, box))
-        bases->addWidget(radio);
-    grid->addLayout(bases, 1, 4, 2, 1);
+        grid->addWidget(radio, row++, 4);
     grid->setColumnStretch(3, 1);
     return box;
 }
@@ -111,14 +114,40 @@ QGroupBox* tellura_frame(const BindContext& context, TelluraPanel& panel) {
     return box;
 }
 
-/// What the last command came to, and how far a setup file is.
+/// Sending once, and sending again and again.
+QWidget* send_column(const BindContext& context, frm_Pelvan5VB& form) {
+    auto* send = bound<QPushButton>(context, form.cmd_SendCommand);
+    send->setDefault(true);
+    auto* repeat = bound<QPushButton>(context, form.repeat.cmd_Repeat);
+    auto* interval = edit_for(context, form.repeat.txt_RepeatInterval, kIntervalWidth);
+    auto* column = new QWidget;
+    column->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    auto* grid = new QGridLayout(column);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(2 * kSpacing);
+    grid->addWidget(send, 1, 0, 1, 4);
+    grid->addWidget(repeat, 2, 0);
+    grid->addWidget(label_for(context, form.repeat.lbl_RepeatInterval, interval), 2, 1);
+    grid->addWidget(interval, 2, 2);
+    grid->addWidget(bound<QLabel>(context, form.repeat.lbl_RepeatUnit), 2, 3);
+    grid->setColumnStretch(0, 1);
+    grid->setRowStretch(0, 1);
+    grid->setRowStretch(3, 1);
+    bind(context, form.repeat.tmr_Repeat);
+    return column;
+}
+
+/// What the last command came to, what a repeated one does, and how far a setup file is.
 QHBoxLayout* status_line(const BindContext& context, frm_Pelvan5VB& form) {
     auto* status = bound<QLabel>(context, form.lbl_Status);
     status->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* repeated = bound<QLabel>(context, form.repeat.lbl_Repeat);
+    repeated->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto* progress = bound<QProgressBar>(context, form.script.prg_SetupFile);
     auto* cancel = bound<QPushButton>(context, form.script.cmd_CancelSetup);
     auto* line = new QHBoxLayout;
     line->addWidget(status, 1);
+    line->addWidget(repeated);
     line->addWidget(progress);
     line->addWidget(cancel);
     return line;
@@ -128,18 +157,19 @@ QHBoxLayout* status_line(const BindContext& context, frm_Pelvan5VB& form) {
 
 QWidget* make_console(const BindContext& context, frm_Pelvan5VB& form) {
     auto* content = new QWidget;
-    auto* send = bound<QPushButton>(context, form.cmd_SendCommand);
-    send->setDefault(true);
-
     auto* fields = new QHBoxLayout;
     fields->setSpacing(2 * kSpacing);
     fields->addWidget(tight_options(context, form.fram_Protocol, form.opt_Protocol));
-    fields->addWidget(modbus_frame(context, form.modbus), 1);
-    fields->addWidget(text_frame(context, form.text), 1);
-    fields->addWidget(tellura_frame(context, form.tellura), 1);
+    for (QGroupBox* frame : {modbus_frame(context, form.modbus), text_frame(context, form.text),
+                             tellura_frame(context, form.tellura)}) {
+        // On a wide window what belongs together stays together.
+        frame->setMaximumWidth(kFrameCharacters * frame->fontMetrics().averageCharWidth());
+        fields->addWidget(frame, 1);
+    }
     fields->addWidget(
         tight_options(context, form.modbus.fram_DataFormat, form.modbus.opt_DataFormat));
-    fields->addWidget(send, 0, Qt::AlignVCenter);
+    fields->addWidget(send_column(context, form));
+    fields->addStretch();
 
     auto* layout = tight(new QVBoxLayout(content));
     layout->addLayout(fields);

@@ -1,5 +1,7 @@
 #include <QHBoxLayout>
 #include <QListView>
+#include <QMenu>
+#include <QPointer>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
@@ -8,7 +10,6 @@
 namespace pelvan::desktop {
 namespace {
 
-constexpr int kTwipsPerPixel = 15;
 constexpr int kPageTwips = 3000;
 
 /// Takes no room. Switched off, the bar would have no range to scroll in.
@@ -18,50 +19,68 @@ class HiddenBar : public QScrollBar {
     [[nodiscard]] QSize sizeHint() const override { return {0, 0}; }
 };
 
-/// The list is drawn shifted to the left by what the model's scroll bar says: the bar counts
-/// downwards in twips, the view's own (hidden) bar upwards in pixels.
-void follow(QAbstractItemView* view, const ScrollBar& bar) {
-    view->horizontalScrollBar()->setValue(-bar.Value() / kTwipsPerPixel);
+/// Opens the window's pop-up menu in a list; it is made when it is first asked for.
+void add_pop_up(const BindContext& context, HistoryForm& form, QListView* view) {
+    view->setContextMenuPolicy(Qt::CustomContextMenu);
+    QObject::connect(view, &QListView::customContextMenuRequested, view,
+                     [context, &form, view, menu = QPointer<QMenu>()](const QPoint& at) mutable {
+                         if (!menu) menu = make_menu(context, form.mnuPopUp, view);
+                         menu->popup(view->viewport()->mapToGlobal(at));
+                     });
 }
 
-QListView* make_list(const BindContext& context, ListBox& model) {
+QListView* make_list(const BindContext& context, HistoryForm& form, ListBox& model) {
     auto* view = new QListView;
     view->setHorizontalScrollBar(new HiddenBar(Qt::Horizontal));
     bind(context, model, view);
+    add_pop_up(context, form, view);
     return view;
 }
 
-/// The times, left of the lines that they belong to and scrolled with them.
-QListView* make_times(const BindContext& context, ListBox& model, QListView* lines) {
-    QListView* times = make_list(context, model);
-    times->setFocusPolicy(Qt::NoFocus);
-    times->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    times->setFixedWidth(times->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00.0000")) +
-                         2 * times->frameWidth());
-    scroll_together(lines, times);
-    return times;
+/// A list left of the lines that it belongs to and scrolled with them, as wide as its widest text.
+QListView* make_beside(const BindContext& context, HistoryForm& form, ListBox& model,
+                       const char* widest, QListView* lines) {
+    QListView* beside = make_list(context, form, model);
+    beside->setFocusPolicy(Qt::NoFocus);
+    beside->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    beside->setFixedWidth(beside->fontMetrics().horizontalAdvance(QLatin1String(widest)) +
+                          2 * beside->frameWidth());
+    scroll_together(lines, beside);
+    return beside;
+}
+
+/// The bar counts downwards and always as far, the list's own (hidden) bar as many pixels as its
+/// longest line needs: each follows the other.
+void couple(const BindContext& context, HistoryForm& form, QListView* view) {
+    QScrollBar* own = view->horizontalScrollBar();
+    form.hscrl_List.Change = [own, &form] { own->setValue(form.scrolled_pixels(own->maximum())); };
+    const auto tell = [context, own, &form] {
+        context.run_unasked([own, &form] { form.list_scrolled(own->value(), own->maximum()); });
+    };
+    QObject::connect(own, &QScrollBar::valueChanged, view, tell);
+    QObject::connect(own, &QScrollBar::rangeChanged, view, tell);
+    tell();
 }
 
 } // namespace
 
 QWidget* make_history(const BindContext& context, HistoryForm& form) {
     auto* content = new QWidget;
-    QListView* view = make_list(context, form.list);
-    QListView* times = make_times(context, form.lst_Times, view);
-
+    QListView* view = make_list(context, form, form.list);
     auto* bar = new QScrollBar(Qt::Horizontal, content);
     bar->setAccessibleName(QStringLiteral("Scroll sideways"));
     bar->setPageStep(kPageTwips);
     bar->setSingleStep(kPageTwips / 10);
-    form.hscrl_List.Change = [view, &form] { follow(view, form.hscrl_List); };
     bind(context, form.hscrl_List, bar);
+    couple(context, form, view);
 
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     auto* lists = new QHBoxLayout;
     lists->setSpacing(0);
-    lists->addWidget(times);
+    lists->addWidget(make_beside(context, form, form.lst_Times, "00:00:00.0000", view));
+    lists->addWidget(make_beside(context, form, form.lst_Protocols, "Modbus  ", view));
     lists->addWidget(view, 1);
     layout->addLayout(lists, 1);
     layout->addWidget(bar);
