@@ -1,4 +1,5 @@
-// Makes a form's window when the form is first shown: start-up pays for none that is not used.
+// Makes the window of a form, or the widget of a control, when it is first shown: start-up pays for
+// none that is not used.
 #pragma once
 
 #include <functional>
@@ -10,10 +11,11 @@ namespace pelvan::desktop {
 
 class FirstShow {
   public:
-    /// `make` binds the form to a window of its own; it runs once. The form must outlive this.
-    FirstShow(Form& form, std::function<void()> make)
-        : changes_(form.watch([this, &form, make = std::move(make)] {
-              if (!form.Visible()) return;
+    /// `make` binds the control to a widget of its own; it runs once. The control must outlive
+    /// this.
+    FirstShow(Control& control, std::function<void()> make)
+        : changes_(control.watch([this, &control, make = std::move(make)] {
+              if (!control.Visible()) return;
               changes_.end();
               make();
           })) {}

@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "desktop/windows/console_window.h"
+#include "desktop/windows/first_show.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -49,6 +50,20 @@ QListView* make_beside(const BindContext& context, HistoryForm& form, ListBox& m
     return beside;
 }
 
+/// Most sessions speak one protocol and need no list of them.
+class ProtocolsWhenNeeded : public QObject {
+  public:
+    ProtocolsWhenNeeded(const BindContext& context, HistoryForm& form, QListView* lines,
+                        QBoxLayout* lists)
+        : QObject(lines), shown_(form.lst_Protocols, [context, &form, lines, lists] {
+              QListView* beside = make_beside(context, form, form.lst_Protocols, "Modbus  ", lines);
+              lists->insertWidget(lists->indexOf(lines), beside);
+          }) {}
+
+  private:
+    FirstShow shown_;
+};
+
 /// The bar counts downwards and always as far, the list's own (hidden) bar as many pixels as its
 /// longest line needs: each follows the other.
 void couple(const BindContext& context, HistoryForm& form, QListView* view) {
@@ -80,8 +95,8 @@ QWidget* make_history(const BindContext& context, HistoryForm& form) {
     auto* lists = new QHBoxLayout;
     lists->setSpacing(0);
     lists->addWidget(make_beside(context, form, form.lst_Times, "00:00:00.0000", view));
-    lists->addWidget(make_beside(context, form, form.lst_Protocols, "Modbus  ", view));
     lists->addWidget(view, 1);
+    new ProtocolsWhenNeeded(context, form, view, lists);
     layout->addLayout(lists, 1);
     layout->addWidget(bar);
     return content;
