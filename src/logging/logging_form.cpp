@@ -75,6 +75,7 @@ void frm_DataLogging::wire_events() {
     mnuLogtoFile.Click = [this] { mnuLogtoFile_Click(); };
     mnuSingleLine.Click = [this] { mnuSingleLine_Click(); };
     mnuLoadSet.Click = [this] { mnuLoadSet_Click(); };
+    FileDropped = [this](const std::string& path) { read_set(path); };
     mnuSaveSet.Click = [this] { mnuSaveSet_Click(); };
     mnuClose.Click = [this] { mnuClose_Click(); };
     mnuStartLogging.Click = [this] { mnuStartLogging_Click(); };
@@ -274,8 +275,11 @@ void frm_DataLogging::ChooseAndReadSet() {
     request.kind = kSetKind;
     request.must_exist = true;
     const auto chosen = services_.dialogs.open_file(request);
-    if (!chosen) return;
-    set_file_ = *chosen;
+    if (chosen) read_set(*chosen);
+}
+
+void frm_DataLogging::read_set(const std::string& path) {
+    set_file_ = path;
     logger_.ReadLogSet(set_file_);
 }
 

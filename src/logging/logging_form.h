@@ -89,6 +89,8 @@ class frm_DataLogging : public Form {
     void tmr_LoggingInterval_Timer();
 
     void ChooseAndReadSet();
+    /// A set file that was dropped on the window, as if it had been chosen.
+    void read_set(const std::string& path);
     void ChooseAndWriteSet();
 
     [[nodiscard]] DataLogger& logger() { return logger_; }

@@ -209,6 +209,7 @@ void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, MdiFrame& fr
                 return;
             }
             window = made.window;
+            keep_place_on_screen(window, "trend", frame.places());
             on_key(frame.context(), window, Qt::Key_F1, [&frame] { frame.show_help("trend"); });
         }
         window->show();

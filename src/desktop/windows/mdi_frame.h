@@ -57,6 +57,9 @@ class MdiFrame : public QMainWindow {
     /// The context to bind the controls and windows of the children with.
     [[nodiscard]] const BindContext& context() const { return context_; }
 
+    /// Where windows stood, also those that are no children.
+    [[nodiscard]] WindowPlaces& places() const { return places_; }
+
     /// As F1 does with the active child's page.
     void show_help(const std::string& page);
 
