@@ -77,11 +77,18 @@ class ComboBox : public Control {
     std::function<void()> Click;
     std::function<void()> Change;
 
+    /// Selects the text of an editable box, so that typing replaces it.
+    void select_all() { select_all_.raise(); }
+    Subscription watch_select_all(std::function<void()> watcher) {
+        return select_all_.subscribe(std::move(watcher));
+    }
+
   private:
     std::vector<std::string> items_;
     int list_index_;
     std::string text_;
     bool editable_;
+    Event<> select_all_;
 };
 
 /// A grid of texts with a 32-bit data word a row. Row 0 is the header.

@@ -65,6 +65,29 @@ void show_items(QComboBox& combo, const std::vector<std::string>& items) {
         combo.addItem(to_qt(item));
 }
 
+void show_combo(const ComboBox& model, QComboBox& combo) {
+    const int caret = model.editable() ? combo.lineEdit()->cursorPosition() : 0;
+    show_items(combo, model.items());
+    if (combo.currentIndex() != model.ListIndex()) combo.setCurrentIndex(model.ListIndex());
+    const QString text = to_qt(model.Text());
+    if (!model.editable() || combo.currentText() == text) return;
+    combo.setEditText(text);
+    combo.lineEdit()->setCursorPosition(caret); // where the person is typing
+}
+
+/// A box whose widget can be told to select the text that is typed in it.
+class ComboBinding : public Binding {
+  public:
+    ComboBinding(const BindContext& context, ComboBox& model, QComboBox* combo)
+        : Binding(context, model, combo, [&model, combo] { show_combo(model, *combo); }),
+          select_all_(model.watch_select_all([combo] {
+              if (combo->lineEdit()) combo->lineEdit()->selectAll();
+          })) {}
+
+  private:
+    Subscription select_all_;
+};
+
 } // namespace
 
 void bind(const BindContext& context, TextBox& model, QLineEdit* edit) {
@@ -75,12 +98,7 @@ void bind(const BindContext& context, TextBox& model, QLineEdit* edit) {
 void bind(const BindContext& context, ComboBox& model, QComboBox* combo) {
     combo->setEditable(model.editable());
     combo->setInsertPolicy(QComboBox::NoInsert);
-    auto* binding = new Binding(context, model, combo, [&model, combo] {
-        show_items(*combo, model.items());
-        if (combo->currentIndex() != model.ListIndex()) combo->setCurrentIndex(model.ListIndex());
-        const QString text = to_qt(model.Text());
-        if (model.editable() && combo->currentText() != text) combo->setEditText(text);
-    });
+    auto* binding = new ComboBinding(context, model, combo);
     QObject::connect(combo, &QComboBox::activated, binding, [binding, &model](int index) {
         binding->tell([&model, index] { model.set_ListIndex(index); });
     });
