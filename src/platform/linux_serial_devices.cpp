@@ -100,14 +100,6 @@ bool stands_before(const SerialDevice& left, const SerialDevice& right) {
     return rank(left) < rank(right);
 }
 
-/// The group whose members may read and write the node; empty when there is none to be joined.
-std::string owning_group(const std::string& path) {
-    struct stat node {};
-    if (::stat(path.c_str(), &node) < 0 || (node.st_mode & 060) != 060) return {};
-    const group* const owner = ::getgrgid(node.st_gid);
-    return owner != nullptr && node.st_gid != 0 ? owner->gr_name : std::string();
-}
-
 } // namespace
 
 std::vector<SerialDevice> list_serial_devices(const DeviceRoots& roots) {
@@ -121,8 +113,8 @@ std::vector<SerialDevice> list_serial_devices(const DeviceRoots& roots) {
         if (!is_listed(tty) || !fs::exists(device.node, error)) continue;
         const auto link = links.find(name);
         device.path = link == links.end() ? device.node : link->second;
-        device.description =
-            number_after(kBuiltInName, name) >= 0 ? uart_description(tty) : usb_description(tty);
+        device.built_in = number_after(kBuiltInName, name) >= 0;
+        device.description = device.built_in ? uart_description(tty) : usb_description(tty);
         devices.push_back(std::move(device));
     }
     std::sort(devices.begin(), devices.end(), stands_before);
@@ -179,6 +171,18 @@ DeviceState probe_device(const std::string& path) {
 
 std::optional<std::string> built_in_device(int number) {
     return built_in_device(number, DeviceRoots{});
+}
+
+std::string owning_group(const std::string& path) {
+    struct stat node {};
+    if (::stat(path.c_str(), &node) < 0 || (node.st_mode & 060) != 060) return {};
+    const group* const owner = ::getgrgid(node.st_gid);
+    return owner != nullptr && node.st_gid != 0 ? owner->gr_name : std::string();
+}
+
+bool same_device(const std::string& one, const std::string& other) {
+    std::error_code error;
+    return one == other || fs::equivalent(one, other, error);
 }
 
 std::string device_state_text(DeviceState state, const std::string& path) {

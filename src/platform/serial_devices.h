@@ -12,6 +12,7 @@ struct SerialDevice {
     std::string path;        // a by-id link where there is one, else the node
     std::string node;        // "/dev/ttyUSB0"
     std::string description; // what the system tells of it, may be empty
+    bool built_in = false;   // there whether anybody wants it or not, unlike a plugged adapter
 };
 
 /// Devices with hardware behind them, by-id names first.
@@ -22,6 +23,12 @@ enum class DeviceState { Openable, Missing, NoHardware, NoPermission, NotSerial 
 /// Whether a path could be opened now, asked of the system without opening it. A device that
 /// another program has open still counts as openable: only an opening would tell.
 [[nodiscard]] DeviceState probe_device(const std::string& path);
+
+/// The group whose members may read and write the node; empty when there is none to be joined.
+[[nodiscard]] std::string owning_group(const std::string& path);
+
+/// Whether two paths lead to the same node, links followed.
+[[nodiscard]] bool same_device(const std::string& one, const std::string& other);
 
 /// One sentence for a person: "may be opened", "not there", "no permission: join group dialout" ...
 [[nodiscard]] std::string device_state_text(DeviceState state, const std::string& path);

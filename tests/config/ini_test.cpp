@@ -41,6 +41,9 @@ TEST_F(Ini, AssignsDevicesToPortNumbers) {
     EXPECT_EQ(device_for_port(1, file_), "simulated:742");
     EXPECT_EQ(device_for_port(16, file_), "/dev/serial/by-id/usb-x");
     EXPECT_FALSE(device_for_port(0, file_) || device_for_port(17, file_));
+    const auto built_in = [](int number) { return std::optional(std::to_string(number)); };
+    EXPECT_EQ(device_for_port(1, file_, built_in), "simulated:742");
+    EXPECT_EQ(device_for_port(2, file_, built_in), "2");
 }
 
 // The sample files are what a technician copies: every key in them must be one that is read.
