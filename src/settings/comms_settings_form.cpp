@@ -1,6 +1,5 @@
 #include "settings/comms_settings_form.h"
 
-#include "platform/run_time_error.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -11,11 +10,18 @@ constexpr int kXonProtocol = 2;
 /// Frames that are asked about at closing: Tellura/AB never is.
 constexpr int kAskedFrames = 3;
 
+/// 0 for what is none.
+int port_number(const std::string& typed) {
+    const double number = leading_number(typed);
+    return is_port_number(number) ? static_cast<int>(number) : 0;
+}
+
 } // namespace
 
 void frm_CommsSettings::Form_Load() {
     if (LockDataOptionmenu.Checked()) LockDataOptionmenu_Click();
     show_frame(host_.selected_protocol());
+    picker.forget();
     picker.refresh();
     host_.hold_windows(true); // last: after an error nobody would give them back
 }
@@ -31,17 +37,23 @@ void frm_CommsSettings::Form_Activate() {
         throw;
     }
     fill_frame(protocol);
-    txt_Port[checked_index(protocol, kFrames)].SetFocus();
+    // Without settings of its own the channel lacks nothing but a device; Enter saves from there.
+    Control& first = settings_.configured(protocol)
+                         ? static_cast<Control&>(txt_Port[checked_index(protocol, kFrames)])
+                         : picker.cmb_Device;
+    first.SetFocus();
 }
 
 void frm_CommsSettings::show_frame(int shown) {
+    shown_ = shown;
     for (int i = 0; i < kFrames; ++i)
         fram_Protocol[static_cast<std::size_t>(i)].set_Visible(i == shown);
 }
 
 void frm_CommsSettings::fill_frame(int index) {
     const std::size_t i = checked_index(index, kFrames);
-    const PortFields fields = settings_.read(index);
+    const auto known = settings_.read(index);
+    const PortFields fields = known ? *known : settings_.proposal(index, picker.devices());
     txt_Port[i].set_Text(fields.port);
     txt_Baud[i].set_Text(fields.baud);
     txt_Parity[i].set_Text(fields.parity);
@@ -52,6 +64,17 @@ void frm_CommsSettings::fill_frame(int index) {
     // The boxes raised their Change events, but nobody has edited anything yet.
     set_changed(index, false);
     show_device(index);
+    show_gap(index);
+}
+
+void frm_CommsSettings::show_gap(int index) {
+    const std::vector<int> missing = settings_.missing_before(index);
+    chk_GivePorts.set_Visible(!missing.empty());
+    if (missing.empty()) return;
+    // The caption's own access key, in a sentence that is a message box's too.
+    std::string question = PortSettings::gap_question(index, missing);
+    chk_GivePorts.set_Caption(question.insert(question.find("Give "), "&"));
+    chk_GivePorts.set_Value(1);
 }
 
 PortFields frm_CommsSettings::typed_fields(int index) const {
@@ -70,12 +93,17 @@ bool frm_CommsSettings::Form_Unload() {
             {}, MessageButtons::YesNo, MessageIcon::Exclamation);
         if (answer == MessageAnswer::Yes) wanted = i;
     }
+    if (shown_ >= kAskedFrames && picker.pending() &&
+        services_.dialogs.message_box(picker.pending_question(), {}, MessageButtons::YesNo,
+                                      MessageIcon::Exclamation) == MessageAnswer::Yes)
+        wanted = shown_;
     if (wanted >= 0) {
         // Yes saves nothing by itself: it leads back to the frame, where the save button is.
         txt_Port[static_cast<std::size_t>(wanted)].SetFocus();
         return false;
     }
     changed_.fill(false);
+    picker.forget();
     host_.hold_windows(false);
     return true;
 }
@@ -97,30 +125,53 @@ void frm_CommsSettings::txt_Port_Change(int index) {
     show_device(index);
 }
 
-void frm_CommsSettings::txt_Baud_Change(int index) {
+void frm_CommsSettings::box_changed(int index) {
     set_changed(index, true);
-    show_device(index);
+    show_use(index);
+}
+
+void frm_CommsSettings::show_use(int index) {
+    const PortFields typed = typed_fields(index);
+    exchange.advise(typed.port, typed.baud);
+    lbl_PortUse.set_Caption(settings_.sharing(index, typed));
 }
 
 void frm_CommsSettings::show_device(int index) {
-    const std::size_t i = checked_index(index, kFrames);
-    const double number = leading_number(txt_Port[i].Text());
-    exchange.advise(txt_Port[i].Text(), txt_Baud[i].Text());
-    picker.show_port(is_port_number(number) ? static_cast<int>(number) : 0);
+    picker.show_port(port_number(txt_Port[checked_index(index, kFrames)].Text()));
+    show_use(index);
+}
+
+void frm_CommsSettings::device_chosen(bool listed) {
+    set_changed(shown_, true);
+    // Not while somebody types: what is typed may go on to be another device's path.
+    if (listed) take_number_of_device(shown_);
+}
+
+/// A device has one number: two would keep each other from opening it.
+void frm_CommsSettings::take_number_of_device(int index) {
+    TextBox& port = txt_Port[checked_index(index, kFrames)];
+    const std::string device = picker.device();
+    const int other = picker.devices().number_of(device);
+    if (other == 0 || !picker.devices().is_change(port_number(port.Text()), device)) return;
+    picker.forget();
+    port.set_Text(std::to_string(other));
 }
 
 void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
+    take_number_of_device(index);
     const PortFields typed = typed_fields(index);
-    std::vector<std::string> messages = ValidatePortSettings(typed);
-    // Stored now, the settings would come up under the tool with the next rebuild.
-    if (const std::string refusal = settings_.refusal(); !refusal.empty())
-        messages.push_back(refusal);
+    const std::vector<std::string> messages = objections(typed);
     for (const std::string& message : messages)
         services_.dialogs.message_box(message);
     if (!messages.empty()) return;
+    if (!picker.accept()) {
+        picker.cmb_Device.SetFocus();
+        return;
+    }
     // The console's choice counts, whichever frame is saved.
     const bool handshaking = host_.selected_protocol() == kXonProtocol;
-    const bool stored = settings_.store(index, typed, handshaking) && exchange.store(index);
+    const bool stored =
+        settings_.store(index, typed, handshaking) && exchange.store(index) && picker.write();
     if (stored) set_changed(index, false); // nothing is left to ask about
     try {
         settings_.rebuild();
@@ -129,7 +180,15 @@ void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
         if (stored) Unload();
         throw;
     }
-    if (say_unless(stored, "The settings") && offer_missing_channels(index)) Unload();
+    if (say_unless(stored, "The settings") && add_missing_channels(index)) Unload();
+}
+
+std::vector<std::string> frm_CommsSettings::objections(const PortFields& typed) const {
+    std::vector<std::string> messages = ValidatePortSettings(typed);
+    // Stored now, the settings would come up under the tool with the next rebuild.
+    if (const std::string refusal = settings_.refusal(); !refusal.empty())
+        messages.push_back(refusal);
+    return messages;
 }
 
 bool frm_CommsSettings::say_unless(bool written, const char* what) {
@@ -140,21 +199,18 @@ bool frm_CommsSettings::say_unless(bool written, const char* what) {
     return written;
 }
 
+bool frm_CommsSettings::wants_missing(int index, const std::vector<int>& missing) {
+    if (chk_GivePorts.Visible()) return chk_GivePorts.checked();
+    // The gap has come into the file while the window was open.
+    return services_.dialogs.message_box(PortSettings::gap_question(index, missing), {},
+                                         MessageButtons::YesNo,
+                                         MessageIcon::Exclamation) == MessageAnswer::Yes;
+}
+
 /// A saved channel behind a gap in the list of channels does not come up.
-bool frm_CommsSettings::offer_missing_channels(int index) {
+bool frm_CommsSettings::add_missing_channels(int index) {
     const std::vector<int> missing = settings_.missing_before(index);
-    if (missing.empty()) return true;
-    std::string keys;
-    for (const int channel : missing)
-        keys += "\n    " + ini_key::comm_port(channel);
-    const MessageAnswer answer = services_.dialogs.message_box(
-        "The settings are saved, but channel " + std::to_string(index) +
-            " cannot be used: the list of channels ends at a missing key. Section [" +
-            ini_key::kCommsSection + "] of " + config_.gIniFile + " lacks" + keys +
-            "\n\nAdd it with port " + PortSettings::kDefaultPort + ", " +
-            PortSettings::kDefaultSettings + "?",
-        {}, MessageButtons::YesNo, MessageIcon::Exclamation);
-    if (answer != MessageAnswer::Yes) return true;
+    if (missing.empty() || !wants_missing(index, missing)) return true;
     const bool added = settings_.add(missing);
     settings_.rebuild();
     return say_unless(added, "The missing channels");

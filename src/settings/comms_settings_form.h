@@ -6,6 +6,7 @@
 #include <array>
 
 #include "forms/form.h"
+#include "platform/run_time_error.h"
 #include "settings/device_picker_panel.h"
 #include "settings/exchange_panel.h"
 #include "settings/port_settings.h"
@@ -28,9 +29,8 @@ class frm_CommsSettings : public Form {
     static constexpr int kFrames = 4;
     template <class Kind> using ControlArray = std::array<Kind, kFrames>;
 
-    frm_CommsSettings(
-        Services& services, const ConfigState& config, ChannelTable& channels, SettingsHost& host,
-        PortDevices::DeviceList devices = [] { return list_serial_devices(); });
+    frm_CommsSettings(Services& services, const ConfigState& config, ChannelTable& channels,
+                      SettingsHost& host, DeviceLookup lookup = {});
 
     ControlArray<Frame> fram_Protocol;
     ControlArray<Label> lbl_Port, lbl_Baud, lbl_Parity, lbl_DataBits, lbl_StopBits;
@@ -42,6 +42,12 @@ class frm_CommsSettings : public Form {
     ControlArray<Button> cmd_OK;
     DevicePickerPanel picker;
     ExchangePanel exchange;
+    /// What it means that other protocols have the port.
+    Label lbl_PortUse{"lbl_PortUse"};
+    /// There while a channel before the shown one has no port, so that this one would not come up.
+    CheckBox chk_GivePorts{"chk_GivePorts", "",
+                           "The channels are used in the order Full, Modbus, Xon, Tellura/AB, up "
+                           "to the first one without a port."};
 
     /// Not in a menu bar: opened by the right mouse button, or by its entry's key.
     MenuEntry Hiddenmenu{"Hiddenmenu", "&Options"};
@@ -53,10 +59,10 @@ class frm_CommsSettings : public Form {
     bool Form_Unload() override;
 
     void txt_Port_Change(int index);
-    void txt_Baud_Change(int index);
-    void txt_Parity_Change(int index) { set_changed(index, true); }
-    void txt_DataBits_Change(int index) { set_changed(index, true); }
-    void txt_StopBits_Change(int index) { set_changed(index, true); }
+    void txt_Baud_Change(int index) { box_changed(index); }
+    void txt_Parity_Change(int index) { box_changed(index); }
+    void txt_DataBits_Change(int index) { box_changed(index); }
+    void txt_StopBits_Change(int index) { box_changed(index); }
     void txt_Port_GotFocus(int index) { select_whole(txt_Port, index); }
     void txt_Baud_GotFocus(int index) { select_whole(txt_Baud, index); }
     void txt_Parity_GotFocus(int index) { select_whole(txt_Parity, index); }
@@ -64,6 +70,8 @@ class frm_CommsSettings : public Form {
     void txt_StopBits_GotFocus(int index) { select_whole(txt_StopBits, index); }
     void cmd_SaveChanges_Click(int index);
     void cmd_OK_Click();
+    /// As the save button of the frame that is shown.
+    void save_shown() { cmd_SaveChanges[checked_index(shown_, kFrames)].press(); }
     void LockDataOptionmenu_Click();
 
     /// Whether a box of the frame has been edited since it was filled or saved.
@@ -71,6 +79,11 @@ class frm_CommsSettings : public Form {
 
   private:
     void connect_boxes(int index);
+    void box_changed(int index);
+    void show_use(int index);
+    void device_chosen(bool listed);
+    void take_number_of_device(int index);
+    void show_gap(int index);
     void set_changed(int index, bool changed);
     static void select_whole(ControlArray<TextBox>& boxes, int index);
     void show_frame(int shown);
@@ -78,8 +91,11 @@ class frm_CommsSettings : public Form {
     [[nodiscard]] PortFields typed_fields(int index) const;
     void fill_frame(int index);
     void show_device(int index);
+    [[nodiscard]] std::vector<std::string> objections(const PortFields& typed) const;
+    /// Whether the channels that are missing before this one get ports.
+    [[nodiscard]] bool wants_missing(int index, const std::vector<int>& missing);
     /// False when they were wanted and could not be written.
-    [[nodiscard]] bool offer_missing_channels(int index);
+    [[nodiscard]] bool add_missing_channels(int index);
     bool say_unless(bool written, const char* what);
 
     Services& services_;
@@ -87,6 +103,9 @@ class frm_CommsSettings : public Form {
     SettingsHost& host_;
     PortSettings settings_;
     std::array<bool, kFrames> changed_{};
+    int shown_ = 0; // frame
+    Subscription device_chosen_ =
+        picker.chosen.subscribe([this](bool listed) { device_chosen(listed); });
 };
 
 } // namespace pelvan

@@ -42,7 +42,7 @@ std::array<TextBox, 4> boxes(const char* array, const char* tool_tip, const char
 
 frm_CommsSettings::frm_CommsSettings(Services& services, const ConfigState& config,
                                      ChannelTable& channels, SettingsHost& host,
-                                     PortDevices::DeviceList devices)
+                                     DeviceLookup lookup)
     : Form("frm_CommsSettings", "Communications Port Settings"),
       fram_Protocol(each<Frame>([](int i) {
           const FrameFace& face = kFaces[static_cast<std::size_t>(i)];
@@ -72,9 +72,11 @@ frm_CommsSettings::frm_CommsSettings(Services& services, const ConfigState& conf
                               "command center.")),
       // The name is from a time when the button said OK.
       cmd_OK(buttons("cmd_OK", "&Cancel", "Click to cancel changes to the Comm settings.")),
-      picker(services, config, channels, std::move(devices)), exchange(config, channels),
-      services_(services), config_(config), host_(host), settings_(config, channels) {
+      picker(services, config, channels, std::move(lookup), DevicePickerPanel::Purpose::ForChannel),
+      exchange(config, channels), services_(services), config_(config), host_(host),
+      settings_(config, channels) {
     set_help_page("port_settings");
+    chk_GivePorts.set_Visible(false);
     Hiddenmenu.children = {&LockDataOptionmenu};
     LockDataOptionmenu.make_checkable().Click = [this] { LockDataOptionmenu_Click(); };
     for (int i = 0; i < kFrames; ++i)

@@ -9,23 +9,26 @@ namespace pelvan {
 
 class frm_SerialDevices : public Form {
   public:
-    frm_SerialDevices(
-        Services& services, const ConfigState& config, ChannelTable& channels,
-        PortDevices::DeviceList devices = [] { return list_serial_devices(); });
+    frm_SerialDevices(Services& services, const ConfigState& config, ChannelTable& channels,
+                      DeviceLookup lookup = {});
 
     Label lbl_Ports{"lbl_Ports", "&Port Numbers"};
     /// One line a port number, from 1 on.
     ListBox lst_Ports{"lst_Ports", "", "What each port number stands for."};
     DevicePickerPanel picker;
-    Button cmd_Close{"cmd_Close", "&Close"};
+    Button cmd_Close{"cmd_Close", "&Close", "Assign what was chosen and close the window."};
 
     void Form_Load() override;
+    /// Asks about what was chosen and is not assigned yet.
+    bool Form_Unload() override;
 
     void lst_Ports_Click();
+    void cmd_Close_Click();
 
   private:
     void list_ports();
 
+    Services& services_;
     Subscription picker_changed_;
 };
 

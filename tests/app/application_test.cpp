@@ -42,6 +42,18 @@ TEST_F(ApplicationTest, StartsWithoutAConfigurationFile) {
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
+/// Port Settings, a device, Save, Send; the first reply and no box.
+TEST_F(ApplicationTest, ReachesAFirstReplyInFourActions) {
+    app.frame.Load();
+    app.console.modbus.opt_DataFormat.set_Value(2);
+    app.frame.mnuPortSettings.choose();
+    app.comms_settings.picker.cmb_Device.set_Text("simulated:742");
+    app.comms_settings.cmd_SaveChanges[1].press();
+    EXPECT_FALSE(app.comms_settings.Visible());
+    EXPECT_EQ(send(2, "0", "1"), "742");
+    EXPECT_TRUE(dialogs.shown.empty());
+}
+
 TEST_F(ApplicationTest, ArrangesTheThreeWindowsByTheScreen) {
     desktop.screen = {1000, 800};
     app.frame.Load();

@@ -152,5 +152,30 @@ TEST_F(MainWindowTest, SettingsHoldTheOtherWindowsUntilEscapeOrEnter) {
     EXPECT_EQ(app().session.serial.gCommDevice[1]->CommPort(), 12);
 }
 
+/// Without a configuration file and by the keyboard alone.
+TEST(FirstStart, IsAtAReplyAfterFourActions) {
+    pelvan::testing::TempDir dir;
+    MainWindow window(dir.path());
+    window.open();
+    testing::run_events();
+    const auto type = [](const char* text) {
+        QTest::keyClicks(QApplication::focusWidget(), QLatin1String(text));
+        testing::run_events();
+    };
+    const auto press = [](Qt::Key key) {
+        QTest::keyClick(QApplication::focusWidget(), key);
+        testing::run_events();
+    };
+    press(Qt::Key_F9);
+    type("simulated:742");
+    press(Qt::Key_Return);
+    window.frame().activateWindow();
+    testing::run_events();
+    press(Qt::Key_Return);
+    const ListBox& responses = window.application().history.frmResponse.list;
+    ASSERT_EQ(responses.ListCount(), 1);
+    EXPECT_TRUE(responses.List(0).starts_with("1 3 2 742 ")) << responses.List(0);
+}
+
 } // namespace
 } // namespace pelvan::desktop

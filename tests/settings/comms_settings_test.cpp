@@ -41,10 +41,11 @@ class CommsSettingsTest : public testing::SettingsTest, private SettingsHost {
 
     int selected = 0;
     std::string holds;
-    frm_CommsSettings form{services, config, table, *this, list_devices};
+    frm_CommsSettings form{services, config, table, *this, lookup};
 };
 
 TEST_F(CommsSettingsTest, TheEndOfRepliesIsSavedForItsChannelAloneAndRecommended) {
+    plugged.clear();
     build({"1;9600,N,8,1;0", "2;9600,N,8,1;1"});
     const std::string file = read_file(config.gIniFile);
     open(1);
@@ -106,18 +107,17 @@ TEST_F(CommsSettingsTest, NothingIsStoredThatIsNotValidOrWhileAToolHasTheLines) 
     const LineUser transfer{"Save/Restore Setup"};
     const LineClaim claim = table.line_use().claim(transfer);
     save(0, "3;4800;e;7;2");
-    form.picker.cmb_Device.set_ListIndex(1);
-    form.picker.cmd_AssignDevice.press();
     const std::string end = " specified is not valid, data will not be saved";
     const std::string in_use = "The line is in use by Save/Restore Setup.";
     EXPECT_EQ(dialogs.texts(), (Texts{" The Comm Port" + end, " The Baud Rate" + end,
-                                      " The Data Bits" + end, in_use, in_use}));
+                                      " The Data Bits" + end, in_use}));
     EXPECT_EQ(read_file(config.gIniFile), before);
     EXPECT_TRUE(form.Visible());
     EXPECT_THROW(form.txt_Baud_Change(4), RunTimeError);
 }
 
 TEST_F(CommsSettingsTest, SavesAsTypedRebuildsAndCloses) {
+    plugged.clear();
     build({"1;9600,N,8,1;0", "2;9600,N,8,1;1", "3;9600,N,8,1;1"});
     // The console's protocol, the frame, the stored mode.
     for (const auto& [protocol, frame, mode] :
@@ -158,22 +158,144 @@ TEST_F(CommsSettingsTest, ClosingAsksForChangedFramesButNeverForTellura) {
     EXPECT_EQ(device_key("0 PORT SETTING "), "9600,N,8,1");
 }
 
-TEST_F(CommsSettingsTest, NamesAndAddsTheKeysThatHideASavedChannel) {
-    rebuild(); // no file
-    for (const bool add : {false, true}) {
-        open(2);
-        EXPECT_EQ(shown(2), ";19200;;;;") << "not in the table";
-        EXPECT_FALSE(form.picker.cmd_AssignDevice.Enabled() || form.changed(2));
-        dialogs.answers = {add ? MessageAnswer::Yes : MessageAnswer::No};
-        save(2, "3;4800;e;7;2");
+/// What is filled in for a channel that the file does not know: with Save alone it works.
+TEST_F(CommsSettingsTest, AnUnknownChannelBeginsWithTheOnlyDeviceAndAFreeNumber) {
+    const SerialDevice maker = adapter("Maker"), other = adapter("Other");
+    const SerialDevice board{"/dev/ttyS0", "/dev/ttyS0", "", true};
+    states[other.path] = states[board.path] = DeviceState::Openable;
+    const std::string defaults = ";9600;N;8;1;";
+    struct Case {
+        std::vector<SerialDevice> plugged;
+        std::string file;   // behind the section of the devices
+        std::string shown;  // boxes
+        std::string device; // in the box
+    } const cases[] = {
+        {{}, "", "1" + defaults, ""},
+        {{maker}, "", "1" + defaults, maker.path},
+        {{board}, "", "1" + defaults, board.path},
+        {{maker, board}, "", "3" + defaults, maker.path}, // 1 is the board's, 2 the default of Full
+        {{maker, other}, "", "1" + defaults, ""},
+        {{maker}, "PORT 7=" + maker.path, "7" + defaults, maker.path},
+        {{maker}, "PORT 1=simulated:742", "3" + defaults, maker.path},
+        {{maker},
+         "PORT 4=" + maker.path +
+             "\n[COMMS CONTROLS]\nDEVICE 0 COMM PORT=4\n"
+             "DEVICE 0 PORT SETTING=1200,E,7,2",
+         "4;1200;E;7;2;",
+         maker.path}};
+    for (const Case& each : cases) {
+        plugged = each.plugged;
+        built_in = !plugged.empty() && plugged.back().built_in ? board.path : "";
+        testing::write_file(config.gIniFile, "[SERIAL DEVICES]\n" + each.file + "\n");
+        open(1);
+        EXPECT_EQ(shown(1) + form.picker.device(), each.shown + each.device) << each.file;
+        EXPECT_FALSE(form.changed(1));
+        form.cmd_SaveChanges[1].press();
         EXPECT_FALSE(form.Visible());
-        EXPECT_EQ(state.gCommDevice.size(), add ? 3U : 1U);
+        const int port = state.gCommDevice.at(1)->CommPort();
+        EXPECT_EQ(form.picker.devices().standing(port), each.device);
+        EXPECT_EQ(state.gCommDevice[0]->Settings(), state.gCommDevice[1]->Settings());
     }
-    EXPECT_NE(dialogs.texts().at(0).find("\n    DEVICE 0 COMM PORT \n    DEVICE 1 COMM PORT \n"),
-              std::string::npos);
-    EXPECT_EQ(state.gCommDevice[2]->Settings(), "4800,e,7,2");
-    EXPECT_EQ(device_key("1 PORT SETTING "), "9600,N,8,1");
-    EXPECT_EQ(state.gCommDevice[0]->CommPort(), 2);
+    EXPECT_TRUE(dialogs.shown.empty());
+}
+
+TEST_F(CommsSettingsTest, AChosenDeviceIsAssignedOrAskedAbout) {
+    build({"3;9600,N,8,1;0", "4;9600,E,7,1;1"});
+    ini_write_string("SERIAL DEVICES", "PORT 4", plugged[0].path, config.gIniFile);
+    open(0);
+    ComboBox& box = form.picker.cmb_Device;
+    box.set_Text(" simulated:742 ");
+    form.cmd_OK[0].press(); // and No
+    EXPECT_EQ(dialogs.texts(), Texts{"Some data has changed for Full Protocol.  Save?"});
+    open(0);
+    EXPECT_EQ(form.picker.device(), "") << "an adapter that has a number is not proposed";
+    box.set_Text(" simulated:742 ");
+    form.txt_Port[0].set_Text("4"); // has a device of its own
+    EXPECT_EQ(form.picker.device(), plugged[0].path);
+    EXPECT_EQ(form.lbl_PortUse.Caption(), "Modbus uses this port too. Modbus has 9600,E,7,1, so "
+                                          "each command closes the port of the other protocol.");
+    form.txt_DataBits[0].set_Text("7");
+    form.txt_Parity[0].set_Text("E");
+    EXPECT_EQ(form.lbl_PortUse.Caption(), "Modbus uses this port too.");
+    form.txt_Port[0].set_Text("14");
+    EXPECT_EQ(form.picker.device(), "simulated:742") << "goes along";
+    form.cmd_SaveChanges[0].press();
+    EXPECT_EQ(key("SERIAL DEVICES", "PORT 14"), "simulated:742");
+    EXPECT_EQ(key("SERIAL DEVICES", "PORT 3"), "(none)");
+    open(0);
+    box.set_ListIndex(1); // the adapter: its own number, no second one
+    EXPECT_EQ(form.txt_Port[0].Text(), "4");
+    form.txt_Port[0].set_Text("14");
+    box.set_Text(plugged[0].path);
+    form.cmd_SaveChanges[0].press();
+    EXPECT_EQ(device_key("0 COMM PORT "), "4");
+    EXPECT_EQ(key("SERIAL DEVICES", "PORT 14"), "simulated:742");
+}
+
+/// Of a device that is typed: what is said, with a question mark where it may be kept.
+TEST_F(CommsSettingsTest, SaysWhatSpeaksAgainstADevice) {
+    states["/dev/null"] = DeviceState::NotSerial;
+    states["/dev/ttyS9"] = DeviceState::NoHardware;
+    states["/dev/no"] = DeviceState::NoPermission;
+    const std::string cut(120, 'x'), keep = " Keep it all the same?";
+    const std::pair<std::string, std::string> cases[] = {
+        {"/dev/100% my tty", "/dev/100% my tty is not there." + keep},
+        {"/dev/ttyS9", "/dev/ttyS9 has no hardware behind it." + keep},
+        {"/dev/no", "You may not open /dev/no." + keep},
+        {"/dev/null", "/dev/null is not a serial device."},
+        {"ttyUSB0", "\"ttyUSB0\" is no path: type all of it, as in /dev/ttyUSB0."},
+        {"simulated:900", "No simulated device is called \"simulated:900\"."},
+        {"'/dev/x'", "The file cannot hold the device \"'/dev/x'\"."},
+        {"/dev/a\nPORT 1=b", "The file cannot hold the device \"/dev/a\nPORT 1=b\"."},
+        {cut + cut + cut, "The file cannot hold the device \"" + cut.substr(3) + "...\"."}};
+    for (const auto& [device, sentence] : cases) {
+        build({"3;9600,N,8,1;0"});
+        open(0);
+        form.picker.cmb_Device.set_Text(device);
+        dialogs.shown.clear();
+        const bool may_stay = sentence.ends_with(keep);
+        if (may_stay) dialogs.answers = {MessageAnswer::Yes};
+        const std::string before = read_file(config.gIniFile);
+        form.cmd_SaveChanges[0].press();
+        EXPECT_EQ(dialogs.texts(), Texts{sentence});
+        EXPECT_EQ(form.Visible(), !may_stay);
+        EXPECT_EQ(key("SERIAL DEVICES", "PORT 3"), may_stay ? device : "(none)");
+        EXPECT_EQ(read_file(config.gIniFile) == before, !may_stay);
+        form.Unload();
+    }
+    plugged = {adapter("Maker")}; // proposed, and pulled out before Save
+    build({"3;9600,N,8,1;0"});
+    open(0);
+    states.clear();
+    form.cmd_SaveChanges[0].press();
+    EXPECT_EQ(dialogs.texts().back(), plugged[0].path + " is not there." + keep);
+}
+
+TEST_F(CommsSettingsTest, OffersPortsToTheChannelsThatHideASavedOne) {
+    const std::string question = "Xon can be used only when the Full and Modbus protocols have a "
+                                 "port too. Give them port 2?";
+    plugged.clear();
+    rebuild(); // no file
+    open(2);
+    EXPECT_EQ(form.chk_GivePorts.Caption(), "Xon can be used only when the Full and Modbus "
+                                            "protocols have a port too. &Give them port 2?");
+    form.chk_GivePorts.set_Value(0);
+    save(2, "2;4800;e;7;2");
+    EXPECT_EQ(state.gCommDevice.size(), 1U);
+    open(2);
+    EXPECT_EQ(shown(2), "2;4800;e;7;2;") << "from the file, though hidden";
+    save(2, "2;4800;e;7;2");
+    ASSERT_EQ(state.gCommDevice.size(), 3U);
+    for (const SerialPort* device : state.gCommDevice) // or each would close the others'
+        EXPECT_EQ(std::to_string(device->CommPort()) + device->Settings(), "24800,e,7,2");
+    EXPECT_TRUE(dialogs.shown.empty());
+
+    open(2); // without a gap, which somebody makes meanwhile
+    testing::write_file(config.gIniFile, "");
+    dialogs.answers = {MessageAnswer::Yes};
+    save(2, "5;4800;e;7;2");
+    EXPECT_EQ(dialogs.texts(), Texts{question});
+    EXPECT_EQ(device_key("1 COMM PORT ") + device_key("1 PORT SETTING "), "29600,N,8,1");
 }
 
 TEST_F(CommsSettingsTest, StaysOpenWhenTheFileCannotBeWritten) {
@@ -191,6 +313,7 @@ TEST_F(CommsSettingsTest, StaysOpenWhenTheFileCannotBeWritten) {
     allow(perms::owner_all);
     open(2);
     dialogs.answers = {MessageAnswer::Yes};
+    form.chk_GivePorts.set_Visible(false); // ask
     dialogs.on_message = [&](const std::string& text) {
         if (text.ends_with("?")) allow(perms::owner_read | perms::owner_exec);
     };
