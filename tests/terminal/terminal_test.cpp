@@ -83,7 +83,7 @@ TEST(ShownText, KeepsLinesAndUtf8AndShowsTheRestAsBytes) {
 
 TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
     EXPECT_EQ(run("ports"), exit_code::kDone);
-    EXPECT_TRUE(printed("PORT 2 = simulated:742: simulated controller\n"));
+    EXPECT_TRUE(printed("PORT 2 = simulated:742: simulated, may be opened, used by Modbus\n"));
     EXPECT_TRUE(printed("DEVICE 1: PORT 2, 9600,N,8,1, replies end with a pause (QUIET)\n"));
     configure(dir.file("unplugged"));
     ini_write_string(ini_key::kCommsSection, ini_key::exchange(1), "COMPLETE",
@@ -91,6 +91,37 @@ TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
     EXPECT_EQ(run("ports"), exit_code::kDone);
     EXPECT_TRUE(printed("DEVICE 1: PORT 2, 9600,N,8,1, replies end with their frame (COMPLETE)\n"));
     EXPECT_TRUE(printed("PORT 2 = " + dir.file("unplugged") + ": "));
+}
+
+TEST_F(TerminalTest, PortsAreSetUpFromNothing) {
+    const std::string ini = dir.file("pelvan7.ini");
+    std::filesystem::remove(ini);
+    const std::string line = "PORT 5 = simulated:742: simulated, may be opened, used by Modbus";
+    expect("ports set modbus --device simulated:742 --port 5", 0,
+           "Full: port 2, because Modbus can be used only when it has a port too\n"
+           "Modbus: port 5, 9600,N,8,1\n" +
+               line + "\n");
+    expect("send --format smart", 0, "0 1\n742\n");
+    expect("ports set xon --port 5 --settings 1200,E,7,2 --lines toggle", 0,
+           "Xon: port 5, 1200,E,7,2\n" + line +
+               " and Xon\nModbus uses this port too. Modbus has 9600,N,8,1, so each command closes "
+               "the port of the other protocol.\n");
+    EXPECT_NE(testing::read_file(ini).find("DEVICE 2 RTS Mode=5"), std::string::npos);
+    const std::string before = testing::read_file(ini);
+    expect_failures(
+        exit_code::kFailed,
+        "ports assign 5 /no/port->/no/port is not there. --yes assigns it all the same.|"
+        "ports assign 5 /dev/null->/dev/null is not a serial device.|"
+        "ports set xon --yes --device tty->\"tty\" is no path: type all of it, as in "
+        "/dev/ttyUSB0.|"
+        "ports set xon --settings 9601,N,8,1->The Baud Rate specified is not valid, data "
+        "will not be saved");
+    expect_failures(exit_code::kBadOption, "ports assign 17 none->|ports set xon --settings 9600->|"
+                                           "ports assign 5->|ports set->|ports dance->");
+    EXPECT_EQ(testing::read_file(ini), before);
+    expect("ports assign 5 /no/port --yes", 0,
+           "PORT 5 = /no/port: not there, used by Modbus and Xon\n");
+    expect("ports assign 5 none", 0, "PORT 5 = no device, used by Modbus and Xon\n");
 }
 
 TEST_F(TerminalTest, WithoutACommandTheWindowsAreWanted) {
