@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QSignalBlocker>
+#include <algorithm>
 #include <cmath>
 
 #include "desktop/bindings/qt_text.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr int kName = 0;
 constexpr int kValue = 1;
+constexpr int kCellMargin = 12;
 
 QString value_text(double value, const std::string& unit) {
     if (std::isnan(value)) return QObject::tr("no value");
@@ -40,7 +42,6 @@ TrendLegend::TrendLegend(std::function<void()> changed)
     });
     verticalHeader()->hide();
     horizontalHeader()->setSectionResizeMode(kName, QHeaderView::Stretch);
-    horizontalHeader()->setSectionResizeMode(kValue, QHeaderView::ResizeToContents);
 }
 
 void TrendLegend::show_rows(const Trend& trend) {
@@ -68,13 +69,18 @@ void TrendLegend::show_colors() {
 
 void TrendLegend::show_values(const Trend& trend, double time_ms) {
     const QSignalBlocker quiet(this);
+    // The column only grows: to fit it to each text would take longer than all the rest.
+    int width = columnWidth(kValue);
     for (int line = 0; line < rowCount(); ++line) {
         const int row = rows_[static_cast<std::size_t>(line)];
         const QString text = value_text(trend.nearest(row, time_ms).value, trend.label(row).unit);
         QTableWidgetItem& item = cell(line, kValue);
         item.setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        if (item.text() != text) item.setText(text);
+        if (item.text() == text) continue;
+        item.setText(text);
+        width = std::max(width, fontMetrics().horizontalAdvance(text) + kCellMargin);
     }
+    if (width > columnWidth(kValue)) setColumnWidth(kValue, width);
 }
 
 std::vector<int> TrendLegend::drawn() const {
