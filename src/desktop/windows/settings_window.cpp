@@ -147,6 +147,7 @@ class Content : public QScrollArea {
     Content(QWidget* window, QWidget* content, const QSize& room) : window_(window), room_(room) {
         setFrameShape(QFrame::NoFrame);
         setWidgetResizable(true);
+        setFocusPolicy(Qt::NoFocus); // it follows the focus of what is in it
         setWidget(content);
         content->installEventFilter(this);
         auto* layout = new QVBoxLayout(window);
