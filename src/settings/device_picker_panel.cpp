@@ -37,10 +37,10 @@ void DevicePickerPanel::show_port(int number) {
 /// What was chosen for the number, what is assigned to it, or what may be proposed for it.
 std::string DevicePickerPanel::wanted(int number) {
     if (const auto found = chosen_.find(number); found != chosen_.end()) return found->second;
-    const std::string standing = devices_.standing(number);
+    std::string standing = devices_.standing(number);
     if (purpose_ == Purpose::ForNumbers || !standing.empty()) return standing;
     if (!chosen_.empty() && !chosen_.begin()->second.empty()) { // for another number: it goes along
-        const std::string device = chosen_.begin()->second;
+        std::string device = chosen_.begin()->second;
         chosen_ = {{number, device}};
         return device;
     }
