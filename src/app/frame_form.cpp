@@ -138,7 +138,7 @@ void MDIPelvan6::mnuAbout_Click() {
     application_.services.dialogs.message_box(
         "Pelvan 7, version " PELVAN_VERSION
         "\n\nA service tool for controllers on serial lines.\n\nConfiguration:\n" +
-            application_.session.config.gIniFile,
+            application_.session.config.gIniFile + directory_note,
         "About Pelvan 7");
 }
 

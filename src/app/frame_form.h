@@ -58,6 +58,8 @@ class MDIPelvan6 : public Form {
         ScreenSize outside;
         ScreenSize inside;
     };
+    /// What About says behind the configuration file, on lines of their own.
+    std::string directory_note;
     /// How large the frame is; without it the screen counts.
     std::function<Size()> frame_size;
     /// The person wants these windows where the program puts them, whatever was remembered.

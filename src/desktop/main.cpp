@@ -46,10 +46,18 @@ int refuse_directory(const std::string& path) {
     return pelvan::exit_code::kFailed;
 }
 
+/// Why it is this directory, and what else there is to say of it.
+std::string note_of(const pelvan::ApplicationDirectory& directory) {
+    std::string note = "\n(" + directory.reason + ")";
+    for (const std::string& more : directory.notes)
+        note += "\n" + more;
+    return note;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    std::string directory;
+    pelvan::ApplicationDirectory directory;
     if (const auto code = pelvan::run_terminal_process(argc, argv, directory)) return *code;
     if (!has_screen()) no_display("no display");
     const QtMessageHandler usual = qInstallMessageHandler(say_why_no_window);
@@ -58,12 +66,13 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("Pelvan 7");
     QApplication::setDesktopFileName("pelvan7");
     QApplication::setWindowIcon(pelvan::desktop::app_icon());
-    if (const std::string path = std::filesystem::absolute(directory).string();
+    if (const std::string path = std::filesystem::absolute(directory.path).string();
         !pelvan::desktop::survives_qt(path))
         return refuse_directory(path);
     pelvan::desktop::MainWindow window(
-        directory,
+        directory.path,
         pelvan::personal_settings_path([](const char* name) { return std::getenv(name); }));
+    window.application().frame.directory_note = note_of(directory);
     window.open();
 #ifdef Q_OS_UNIX
     using pelvan::desktop::EndSignals;

@@ -4,7 +4,7 @@
 #include "terminal/terminal.h"
 
 int main(int argc, char** argv) {
-    std::string directory;
+    pelvan::ApplicationDirectory directory;
     if (const auto code = pelvan::run_terminal_process(argc, argv, directory)) return *code;
     std::cerr << "pelvan7: built without windows; name a command (pelvan7 --help)\n";
     return pelvan::exit_code::kBadOption;

@@ -107,6 +107,10 @@ int list_ports(const PortsOptions& options, TerminalEnvironment& environment) {
     }
     if (!any) out << "  none stands for a device yet\n";
     list_channels(out, file.config.gIniFile);
+    out << "Files of the program: " << environment.directory << " (" << environment.directory_reason
+        << ")\n";
+    for (const std::string& note : environment.directory_notes)
+        out << "  " << note << "\n";
     return exit_code::kDone;
 }
 

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <thread>
@@ -63,25 +64,36 @@ void hold_standard_streams() {
             static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
 }
 
+std::string variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
+ApplicationDirectory find_directory() {
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    const auto folder = error ? std::filesystem::current_path() : executable.parent_path();
+    return choose_application_directory({find_installation(folder.string()),
+                                         variable("PELVAN_DIRECTORY"), variable("HOME"),
+                                         variable("XDG_DATA_HOME")});
+}
+
 } // namespace
 
 void sleep_ms(int ms) {
     std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 
-std::optional<int> run_terminal_process(int argc, char** argv, std::string& directory) {
+std::optional<int> run_terminal_process(int argc, char** argv, ApplicationDirectory& directory) {
     hold_standard_streams();
-    std::error_code error;
-    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (directory.empty())
-        directory = (error ? std::filesystem::current_path() : executable.parent_path()).string();
     const auto tick = make_system_tick();
     const auto clock = make_system_clock();
-    TerminalEnvironment environment{std::cout,          std::cerr, *tick,         *clock,
-                                    open_serial_device, directory, stop_requested};
+    TerminalEnvironment environment{std::cout,      std::cerr,          *tick,
+                                    *clock,         open_serial_device, directory.path,
+                                    stop_requested, sleep_ms,           find_directory};
     const Interrupts interrupts; // not for the windows: they take them as events
     const auto code = run_terminal(std::vector<std::string>(argv + 1, argv + argc), environment);
-    directory = environment.directory;
+    directory = {environment.directory, environment.directory_reason, environment.directory_notes};
     return code;
 }
 

@@ -72,15 +72,30 @@ void TerminalApplication::on_events(std::function<void()> handler) {
 
 namespace {
 
+/// Says on standard error only what has just been done: the rest is `ports`' business.
+void find_directory(TerminalEnvironment& environment) {
+    if (!environment.directory.empty() || !environment.find_directory) return;
+    try {
+        const ApplicationDirectory found = environment.find_directory();
+        environment.directory = found.path;
+        environment.directory_reason = found.reason;
+        environment.directory_notes = found.notes;
+    } catch (const RunTimeError& error) {
+        throw CommandAborted{"PELVAN_DIRECTORY names " + error.subject() +
+                             ", which is no directory"};
+    }
+}
+
 std::optional<int> run_shown(const std::vector<std::string>& arguments,
                              TerminalEnvironment& environment) {
     CLI::App cli("Pelvan 7: talks to temperature and process controllers over serial lines.",
                  "pelvan7");
     cli.footer(kFooter);
+    cli.set_version_flag("--version", "pelvan7 " PELVAN_VERSION);
     cli.fallthrough();
     cli.require_subcommand(0, 1);
     cli.add_option("--directory", environment.directory,
-                   "Directory of pelvan7.ini and the program's other files")
+                   "Directory of pelvan7.ini and the program's other files (else PELVAN_DIRECTORY)")
         ->check(CLI::ExistingDirectory);
     ChosenCommand chosen;
     add_send_command(cli, chosen);
@@ -95,6 +110,7 @@ std::optional<int> run_shown(const std::vector<std::string>& arguments,
     try {
         // The parser takes its arguments in reverse order.
         cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        find_directory(environment);
         return chosen ? std::optional<int>(chosen(environment)) : std::nullopt;
     } catch (const CLI::Success& success) {
         return cli.exit(success, environment.out, environment.err);
@@ -125,9 +141,12 @@ std::optional<int> run_terminal(const std::vector<std::string>& arguments,
                               environment.open_device,
                               environment.directory,
                               environment.stop,
-                              environment.wait_ms};
+                              environment.wait_ms,
+                              environment.find_directory};
     std::optional<int> code = run_shown(arguments, shown);
     environment.directory = shown.directory;
+    environment.directory_reason = shown.directory_reason;
+    environment.directory_notes = shown.directory_notes;
     out.flush();
     err.flush();
     if (code == exit_code::kDone && !(out && err)) code = exit_code::kFailed;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/core.h"
+#include "config/application_directory.h"
 
 namespace pelvan {
 
@@ -30,12 +31,17 @@ struct TerminalEnvironment {
     TickSource& tick;
     Clock& clock;
     LineOpener open_device;
-    /// Default of --directory: where the executable lies.
+    /// That of --directory; when it is empty, `find_directory` says which one.
     std::string directory;
     /// Set by an interrupt; commands that go on until they are stopped look at it.
     std::atomic<bool>& stop;
     /// Lets time go by between two pieces of work; may return early.
     std::function<void(int ms)> wait_ms = sleep_ms;
+    /// Asked once a command, or the windows, need the directory; may raise 76.
+    std::function<ApplicationDirectory()> find_directory = nullptr;
+    /// Why it is this one, and what a person may wonder about.
+    std::string directory_reason = "--directory names it";
+    std::vector<std::string> directory_notes = {};
 };
 
 /// Ends a command from inside a message box or a question that nobody is there to answer.
@@ -75,7 +81,8 @@ class TerminalApplication {
 std::optional<int> run_terminal(const std::vector<std::string>& arguments,
                                 TerminalEnvironment& environment);
 
-/// Runs it on this process: standard streams, system time, interrupt and termination signals.
-std::optional<int> run_terminal_process(int argc, char** argv, std::string& directory);
+/// Runs it on this process: standard streams, system time, interrupt and termination signals. A
+/// directory that has no path is found out.
+std::optional<int> run_terminal_process(int argc, char** argv, ApplicationDirectory& directory);
 
 } // namespace pelvan

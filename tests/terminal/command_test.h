@@ -35,8 +35,9 @@ class CommandTest : public ::testing::Test {
             arguments.push_back(word);
         out.str("");
         err.str("");
-        TerminalEnvironment environment{out,         err,        *tick_source, clock,
-                                        open_device, dir.path(), stop};
+        TerminalEnvironment environment{
+            out, err, *tick_source, clock, open_device, find_directory ? "" : dir.path(), stop};
+        environment.find_directory = find_directory;
         environment.wait_ms = [this](int ms) {
             tick.advance(ms);
             if (on_wait) on_wait();
@@ -70,6 +71,8 @@ class CommandTest : public ::testing::Test {
     testing::FakeTick tick;
     TickSource* tick_source = &tick;
     testing::FakeClock clock;
+    /// Says where the files lie when --directory does not; else the rig's directory is given.
+    std::function<ApplicationDirectory()> find_directory;
     std::ostringstream out;
     std::ostringstream err;
     std::atomic<bool> stop{false};

@@ -33,7 +33,7 @@ class TerminalProcess : public CommandTest {
         std::vector<char*> arguments;
         for (std::string& word : words)
             arguments.push_back(word.data());
-        std::string directory = dir.path();
+        ApplicationDirectory directory{dir.path(), {}, {}};
         _exit(run_terminal_process(static_cast<int>(arguments.size()), arguments.data(), directory)
                   .value_or(99));
     }

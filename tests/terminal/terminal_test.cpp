@@ -124,6 +124,27 @@ TEST_F(TerminalTest, PortsAreSetUpFromNothing) {
     expect("ports assign 5 none", 0, "PORT 5 = no device, used by Modbus and Xon\n");
 }
 
+TEST_F(TerminalTest, SaysWhichDirectoryItWorksInAndFindsItOnceItIsNeeded) {
+    int asked = 0;
+    find_directory = [&] {
+        ++asked;
+        return ApplicationDirectory{dir.path(), "the folder of your data", {"Made."}};
+    };
+    EXPECT_EQ(run("ports"), exit_code::kDone);
+    EXPECT_TRUE(
+        printed("Files of the program: " + dir.path() + " (the folder of your data)\n  Made.\n"));
+    EXPECT_EQ(run(""), -1);
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(run("--help"), exit_code::kDone);
+    EXPECT_EQ(run("--directory " + dir.path() + " ports"), exit_code::kDone);
+    EXPECT_EQ(asked, 2);
+    find_directory = []() -> ApplicationDirectory { throw RunTimeError(76, "/none"); };
+    for (const char* line : {"ports", ""}) {
+        EXPECT_EQ(run(line), exit_code::kFailed);
+        EXPECT_EQ(err.str(), "pelvan7: PELVAN_DIRECTORY names /none, which is no directory\n");
+    }
+}
+
 TEST_F(TerminalTest, WithoutACommandTheWindowsAreWanted) {
     EXPECT_EQ(run(""), -1);
     EXPECT_EQ(run("--help"), exit_code::kDone);
