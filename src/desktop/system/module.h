@@ -7,6 +7,9 @@
 
 namespace pelvan::desktop {
 
+/// Where the libraries of this program lie.
+[[nodiscard]] QString module_folder();
+
 struct ModuleEntry {
     QFunctionPointer address = nullptr; // null when the module or the function is missing
     QString error;                      // then why

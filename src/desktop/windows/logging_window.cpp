@@ -17,6 +17,7 @@
 
 #include "desktop/bindings/qt_text.h"
 #include "desktop/charts/trend_library.h"
+#include "desktop/system/module.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -202,8 +203,8 @@ QLayout* make_not_polled(const BindContext& context, frm_DataLogging& form) {
 void open_trend_on_request(frm_DataLogging& form, Dialogs& dialogs, MdiFrame& frame) {
     form.mnuTrend.Click = [&form, &dialogs, &frame, window = QPointer<QWidget>()]() mutable {
         if (!window) {
-            const TrendWindow made = make_trend_window(QCoreApplication::applicationDirPath(),
-                                                       form.logger().trend(), &frame);
+            const TrendWindow made =
+                make_trend_window(module_folder(), form.logger().trend(), &frame);
             if (made.window == nullptr) {
                 dialogs.message_box("The trend cannot be shown: " + made.error.toStdString());
                 return;

@@ -7,8 +7,10 @@
 #include <QScreen>
 #include <QTimer>
 
+#include "config/application_directory.h"
 #include "desktop/bindings/qt_text.h"
 #include "desktop/printing/print_module.h"
+#include "desktop/system/module.h"
 #include "desktop/windows/console_window.h"
 #include "desktop/windows/first_paint.h"
 #include "desktop/windows/listen_window.h"
@@ -36,7 +38,7 @@ std::function<qint64()> elapsed_ms() {
 MainWindow::MainWindow(const std::string& directory, const std::string& personal_file)
     : personal_(personal_file), tick_(make_system_tick()), clock_(make_system_clock()),
       type_ahead_(elapsed_ms()),
-      desktop_((QCoreApplication::applicationDirPath() + "/help").toStdString(), &places_),
+      desktop_(find_installation(from_qt(QCoreApplication::applicationDirPath())).help, &places_),
       application_(Services{*tick_, *clock_, dialogs_, desktop_, directory}, open_serial_device),
       watcher_(bind_context().run_unasked),
       frame_(std::make_unique<MdiFrame>(bind_context(), application_.frame, desktop_, places_)) {
@@ -151,8 +153,7 @@ void MainWindow::make_children() {
                           make_logging(frame_->context(), app.logging, dialogs_, *frame_));
     });
     first_shows_.emplace_back(app.profile_logic, [this, &app] {
-        add_profile_window(QCoreApplication::applicationDirPath(), app.profile_logic, dialogs_,
-                           *frame_);
+        add_profile_window(module_folder(), app.profile_logic, dialogs_, *frame_);
     });
     first_shows_.emplace_back(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer),
@@ -161,8 +162,8 @@ void MainWindow::make_children() {
 }
 
 void MainWindow::print(const HistoryDocument& document, PrintAction action) {
-    const QString problem = print_with_module(QCoreApplication::applicationDirPath(), document,
-                                              {action, frame_.get(), {}});
+    const QString problem =
+        print_with_module(module_folder(), document, {action, frame_.get(), {}});
     if (!problem.isEmpty())
         dialogs_.message_box(from_qt(problem), {}, MessageButtons::Ok, MessageIcon::Exclamation);
 }
