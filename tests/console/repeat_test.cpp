@@ -15,7 +15,8 @@ class RepeatTest : public ::testing::Test, protected testing::ConsoleRig {
         console.Load();
         console.modbus.set_entry({2, "1", "100", "1", false});
     }
-    testing::FakeSerialPort& port() { return *ports[1]; }
+    /// Loading the console has built the channels anew: the last one made is that of channel 1.
+    testing::FakeSerialPort& port() { return *ports.back(); }
     void answer(double after_ms) {
         port().replies.push_back({{after_ms, frame("01 03 02 02 D5")}});
     }

@@ -37,6 +37,13 @@ TEST_F(LoggingWindowTest, ShowsAtAGlanceWhatBecameOfEachRow) {
     EXPECT_TRUE(find("Label4")->isVisible());
     EXPECT_FALSE(find("scrl_LoggingInterval(2)")->isEnabled());
     EXPECT_TRUE(find<QTimer>("tmr_LoggingInterval")->isActive());
+    // Back from another window: what is not polled does not look as if it were.
+    form().Form_Activate();
+    EXPECT_EQ(cell(1, 0).toString(), QStringLiteral("Yes \u2013 not polled"));
+    EXPECT_FALSE(cell(1, 5, Qt::BackgroundRole).isValid());
+    EXPECT_TRUE(find("lbl_NotPolled")->isVisible() && find("cmd_LoadAgain")->isVisible());
+    EXPECT_FALSE(find("Label4")->isEnabled());
+    EXPECT_TRUE(find("frm_DataLogging")->windowTitle().endsWith("(no row is polled)"));
     form().mnuStopLogging.choose();
     EXPECT_FALSE(find("Label4")->isVisible());
     // The upper arrow of a bar adds.
@@ -70,6 +77,10 @@ TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     legend->item(0, 0)->setCheckState(Qt::Unchecked);
     EXPECT_NE(drawn(), with_all);
     legend->item(0, 0)->setCheckState(Qt::Checked);
+    EXPECT_EQ(drawn(), with_all);
+    QTest::keyClick(chart, Qt::Key_Plus, Qt::ControlModifier); // the values
+    EXPECT_NE(drawn(), with_all);
+    QTest::keyClick(chart, Qt::Key_Home);
     EXPECT_EQ(drawn(), with_all);
     for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Left, Qt::Key_Home, Qt::Key_End})
         QTest::keyClick(chart, key);

@@ -89,8 +89,9 @@ TEST_F(MainWindowTest, TimesStayBesideTheirLines) {
         history.add({"", "command", "", std::string(300, 'r') + std::to_string(i)});
     testing::run_events();
     auto* responses = find<QListView>("lst_CommsResponse");
-    history.frmResponse.hscrl_List.set_Value(-3000); // twips
-    EXPECT_EQ(responses->visualRect(responses->currentIndex()).left(), -3000 / 15);
+    history.frmResponse.hscrl_List.set_Value(-20000);
+    EXPECT_EQ(responses->visualRect(responses->currentIndex()).right() + 1,
+              responses->viewport()->width());
     EXPECT_FALSE(find("lst_CommsResponseTimes")->isVisible());
     EXPECT_GT(top("lst_CommsResponse"), 900);
     history.frmCommand.mnuTimes.choose();
