@@ -1,7 +1,7 @@
 // How long a Modbus RTU frame is going to be, told from its first bytes, so that a frame can be cut
 // out of a stream and an exchange can end with the reply's last byte. The functions are those of
-// the public Modbus specification whose frames say their length; no others have an answer. The CRC
-// is not looked at: a length is a promise until the check behind it fits.
+// the Modbus Application Protocol V1.1b3 whose frames say their length; no others have an answer.
+// The CRC is not looked at: a length is a promise until the check behind it fits.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// Frames of the Modbus Application Protocol Specification's own examples, and of the serial line
-// guide, cut short at every place: a length that is told too early must be the frame's.
+// Frames of the examples in the Modbus Application Protocol V1.1b3 and in the guide to Modbus over
+// serial line, cut short at every place: a length that is told too early must be the frame's.
 #include "protocols/modbus/frame_length.h"
 
 #include <gtest/gtest.h>
