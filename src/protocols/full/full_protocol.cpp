@@ -12,7 +12,6 @@ constexpr char kEtx = 3;
 constexpr char kEot = 4;
 constexpr char kEnq = 5;
 constexpr char kAck = 6;
-constexpr char kLineFeed = 10;
 constexpr char kNak = 21;
 
 constexpr float kPollTimeoutMs = 200;
@@ -21,7 +20,6 @@ constexpr float kNoReplyTimeoutMs = 1; // after bytes that nobody answers
 constexpr std::int16_t kQuietChars = 8;
 constexpr std::int16_t kEndOfResponseQuietChars = 1;
 
-constexpr std::int16_t kMaxAddress = 32;
 constexpr char kErrorQuery[] = "? ER2";
 
 struct DeviceError {
@@ -87,6 +85,14 @@ const char* device_error_text(double code) {
 
 } // namespace
 
+std::string full_poll_bytes(std::int16_t address) {
+    return {address_character(address), kEnq};
+}
+
+std::string full_poll_answer(std::int16_t address) {
+    return {address_character(address), kAck};
+}
+
 bool ends_full_message(std::string_view received) {
     if (received.empty()) return false;
     const char last = received.back();
@@ -100,12 +106,11 @@ std::string FullProtocol::send(const std::string& bytes, float timeout_ms,
 }
 
 bool FullProtocol::full_poll(std::int16_t address) {
-    char device = '1';
-    if (address < 0 || address > kMaxAddress)
+    if (address < 0 || address > kFullMaxAddress) {
         dialogs_.message_box("Device address is not valid. Defaulting to 1");
-    else
-        device = address_character(address);
-    return send({device, kEnq}, kPollTimeoutMs, kQuietChars) == std::string{device, kAck};
+        address = 1;
+    }
+    return send(full_poll_bytes(address), kPollTimeoutMs, kQuietChars) == full_poll_answer(address);
 }
 
 bool FullProtocol::full_send_message(const std::string& command, float timeout_ms) {
@@ -127,7 +132,7 @@ std::string FullProtocol::full_nak_retry() {
 }
 
 void FullProtocol::full_end() {
-    static_cast<void>(send({kLineFeed, kEot}, kNoReplyTimeoutMs, kQuietChars));
+    static_cast<void>(send(kFullEnd, kNoReplyTimeoutMs, kQuietChars));
 }
 
 std::string FullProtocol::full_error_query() {

@@ -24,6 +24,14 @@ inline constexpr char kFullNakNotReceived[] = "NAK NOT RECEIVED";
 inline constexpr char kFullNoError[] = "No comms error";
 inline constexpr char kFullNoErrorCode[] = "DEVICE ERROR COULDN'T BE DETECTED";
 
+inline constexpr std::int16_t kFullMaxAddress = 32;
+/// Releases a device that has answered its poll; nobody answers it.
+inline constexpr char kFullEnd[] = "\n\4";
+
+/// The poll of an address 0..32, and the one answer to it.
+[[nodiscard]] std::string full_poll_bytes(std::int16_t address);
+[[nodiscard]] std::string full_poll_answer(std::int16_t address);
+
 /// How a command ended.
 struct FullReply {
     /// The text to show.

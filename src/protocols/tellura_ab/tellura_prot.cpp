@@ -15,7 +15,6 @@ constexpr char kNak = 21;
 
 // Controllers listen seven above the address that is set on them: address 1 is called as 8.
 constexpr int kAddressOffset = 7;
-constexpr int kMaxAddress = 32;
 constexpr int kMaxBytes = 255;
 constexpr char kWriteCommand = 8;
 constexpr char kReadCommand = 1;
@@ -32,6 +31,7 @@ constexpr std::size_t kMinReplyLength = 10;
 constexpr std::size_t kLongestReply = 1024; // 255 bytes of data, each of them doubled, and more
 // Places in a reply's body, doubled DLEs taken out: destination, source, command, status, two bytes
 // of transaction number.
+constexpr std::size_t kReplySource = 1;
 constexpr std::size_t kReplyStatus = 3;
 constexpr std::size_t kReplyData = 6;
 
@@ -79,7 +79,7 @@ std::optional<TelluraPacket> TelluraProt::BuildRequest(std::uint8_t& device_addr
         dialogs_.message_box(message);
         return std::nullopt;
     };
-    if (device_address < 1 || device_address > kMaxAddress)
+    if (device_address < 1 || device_address > kTelluraMaxAddress)
         return refuse("Invalid device address!");
     device_address = static_cast<std::uint8_t>(device_address + kAddressOffset);
     const auto parameter = bytes_of_digits(parameter_address);
@@ -135,9 +135,7 @@ std::size_t TelluraProt::find_pair(std::string_view bytes, char partner) const {
     return std::string_view::npos;
 }
 
-/// The first whole packet in the bytes, its check included; empty while there is none. What stands
-/// before it (an acknowledgement sent again, noise) is skipped.
-std::string_view TelluraProt::first_packet(std::string_view bytes) const {
+std::string_view TelluraProt::FirstPacket(std::string_view bytes) const {
     const std::size_t start = find_pair(bytes, kStx);
     if (start == bytes.npos) return {};
     const std::string_view packet = bytes.substr(start);
@@ -162,11 +160,11 @@ std::optional<std::string> TelluraProt::acknowledged(const std::string& packet) 
 std::string TelluraProt::Exchange(const std::string& packet) {
     std::optional<std::string> reply = acknowledged(packet);
     if (!reply) return kTelluraBad;
-    for (int i = 0; i < kReplyTries && first_packet(*reply).empty(); ++i)
+    for (int i = 0; i < kReplyTries && FirstPacket(*reply).empty(); ++i)
         *reply += link_.receive_more(
             kTelluraChannel, kReplyTimeoutMs, kQuietChars,
             [&](std::string_view received) { return ends_packet(*reply + std::string(received)); });
-    const std::string_view answer = first_packet(*reply);
+    const std::string_view answer = FirstPacket(*reply);
     return answer.empty() ? kTelluraBad : std::string(answer);
 }
 
@@ -181,7 +179,7 @@ bool TelluraProt::IsWhole(std::string_view received) const {
 /// Whether the last of the bytes is that of the first packet, and its check fits.
 bool TelluraProt::ends_packet(std::string_view bytes) const {
     if (bytes.size() > kLongestReply) return false;
-    const std::string_view packet = first_packet(bytes);
+    const std::string_view packet = FirstPacket(bytes);
     return !packet.empty() && packet.end() == bytes.end() && CheckReply(packet);
 }
 
@@ -203,6 +201,8 @@ TelluraReply TelluraProt::ReadReply(std::string_view reply) const {
     if (reply.size() < kMinReplyLength) return {};
     const std::string body = unstuffed(body_of(reply));
     TelluraReply out;
+    if (body.size() > kReplySource)
+        out.address = static_cast<unsigned char>(body[kReplySource]) - kAddressOffset;
     if (body.size() > kReplyStatus) out.status = static_cast<unsigned char>(body[kReplyStatus]);
     if (body.size() > kReplyData) out.data = body.substr(kReplyData);
     return out;

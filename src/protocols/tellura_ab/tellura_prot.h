@@ -15,6 +15,7 @@
 namespace pelvan {
 
 inline constexpr std::int16_t kTelluraChannel = 3;
+inline constexpr int kTelluraMaxAddress = 32;
 
 /// The choices of `OptErrorChecking`.
 enum class TelluraCheck { Bcc, Crc };
@@ -29,6 +30,7 @@ struct TelluraPacket {
 
 /// What a valid reply says, doubled DLEs taken out.
 struct TelluraReply {
+    int address = 0;     // whose reply it is; negative when none can have it
     unsigned status = 0; // 0: done as asked
     std::string data;
 };
@@ -67,6 +69,10 @@ class TelluraProt {
     /// check fits it: nothing more belongs to them.
     [[nodiscard]] bool IsWhole(std::string_view received) const;
 
+    /// The first whole packet in the bytes, its check included, whether it fits or not; empty while
+    /// there is none. What stands before it (an acknowledgement, noise) is skipped.
+    [[nodiscard]] std::string_view FirstPacket(std::string_view bytes) const;
+
     /// Whether a reply is long enough and its check fits its body.
     [[nodiscard]] bool CheckReply(std::string_view reply) const;
 
@@ -82,7 +88,6 @@ class TelluraProt {
     [[nodiscard]] std::string_view body_of(std::string_view reply) const;
     [[nodiscard]] std::size_t find_pair(std::string_view bytes, char partner) const;
     [[nodiscard]] bool ends_packet(std::string_view bytes) const;
-    [[nodiscard]] std::string_view first_packet(std::string_view bytes) const;
     [[nodiscard]] std::optional<std::string> acknowledged(const std::string& packet);
 
     Link& link_;
