@@ -12,7 +12,8 @@
 #include <QTableView>
 
 #include "desktop/bindings/qt_text.h"
-#include "desktop/windows/error_table.h"
+#include "desktop/windows/list_table.h"
+#include "registers/transfer_errors.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -71,7 +72,13 @@ QLayout* errors(const BindContext& context, frm_DownloadParm& form) {
     // One title stands over two columns.
     QStringList titles{to_qt(form.Label3.Caption())};
     titles += to_qt(form.Label4.Caption()).split(QStringLiteral("    "));
-    QTableView* table = make_error_table(context, form.List2, titles << QStringLiteral("Kind"));
+    QTableView* table = make_list_table(
+        context, form.List2, titles << QStringLiteral("Kind"),
+        [](const std::string& line) {
+            const ErrorColumns columns = columns_of_error(line);
+            return std::vector<std::string>(columns.begin(), columns.end());
+        },
+        0);
     table->setMinimumSize(kListWidth, kListHeight);
     auto* column = new QVBoxLayout;
     column->addLayout(head_for(context, form.Label2, table, form.cmdClearList2));

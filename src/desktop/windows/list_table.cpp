@@ -1,4 +1,4 @@
-#include "desktop/windows/error_table.h"
+#include "desktop/windows/list_table.h"
 
 #include <QAbstractTableModel>
 #include <QHeaderView>
@@ -7,15 +7,14 @@
 
 #include "desktop/bindings/qt_text.h"
 #include "desktop/bindings/update_throttle.h"
-#include "registers/transfer_errors.h"
 
 namespace pelvan::desktop {
 namespace {
 
-class ErrorModel : public QAbstractTableModel {
+class LineModel : public QAbstractTableModel {
   public:
-    ErrorModel(const ListBox& list, QStringList titles, QObject* parent)
-        : QAbstractTableModel(parent), titles_(std::move(titles)), list_(list) {}
+    LineModel(const ListBox& list, QStringList titles, LineCutter cut, QObject* parent)
+        : QAbstractTableModel(parent), titles_(std::move(titles)), list_(list), cut_(cut) {}
 
     [[nodiscard]] int rowCount(const QModelIndex& parent) const override {
         return parent.isValid() ? 0 : static_cast<int>(rows_.size());
@@ -24,8 +23,9 @@ class ErrorModel : public QAbstractTableModel {
         return parent.isValid() ? 0 : static_cast<int>(titles_.size());
     }
     [[nodiscard]] QVariant data(const QModelIndex& at, int role) const override {
-        const ErrorColumns& row = rows_[static_cast<std::size_t>(at.row())];
-        const QString text = visible_line(row[static_cast<std::size_t>(at.column())]);
+        const std::vector<std::string>& row = rows_[static_cast<std::size_t>(at.row())];
+        const auto column = static_cast<std::size_t>(at.column());
+        const QString text = column < row.size() ? visible_line(row[column]) : QString();
         if (role == Qt::DisplayRole || role == Qt::ToolTipRole) return text;
         return {};
     }
@@ -38,21 +38,22 @@ class ErrorModel : public QAbstractTableModel {
         beginResetModel();
         rows_.clear();
         for (int i = 0; i < list_.ListCount(); ++i)
-            rows_.push_back(columns_of_error(list_.List(i)));
+            rows_.push_back(cut_(list_.List(i)));
         endResetModel();
     }
 
   private:
     QStringList titles_;
     const ListBox& list_;
-    std::vector<ErrorColumns> rows_;
+    LineCutter cut_;
+    std::vector<std::vector<std::string>> rows_;
 };
 
 class TableBinding : public QObject {
   public:
     TableBinding(const BindContext& context, ListBox& list, const QStringList& titles,
-                 QTableView* view)
-        : QObject(view), list_(list), view_(view), model_(new ErrorModel(list, titles, this)),
+                 LineCutter cut, QTableView* view)
+        : QObject(view), list_(list), view_(view), model_(new LineModel(list, titles, cut, this)),
           binding_(new Binding(context, list, view, [this] { show_selected(); })),
           throttle_(new UpdateThrottle(this, [this] {
               if (std::exchange(lines_changed_, false)) model_->reread();
@@ -65,6 +66,9 @@ class TableBinding : public QObject {
                     if (!current.isValid()) return; // the lines are being read again
                     binding_->tell([this, row = current.row()] { list_.set_ListIndex(row); });
                 });
+        connect(view, &QTableView::doubleClicked, this, [this] {
+            if (list_.DblClick) binding_->tell_later([this] { list_.DblClick(); });
+        });
     }
 
   private:
@@ -79,7 +83,7 @@ class TableBinding : public QObject {
 
     ListBox& list_;
     QTableView* view_;
-    ErrorModel* model_;
+    LineModel* model_;
     Binding* binding_;
     UpdateThrottle* throttle_;
     bool lines_changed_ = true;
@@ -91,7 +95,8 @@ class TableBinding : public QObject {
 
 } // namespace
 
-QTableView* make_error_table(const BindContext& context, ListBox& list, const QStringList& titles) {
+QTableView* make_list_table(const BindContext& context, ListBox& list, const QStringList& titles,
+                            LineCutter cut, int widest) {
     auto* view = new QTableView;
     view->setSelectionBehavior(QAbstractItemView::SelectRows);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -100,12 +105,12 @@ QTableView* make_error_table(const BindContext& context, ListBox& list, const QS
     view->setShowGrid(false);
     view->verticalHeader()->hide();
     view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + 4);
-    new TableBinding(context, list, titles, view);
+    new TableBinding(context, list, titles, cut, view);
     QHeaderView* header = view->horizontalHeader();
     header->setHighlightSections(false);
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
-    header->setSectionResizeMode(0, QHeaderView::Stretch); // what the controller said
+    header->setSectionResizeMode(widest, QHeaderView::Stretch);
     return view;
 }
 
