@@ -1,0 +1,290 @@
+#include "scan/bus_scan.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "platform/run_time_error.h"
+#include "scan/port_loan.h"
+#include "serial/trap.h"
+
+namespace pelvan {
+namespace {
+
+/// Bytes may be the answer of whoever was asked so long before they came.
+constexpr double kLateMs = 250;
+/// Patience with whoever has answered already.
+constexpr double kSureMs = 1000;
+constexpr int kTries = 3;      // of whoever has answered once, for a second answer
+constexpr int kNoisyTries = 2; // of whoever is asked again, while only noise comes back
+/// So often in a row the line did not fall silent: somebody else is talking.
+constexpr int kBusyLimit = 3;
+/// A controller has one setting. An address that answers at two is not asked at any more.
+constexpr std::ptrdiff_t kSettingsOfOne = 2;
+constexpr double kPaceMs = 3000; // so long the estimate is believed
+
+std::string failure_sentence(const RunTimeError& error, bool opened, std::int16_t port) {
+    const std::string number = std::to_string(port);
+    switch (error.number()) {
+    case error_number::kInvalidPortNumber:
+        return "Port " + number + " stands for no device that is there.";
+    case error_number::kPortAlreadyOpen:
+        return "Port " + number + " is in use by another program.";
+    case error_number::kHardwareNotAvailable:
+        return "Port " + number + " may not be opened: it is locked, or not permitted.";
+    default:
+        return (opened ? "The line was lost (error "
+                       : "Port " + number + " does not open (error ") +
+               std::to_string(error.number()) + ").";
+    }
+}
+
+} // namespace
+
+class BusScan::Run {
+  public:
+    Run(BusScan& scan, const ScanOptions& options, ScanListener& listener, ScanResult& result)
+        : scan_(scan), options_(options), listener_(listener), result_(result),
+          plan_(plan_scan(options)), all_ms_(estimated_ms(plan_, options.patience_ms)),
+          line_(scan.make_port_(), scan.tick_, options, [&listener] { return listener.go_on(); }) {}
+
+    [[nodiscard]] bool empty() const { return plan_.empty(); }
+    [[nodiscard]] bool opened() const { return opened_; }
+    void all();
+
+  private:
+    struct Asked {
+        int address;
+        double at_ms;
+    };
+
+    [[nodiscard]] double now_ms() { return scan_.tick_.precise_ms() - begun_ms_; }
+    [[nodiscard]] bool ended() { return !line_.go_on() || result_.how == ScanEnd::FoundFirst; }
+    [[nodiscard]] bool open(const ScanStep& step);
+    void step();
+    void tell(int address);
+    [[nodiscard]] std::ptrdiff_t settings_of(int address) const;
+    [[nodiscard]] bool is_settled(int address) const;
+    void tell_settings(int address);
+    Heard ask(int address, double patience_ms);
+    void ask_first(int address);
+    void confirm(int address, ProbeAnswer first, double reply_ms);
+    void look_again(int address, std::string bytes);
+    void ask_again(int address, double patience_ms);
+    [[nodiscard]] std::vector<int> asked_lately() const;
+
+    BusScan& scan_;
+    const ScanOptions& options_;
+    ScanListener& listener_;
+    ScanResult& result_;
+    std::vector<ScanStep> plan_;
+    double all_ms_;
+    double begun_ms_ = scan_.tick_.precise_ms();
+    double done_ms_ = 0; // of the estimate
+    bool opened_ = false;
+    ScanLine line_;
+
+    const ScanStep* step_ = nullptr;
+    std::unique_ptr<ScanProbe> probe_;
+    std::vector<Asked> asked_;        // of this step, in turn
+    std::map<int, int> repeats_;      // because of noise, by address
+    std::map<int, int> sure_repeats_; // because of an answer that came late
+    int busy_ = 0;
+    bool told_echo_ = false;
+    bool told_settings_ = false;
+    std::vector<std::string> refused_; // settings that the port does not have
+};
+
+void BusScan::Run::all() {
+    for (const ScanStep& next : plan_) {
+        if (ended()) break;
+        step_ = &next;
+        if (open(next)) step();
+    }
+    if (result_.how == ScanEnd::Completed && !line_.go_on()) result_.how = ScanEnd::Cancelled;
+}
+
+/// False for settings that the port does not have: the others may do.
+bool BusScan::Run::open(const ScanStep& step) {
+    const std::string settings = settings_text(step.line);
+    if (std::find(refused_.begin(), refused_.end(), settings) != refused_.end()) return false;
+    try {
+        line_.open(step.line);
+        opened_ = true;
+        return true;
+    } catch (const RunTimeError& error) {
+        if (error.number() != error_number::kCannotSetState) throw;
+        refused_.push_back(settings);
+        listener_.remark("The port does not have the settings " + settings + ".");
+        return false;
+    }
+}
+
+void BusScan::Run::step() {
+    probe_ = make_probe(*step_, scan_.link_, scan_.dialogs_);
+    asked_.clear();
+    repeats_.clear();
+    sure_repeats_.clear();
+    busy_ = 0;
+    const double begin_ms = done_ms_;
+    const double each_ms = silent_address_ms(*step_, options_.patience_ms);
+    for (const int address : step_->addresses) {
+        if (ended() || busy_ >= kBusyLimit) break;
+        if (!is_settled(address)) {
+            tell(address);
+            ask_first(address);
+        }
+        done_ms_ += each_ms;
+    }
+    if (!asked_.empty() && !ended() && busy_ < kBusyLimit)
+        if (std::string late = line_.listen(kScanTailMs); !late.empty())
+            look_again(asked_.back().address, std::move(late));
+    if (busy_ >= kBusyLimit)
+        listener_.remark("Somebody else sends on this line at " + settings_text(step_->line) +
+                         ": it does not fall silent.");
+    done_ms_ = begin_ms + each_ms * static_cast<double>(step_->addresses.size()) + kScanTailMs;
+}
+
+void BusScan::Run::tell(int address) {
+    const double spent_ms = now_ms();
+    const double pace = spent_ms > kPaceMs && done_ms_ > 0 ? spent_ms / done_ms_ : 1;
+    listener_.probing({*step_, address, std::min(done_ms_ / all_ms_, 1.0),
+                       std::max(all_ms_ - done_ms_, 0.0) * pace});
+    if (!line_.echoes() || std::exchange(told_echo_, true)) return;
+    listener_.remark("The line echoes what is sent: a two-wire converter, or a plug.");
+}
+
+/// At how many settings the address was found.
+std::ptrdiff_t BusScan::Run::settings_of(int address) const {
+    return std::count_if(result_.finds.begin(), result_.finds.end(), [&](const ScanFind& find) {
+        return find.protocol == step_->protocol && find.address == address;
+    });
+}
+
+/// Whether the address needs not be asked: it has been found, or its finds say that what is behind
+/// the port answers at any setting.
+bool BusScan::Run::is_settled(int address) const {
+    return settings_of(address) >= kSettingsOfOne ||
+           std::any_of(result_.finds.begin(), result_.finds.end(),
+                       [&](const ScanFind& find) { return may_be_same(find, *step_, address); });
+}
+
+void BusScan::Run::tell_settings(int address) {
+    if (settings_of(address) < kSettingsOfOne || std::exchange(told_settings_, true)) return;
+    listener_.remark("A controller answered at two settings. There are two of one address, or what "
+                     "is behind the port does not care for settings.");
+}
+
+Heard BusScan::Run::ask(int address, double patience_ms) {
+    asked_.push_back({address, now_ms()});
+    ++result_.probes;
+    return line_.ask(*probe_, address, patience_ms);
+}
+
+void BusScan::Run::ask_first(int address) {
+    const Heard heard = ask(address, options_.patience_ms);
+    if (heard.bytes.empty() || ended()) {
+        busy_ = 0;
+        return;
+    }
+    const auto answer = probe_->answer(address, heard.bytes);
+    if (!answer)
+        look_again(address, heard.bytes);
+    else if (!answer->absent)
+        confirm(address, *answer, heard.reply_ms);
+}
+
+void BusScan::Run::confirm(int address, ProbeAnswer first, double reply_ms) {
+    const double patience_ms = std::max(options_.patience_ms, kSureMs);
+    for (int i = 0; i < kTries && !ended(); ++i) {
+        const Heard heard = ask(address, patience_ms);
+        auto second = probe_->answer(address, heard.bytes);
+        if (second && second->kind == first.kind) {
+            if (second->model != first.model) second->model.clear();
+            result_.finds.push_back({step_->protocol, step_->crc, address, step_->line, *second,
+                                     std::max(reply_ms, heard.reply_ms), now_ms()});
+            listener_.found(result_.finds.back());
+            tell_settings(address);
+            if (options_.stops_at_first) result_.how = ScanEnd::FoundFirst;
+            return;
+        }
+        if (second) {
+            first = *second;
+            reply_ms = heard.reply_ms;
+        }
+        std::string rest;
+        static_cast<void>(line_.fall_silent(rest));
+    }
+}
+
+std::vector<int> BusScan::Run::asked_lately() const {
+    std::vector<int> addresses;
+    const double since_ms = asked_.empty() ? 0 : asked_.back().at_ms - kLateMs;
+    for (auto asked = asked_.rbegin(); asked != asked_.rend() && asked->at_ms >= since_ms; ++asked)
+        if (std::find(addresses.begin(), addresses.end(), asked->address) == addresses.end())
+            addresses.push_back(asked->address);
+    return addresses;
+}
+
+/// Bytes came that are not the answer of the address.
+void BusScan::Run::look_again(int address, std::string bytes) {
+    if (!line_.fall_silent(bytes)) {
+        ++busy_;
+        return;
+    }
+    busy_ = 0;
+    std::vector<int> senders = probe_->senders(bytes);
+    std::erase_if(senders, [this](int sender) {
+        return std::none_of(asked_.begin(), asked_.end(),
+                            [sender](const Asked& asked) { return asked.address == sender; });
+    });
+    const std::vector<int> others = senders.empty() ? asked_lately() : std::vector<int>{address};
+    for (const int sender : senders)
+        if (sure_repeats_[sender]++ < kTries) ask_again(sender, kSureMs);
+    for (const int other : others)
+        if (repeats_[other]++ == 0)
+            ask_again(other, senders.empty() ? std::max(options_.patience_ms, kLateMs)
+                                             : options_.patience_ms);
+}
+
+void BusScan::Run::ask_again(int address, double patience_ms) {
+    for (int i = 0; i < kNoisyTries && !ended() && !is_settled(address); ++i) {
+        const Heard heard = ask(address, patience_ms);
+        if (heard.bytes.empty()) return;
+        if (const auto answer = probe_->answer(address, heard.bytes)) {
+            if (!answer->absent) confirm(address, *answer, heard.reply_ms);
+            return;
+        }
+        std::string rest;
+        static_cast<void>(line_.fall_silent(rest));
+    }
+}
+
+ScanResult BusScan::run(const ScanOptions& options, ScanListener& listener) {
+    ScanResult result;
+    const LineClaim claim = link_.claim();
+    if (!claim) {
+        result.how = ScanEnd::Refused;
+        result.reason = link_.refusal();
+        return result;
+    }
+    const PortLoan loan(link_.channels(), options.port);
+    const double begun_ms = tick_.precise_ms();
+    Run run(*this, options, listener, result);
+    if (run.empty()) {
+        result.how = ScanEnd::Refused;
+        result.reason = "Nothing is chosen that could be tried.";
+        return result;
+    }
+    try {
+        run.all();
+    } catch (const RunTimeError& error) {
+        ErrorTrap(log_, dialogs_, "bus_scan").record(error);
+        result.how = ScanEnd::Failed;
+        result.reason = failure_sentence(error, run.opened(), options.port);
+    }
+    result.taken_ms = tick_.precise_ms() - begun_ms;
+    return result;
+}
+
+} // namespace pelvan
