@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/scan_settings.h"
 #include "config/device_map.h"
 
 namespace pelvan {
@@ -13,6 +14,7 @@ Application::Application(Services given, LineOpener opener)
              [this] { return static_cast<std::int16_t>(console.opt_Protocol.Value()); }),
       transfer(services, transfer_link, modbus), logging(services, data_logger),
       profile_logic(services, profile_link, modbus),
+      scan(services, session.config, scan_link, bus_scan, *this),
       comms_settings(services, session.config, channels, *this),
       serial_devices(services, session.config, channels), frame(*this) {
     logging_closed_ = logging.closed.subscribe([this] { restore_windows(); });
@@ -29,10 +31,15 @@ Application::Application(Services given, LineOpener opener)
 
 /// Ending the program asks what closing the frame asks, from wherever it is chosen.
 void Application::join_menus() {
+    console.mnuDiagnostics.children.insert(console.mnuDiagnostics.children.begin() + 1,
+                                           &frame.mnuBusScan);
+    for (HistoryForm* form : {&history.frmCommand, &history.frmResponse})
+        form->mnuDiagnostics.children.insert(form->mnuDiagnostics.children.begin() + 1,
+                                             &frame.mnuBusScan);
     console.mnuExit.reach_everywhere().Click = [this] { frame.mnuExit_Click(); };
     for (Form* form :
          std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse, &listen,
-                                      &transfer, &logging, &profile_logic}) {
+                                      &transfer, &logging, &profile_logic, &scan}) {
         for (MenuEntry* menu : form->menus)
             if (menu != nullptr && menu->Caption() == "&Help")
                 menu->children.insert(menu->children.end(), {nullptr, &frame.mnuAbout});
@@ -44,6 +51,7 @@ void Application::hold_menus() {
     frame.mnuListen.hold(listen_link.refusal());
     frame.mnuDataLogging.hold(logging_link.refusal());
     frame.mnuTransfer.hold(transfer_link.refusal());
+    frame.mnuBusScan.hold(scan_link.refusal());
     profile_logic.permit();
     const std::string holder = channels.line_use().refusal(nullptr);
     frame.mnuPortSettings.hold(holder);
@@ -58,6 +66,10 @@ void Application::show_jumper_menu() {
         return device && simulator::is_simulated(*device);
     });
     console.mnuSimulatedJumper.set_Visible(simulated);
+}
+
+std::string Application::use_settings(const ScanFind& find, std::int16_t port, int line_mode) {
+    return use_scanned_settings(find, port, line_mode, session.config, channels, messages);
 }
 
 void Application::restore_windows() {

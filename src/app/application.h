@@ -9,13 +9,14 @@
 #include "listen/listen_form.h"
 #include "logging/logging_form.h"
 #include "profile/window/profile_logic_form.h"
+#include "scan/scan_form.h"
 #include "settings/comms_settings_form.h"
 #include "settings/serial_devices_form.h"
 #include "transfer/download_parm_form.h"
 
 namespace pelvan {
 
-class Application : public Core, private SettingsHost {
+class Application : public Core, private SettingsHost, private ScanHost {
   public:
     /// `opener` opens the devices that are not simulated.
     Application(Services services, LineOpener opener);
@@ -26,6 +27,7 @@ class Application : public Core, private SettingsHost {
     frm_DownloadParm transfer;
     frm_DataLogging logging;
     frm_ProfileLogic profile_logic;
+    frm_BusScan scan;
     frm_CommsSettings comms_settings;
     frm_SerialDevices serial_devices;
     MDIPelvan6 frame;
@@ -33,6 +35,7 @@ class Application : public Core, private SettingsHost {
   private:
     [[nodiscard]] int selected_protocol() const override { return console.opt_Protocol.Value(); }
     void hold_windows(bool held) override;
+    std::string use_settings(const ScanFind& find, std::int16_t port, int line_mode) override;
     void restore_windows();
     void hold_menus();
     void join_menus();

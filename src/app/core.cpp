@@ -16,11 +16,14 @@ Core::Core(Services given, LineOpener opener)
       logging_link(channels, countdowns, services.dialogs, error_log, "Data Logging"),
       transfer_link(channels, countdowns, services.dialogs, error_log, "Save/Restore Setup"),
       profile_link(channels, countdowns, services.dialogs, error_log, "Profile Logic"),
+      scan_link(channels, countdowns, services.dialogs, error_log, "Bus Scan"),
       modbus(session.modbus), senders(link, modbus, services.clock, services.dialogs),
       repeat(link, services.tick, messages),
       listen_monitor(listen_link, modbus, session.listen, services.clock,
                      services.application_directory),
       data_logger(services, messages, session.config, logging_link, modbus, session.logging),
+      bus_scan(
+          scan_link, [this] { return make_port(); }, services.tick, services.dialogs, error_log),
       opener_(std::move(opener)) {}
 
 std::unique_ptr<SerialPort> Core::make_port() {

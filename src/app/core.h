@@ -12,6 +12,7 @@
 #include "platform/line_port.h"
 #include "platform/message_router.h"
 #include "platform/services.h"
+#include "scan/bus_scan.h"
 #include "serial/link.h"
 #include "simulator/line/simulator_registry.h"
 
@@ -39,11 +40,13 @@ class Core {
     Link logging_link;
     Link transfer_link;
     Link profile_link;
+    Link scan_link;
     Modbus modbus;
     Senders senders;
     Repeat repeat; // of the console, and of the terminal's `send`
     ListenMonitor listen_monitor;
     DataLogger data_logger;
+    BusScan bus_scan;
 
   private:
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();

@@ -38,6 +38,7 @@ MDIPelvan6::MDIPelvan6(Application& application)
     mnuTools.children.push_back(nullptr);
     mnuTools.children.push_back(&mnuHoldProfile);
     mnuHoldProfile.reach_everywhere().Click = [this] { application_.profile_logic.hold(); };
+    mnuBusScan.Click = [this] { application_.scan.Show(); };
     mnuSettings.children = {&mnuPortSettings, &mnuSerialDevices, nullptr, &mnuTheme};
     mnuPortSettings.Click = [this] { application_.comms_settings.Show(); };
     mnuSerialDevices.Click = [this] { application_.serial_devices.Show(); };
@@ -152,7 +153,20 @@ void MDIPelvan6::mnuDataLogging_Click() {
     logging.Move({0, 0, console.width, console.height + response.height});
 }
 
+/// Ends a scan without a question, for it has changed nothing; the frame closes when it has ended.
+bool MDIPelvan6::scan_ends() {
+    frm_BusScan& scan = application_.scan;
+    if (!scan.running()) return false;
+    scan.cancel();
+    scan_end_ = scan.ended.subscribe([this] {
+        scan_end_.end();
+        Unload();
+    });
+    return true;
+}
+
 bool MDIPelvan6::Form_Unload() {
+    if (scan_ends()) return false;
     frm_DownloadParm& transfer = application_.transfer;
     if (transfer.running()) {
         transfer.cmdCancel_Click();

@@ -30,6 +30,9 @@ class MDIPelvan6 : public Form {
     /// In every window's menus, because an oven does not wait until somebody finds its window.
     MenuEntry mnuHoldProfile{"mnuHoldProfile", "&Hold Profile", "F12",
                              "Hold the ramp profile that runs; its set points stay."};
+    /// Stands in the Diagnostics menus.
+    MenuEntry mnuBusScan{"mnuBusScan", "Bus &Scan...", "Ctrl+Shift+B",
+                         "Search a line for controllers whose settings nobody remembers."};
     MenuEntry mnuSettings{"mnuSettings", "&Settings"};
     MenuEntry mnuPortSettings{"mnuPortSettings", "&Port Settings...", "F9",
                               "Port, baud rate and format of the selected protocol's channel."};
@@ -92,7 +95,10 @@ class MDIPelvan6 : public Form {
     void make_theme_menu();
 
     Application& application_;
+    [[nodiscard]] bool scan_ends();
+
     Subscription transfer_end_; // the frame closes then
+    Subscription scan_end_;     // and then
 };
 
 } // namespace pelvan

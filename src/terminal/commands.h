@@ -20,6 +20,7 @@ void add_ports_command(CLI::App& cli, ChosenCommand& chosen);
 void add_simulate_command(CLI::App& cli, ChosenCommand& chosen);
 void add_demo_command(CLI::App& cli, ChosenCommand& chosen);
 void add_listen_command(CLI::App& cli, ChosenCommand& chosen);
+void add_scan_command(CLI::App& cli, ChosenCommand& chosen);
 void add_log_command(CLI::App& cli, ChosenCommand& chosen);
 /// save, restore and compare.
 void add_transfer_commands(CLI::App& cli, ChosenCommand& chosen);

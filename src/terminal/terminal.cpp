@@ -104,6 +104,7 @@ std::optional<int> run_shown(const std::vector<std::string>& arguments,
     add_simulate_command(cli, chosen);
     add_demo_command(cli, chosen);
     add_listen_command(cli, chosen);
+    add_scan_command(cli, chosen);
     add_log_command(cli, chosen);
     add_transfer_commands(cli, chosen);
     add_profile_command(cli, chosen);

@@ -208,6 +208,49 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     EXPECT_NE(testing::read_file(dir.file("log")).find("742"), std::string::npos);
 }
 
+/// A controller that was found on the only channel's port, by another protocol than that one's.
+TEST_F(ApplicationTest, PutsFoundSettingsIntoTheirChannel) {
+    testing::configure_devices(dir, {"simulated:742"});
+    app.frame.Load();
+    app.frame.mnuBusScan.choose();
+    frm_BusScan& scan = app.scan;
+    for (const int other : {0, 1, 3})
+        scan.chk_Protocol[static_cast<std::size_t>(other)].set_Value(0);
+    scan.chk_Baud[0].set_Value(0); // 9600
+    scan.chk_StopAtFirst.set_Value(1);
+    EXPECT_EQ(app.console.mnuDiagnostics.children.at(1), &app.frame.mnuBusScan);
+    desktop.on_turn = [&] { EXPECT_FALSE(app.frame.mnuPortSettings.Enabled()); };
+    scan.cmd_Start.press();
+    desktop.on_turn = nullptr;
+    EXPECT_EQ(scan.lst_Found.ListCount(), 1) << scan.lbl_Status.Caption();
+    dialogs.answers = {MessageAnswer::Yes}; // Modbus, before Xon, gets a port
+    scan.cmd_Use.press();
+    EXPECT_EQ(scan.lbl_Status.Caption().substr(0, 43),
+              "Xon uses port 1 with 19200,N,8,1 now. Full ");
+    ASSERT_EQ(app.session.serial.gCommDevice.size(), 3U);
+    EXPECT_EQ(app.session.serial.gCommDevice[2]->Settings(), "19200,N,8,1");
+    const std::string text = testing::read_file(ini);
+    EXPECT_NE(text.find("DEVICE 2 PORT SETTING=19200,N,8,1"), std::string::npos) << text;
+    EXPECT_NE(text.find("DEVICE 2 RTS Mode=3"), std::string::npos) << text;
+}
+
+TEST_F(ApplicationTest, ClosingTheFrameEndsAScanFirst) {
+    testing::configure_devices(dir, {"", "simulated:742"});
+    app.frame.Load();
+    app.scan.Show();
+    bool ended = false;
+    const Subscription closing = app.console.closed.subscribe([&] { ended = true; });
+    desktop.on_turn = [&, turn = 0]() mutable {
+        if (++turn != 20) return;
+        EXPECT_FALSE(app.frame.Unload());
+        EXPECT_FALSE(ended);
+    };
+    app.scan.cmd_Start.press();
+    EXPECT_TRUE(ended);
+    EXPECT_TRUE(app.channels.line_use().holder().empty());
+    EXPECT_TRUE(dialogs.shown.empty());
+}
+
 void collect_shortcuts(const std::vector<MenuEntry*>& entries, std::multiset<std::string>& keys) {
     for (const MenuEntry* entry : entries) {
         if (!entry) continue; // a line between entries
@@ -220,7 +263,7 @@ void collect_shortcuts(const std::vector<MenuEntry*>& entries, std::multiset<std
 TEST_F(ApplicationTest, NoKeyBelongsToTwoEntriesOfAWindowAndItsFrame) {
     for (Form* form : std::initializer_list<Form*>{
              &app.console, &app.history.frmCommand, &app.history.frmResponse, &app.listen,
-             &app.transfer, &app.logging, &app.profile_logic, &app.comms_settings}) {
+             &app.transfer, &app.logging, &app.profile_logic, &app.scan, &app.comms_settings}) {
         std::multiset<std::string> keys;
         collect_shortcuts(app.frame.menus, keys);
         collect_shortcuts(form->menus, keys);

@@ -125,8 +125,9 @@ class AccessibilityTest : public ProgramTest {
 };
 
 TEST_F(AccessibilityTest, OfEveryChildWindow) {
-    for (Form* form : std::initializer_list<Form*>{
-             &app().history.frmCommand, &app().history.frmResponse, &app().listen, &app().logging})
+    for (Form* form :
+         std::initializer_list<Form*>{&app().history.frmCommand, &app().history.frmResponse,
+                                      &app().listen, &app().logging, &app().scan})
         walk(*form);
     app().transfer.Show();
     app().transfer.lbl_File.set_Caption("Saved in");
@@ -155,7 +156,7 @@ TEST_F(AccessibilityTest, OfAllOfAWindowOnASmallScreen) {
     const auto* area = main_->frame().findChild<QMdiArea*>();
     for (Form* form : std::initializer_list<Form*>{&app().console, &app().history.frmCommand,
                                                    &app().history.frmResponse, &app().listen,
-                                                   &app().transfer, &app().logging}) {
+                                                   &app().transfer, &app().logging, &app().scan}) {
         form->Show();
         run_events();
         const QMdiSubWindow* window = area->activeSubWindow();

@@ -16,6 +16,7 @@
 #include "desktop/windows/listen_window.h"
 #include "desktop/windows/logging_window.h"
 #include "desktop/windows/profile_window.h"
+#include "desktop/windows/scan_window.h"
 #include "desktop/windows/settings_window.h"
 #include "desktop/windows/status_bar.h"
 #include "desktop/windows/transfer_window.h"
@@ -25,6 +26,7 @@ namespace {
 
 constexpr char kFrame[] = "frame";
 constexpr QRect kListenPlace{60, 60, 900, 560};
+constexpr QRect kScanPlace{80, 40, 860, 560};
 constexpr QRect kTransferPlace{100, 80, 1000, 560};
 
 std::function<qint64()> elapsed_ms() {
@@ -49,6 +51,7 @@ MainWindow::MainWindow(const std::string& directory, const std::string& personal
     console_closed_ = app.console.closed.subscribe([&app] {
         app.transfer.cancel_transfer();
         app.profile_logic.line.cancel();
+        app.scan.cancel();
         QCoreApplication::exit(0);
     });
     for (MenuEntry* entry : app.frame.mnuWindow.children)
@@ -154,6 +157,9 @@ void MainWindow::make_children() {
     });
     first_shows_.emplace_back(app.profile_logic, [this, &app] {
         add_profile_window(module_folder(), app.profile_logic, dialogs_, *frame_);
+    });
+    first_shows_.emplace_back(app.scan, [this, &app] {
+        frame_->add_child(app.scan, make_scan(frame_->context(), app.scan), kScanPlace);
     });
     first_shows_.emplace_back(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer),

@@ -1,0 +1,19 @@
+// A found controller's settings put into the channel of its protocol, as the window of the port
+// settings would save them.
+#pragma once
+
+#include <string>
+
+#include "config/ini.h"
+#include "scan/scan_find.h"
+
+namespace pelvan {
+
+/// Saves and rebuilds the channels; what was done, or why not, in a sentence. Asks whether channels
+/// before this one that have no port get one. `line_mode` is for a channel that has none of its
+/// own.
+[[nodiscard]] std::string use_scanned_settings(const ScanFind& find, std::int16_t port,
+                                               int line_mode, const ConfigState& config,
+                                               ChannelTable& channels, Dialogs& dialogs);
+
+} // namespace pelvan
