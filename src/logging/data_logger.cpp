@@ -141,7 +141,8 @@ void DataLogger::load_again(const std::string& file) {
 bool DataLogger::agrees_with(const std::string& file) const {
     LogSet saved;
     return read_log_set(file, "", saved) && saved.same_rows(set_) &&
-           saved.interval_seconds == set_.interval_seconds && saved.log_to_file == set_.log_to_file;
+           saved.interval_seconds == set_.interval_seconds &&
+           saved.log_to_file == set_.log_to_file && saved.together == set_.together;
 }
 
 void DataLogger::WriteLogSet(const std::string& file) const {
@@ -280,20 +281,21 @@ void DataLogger::PollLogRows() {
     recorder_.begin_pass(set_, now, services_.tick.timeGetTime());
     for (int row = 1; row <= kLogRows; ++row)
         set_reading(row, {reading(row).value, RowState::NotPolled});
+    const auto neighbours = set_.together ? neighbours_in(set_) : std::array<int, kLogRows + 1>{};
     for (int row = 1; row <= kLogRows; ++row) {
         if (!set_.row(row).in_use) continue;
         before_row.raise(row);
         if (pass_ends_) return; // a record of half the rows would mislead
-        poll_row(row, record);
+        poll_row(row, neighbours[static_cast<std::size_t>(row)], record);
     }
     // Required: only this option counts here. Without "Log To File" every pass adds a record that
     // nothing flushes, and the 203rd overflows the buffer.
     if (set_.single_line) buffer_.append(record);
 }
 
-void DataLogger::poll_row(int row, std::string& record) {
+void DataLogger::poll_row(int row, int neighbours, std::string& record) {
     const LogRow numbers = set_.row(row).numbers();
-    const LogReading reading = poller_.poll(numbers);
+    const LogReading reading = poller_.poll(numbers, neighbours);
     set_reading(row, reading);
     if (reading.after_strays && port_message_.empty()) set_port_message(kStrayBytes);
     recorder_.record(row, numbers, reading);

@@ -32,6 +32,8 @@ class DataLogger {
     void set_file_name(const std::string& name);
     void set_log_to_file(bool on) { set_.log_to_file = on; }
     void set_single_line(bool on) { set_.single_line = on; }
+    /// Takes effect with the next pass.
+    void set_together(bool on) { set_.together = on; }
     /// As `enter_cell`.
     [[nodiscard]] bool enter_cell(int row, int column, const std::string& answer);
     /// As `enter_label`; a curve of the row goes on under the new name.
@@ -49,7 +51,7 @@ class DataLogger {
     /// Reads the set again and, when logging ran, goes on with it. Lines that wait are written
     /// before, once. Errors as `ReadLogSet`; blocks for a pass when logging goes on.
     void load_again(const std::string& file);
-    /// Whether rows, interval and "Log To File" are still those of the file.
+    /// Whether rows, interval and the options that a file keeps are still those of the file.
     [[nodiscard]] bool agrees_with(const std::string& file) const;
     /// A failed write goes unnoticed.
     void WriteLogSet(const std::string& file) const;
@@ -109,7 +111,7 @@ class DataLogger {
     void apply_start_mode(const std::string& file);
     void poll();
     void flush_if_due();
-    void poll_row(int row, std::string& record);
+    void poll_row(int row, int neighbours, std::string& record);
     void set_reading(int row, const LogReading& reading);
     void set_port_message(const std::string& text);
     void end_logging();

@@ -4,7 +4,6 @@
 #include "platform/run_time_error.h"
 #include "protocols/modbus/crc.h"
 #include "protocols/modbus/whole_reply.h"
-#include "serial/careful_exchange.h"
 
 namespace pelvan {
 namespace {
@@ -15,6 +14,12 @@ constexpr char kRefusedText[] = "-99999";
 Fit fit_of(const std::string& request, const std::string& reply) {
     if (!can_answer(request, reply)) return Fit::Missing;
     return has_valid_crc(reply) ? Fit::Answers : Fit::Damaged;
+}
+
+/// The request's own answer; nothing for any other reply.
+std::string answer_in(const std::string& request, const CarefulReply& heard) {
+    const bool counts = !heard.unclear && fit_of(request, heard.reply) == Fit::Answers;
+    return counts ? heard.reply : std::string();
 }
 
 RowState state_of(const std::string& text) {
@@ -29,9 +34,10 @@ RowState state_of(const std::string& text) {
 
 void LogPoller::begin_pass() {
     values_ = {0, kValueListEnd, kValueListEnd};
+    ahead_.begin();
 }
 
-LogReading LogPoller::poll(const LogRow& row) {
+LogReading LogPoller::poll(const LogRow& row, int neighbours) {
     std::int16_t function = 0;
     if (row.command == log_command::kRead32) {
         function = int16_from(log_command::kReadHoldingRegisters);
@@ -51,7 +57,7 @@ LogReading LogPoller::poll(const LogRow& row) {
         reading.value = kRefusedText;
         modbus_.state().gReplyValues[1] = kRefused;
     } else {
-        reading = exchange(frame);
+        reading = read(frame, neighbours);
     }
     if (is_exception_text(reading.value)) reading.value = exception_value(reading.value);
     if (row.command == log_command::kRead32) reading.value = join_32_bit(reading.value);
@@ -60,18 +66,45 @@ LogReading LogPoller::poll(const LogRow& row) {
     return reading;
 }
 
-LogReading LogPoller::exchange(const std::string& frame) {
+CarefulReply LogPoller::exchange(const std::string& frame, float more_ms) {
     CarefulRequest request;
     request.whom = {kModbusChannel, static_cast<unsigned char>(frame[0])};
     request.repeatable = is_read(frame);
     request.watches_stray_bytes = true;
     request.exchange = [&] {
         return link_.transmit(
-            kModbusChannel, frame, kModbusTimeoutMs, kModbusQuietChars,
+            kModbusChannel, frame, kModbusTimeoutMs + more_ms, kModbusQuietChars,
             [&](std::string_view received) { return is_whole_reply(frame, received); });
     };
     request.fit = [&](const std::string& reply) { return fit_of(frame, reply); };
-    const CarefulReply heard = exchange_carefully(link_, request);
+    return exchange_carefully(link_, request);
+}
+
+CarefulReply LogPoller::exchange_with_neighbours(const std::string& frame, int neighbours) {
+    bool strays = false;
+    CarefulReply heard;
+    ahead_.fetch(frame, neighbours, [&](const std::string& all, float more_ms) {
+        heard = exchange(all, more_ms);
+        strays = strays || heard.after_strays;
+        return answer_in(all, heard);
+    });
+    if (!heard.sent) return heard; // the port's errors are told once a row
+    if (auto held = ahead_.take(frame)) {
+        heard.reply = std::move(*held);
+    } else {
+        heard = exchange(frame);
+        const bool other = is_read(frame) && answer_in(frame, heard).empty();
+        if (other && ahead_.came_late(heard.reply.size() + heard.discarded))
+            heard = exchange(frame);
+        ahead_.sent(frame, answer_in(frame, heard));
+    }
+    heard.after_strays = heard.after_strays || strays;
+    return heard;
+}
+
+LogReading LogPoller::read(const std::string& frame, int neighbours) {
+    const CarefulReply heard =
+        neighbours > 0 ? exchange_with_neighbours(frame, neighbours) : exchange(frame);
     // Always this decoder, whatever format the console shows. Its pass over the request leaves the
     // same marks in the reply values as on the console.
     static_cast<void>(modbus_.ModbusDecodeSmartDecimal(1, frame));

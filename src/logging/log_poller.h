@@ -1,12 +1,14 @@
 // One Modbus read for one row of the log set: request, exchange, value text, and how the controller
-// answered. It knows neither the grid nor the log file.
+// answered. Neighbours may be read with one request; their readings are then those that single
+// requests would have given. It knows neither the grid nor the log file.
 #pragma once
 
 #include <array>
 
 #include "logging/log_set.h"
 #include "protocols/modbus/modbus.h"
-#include "serial/link.h"
+#include "registers/read_ahead.h"
+#include "serial/careful_exchange.h"
 
 namespace pelvan {
 
@@ -22,20 +24,26 @@ struct LogReading {
 
 class LogPoller {
   public:
-    LogPoller(Link& link, Modbus& modbus) : link_(link), modbus_(modbus) {}
+    LogPoller(Link& link, Modbus& modbus) : link_(link), modbus_(modbus), ahead_(link, modbus) {}
 
-    /// Forgets what earlier rows put into the value array.
+    /// Forgets what earlier rows put into the value array, and what was read ahead.
     void begin_pass();
     /// Blocks as `exchange_carefully` does. No reading, and an empty value, for a whole reply that
     /// answers another request or may do so. 6 (overflow) for a command or value outside its
     /// integer range.
-    [[nodiscard]] LogReading poll(const LogRow& row);
+    ///
+    /// `neighbours`: how many rows to come, this one included, ask for registers that follow one
+    /// another and may be read with this one; 0 when each row is to be read for itself.
+    [[nodiscard]] LogReading poll(const LogRow& row, int neighbours = 0);
 
   private:
-    [[nodiscard]] LogReading exchange(const std::string& frame);
+    [[nodiscard]] LogReading read(const std::string& frame, int neighbours);
+    [[nodiscard]] CarefulReply exchange(const std::string& frame, float more_ms = 0);
+    [[nodiscard]] CarefulReply exchange_with_neighbours(const std::string& frame, int neighbours);
 
     Link& link_;
     Modbus& modbus_;
+    ReadAhead ahead_;
     std::array<float, 3> values_{0, kValueListEnd, kValueListEnd};
 };
 

@@ -1,6 +1,7 @@
 #include "logging/log_set.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "platform/run_time_error.h"
 #include "text/numbers.h"
@@ -52,6 +53,19 @@ void mark(LogSetRow& row) {
     row.in_use = std::none_of(row.texts.begin() + log_column::kAddress, row.texts.end(),
                               [](const std::string& text) { return text.empty(); });
     row.texts[log_column::kLog] = row.in_use ? "Yes" : "No";
+}
+
+/// Any text may stand in a column: nothing here raises.
+bool is_neighbour(const LogSetRow& row, const LogSetRow& next) {
+    const auto step = [&](std::size_t column) {
+        return leading_number(next.texts[column]) - leading_number(row.texts[column]);
+    };
+    const double command = leading_number(row.texts[log_column::kCommand]);
+    const double first = leading_number(row.texts[log_column::kRegister]);
+    const bool of_registers = command == log_command::kReadHoldingRegisters ||
+                              command == log_command::kReadInputRegisters;
+    return of_registers && first == std::floor(first) && step(log_column::kAddress) == 0 &&
+           step(log_column::kCommand) == 0 && step(log_column::kRegister) == 1;
 }
 
 const ColumnRule* rule_of(int column) {
@@ -116,6 +130,20 @@ std::vector<int> LogSet::writing_rows() const {
     for (int number = 1; number <= kLogRows; ++number)
         if (row(number).in_use && is_write_command(row(number))) numbers.push_back(number);
     return numbers;
+}
+
+std::array<int, kLogRows + 1> neighbours_in(const LogSet& set) {
+    std::array<int, kLogRows + 1> counts{};
+    int next = 0; // the row in use behind this one
+    for (int number = kLogRows; number >= 1; --number) {
+        const LogSetRow& row = set.row(number);
+        if (!row.in_use) continue;
+        const bool goes_on = next > 0 && is_neighbour(row, set.row(next));
+        counts[static_cast<std::size_t>(number)] =
+            goes_on ? counts[static_cast<std::size_t>(next)] + 1 : 1;
+        next = number;
+    }
+    return counts;
 }
 
 std::array<int, 3> interval_parts(std::int32_t seconds) {

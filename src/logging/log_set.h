@@ -66,6 +66,8 @@ struct LogSet {
     std::string file_name;
     bool log_to_file = false;
     bool single_line = false;
+    /// Rows whose registers follow one another are read with one request.
+    bool together = false;
     std::array<LogSetRow, kLogRows> rows; // row 1 first
 
     /// By its number, 1 to `kLogRows`; 9 outside.
@@ -80,6 +82,10 @@ struct LogSet {
     /// them: the editor takes read commands alone.
     [[nodiscard]] std::vector<int> writing_rows() const;
 };
+
+/// By row number: how many rows in use, itself included, ask one controller for registers of one
+/// kind that follow one another. 1 where the next row in use asks for something else.
+[[nodiscard]] std::array<int, kLogRows + 1> neighbours_in(const LogSet& set);
 
 /// Hours, minutes and seconds of an interval.
 [[nodiscard]] std::array<int, 3> interval_parts(std::int32_t seconds);

@@ -27,6 +27,9 @@ std::string row_key(int row, std::size_t column) {
 constexpr char kName[] = "DEVICENAME";
 constexpr char kUnit[] = "DEVICEUNIT";
 
+/// So did this one.
+constexpr char kTogether[] = "NEIGHBOURS TOGETHER";
+
 std::string label_key(int row, const char* key) {
     return std::to_string(row) + key;
 }
@@ -78,6 +81,7 @@ bool read_log_set(const std::string& file, const std::string& default_log_file, 
     set.interval_seconds = read_interval(file);
     set.file_name = ini_read_string(kSection, kFileName, default_log_file, file);
     set.log_to_file = ini_read_string(kSection, kLogToFile, "FALSE", file) == "TRUE";
+    set.together = ini_read_string(kSection, kTogether, "FALSE", file) == "TRUE";
     for (LogSetRow& row : set.rows) {
         // Required: column 0 keeps its old marks.
         LogSetRow cleared;
@@ -95,6 +99,8 @@ void write_log_set(const LogSet& set, const std::string& file) {
     ini_write_string(kSection, kInterval, plain_number(set.interval_seconds), file);
     ini_write_string(kSection, kFileName, set.file_name, file);
     ini_write_string(kSection, kLogToFile, set.log_to_file ? "TRUE" : "FALSE", file);
+    if (set.together || !ini_read_string(kSection, kTogether, "", file).empty())
+        ini_write_string(kSection, kTogether, set.together ? "TRUE" : "FALSE", file);
     // Required: rows keep their numbers, and keys of rows that are no longer in use stay in a file
     // that had them.
     for (int number = 1; number <= kLogRows; ++number) {

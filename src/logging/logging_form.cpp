@@ -74,6 +74,7 @@ void frm_DataLogging::wire_events() {
     MSFlexGrid1.MouseUp = [this](bool left) { MSFlexGrid1_MouseUp(left); };
     mnuLogtoFile.Click = [this] { mnuLogtoFile_Click(); };
     mnuSingleLine.Click = [this] { mnuSingleLine_Click(); };
+    chk_Together.Click = [this] { chk_Together_Click(); };
     mnuLoadSet.Click = [this] { mnuLoadSet_Click(); };
     FileDropped = [this](const std::string& path) { read_set(path); };
     mnuSaveSet.Click = [this] { mnuSaveSet_Click(); };
@@ -162,6 +163,10 @@ void frm_DataLogging::mnuSingleLine_Click() {
     chk_SingleLine_Click();
 }
 
+void frm_DataLogging::chk_Together_Click() {
+    logger_.set_together(chk_Together.checked());
+}
+
 void frm_DataLogging::scrl_LoggingInterval_Change(int index) {
     const auto& bars = scrl_LoggingInterval;
     if (bars[kHours].Value() == 0 && bars[kMinutes].Value() == 0 && bars[kSeconds].Value() == 0)
@@ -247,7 +252,7 @@ void frm_DataLogging::ask_for_label(int row, int column) {
 void frm_DataLogging::cmd_LoadAgain_Click() {
     if (!knows_set()) return ChooseAndReadSet();
     if (!logger_.agrees_with(set_file_) &&
-        services_.dialogs.message_box("The rows, the interval or Log To File were changed since "
+        services_.dialogs.message_box("The rows, the interval or other settings were changed since "
                                       "the set was saved. Load it again and drop the changes?",
                                       "Load Set", MessageButtons::YesNoPreferNo,
                                       MessageIcon::Exclamation) != MessageAnswer::Yes)

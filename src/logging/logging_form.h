@@ -35,6 +35,10 @@ class frm_DataLogging : public Form {
     CheckBox chk_SingleLine{"chk_SingleLine", "Single Line",
                             "Check to format the logging file in a \"Spreadsheet friendly\" "
                             "format, uncheck to create a file is a more readable format ."};
+    CheckBox chk_Together{"chk_Together", "Read &neighbours together",
+                          "Check to read rows whose registers follow one another with one request "
+                          "(up to 125), which is much quicker. What the controller refuses so is "
+                          "read singly; readings and files stay the same."};
     Label Label4{"Label4", "LOGGING  ACTIVE", "The specified registers are being logged."};
     Timer tmr_LoggingInterval{"tmr_LoggingInterval"};
     /// The last pass, its length, the next pass, and the lines that wait in the buffer.
@@ -71,6 +75,7 @@ class frm_DataLogging : public Form {
     void mnuLogtoFile_Click();
     void chk_SingleLine_Click();
     void mnuSingleLine_Click();
+    void chk_Together_Click();
     void scrl_LoggingInterval_Change(int index);
     void cmd_Browse_Click();
     void txt_LogFilename_Change();

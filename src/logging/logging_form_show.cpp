@@ -28,6 +28,7 @@ void frm_DataLogging::show_set() {
     txt_LogFilename.set_Text(set.file_name);
     chk_LogToFile.set_Value(set.log_to_file ? 1 : 0);
     chk_SingleLine.set_Value(set.single_line ? 1 : 0);
+    chk_Together.set_Value(set.together ? 1 : 0);
     for (int row = 1; row <= kLogRows; ++row)
         show_row(row);
 }

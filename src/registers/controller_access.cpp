@@ -27,8 +27,8 @@ constexpr float kEraseValue2 = 1600;
 constexpr float kEraseRegister = 1602;
 constexpr float kEraseValue = 800;
 
-/// Longest replies to a read of one register and to a write of one.
-constexpr std::size_t kReadReply = 7;
+/// Longest replies to a read, beside two bytes a register, and to a write of one register.
+constexpr std::size_t kReadReply = 5;
 constexpr std::size_t kWriteReply = 8;
 
 /// How often the line must fall silent (for 250 ms each time) before another request follows one
@@ -41,8 +41,13 @@ unsigned byte_at(const std::string& frame, std::size_t at) {
     return static_cast<unsigned char>(frame[at]);
 }
 
+unsigned registers_in(const std::string& request) {
+    return byte_at(request, 5);
+}
+
 std::size_t longest_reply(const std::string& request) {
-    return byte_at(request, 1) == kReadHolding ? kReadReply : kWriteReply;
+    return byte_at(request, 1) == kReadHolding ? kReadReply + 2U * registers_in(request)
+                                               : kWriteReply;
 }
 
 float register_in(const std::string& request) {
@@ -56,6 +61,14 @@ bool answers(const std::string& reply, const std::string& request) {
     if (reply.size() < 2 || reply[0] != request[0]) return false;
     return (byte_at(reply, 1) & ~kExceptionBit) == byte_at(request, 1) &&
            reply.size() <= longest_reply(request);
+}
+
+/// An undamaged answer. What is shorter than the answer to a read of several registers may be that
+/// to a read of one.
+bool is_sound(const std::string& reply, const std::string& request) {
+    const bool of_several = byte_at(request, 1) == kReadHolding && registers_in(request) > 1;
+    const bool fits = of_several ? can_answer(request, reply) : answers(reply, request);
+    return fits && has_valid_crc(reply);
 }
 
 std::string whole_number(float value) {
@@ -102,22 +115,44 @@ void ControllerAccess::check_surplus(std::size_t discarded) {
                      first_unsure_, std::string());
 }
 
-std::string ControllerAccess::send(const std::string& frame) {
+std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) {
     await_silence(frame);
     if (std::exchange(settled_, false)) first_unsure_ = register_in(frame);
     std::string reply =
-        link_.transmit(kModbusChannel, frame, kReplyWaitMs, kModbusQuietChars,
+        link_.transmit(kModbusChannel, frame, wait_ms, kModbusQuietChars,
                        [&](std::string_view received) { return is_whole_reply(frame, received); });
     if (link_.answered_twice()) check_surplus(link_.stray_bytes());
-    const bool sound = answers(reply, frame) && has_valid_crc(reply);
+    const bool sound = is_sound(reply, frame);
     balance_.exchanged(longest_reply(frame), reply.size(), sound);
     if (!sound) doubtful_ = frame;
     return reply;
 }
 
+std::string ControllerAccess::send(const std::string& frame) {
+    std::string reply = exchange(frame, kReplyWaitMs);
+    if (together_) ahead_.sent(frame, is_sound(reply, frame) ? reply : std::string());
+    return reply;
+}
+
+void ControllerAccess::read_ahead(float register_number, const Upcoming& upcoming) {
+    if (!together_) return;
+    const std::string single = request(kReadHolding, register_number, 1);
+    if (is_refusal(single) || ahead_.holds(single)) return;
+    int count = 1;
+    for (; count < kMostNeighbours; ++count) {
+        const auto next = upcoming(static_cast<std::size_t>(count));
+        if (!next || *next != register_number + static_cast<float>(count)) break;
+    }
+    ahead_.fetch(single, count, [this](const std::string& frame, float more_ms) {
+        const std::string reply = exchange(frame, kReplyWaitMs + more_ms);
+        return is_sound(reply, frame) ? reply : std::string();
+    });
+}
+
 /// Up to three attempts. When each of them got a reply, and none the right one, the last of these;
 /// nothing when one got none.
 std::string ControllerAccess::send_until_answered(const std::string& frame) {
+    if (auto held = ahead_.take(frame)) return std::move(*held);
     bool silent = false;
     std::string reply;
     for (int attempt = 0; attempt < kReadAttempts; ++attempt) {

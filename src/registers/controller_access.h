@@ -9,6 +9,7 @@
 #include <string>
 
 #include "protocols/modbus/modbus.h"
+#include "registers/read_ahead.h"
 #include "registers/transfer_errors.h"
 #include "serial/link.h"
 
@@ -81,10 +82,20 @@ class AnswerBalance {
 
 class ControllerAccess {
   public:
+    /// `together`: neighbours are read with one request where `read_ahead` tells of them.
     ControllerAccess(Link& link, Modbus& modbus, const DeviceAddress& address,
-                     TransferListener& listener, const CancelFlag& cancel, TransferErrors& errors)
+                     TransferListener& listener, const CancelFlag& cancel, TransferErrors& errors,
+                     bool together = false)
         : link_(link), modbus_(modbus), address_(address), listener_(listener), cancel_(cancel),
-          errors_(errors) {}
+          errors_(errors), together_(together), ahead_(link, modbus) {}
+
+    /// The register that is read so many registers after the one that is read next; nothing at the
+    /// end, and where something else comes first.
+    using Upcoming = std::function<std::optional<float>(std::size_t index)>;
+    /// Says what is read next, and what behind it: neighbours are then read together, if that was
+    /// asked for, and their reads need no request. Blocks for one exchange (250 ms and the time of
+    /// the bytes, 500 ms at most).
+    void read_ahead(float register_number, const Upcoming& upcoming);
 
     /// A register's value after up to three attempts (blocks up to 2 s, longer on a line that never
     /// falls silent). A value that only a later attempt got is read again.
@@ -154,6 +165,7 @@ class ControllerAccess {
   private:
     [[nodiscard]] std::string request(std::int16_t function, float register_number, float value);
     void await_silence(const std::string& next);
+    [[nodiscard]] std::string exchange(const std::string& frame, float wait_ms);
     [[nodiscard]] bool fall_silent();
     void check_surplus(std::size_t discarded);
     [[nodiscard]] bool is_same_controller();
@@ -173,6 +185,8 @@ class ControllerAccess {
     TransferListener& listener_;
     const CancelFlag& cancel_;
     TransferErrors& errors_;
+    const bool together_;
+    ReadAhead ahead_;
     /// The request to which a late answer may still come; empty when there is none.
     std::string doubtful_;
     AnswerBalance balance_;

@@ -19,6 +19,8 @@ struct TransferContext {
     DeviceAddress address;
     TransferListener& listener;
     CancelFlag& cancel;
+    /// Registers that follow one another are read with one request.
+    bool together = false;
 };
 
 /// How a transfer ended.
@@ -38,7 +40,8 @@ class TransferRun {
     explicit TransferRun(const TransferContext& context)
         : claim(context.link.claim()), listener(context.listener), cancel(context.cancel),
           directory(context.directory), errors(listener),
-          access(context.link, context.modbus, context.address, listener, cancel, errors) {}
+          access(context.link, context.modbus, context.address, listener, cancel, errors,
+                 context.together) {}
     TransferRun(const TransferRun&) = delete;
     TransferRun& operator=(const TransferRun&) = delete;
 

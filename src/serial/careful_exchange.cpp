@@ -25,7 +25,7 @@ CarefulReply exchange_carefully(Link& link, const CarefulRequest& request) {
         if (fit == Fit::Missing) doubt();
         if (fit != Fit::Answers) {
             // At once, and not before the next request: other tools use the line meanwhile.
-            link.let_fall_silent();
+            result.discarded = link.let_fall_silent().discarded;
             return result;
         }
         if (!late.doubtful(request.whom, link.countdowns().read_tick())) return result;

@@ -35,6 +35,8 @@ struct CarefulReply {
     bool unclear = false;
     /// Bytes stood on the line before the request.
     bool after_strays = false;
+    /// Bytes that came behind a reply that was not the request's own, while the line fell silent.
+    std::size_t discarded = 0;
     /// False when no port was open for the request: nobody was asked.
     bool sent = true;
 };

@@ -17,6 +17,7 @@ struct LogOptions {
     int passes = 0; // 0: until interrupted
     std::string file;
     bool single_line = false;
+    bool together = false;
     bool allow_writes = false;
     bool json = false;
 };
@@ -142,6 +143,7 @@ bool prepare(Core& app, const LogOptions& options) {
             logger.set_log_to_file(true);
         }
         logger.set_single_line(options.single_line);
+        if (options.together) logger.set_together(true);
     });
 }
 
@@ -228,6 +230,9 @@ void add_log_command(CLI::App& cli, ChosenCommand& chosen) {
     command->add_option("--file", options->file,
                         "Log into this file, whatever the set says about files");
     command->add_flag("--single-line", options->single_line, "Log one line a pass");
+    command->add_flag("--together", options->together,
+                      "Read registers that follow one another with one request, whatever the set "
+                      "says about it");
     command->add_flag("--json", options->json, "Print each pass as one line of JSON");
     command->add_flag("--allow-writes", options->allow_writes,
                       "Poll a set with rows that write to controllers too");

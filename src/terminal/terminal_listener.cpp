@@ -21,14 +21,15 @@ TerminalListener::TerminalListener(TerminalApplication& terminal, TerminalEnviro
     });
 }
 
-TransferContext TerminalListener::context_of(Link& link, int address) {
+TransferContext TerminalListener::context_of(Link& link, int address, bool together) {
     return {link,
             app_.modbus,
             app_.services.clock,
             app_.services.application_directory,
             DeviceAddress(std::to_string(address)),
             *this,
-            cancel_};
+            cancel_,
+            together};
 }
 
 bool TerminalListener::ask_yes(const std::string& text, bool answer) {

@@ -14,7 +14,7 @@ class TerminalListener : public TransferListener {
 
     [[nodiscard]] Core& app() const { return app_; }
     [[nodiscard]] std::ostream& err() const { return err_; }
-    [[nodiscard]] TransferContext context_of(Link& link, int address);
+    [[nodiscard]] TransferContext context_of(Link& link, int address, bool together = false);
     /// Lines of the list of errors.
     [[nodiscard]] const std::vector<std::string>& errors() const { return errors_; }
     /// Shows the question, which the option has answered before.

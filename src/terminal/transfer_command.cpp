@@ -16,6 +16,7 @@ struct TransferOptions {
     std::string file;
     int address = 1;
     int retries = 0;
+    bool together = false;
     bool yes = false;
     bool compare = false;
     bool incomplete = false;
@@ -46,7 +47,7 @@ class TerminalTransfer : public TerminalListener {
         : TerminalListener(terminal, environment, options.retries), options_(options) {}
 
     [[nodiscard]] TransferContext context() {
-        return context_of(app().transfer_link, options_.address);
+        return context_of(app().transfer_link, options_.address, options_.together);
     }
     /// Prints what was listed and how it ended; the exit code.
     int report(const TransferResult& result) const;
@@ -121,6 +122,8 @@ std::shared_ptr<TransferOptions> add_command(CLI::App& cli, ChosenCommand& chose
                      "How often to try again, a second later, when the controller stays silent")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
+    command->add_flag("--together", options->together,
+                      "Read registers that follow one another with one request");
     command->callback([options, work, &chosen] {
         chosen = [options, work](TerminalEnvironment& environment) {
             return transfer(*options, work, environment);

@@ -68,8 +68,9 @@ void Comparison::compare_lines(const SetupFile& setup) {
     const int of = std::max(1, static_cast<int>(setup.register_lines().size()));
     int done = 0;
     run_.listener.progress(done, of);
-    for (const std::string& text : setup.register_lines()) {
+    for (lines_ = setup.register_lines(); !lines_.empty(); lines_ = lines_.subspan(1)) {
         if (run_.canceled()) return;
+        const std::string& text = lines_.front();
         if (const auto line = parse_setup_line(text))
             compare_line(*line);
         else if (!text.empty())
@@ -131,7 +132,20 @@ void Comparison::select_step(const SetupLine& line) {
     if (reply.is(Verdict::Damaged)) run_.errors.list(reply.text, line.register_number, line.value);
 }
 
+/// A line that selects something is no register to read.
+std::optional<float> Comparison::upcoming_register(std::size_t index) const {
+    const auto line = index < lines_.size() ? parse_setup_line(lines_[index]) : std::nullopt;
+    if (!line) return std::nullopt;
+    const float number = line->register_number;
+    const ProfileRegisters* const profile = profiles_ ? &profiles_->registers() : nullptr;
+    const bool selects = profile && (number == profile->number || number == profile->step() ||
+                                     number == profile->action);
+    return selects ? std::nullopt : std::optional(number);
+}
+
 void Comparison::compare_register(const SetupLine& line) {
+    run_.access.read_ahead(line.register_number,
+                           [this](std::size_t index) { return upcoming_register(index); });
     const Reading reading = run_.access.read_whole(line.register_number);
     switch (reading.reply.verdict) {
     case Verdict::NoReply:

@@ -29,6 +29,7 @@ class Comparison {
     void select_step(const SetupLine& line);
     void check_step_count();
     void compare_register(const SetupLine& line);
+    [[nodiscard]] std::optional<float> upcoming_register(std::size_t index) const;
     void list_difference(const SetupLine& line, const std::string& held);
 
     TransferRun run_;
@@ -37,7 +38,8 @@ class Comparison {
     int differences_ = 0;
     bool profile_there_ = false;
     bool step_there_ = false;
-    int steps_wanted_ = 0; // 0: already checked
+    int steps_wanted_ = 0;               // 0: already checked
+    std::span<const std::string> lines_; // from the one that is compared on
 };
 
 } // namespace pelvan

@@ -130,10 +130,21 @@ std::string Download::read_for_header(float register_number) {
     return reading.value;
 }
 
+std::vector<float> Download::registers_of(Plan& plan) {
+    std::vector<float> list;
+    while (const auto register_number = plan.sequence.next_register())
+        list.push_back(*register_number);
+    return list;
+}
+
 void Download::download_registers(Plan& plan) {
-    while (const auto register_number = plan.sequence.next_register()) {
+    const std::vector<float> list = registers_of(plan);
+    for (std::size_t i = 0; i < list.size(); ++i) {
         ++listed_;
-        if (!download_register(*register_number, plan))
+        run_.access.read_ahead(list[i], [&](std::size_t index) {
+            return i + index < list.size() ? std::optional(list[i + index]) : std::nullopt;
+        });
+        if (!download_register(list[i], plan))
             run_.cancel.canceled = true;
         else
             run_.listener.progress(std::min(listed_, plan.registers), plan.registers);

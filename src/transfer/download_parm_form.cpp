@@ -64,8 +64,8 @@ frm_DownloadParm::frm_DownloadParm(Services& services, Link& link, Modbus& modbu
     cmdCompare.Click = [this] { cmdCompare_Click(); };
     cmdCancel.Click = [this] { cmdCancel_Click(); };
     // What can have the focus during a transfer.
-    for (Control* control : {static_cast<Control*>(&cmdCancel), static_cast<Control*>(&List1),
-                             static_cast<Control*>(&List2), static_cast<Control*>(&chkCompare)}) {
+    for (Control* control :
+         std::initializer_list<Control*>{&cmdCancel, &List1, &List2, &chkCompare, &chkTogether}) {
         control->KeyDown = [this](Key key) {
             if (key != Key::Escape || !running_) return false;
             cmdCancel_Click();
@@ -117,7 +117,8 @@ TransferContext frm_DownloadParm::context() {
             services_.application_directory,
             DeviceAddress(cmbAddress.Text()),
             *this,
-            cancel_};
+            cancel_,
+            chkTogether.checked()};
 }
 
 /// Nobody shall trust a file or a controller without having seen what went wrong.

@@ -31,6 +31,10 @@ class frm_DownloadParm : public Form, private TransferListener {
         "differences. Profiles and registers that are not in the file are not looked at."};
     CheckBox chkCompare{"chkCompare", "Compare with &file after an upload",
                         "Read every register of the text file back after an upload."};
+    CheckBox chkTogether{"chkTogether", "Read &neighbours together",
+                         "Check to read registers that follow one another with one request (up to "
+                         "125), which is much quicker. What the controller refuses so is read "
+                         "singly; values and files stay the same."};
     Button cmdCancel{"cmdCancel", "&Cancel", "Cancel the transfer (Escape)."};
     Label Label1{"Label1", "Command/Response History"};
     ListBox List1{"List1"};

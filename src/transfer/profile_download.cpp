@@ -92,9 +92,13 @@ void ProfileDownload::download_step(ProfileAccess& profiles, const ProfileSequen
 }
 
 void ProfileDownload::download_registers(const std::vector<ProfileRegister>& registers) {
-    for (const ProfileRegister& named : registers) {
+    for (std::size_t i = 0; i < registers.size(); ++i) {
         if (run_.canceled()) return;
-        const float register_number = named.number;
+        const float register_number = registers[i].number;
+        run_.access.read_ahead(register_number, [&](std::size_t index) {
+            return i + index < registers.size() ? std::optional(registers[i + index].number)
+                                                : std::nullopt;
+        });
         const Reading reading = run_.access.read(register_number);
         if (reading.failed()) run_.cancel.canceled = true;
         if (!reading.failed() && !is_skip_mark(reading.value))

@@ -21,7 +21,9 @@ TEST_F(TransferCommand, SavesComparesAndRestores) {
     EXPECT_EQ(run("save " + file), exit_code::kDone) << err.str();
     EXPECT_TRUE(told("pelvan7: 50 %\n"));
     EXPECT_TRUE(testing::read_file(file).ends_with("25 0\r\n"));
-    EXPECT_EQ(run("compare " + file), exit_code::kDone) << err.str();
+    EXPECT_EQ(run("save --together " + file + "2"), exit_code::kDone) << err.str();
+    EXPECT_EQ(testing::read_file(file + "2"), testing::read_file(file));
+    EXPECT_EQ(run("compare --together " + file), exit_code::kDone) << err.str();
     EXPECT_EQ(run("restore --yes --compare " + file), exit_code::kDone) << err.str();
 
     std::string text = testing::read_file(file);

@@ -81,11 +81,17 @@ TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
     EXPECT_NEAR(sent.back() - sent[sent.size() - 2], 250 + 250, 3) << "the line fell silent";
 }
 
-class LateDownloadTest : public DownloadTest, public ::testing::WithParamInterface<const char*> {
+class LateDownloadTest : public DownloadTest,
+                         public ::testing::WithParamInterface<std::tuple<const char*, bool>> {
   protected:
-    LateDownloadTest() { exchange_by(GetParam()); }
+    LateDownloadTest() {
+        exchange_by(std::get<0>(GetParam()));
+        together = std::get<1>(GetParam());
+    }
 };
-INSTANTIATE_TEST_SUITE_P(, LateDownloadTest, ::testing::Values("QUIET", "COMPLETE"));
+INSTANTIATE_TEST_SUITE_P(, LateDownloadTest,
+                         ::testing::Combine(::testing::Values("QUIET", "COMPLETE"),
+                                            ::testing::Bool()));
 
 /// Every register holds its own number; no line may have another's.
 TEST_P(LateDownloadTest, LateAnswersGoToNoOtherRegister) {
@@ -190,6 +196,81 @@ TEST_F(DownloadTest, DamagedRepliesAreStoredAsTheyAreAndListed) {
     EXPECT_TRUE(ui.errors.at(0).ends_with(entry("", "5", "77<--CRC")));
     EXPECT_TRUE(ui.errors.at(2).starts_with("1 131 2 "));
     EXPECT_EQ(ui.messages, Lines{"Download Complete: Downloading Process Complete."});
+}
+
+/// With registers that give no value, whatever the reason, and with doubts about the line.
+TEST_P(LateDownloadTest, NeighboursReadTogetherMakeTheSameFilesAndLists) {
+    if (std::get<1>(GetParam())) return; // it compares both ways
+    std::string list;
+    for (int number = 100; number < 140; ++number) {
+        if (number != 120) registers[number] = number == 107 ? -32001 : number - 120;
+        list += std::to_string(number) + "\r\n";
+    }
+    write_sequence("742.cds", kHead + list + "5\r\n6\r\n6\r\n5\r\n");
+    std::string cut = frame("01 03 02 00 07"), damaged = cut;
+    cut.pop_back();
+    damaged.back() ^= 1;
+    const auto outcome = [&](bool all) {
+        together = all;
+        modbus.state().neighbours = {};
+        std::filesystem::remove(path(file_name));
+        port().outputs.clear();
+        const bool completed = download({true, true, false}).completed;
+        Lines seen{saved(file_name), completed ? "completed" : "not"};
+        for (const Lines* lines : {&ui.steps, &ui.errors, &ui.messages})
+            seen.insert(seen.end(), lines->begin(), lines->end());
+        compare();
+        for (const Lines* lines : {&ui.steps, &ui.errors, &ui.messages})
+            seen.insert(seen.end(), lines->begin(), lines->end());
+        return seen;
+    };
+    for (const std::string& reply : {cut, damaged, frame("02 03 02 00 07"), frame("01 03 00"),
+                                     frame("01 83 03"), frame("01 03 04 00 01 00 02")})
+        for (const int at : {100, 119, 121, 139}) {
+            instead = {{at, reply}};
+            EXPECT_EQ(outcome(true), outcome(false)) << at << ": " << hex_of(reply);
+        }
+    instead.clear();
+    for (const auto& [number, times] : {std::pair{100, 1}, {110, 2}, {121, 3}, {139, 1000}}) {
+        silent = {{number, times}};
+        const Lines singly = outcome(false);
+        silent = {{number, times + 1}}; // the request for all is not answered, either
+        EXPECT_EQ(outcome(true), singly) << number << ", " << times;
+    }
+    silent.clear();
+    delay_ms = [](int number) { return number == 111 ? 600.0 : 5; };
+    EXPECT_EQ(outcome(true), outcome(false));
+}
+
+TEST_F(DownloadTest, NeighboursAreAskedForTogetherUpTo125) {
+    std::string list;
+    for (int number = 100; number < 360; ++number) {
+        registers[number] = number;
+        list += std::to_string(number) + "\r\n";
+    }
+    write_sequence("742.cds", kHead + list);
+    together = true;
+    EXPECT_TRUE(download().completed);
+    const auto asked = [&] {
+        std::string ranges;
+        for (const std::string& request : port().outputs) {
+            const auto word = [&](std::size_t i) {
+                return static_cast<unsigned char>(request[i]) * 256 +
+                       static_cast<unsigned char>(request[i + 1]);
+            };
+            ranges += std::to_string(word(2)) + "x" + std::to_string(word(4)) + " ";
+        }
+        port().outputs.clear();
+        return ranges;
+    };
+    EXPECT_EQ(asked(), "0x1 1x1 2x1 0x1 1x1 2x1 3x1 4x1 100x125 225x124 349x11 ");
+    EXPECT_EQ(compare().faults, 1) << "register 25 cannot be read";
+    EXPECT_EQ(asked(), "0x1 0x1 1x1 2x1 100x125 225x124 349x11 25x1 ");
+    rig.build({"1;1200,N,8,1;0", "2;1200,N,8,1;0"});
+    connect();
+    compare();
+    EXPECT_TRUE(asked().starts_with("0x1 0x1 1x1 2x1 100x20 120x19 139x20 "))
+        << "a slow line is not held for longer than half a second";
 }
 
 TEST_F(DownloadTest, HoldsTheDigitalInputTextsBack) {

@@ -9,9 +9,10 @@ namespace pelvan::testing {
 
 using Values = std::map<int, int>;
 
-class RoundTrip : public ::testing::TestWithParam<const char*>, public SimulatedRig {
+class RoundTrip : public ::testing::TestWithParam<std::tuple<const char*, bool>>,
+                  public SimulatedRig {
   protected:
-    RoundTrip() : SimulatedRig(GetParam()) {}
+    RoundTrip() : SimulatedRig(std::get<0>(GetParam())) {}
     /// Everything that can be saved of the registers, each set to a value of its own before when
     /// there is a salt.
     Values values(std::optional<int> salt = {}) {
@@ -55,7 +56,8 @@ class RoundTrip : public ::testing::TestWithParam<const char*>, public Simulated
         ui.answers.assign(40, true);
         ui.file = file;
         const auto result =
-            Transfer(TransferContext{link, modbus, clock, dir.path(), DeviceAddress("1"), ui, flag})
+            Transfer(TransferContext{link, modbus, clock, dir.path(), DeviceAddress("1"), ui, flag,
+                                     std::get<1>(GetParam())})
                 .run(name...);
         EXPECT_TRUE(result.completed) << ::testing::PrintToString(ui.messages);
         EXPECT_EQ(result.faults, result.differences) << ::testing::PrintToString(ui.errors);
@@ -100,8 +102,10 @@ TEST_P(RoundTrip, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
                                 entry("no such profile", "4000           3")}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Lines, RoundTrip,
-                         ::testing::Values("simulated:742", "simulated:742,lost=0.02,seed=5",
-                                           "simulated:742,lost=0.02,late=0.02,seed=11"));
+INSTANTIATE_TEST_SUITE_P(
+    Lines, RoundTrip,
+    ::testing::Combine(::testing::Values("simulated:742", "simulated:742,lost=0.02,seed=5",
+                                         "simulated:742,lost=0.02,late=0.02,seed=11"),
+                       ::testing::Bool()));
 
 } // namespace pelvan::testing

@@ -64,7 +64,7 @@ class ScriptedController : public ::testing::Test {
         cancel = {};
         writes.clear();
         return Transfer(TransferContext{rig.link, modbus, rig.clock, rig.dir.path(),
-                                        DeviceAddress(address), ui, cancel})
+                                        DeviceAddress(address), ui, cancel, together})
             .run(file...);
     }
     TransferResult download(std::deque<bool> answers = {}) {
@@ -85,9 +85,11 @@ class ScriptedController : public ::testing::Test {
     CancelFlag cancel;
     std::string file_name = "a.txt";
     std::string address = "1";
+    bool together = false; // neighbours are read with one request
 
     std::map<int, int> registers{{0, 742}, {1, 7421}, {2, 1518}, {3, 17}, {4, 203}, {1602, 0}};
-    std::set<int> refused;              // writes answered with exception 3
+    std::set<int> refused; // writes answered with exception 3
+    // A reply to a read of several registers has what is said here of any of them.
     std::map<int, int> silent;          // requests to a register that stay unanswered yet
     std::map<int, std::string> instead; // replies (whole) to a read of a register
     std::map<int, int> reads;           // requests to read a register
@@ -96,40 +98,47 @@ class ScriptedController : public ::testing::Test {
     std::function<double(int number)> delay_ms = [](int) { return 5; };
     std::map<int, double> doubled; // a reply that comes again, so many ms later
 
-  private:
     void connect() {
         port().responder = [this](const std::string& request) { return answer(request); };
         port().discards_future = false;
     }
+
+  private:
     std::vector<Arrival> answer(const std::string& request) {
         const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(request[i]); };
         const int number = byte(2) * 256 + byte(3);
         const int value = static_cast<std::int16_t>(byte(4) * 256 + byte(5));
         const bool is_write = byte(1) == 6;
         if (is_write) writes.emplace_back(number, value);
-        if (!is_write) ++reads[number];
         if (is_write && on_write) on_write(number, value);
-        if (silent[number] > 0) {
-            --silent[number];
-            return {};
-        }
+        const int end = number + (is_write ? 1 : value);
         const std::string reply =
-            is_write ? written(request, number, value) : held(request[0], number);
-        const double after = delay_ms(number);
-        if (!doubled.contains(number)) return {{after, reply}};
-        return {{after, reply}, {after + doubled[number], reply}};
+            is_write ? written(request, number, value) : held(request[0], number, end);
+        std::vector<Arrival> arrivals{{0, reply}};
+        bool answers = true;
+        for (int i = number; i < end; ++i) {
+            if (!is_write) ++reads[i];
+            answers = answers && (silent[i] == 0 || silent[i]-- == 0);
+            arrivals[0].after_ms = std::max(arrivals[0].after_ms, delay_ms(i));
+        }
+        for (int i = number; i < end; ++i)
+            if (doubled.contains(i)) arrivals.push_back({arrivals[0].after_ms + doubled[i], reply});
+        return answers ? arrivals : std::vector<Arrival>{};
     }
     std::string written(const std::string& request, int number, int value) {
         if (refused.contains(number)) return sealed(request.substr(0, 1) + "\x86\x03");
         registers[number] = value;
         return request;
     }
-    std::string held(char from, int number) {
-        if (instead.contains(number)) return instead[number];
-        if (!registers.contains(number)) return sealed(from + std::string("\x83\x02"));
-        const int value = registers[number];
-        return sealed(from + std::string("\3\2") + static_cast<char>(value >> 8) +
-                      static_cast<char>(value & 0xFF));
+    std::string held(char from, int number, int end) {
+        std::string reply = from + std::string("\3") + static_cast<char>(2 * (end - number));
+        for (; number < end; ++number) {
+            if (instead.contains(number)) return instead[number];
+            if (!registers.contains(number)) return sealed(from + std::string("\x83\x02"));
+            const int value = registers[number];
+            reply += {static_cast<char>(value >> 8), static_cast<char>(value & 0xFF)};
+        }
+        return sealed(reply);
     }
 };
 

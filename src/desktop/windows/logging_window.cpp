@@ -165,10 +165,12 @@ QGroupBox* make_interval(const BindContext& context, frm_DataLogging& form) {
 QLayout* make_file_options(const BindContext& context, frm_DataLogging& form) {
     auto* to_file = bound<QCheckBox>(context, form.chk_LogToFile);
     auto* single = bound<QCheckBox>(context, form.chk_SingleLine);
+    auto* together = bound<QCheckBox>(context, form.chk_Together);
     auto* name = bound<QLineEdit>(context, form.txt_LogFilename);
     auto* checks = new QHBoxLayout;
     checks->addWidget(to_file);
     checks->addWidget(single);
+    checks->addWidget(together);
     checks->addStretch();
     auto* line = new QHBoxLayout;
     line->addWidget(label_for(context, form.lbl_LogFilename, name));

@@ -47,6 +47,7 @@ QLayout* choices(const BindContext& context, frm_DownloadParm& form) {
     row->addWidget(button_for(context, form.cmdUpload, "Alt+U"));
     row->addWidget(compare);
     row->addWidget(button_for(context, form.cmdCompare));
+    row->addWidget(bound<QCheckBox>(context, form.chkTogether));
     row->addStretch();
     return row;
 }

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "protocols/modbus/neighbours.h"
+
 namespace pelvan {
 
 /// Modbus slice of the session state.
@@ -19,6 +21,8 @@ struct ModbusState {
     std::int16_t gCrcHigh = 0;
     /// Values of the last decoded frame, from element 1 upward.
     std::array<float, 259> gReplyValues{};
+    /// What the controllers refused when several registers were read together.
+    NeighbourMemory neighbours;
 };
 
 /// Ends a value array.
