@@ -4,111 +4,30 @@
 // libmodbus'. Then a save of registers from a slave at the pace of the line, with the share of the
 // processor that it takes. Prints medians, 95th percentiles and the load of the machine.
 #include <modbus.h>
-#include <sys/resource.h>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
-#include <chrono>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <thread>
+#include <cstring>
+#include <vector>
 
-#include "config/ini.h"
-#include "platform/line_port.h"
-#include "protocols/modbus/crc.h"
+#include "modbus_line.h"
 #include "protocols/modbus/whole_reply.h"
-#include "support/fake_dialogs.h"
-#include "support/pty_pair.h"
 #include "support/recording_listener.h"
-#include "support/temp_dir.h"
 #include "transfer/download.h"
 
 namespace {
 
 using namespace pelvan;
-using SteadyClock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::duration<double, std::milli>;
+using namespace pelvan::bench;
 
 constexpr int kExchanges = 400;
 constexpr int kInTurn = 20;
 constexpr int kRegisters = 500;
-constexpr int kReadRegisters = 10; // of the exchanges
-constexpr std::size_t kRequestBytes = 8;
+constexpr int kReadRegisters = 10;     // of the exchanges
 constexpr double kAllowedFactor = 1.2; // of libmodbus' time
-
-std::string sealed(std::string frame) {
-    const unsigned crc = modbus_crc(frame);
-    return frame + static_cast<char>(crc & 0xFFU) + static_cast<char>(crc >> 8U);
-}
-
-/// Answers reads with 742 in every register; at the pace of the line when it is told that of a
-/// byte.
-class Slave {
-  public:
-    Slave(const testing::PtyPair& line, double byte_ms)
-        : line_(line), byte_ms_(byte_ms), thread_([this] { serve(); }) {}
-    ~Slave() {
-        stop_ = true;
-        thread_.join();
-    }
-
-  private:
-    void serve() {
-        while (!stop_) {
-            const std::string request = line_.receive(kRequestBytes, 100);
-            if (request.size() != kRequestBytes) continue;
-            const auto heard = SteadyClock::now();
-            std::string reply = request.substr(0, 2) + static_cast<char>(2 * request[5]);
-            for (int i = 0; i < request[5]; ++i)
-                reply += "\x02\xE6";
-            reply = sealed(reply);
-            const auto bytes = static_cast<double>(kRequestBytes + reply.size());
-            if (byte_ms_ > 0) std::this_thread::sleep_until(heard + Milliseconds(byte_ms_ * bytes));
-            line_.send(reply);
-        }
-    }
-    const testing::PtyPair& line_;
-    const double byte_ms_;
-    std::atomic<bool> stop_{false};
-    std::thread thread_;
-};
-
-/// Channel 1 of the program on the pseudo-terminal.
-struct Program {
-    Program(const testing::PtyPair& line, int baud_rate, const char* way) {
-        const std::string setting = std::to_string(baud_rate) + ",N,8,1\r\n";
-        testing::write_file(
-            config.gIniFile,
-            "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=1\r\nDEVICE 0 PORT SETTING=" + setting +
-                "DEVICE 1 COMM PORT=2\r\nDEVICE 1 PORT SETTING=" + setting +
-                "DEVICE 1 RTS Mode=1\r\nDEVICE 1 EXCHANGE=" + way);
-        path = line.path();
-        table.init_comms();
-    }
-    testing::TempDir dir;
-    testing::FakeDialogs dialogs;
-    std::unique_ptr<TickSource> tick = make_system_tick();
-    std::unique_ptr<Clock> clock = make_system_clock();
-    ConfigState config{dir.file("pelvan7.ini")};
-    SerialState state;
-    std::string path;
-    frm_Comms comms{[this] {
-        return std::make_unique<LinePort>([this](int) { return path; }, open_serial_device);
-    }};
-    ErrorLog log{*clock, dir.file("errors")};
-    ChannelTable table{state, config, comms, dialogs, log};
-    CountdownPool countdowns{state, *tick};
-    Link link{table, countdowns, dialogs, log};
-};
 
 struct Times {
     std::vector<double> ms;
-    void add(SteadyClock::time_point begun) {
-        ms.push_back(Milliseconds(SteadyClock::now() - begun).count());
-    }
+    void add(SteadyClock::time_point begun) { ms.push_back(since_ms(begun)); }
     double at(std::size_t percent) {
         std::sort(ms.begin(), ms.end());
         return ms[std::min(ms.size() * percent / 100, ms.size() - 1)];
@@ -159,25 +78,12 @@ void compare(int baud_rate) {
     }
 }
 
-double processor_ms() {
-    rusage usage{};
-    ::getrusage(RUSAGE_THREAD, &usage);
-    const auto ms = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_usec) / 1000;
-    };
-    return ms(usage.ru_utime) + ms(usage.ru_stime);
-}
-
 void save(int baud_rate, const char* way) {
     testing::PtyPair line(testing::PtyPair::Slave::KeepOpen);
     const double byte_ms = 10 * 1000.0 / baud_rate;
     const Slave slave(line, byte_ms);
     Program program(line, baud_rate, way);
-    std::filesystem::create_directory(program.dir.file("Download Sequences"));
-    std::string sequence = "NO\r\n-\r\n-\r\n-\r\n";
-    for (int i = 0; i < kRegisters; ++i)
-        sequence += std::to_string(100 + i) + "\r\n";
-    testing::write_file(program.dir.file("Download Sequences/742.cds"), sequence);
+    write_sequence(program.dir, kRegisters);
     ModbusState state;
     Modbus modbus(state);
     testing::RecordingListener listener;
@@ -189,18 +95,12 @@ void save(int baud_rate, const char* way) {
         Download(TransferContext{program.link, modbus, *program.clock, program.dir.path(),
                                  DeviceAddress("1"), listener, cancel})
             .run();
-    const double taken = Milliseconds(SteadyClock::now() - begun).count();
+    const double taken = since_ms(begun);
     std::printf(
         "save of %d registers, %d baud, %s: %.1f s, bytes alone %.1f s, processor %.2f %%%s\n",
         kRegisters, baud_rate, way, taken / 1000, kRegisters * byte_ms * (kRequestBytes + 7) / 1000,
         100 * (processor_ms() - processor_before) / taken,
         result.completed ? "" : ", NOT COMPLETE");
-}
-
-void print_load() {
-    std::string load;
-    std::getline(std::ifstream("/proc/loadavg"), load);
-    std::printf("load: %s\n", load.c_str());
 }
 
 } // namespace
