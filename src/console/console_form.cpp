@@ -195,8 +195,8 @@ void frm_Pelvan5VB::focus_entry() {
 class frm_Pelvan5VB::LoopbackRun : public LoopbackListener {
   public:
     explicit LoopbackRun(frm_Pelvan5VB& form) : form_(form) {}
-    void message(const char* text, const char* title) override {
-        form_.services_.dialogs.message_box(text, title);
+    void message(const char* words, const char* title) override {
+        form_.services_.dialogs.message_box(words, title);
     }
     void jumper_expected(bool in) override { form_.jumper_asked(in); }
     void sending() override { busy_.emplace(form_); }

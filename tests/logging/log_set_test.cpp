@@ -131,7 +131,8 @@ TEST_F(LogSetFile, AnyFileReadsAsASet) {
     };
     for (const auto& [bytes, error, result] : cases) {
         testing::write_file(file, bytes);
-        EXPECT_EQ(error_of([&] { EXPECT_EQ(read(), bytes != many); }), error) << bytes;
+        EXPECT_EQ(error_of([&, bytes = bytes] { EXPECT_EQ(read(), bytes != many); }), error)
+            << bytes;
         EXPECT_EQ(read_set(), result) << bytes;
     }
 }

@@ -272,7 +272,9 @@ TEST_F(TextFile, FailsWithTheClassicNumbers) {
         {missing + "/file", 76}, {directory, 75}, {"/dev/full", 61}};
     for (const auto& [path, number] : writing) {
         EXPECT_EQ(error_of(append_line, path, "x"), number) << path;
-        EXPECT_EQ(error_of([&] { CreateTextFile(path, true)->writeline("x"); }), number) << path;
+        EXPECT_EQ(error_of([&, path = path] { CreateTextFile(path, true)->writeline("x"); }),
+                  number)
+            << path;
     }
     EXPECT_EQ(error_of(CreateTextFile, file_, false), 58);
     {

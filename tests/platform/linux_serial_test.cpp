@@ -230,7 +230,7 @@ TEST_F(LinuxSerialLineTest, TurnsFailuresOfTheHardwareIntoNumbers) {
         {TIOCMGET, EIO, 57},
         {TIOCMGET, EINVAL, 0}};
     for (const auto& [failing, error, number] : hardware) {
-        ioctl_answer = [&](unsigned long request, int*) {
+        ioctl_answer = [failing = failing, error = error](unsigned long request, int*) {
             return (request & 0xFFFFU) == failing ? std::optional(error) : std::nullopt;
         };
         EXPECT_EQ(open_error(pty.path()), number) << failing << " " << error;
