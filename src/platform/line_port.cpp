@@ -113,7 +113,6 @@ std::string LinePort::Input() {
 
 void LinePort::wait_for_input(double timeout_ms) {
     require_open();
-    pump();
     if (received_.empty() && line_) line_->wait_for_input(timeout_ms);
 }
 

@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -30,6 +31,7 @@ constexpr int kWritePollMs = 10;
 constexpr double kSpeedTolerance = 0.03;
 constexpr unsigned char kXon = 0x11;
 constexpr unsigned char kXoff = 0x13;
+constexpr double kShortWaitMs = 10;
 constexpr int kReadsPerCall = 16; // a line that never falls silent must not hold its reader
 constexpr int kLowLatency{ASYNC_LOW_LATENCY};
 constexpr unsigned kFirstPtyMajor = 136;
@@ -222,7 +224,19 @@ bool LinuxSerialLine::read_into(std::string& buffer) {
     return true;
 }
 
+/// Timers that end when they are to: otherwise the system adds 0.05 ms, to wake several sleepers at
+/// once.
+class ExactTimers {
+  public:
+    ExactTimers() { ::prctl(PR_SET_TIMERSLACK, 1UL); }
+    ExactTimers(const ExactTimers&) = delete;
+    ExactTimers& operator=(const ExactTimers&) = delete;
+    ~ExactTimers() { ::prctl(PR_SET_TIMERSLACK, 0UL); } // the thread's own again
+};
+
 void LinuxSerialLine::wait_for_input(double timeout_ms) {
+    std::optional<ExactTimers> exact;
+    if (timeout_ms < kShortWaitMs) exact.emplace();
     const auto nanoseconds = std::llround(std::max(timeout_ms, 0.0) * 1e6);
     const timespec time{nanoseconds / 1'000'000'000, nanoseconds % 1'000'000'000};
     pollfd watched{device_.get(), POLLIN, 0};

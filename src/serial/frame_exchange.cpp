@@ -15,7 +15,9 @@ constexpr int kFixedDistanceBaud = 19200;
 constexpr double kFixedDistanceMs = 1.75;
 constexpr double kMaxDistanceMs = 1000;
 /// The system wakes a sleeper later than it was asked to; so much is waited awake.
-constexpr double kAwakeMs = 0.15;
+constexpr double kAwakeMs = 0.1;
+/// Before the end of it the line is looked at once more, and then the clock alone.
+constexpr double kLastLookMs = 0.02;
 
 /// Adapters deliver in lumps of up to 16 ms: a shorter silence does not end what is not complete.
 constexpr double kMinSilenceMs = 20;
@@ -50,8 +52,14 @@ std::size_t FrameExchange::keep_distance() {
             bytes.empty() ? way_.distance_ms : std::max(way_.distance_ms, kMinSilenceMs);
         const double until_ms = std::min(record_.last_byte_ms + distance, end_ms);
         const double left_ms = until_ms - tick_.precise_ms();
-        if (left_ms <= 0) break;
-        if (left_ms > kAwakeMs) port_.wait_for_input(left_ms - kAwakeMs);
+        if (left_ms > kAwakeMs) {
+            port_.wait_for_input(left_ms - kAwakeMs);
+            continue;
+        }
+        const bool last_look = left_ms <= kLastLookMs;
+        while (tick_.precise_ms() < until_ms - (last_look ? 0 : kLastLookMs)) {
+        }
+        if (last_look) break;
     }
     return bytes.size();
 }
