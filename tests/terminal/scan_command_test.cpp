@@ -6,12 +6,16 @@ namespace {
 using ScanCommandTest = CommandTest;
 
 TEST_F(ScanCommandTest, PrintsWhatAnswersAndHowToUseIt) {
-    expect("scan --protocol modbus --baud 9600 --parity n --addresses 1-3", 0,
-           "Protocol  Address  Settings    Model  Answer                Reply  Found after\n"
-           "Modbus    1        9600,N,8,1  742    register 0 holds 742  0 ms   1 s\n",
-           "pelvan7: port 4, 3 requests, about 1 s\n"
-           "pelvan7: found: Modbus, address 1, 9600,N,8,1\n"
-           "pelvan7: to use it: pelvan7 ports set modbus --port 4 --settings 9600,N,8,1\n");
+    configure("simulated:742,line=19200/E/8/1");
+    expect("scan --protocol modbus --baud 9600,19200 --addresses 1-3", 0,
+           "Protocol  Address  Settings     Model  Answer                Reply  Found after\n"
+           "Modbus    1        19200,E,8,1  742    register 0 holds 742  0 ms   1 s\n",
+           "pelvan7: port 4, 18 requests, about 5 s\n"
+           "pelvan7: found: Modbus, address 1, 19200,E,8,1\n"
+           "pelvan7: 40 %, about 3 s left\n"
+           "pelvan7: 90 %, about 1 s left\n"
+           "pelvan7: to use it: pelvan7 ports set modbus --port 4 --settings 19200,E,8,1\n");
+    configure("simulated:742");
     EXPECT_EQ(run("scan --json --first --port 2 --protocol full,tellura --addresses 1"), 0);
     EXPECT_TRUE(out.str().starts_with("{\"port\":2,\"end\":\"found\",\"reason\":\"\",\"finds\":[{"
                                       "\"protocol\":\"Tellura/AB\",\"address\":1,"

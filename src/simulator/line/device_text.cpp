@@ -1,5 +1,6 @@
 #include "simulator/line/device_text.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -69,6 +70,13 @@ bool set_refusal(SimulatedDevice& device, const std::string& text) {
     return true;
 }
 
+/// "19200/E/8/1": commas part the options.
+bool set_line(SimulatedDevice& device, std::string text) {
+    std::replace(text.begin(), text.end(), '/', ',');
+    device.line = parse_line_settings(text);
+    return device.line.has_value();
+}
+
 bool set_number(SimulatedDevice& device, const std::string& name, double value) {
     for (const PlanOption& option : kPlanOptions) {
         if (name != option.name) continue;
@@ -89,6 +97,7 @@ bool set_option(SimulatedDevice& device, const std::string& text) {
         return name == "jumper" && (value == "in" || value == "out");
     }
     if (name == "refuse") return set_refusal(device, value);
+    if (name == "line") return set_line(device, value);
     for (const WholeOption& option : kWholeOptions) {
         if (name != option.name) continue;
         const auto number = whole_number(value, option.min, option.max);
@@ -125,6 +134,12 @@ std::optional<SimulatedDevice> parse_simulated_device(const std::string& text) {
         if (!set_option(device, parts[i])) return std::nullopt;
     }
     return device;
+}
+
+bool hears(const SimulatedDevice& device, const LineSettings& settings) {
+    return !device.line ||
+           (device.line->baud_rate == settings.baud_rate &&
+            device.line->parity == settings.parity && device.line->data_bits == settings.data_bits);
 }
 
 } // namespace pelvan::simulator

@@ -24,6 +24,17 @@ namespace {
 constexpr double kMaxWaitMs = 100; // how late a stop is noticed at most
 constexpr double kUsualBaud = 9600;
 
+double baud_rate(const termios2& settings) {
+    return settings.c_ospeed == 0 ? kUsualBaud : settings.c_ospeed;
+}
+
+/// A pseudo-terminal has no parity and always 8 bits: its rate alone tells what a client has set.
+bool hears(const SimulatedDevice& device, int master) {
+    termios2 settings{};
+    return !device.line || ::ioctl(master, TCGETS2, &settings) != 0 ||
+           baud_rate(settings) == device.line->baud_rate;
+}
+
 /// What the client's end is set to; asked of the controlling side.
 double character_ms(int master) {
     termios2 settings{};
@@ -45,8 +56,7 @@ double character_ms(int master) {
     }
     if ((settings.c_cflag & PARENB) != 0) ++bits;
     if ((settings.c_cflag & CSTOPB) != 0) ++bits;
-    const double baud = settings.c_ospeed == 0 ? kUsualBaud : settings.c_ospeed;
-    return bits * 1000 / baud;
+    return bits * 1000 / baud_rate(settings);
 }
 
 double now_ms() {
@@ -79,14 +89,15 @@ class Plug {
 };
 
 /// Carries bytes between the clients and a `Wire` or a `Plug`.
-template <class Peer> void serve(int master, Peer peer, const std::atomic<bool>& stop) {
+template <class Peer>
+void serve(int master, Peer peer, const SimulatedDevice& device, const std::atomic<bool>& stop) {
     while (!stop) {
         const double next = peer.next_ms();
         const double wait = next < 0 ? kMaxWaitMs : std::min(next - now_ms(), kMaxWaitMs);
         if (readable_within(master, wait)) {
             std::array<char, 4096> bytes{};
             const ssize_t count = ::read(master, bytes.data(), bytes.size());
-            if (count > 0) {
+            if (count > 0 && hears(device, master)) {
                 peer.set_char_ms(character_ms(master));
                 peer.host_writes({bytes.data(), static_cast<std::size_t>(count)}, now_ms());
             }
@@ -124,9 +135,10 @@ int serve_on_pty(const PtyServerOptions& options, std::atomic<bool>& stop,
            (options.link.empty() ? pty.path() : options.link + " (" + pty.path() + ")"));
     const double char_ms = character_ms(pty.master());
     if (options.device.loopback) {
-        serve(pty.master(), Plug(options.device.jumper_in.value_or(true), char_ms), stop);
+        serve(pty.master(), Plug(options.device.jumper_in.value_or(true), char_ms), options.device,
+              stop);
     } else {
-        serve(pty.master(), Wire(make_station(options.device), char_ms), stop);
+        serve(pty.master(), Wire(make_station(options.device), char_ms), options.device, stop);
     }
     return 0;
 }

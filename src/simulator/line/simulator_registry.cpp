@@ -22,6 +22,10 @@ std::unique_ptr<SerialLine> SimulatorRegistry::open(const std::string& device,
             meant->jumper_in ? std::make_shared<const bool>(*meant->jumper_in) : jumper_in_;
         return std::make_unique<LoopbackLine>(clock_, jumper, settings);
     }
+    // A plug without its jumper: nothing comes back.
+    if (!hears(*meant, settings))
+        return std::make_unique<LoopbackLine>(clock_, std::make_shared<const bool>(false),
+                                              settings);
     std::shared_ptr<Station>& station = stations_[device];
     if (!station) station = make_station(*meant);
     return std::make_unique<SimulatedLine>(clock_, station, settings);

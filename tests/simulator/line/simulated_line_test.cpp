@@ -142,6 +142,7 @@ TEST_F(LineTest, UnknownDevicesAreRefused) {
                              "simulated:742,lost=-0.1",
                              "simulated:742,lost=much",
                              "simulated:742,queue=2",
+                             "simulated:742,line=9600",
                              "simulated:742,only=0.5",
                              "simulated:742,jumper=in",
                              "simulated:742,speed=0",
