@@ -26,7 +26,7 @@ std::string use_scanned_settings(const ScanFind& find, std::int16_t port, int li
     const PortFields fields = fields_of(find, port, known ? known->mode : line_mode);
     for (const std::string& message : ValidatePortSettings(fields))
         return "The settings cannot be used:" + message + ".";
-    const std::string not_written = "The settings could not be written to " + config.gIniFile + ".";
+    std::string not_written = "The settings could not be written to " + config.gIniFile + ".";
     if (!settings.store(channel, fields, find.protocol == ScanProtocol::Xon)) {
         settings.rebuild();
         return not_written;

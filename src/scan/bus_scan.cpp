@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "platform/run_time_error.h"
@@ -66,6 +67,9 @@ class BusScan::Run {
     [[nodiscard]] std::ptrdiff_t settings_of(int address) const;
     [[nodiscard]] bool is_settled(int address) const;
     void tell_settings(int address);
+    void remark_once(const std::string& sentence) {
+        if (said_.insert(sentence).second) listener_.remark(sentence);
+    }
     Heard ask(int address, double patience_ms);
     void ask_first(int address);
     void confirm(int address, ProbeAnswer first, double reply_ms);
@@ -90,8 +94,8 @@ class BusScan::Run {
     std::map<int, int> repeats_;      // because of noise, by address
     std::map<int, int> sure_repeats_; // because of an answer that came late
     int busy_ = 0;
-    bool told_echo_ = false;
-    bool told_settings_ = false;
+    std::string busy_settings_; // where this was so last
+    std::set<std::string> said_;
     std::vector<std::string> refused_; // settings that the port does not have
 };
 
@@ -108,6 +112,9 @@ void BusScan::Run::all() {
 bool BusScan::Run::open(const ScanStep& step) {
     const std::string settings = settings_text(step.line);
     if (std::find(refused_.begin(), refused_.end(), settings) != refused_.end()) return false;
+    // The other protocols would fare no better; later on it may be silent.
+    if (settings == busy_settings_) return false;
+    busy_settings_.clear();
     try {
         line_.open(step.line);
         opened_ = true;
@@ -115,7 +122,7 @@ bool BusScan::Run::open(const ScanStep& step) {
     } catch (const RunTimeError& error) {
         if (error.number() != error_number::kCannotSetState) throw;
         refused_.push_back(settings);
-        listener_.remark("The port does not have the settings " + settings + ".");
+        remark_once("The port does not have the settings " + settings + ".");
         return false;
     }
 }
@@ -139,9 +146,11 @@ void BusScan::Run::step() {
     if (!asked_.empty() && !ended() && busy_ < kBusyLimit)
         if (std::string late = line_.listen(kScanTailMs); !late.empty())
             look_again(asked_.back().address, std::move(late));
-    if (busy_ >= kBusyLimit)
-        listener_.remark("Somebody else sends on this line at " + settings_text(step_->line) +
-                         ": it does not fall silent.");
+    if (busy_ >= kBusyLimit) {
+        busy_settings_ = settings_text(step_->line);
+        remark_once("Somebody else sends on this line at " + busy_settings_ +
+                    ": it does not fall silent.");
+    }
     done_ms_ = begin_ms + each_ms * static_cast<double>(step_->addresses.size()) + kScanTailMs;
 }
 
@@ -150,8 +159,8 @@ void BusScan::Run::tell(int address) {
     const double pace = spent_ms > kPaceMs && done_ms_ > 0 ? spent_ms / done_ms_ : 1;
     listener_.probing({*step_, address, std::min(done_ms_ / all_ms_, 1.0),
                        std::max(all_ms_ - done_ms_, 0.0) * pace});
-    if (!line_.echoes() || std::exchange(told_echo_, true)) return;
-    listener_.remark("The line echoes what is sent: a two-wire converter, or a plug.");
+    if (line_.echoes())
+        remark_once("The line echoes what is sent: a two-wire converter, or a plug.");
 }
 
 /// At how many settings the address was found.
@@ -170,9 +179,9 @@ bool BusScan::Run::is_settled(int address) const {
 }
 
 void BusScan::Run::tell_settings(int address) {
-    if (settings_of(address) < kSettingsOfOne || std::exchange(told_settings_, true)) return;
-    listener_.remark("A controller answered at two settings. There are two of one address, or what "
-                     "is behind the port does not care for settings.");
+    if (settings_of(address) >= kSettingsOfOne)
+        remark_once("A controller answered at two settings. There are two of one address, or what "
+                    "is behind the port does not care for settings.");
 }
 
 Heard BusScan::Run::ask(int address, double patience_ms) {

@@ -81,9 +81,8 @@ void frm_BusScan::make_boxes() {
     }
 }
 
-std::vector<Control*> frm_BusScan::choices() {
-    std::vector<Control*> all{&cmb_Port,        &txt_First,       &txt_Last,     &txt_Patience,
-                              &chk_StopAtFirst, &chk_TwoStopBits, &chk_SevenBits};
+std::vector<CheckBox*> frm_BusScan::check_boxes() {
+    std::vector<CheckBox*> all{&chk_StopAtFirst, &chk_TwoStopBits, &chk_SevenBits};
     for (CheckBox& box : chk_Protocol)
         all.push_back(&box);
     for (CheckBox& box : chk_Baud)
@@ -93,14 +92,22 @@ std::vector<Control*> frm_BusScan::choices() {
     return all;
 }
 
+std::vector<Control*> frm_BusScan::choices() {
+    std::vector<Control*> all{&cmb_Port, &txt_First, &txt_Last, &txt_Patience};
+    for (CheckBox* box : check_boxes())
+        all.push_back(box);
+    return all;
+}
+
 void frm_BusScan::connect() {
     const auto changed = [this] { show_estimate(); };
+    for (CheckBox* box : check_boxes())
+        box->Click = changed;
+    for (TextBox* box : {&txt_First, &txt_Last, &txt_Patience}) {
+        box->Change = changed;
+        box->GotFocus = [box] { box->select_all(); };
+    }
     for (Control* control : choices()) {
-        if (auto* box = dynamic_cast<CheckBox*>(control)) box->Click = changed;
-        if (auto* text = dynamic_cast<TextBox*>(control)) {
-            text->Change = changed;
-            text->GotFocus = [text] { text->select_all(); };
-        }
         control->KeyDown = [this](Key key) {
             if (key != Key::Enter) return false;
             cmd_Start.press();

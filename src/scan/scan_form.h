@@ -97,6 +97,8 @@ class frm_BusScan : public Form, private ScanListener {
     void show_estimate();
     void show_state();
     void show_result(const ScanResult& result);
+    [[nodiscard]] std::vector<CheckBox*> check_boxes();
+    /// What is fixed while a scan runs.
     [[nodiscard]] std::vector<Control*> choices();
 
     void probing(const ScanProgress& progress) override;

@@ -11,7 +11,7 @@ constexpr double kSilenceMs = 250;
 constexpr double kMaxSilenceWaitMs = 1000;
 constexpr int kToggle = 2; // line mode
 
-std::string without_echo(const std::string& request, std::string bytes) {
+std::string_view without_echo(const std::string& request, std::string_view bytes) {
     return bytes.starts_with(request) ? bytes.substr(request.size()) : bytes;
 }
 
@@ -82,7 +82,7 @@ Heard ScanLine::ask(ScanProbe& probe, int address, double patience_ms) {
     const double sent_ms = record_.last_byte_ms; // when its last bit is out
     const double until_ms = sent_ms + patience_ms;
     const IsWhole is_whole = [&](std::string_view received) {
-        const std::string bytes = without_echo(request, std::string(received));
+        const std::string_view bytes = without_echo(request, received);
         return !go_on() || (probe.checked() && probe.answer(address, bytes).has_value());
     };
     std::string bytes = collect(frames, until_ms, is_whole);
@@ -91,7 +91,7 @@ Heard ScanLine::ask(ScanProbe& probe, int address, double patience_ms) {
         echoes_ = true;
         bytes += collect(frames, until_ms, is_whole);
     }
-    Heard heard{without_echo(request, bytes), 0};
+    Heard heard{std::string(without_echo(request, bytes)), 0};
     const double taken_ms = record_.last_byte_ms - sent_ms - wire_ms(heard.bytes);
     heard.reply_ms = std::max(taken_ms, 0.0);
     if (const std::string closing = probe.closing();

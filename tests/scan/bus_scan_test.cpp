@@ -178,15 +178,17 @@ TEST_F(BusScanTest, EndsAPollThatWasAnswered) {
 
 TEST_F(BusScanTest, SaysWhatItMeetsOnTheLine) {
     add(ScanProtocol::Modbus, "9600,N,8,1", ",address=3,delay=30");
+    add(ScanProtocol::Full, "9600,N,8,1", ",address=2");
     ScanOptions options = plain(ScanProtocol::Modbus);
+    options.protocols.push_back(ScanProtocol::Full);
     options.baud_rates = {9600, 19200};
     options.last_address = 20;
     echoes = true;
     not_supported = "19200,N,8,1";
-    EXPECT_EQ(run(options).finds.size(), 1U);
+    EXPECT_EQ(run(options).finds.size(), 2U);
     EXPECT_EQ(notes.remarks,
-              (Texts{"The port does not have the settings 19200,N,8,1.",
-                     "The line echoes what is sent: a two-wire converter, or a plug."}));
+              (Texts{"The line echoes what is sent: a two-wire converter, or a plug.",
+                     "The port does not have the settings 19200,N,8,1."}));
     babbles = true;
     echoes = false;
     notes.remarks.clear();
