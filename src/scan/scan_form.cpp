@@ -62,8 +62,7 @@ void frm_BusScan::make_boxes() {
     constexpr const char* kTips[] = {"Polls the addresses 0 to 32, and ends each poll.",
                                      "Reads register 0 of the addresses 1 to 247.",
                                      "Asks \"? C1\"; controllers of this protocol have no address.",
-                                     "Reads parameter 0000 of the addresses 1 to 32, with a BCC "
-                                     "and with a CRC."};
+                                     "Reads parameter 0000 of the addresses 1 to 32."};
     for (std::size_t i = 0; i < chk_Protocol.size(); ++i) {
         chk_Protocol[i].set_Caption(kCaptions[i]);
         chk_Protocol[i].set_ToolTipText(kTips[i]);
