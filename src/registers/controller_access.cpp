@@ -41,12 +41,12 @@ unsigned byte_at(const std::string& frame, std::size_t at) {
     return static_cast<unsigned char>(frame[at]);
 }
 
-unsigned registers_in(const std::string& request) {
+std::size_t registers_in(const std::string& request) {
     return byte_at(request, 5);
 }
 
 std::size_t longest_reply(const std::string& request) {
-    return byte_at(request, 1) == kReadHolding ? kReadReply + 2U * registers_in(request)
+    return byte_at(request, 1) == kReadHolding ? kReadReply + 2 * registers_in(request)
                                                : kWriteReply;
 }
 

@@ -28,6 +28,16 @@ constexpr std::size_t kMaxReplyBytes = std::size_t{1} << 20;
 constexpr double kJitterMs = 5;
 constexpr double kMaxListeningMs = 250;
 
+/// To wake for every byte is most of what an exchange costs the processor. The rest of a reply as
+/// long as the one before is slept for, in parts, so that a shorter one is not noticed much later.
+double gathering_ms(std::size_t received, const LineRecord& record, const ExchangeWay& way) {
+    constexpr std::size_t kMostAtOnce = 5;
+    constexpr double kMargin = 0.5;
+    if (received + 1 >= record.last_reply) return 0;
+    const std::size_t missing = std::min(record.last_reply - received, kMostAtOnce);
+    return (static_cast<double>(missing) - kMargin) * way.character_ms;
+}
+
 } // namespace
 
 ExchangeWay exchange_way(const std::string& value, const std::string& settings) {
@@ -106,6 +116,9 @@ std::string FrameExchange::collect(double timeout_ms, double quiet_ms, const IsW
             const double more_ms = whole ? listening_ms() : silence_ms;
             until_ms = std::min(record_.last_byte_ms + more_ms, end_ms);
             if (record_.last_byte_ms >= until_ms || reply.size() >= kMaxReplyBytes) break;
+            const double gathering = whole ? 0 : gathering_ms(reply.size(), record_, way_);
+            if (gathering > 0)
+                tick_.sleep_for_ms(std::min(gathering, until_ms - record_.last_byte_ms));
             continue;
         }
         const double left_ms = until_ms - tick_.precise_ms();

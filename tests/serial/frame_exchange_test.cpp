@@ -69,6 +69,22 @@ TEST_F(FrameExchangeTest, WhatNeverCompletesEndsWithThePauseAndNotBefore20Ms) {
     }
 }
 
+TEST_F(FrameExchangeTest, TheRestOfAReplyAsLongAsTheLastIsNotLookedAtByteByByte) {
+    const auto paced = [](const std::string& reply) {
+        std::vector<Arrival> bytes;
+        for (std::size_t i = 0; i < reply.size(); ++i)
+            bytes.push_back({30 + static_cast<double>(i) * 10 / 9.6, reply.substr(i, 1)});
+        return bytes;
+    };
+    EXPECT_EQ(exchange(paced("abcdefgh.")), "abcdefgh.");
+    EXPECT_EQ(table.lumps(1).bytes, 1U);
+    EXPECT_EQ(exchange(paced("ABCDEFGH.")), "ABCDEFGH.");
+    EXPECT_NEAR(taken_ms, 3.6 + 30 + 8 * 10 / 9.6, 0.5);
+    EXPECT_GE(table.lumps(1).bytes, 4U);
+    EXPECT_EQ(exchange(paced("ab.")), "ab.");
+    EXPECT_NEAR(taken_ms, 3.6 + 30 + 2 * 10 / 9.6, 5) << "shorter, and not noticed much later";
+}
+
 TEST_F(FrameExchangeTest, AReplyThatComesAgainReachesNoOtherRequest) {
     exchange({{30, "a."}});
     // It comes again in the distance to the next request, in two lumps.
