@@ -81,6 +81,22 @@ function(pelvan_library name)
   endif()
 endfunction()
 
+# A library beside the program, loaded on first use: the start pays nothing for what it links.
+function(pelvan_module name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES;LINKS" ${ARGN})
+  add_library(${name} MODULE ${ARG_SOURCES})
+  pelvan_compile_options(${name})
+  pelvan_use(${name} HEADERS ${ARG_USES})
+  target_compile_definitions(${name} PRIVATE QT_NO_KEYWORDS)
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS})
+  set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden
+                        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/pelvan7)
+  if(PELVAN_SANITIZE)
+    # The check of virtual calls wants the type's own data, which is in the program and not here.
+    target_compile_options(${name} PRIVATE -fno-sanitize=vptr)
+  endif()
+endfunction()
+
 # Options of a target that holds tests: what they call is built with all sanitizers; in the tests
 # themselves the check of undefined behaviour would cost a third of the time that they take to compile.
 function(pelvan_test_options target)
