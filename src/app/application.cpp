@@ -15,8 +15,8 @@ Application::Application(Services given, LineOpener opener)
       transfer(services, transfer_link, modbus), logging(services, data_logger),
       profile_logic(services, profile_link, modbus),
       scan(services, session.config, scan_link, bus_scan, *this),
-      comms_settings(services, session.config, channels, *this),
-      serial_devices(services, session.config, channels), frame(*this) {
+      comms_settings(services, session.config, channels, *this, device_lookup()),
+      serial_devices(services, session.config, channels, device_lookup()), frame(*this) {
     logging_closed_ = logging.closed.subscribe([this] { restore_windows(); });
     history.join_console(console, console.mnuFile);
     line_use_ = channels.line_use().changed.subscribe([this] { hold_menus(); });

@@ -18,7 +18,7 @@ namespace pelvan {
 
 class Application : public Core, private SettingsHost, private ScanHost {
   public:
-    /// `opener` opens the devices that are not simulated.
+    /// `opener` opens the devices of this machine.
     Application(Services services, LineOpener opener);
 
     History history;

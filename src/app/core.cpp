@@ -1,13 +1,23 @@
 #include "app/core.h"
 
+#include "config/application_directory.h"
 #include "config/device_map.h"
 
 namespace pelvan {
+namespace {
+
+/// Beside the program. Where that is, is found out when it is needed.
+OpenNetworkLine own_network_module(std::string& error) {
+    return network_module_in(find_own_installation().modules)(error);
+}
+
+} // namespace
 
 Core::Core(Services given, LineOpener opener)
     : messages(given.dialogs), services{given.tick, given.clock, messages, given.desktop,
                                         std::move(given.application_directory)},
-      events(services.dialogs), simulators(services.tick), error_log(services.clock),
+      events(services.dialogs), simulators(services.tick),
+      network(services.tick, own_network_module), error_log(services.clock),
       comms([this] { return make_port(); }),
       channels(session.serial, session.config, comms, services.dialogs, error_log),
       countdowns(session.serial, services.tick),
@@ -31,8 +41,15 @@ std::unique_ptr<SerialPort> Core::make_port() {
         [this](int number) { return device_for_port(number, session.config.gIniFile); },
         [this](const std::string& device, const LineSettings& settings) {
             if (simulator::is_simulated(device)) return simulators.open(device, settings);
+            if (is_network(device)) return network.open(device, settings);
             return opener_(device, settings);
         });
+}
+
+DeviceLookup Core::device_lookup() const {
+    DeviceLookup lookup;
+    lookup.network_trouble = [this](const std::string& device) { return network.trouble(device); };
+    return lookup;
 }
 
 } // namespace pelvan

@@ -9,18 +9,20 @@
 #include "console/senders.h"
 #include "listen/listen_monitor.h"
 #include "logging/data_logger.h"
+#include "network/network_lines.h"
 #include "platform/line_port.h"
 #include "platform/message_router.h"
 #include "platform/services.h"
 #include "scan/bus_scan.h"
 #include "serial/link.h"
+#include "settings/port_devices.h"
 #include "simulator/line/simulator_registry.h"
 
 namespace pelvan {
 
 class Core {
   public:
-    /// `opener` opens the devices that are not simulated.
+    /// `opener` opens the devices of this machine.
     Core(Services services, LineOpener opener);
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
@@ -30,6 +32,7 @@ class Core {
     Session session;
     ErrorBoundary events;
     simulator::SimulatorRegistry simulators;
+    NetworkLines network;
     ErrorLog error_log;
     frm_Comms comms;
     ChannelTable channels;
@@ -47,6 +50,9 @@ class Core {
     ListenMonitor listen_monitor;
     DataLogger data_logger;
     BusScan bus_scan;
+
+    /// The machine's devices, and what became of ports over the network.
+    [[nodiscard]] DeviceLookup device_lookup() const;
 
   private:
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();

@@ -8,7 +8,12 @@ namespace {
 
 constexpr int kLookEveryMs = 500;
 
-std::string device_trouble(const std::string& device) {
+std::string device_trouble(const NetworkLines& network, const std::string& device) {
+    if (is_network(device)) {
+        if (!parse_network_address(device)) return "not understood";
+        const std::string trouble = network.trouble(device);
+        return trouble.empty() ? "" : "not open: " + trouble;
+    }
     if (simulator::is_simulated(device))
         return simulator::parse_simulated_device(device) ? "" : "not understood";
     const DeviceState state = probe_device(device);
@@ -34,13 +39,19 @@ std::string tool_at_work(const Application& app, int port) {
 } // namespace
 
 LinePanel::LinePanel(Application& application, MenuEntry& port_settings)
-    : application_(application),
-      observer_(application.channels, application.session.config, device_trouble) {
+    : application_(application), observer_(application.channels, application.session.config,
+                                           [&application](const std::string& device) {
+                                               return device_trouble(application.network, device);
+                                           }) {
     frm_Pelvan5VB& console = application.console;
     cmd_Line.Click = [&port_settings] { port_settings.choose(); };
     tmr_Line.set_Interval(kLookEveryMs);
     tmr_Line.Tick = [this] { look(); };
     changes_.push_back(application.channels.line_use().changed.subscribe([this] { look(); }));
+    changes_.push_back(application.network.opening.subscribe([this](const std::string& device) {
+        cmd_Line.set_Caption("Opening " + device + " ...");
+        before_block.raise();
+    }));
     changes_.push_back(console.opt_Protocol.watch([this] { look(); }));
     changes_.push_back(console.chk_GenerateBadChecksum.watch([this] { show_checksum(); }));
     show_checksum();

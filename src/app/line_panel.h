@@ -24,6 +24,9 @@ class LinePanel {
     /// Runs from the start-up on.
     Timer tmr_Line{"tmr_Line"};
 
+    /// Asks the front end to show the line as it is now, before work that lets no event run.
+    Event<> before_block;
+
     /// Looks at the line and shows it.
     void look();
 

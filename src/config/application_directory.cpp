@@ -153,6 +153,12 @@ Installation find_installation(const std::string& executable_folder) {
             (data / "help").string(), (data / "samples").string(), !packaged};
 }
 
+Installation find_own_installation() {
+    std::error_code error;
+    const auto executable = fs::read_symlink("/proc/self/exe", error);
+    return find_installation((error ? fs::current_path() : executable.parent_path()).string());
+}
+
 ApplicationDirectory choose_application_directory(const DirectoryFacts& facts) {
     if (!facts.variable.empty()) return named_by_variable(facts.variable);
     const Installation& installation = facts.installation;

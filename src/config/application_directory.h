@@ -23,6 +23,9 @@ struct Installation {
 /// a build too; else in the places of a system that a package fills.
 [[nodiscard]] Installation find_installation(const std::string& executable_folder);
 
+/// That of the program that runs.
+[[nodiscard]] Installation find_own_installation();
+
 /// What the choice depends on. An empty text stands for a variable that is missing or empty.
 struct DirectoryFacts {
     Installation installation;

@@ -9,7 +9,7 @@ DevicePickerPanel::DevicePickerPanel(Services& services, const ConfigState& conf
                                      ChannelTable& channels, DeviceLookup lookup, Purpose purpose)
     : cmb_Device("cmb_Device", {}, -1, true,
                  "Choose a device of the list, or type its path: /dev/ttyUSB0, a link to it, "
-                 "simulated:742."),
+                 "tcp://host:port, rfc2217://host:port, simulated:742."),
       services_(services), config_(config), devices_(config, channels, std::move(lookup)),
       purpose_(purpose) {
     cmb_Device.Click = [this] { choose(true); };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "network/network_address.h"
 #include "settings/port_users.h"
 #include "simulator/line/device_text.h"
 #include "text/strings.h"
@@ -64,7 +65,16 @@ std::string PortDevices::standing(int number) const {
     return device_for_port(number, config_.gIniFile, lookup_.built_in).value_or("");
 }
 
+std::string PortDevices::network_state(const std::string& device) const {
+    if (const std::string fault = network_address_fault(device); !fault.empty())
+        return "not understood: it " + fault;
+    const std::string trouble = lookup_.network_trouble(device);
+    return trouble.empty() ? "over the network, asked when it is opened"
+                           : "could not be opened: " + trouble;
+}
+
 std::string PortDevices::state(const std::string& device) const {
+    if (is_network(device)) return network_state(device);
     if (!simulator::is_simulated(device)) return device_state_text(lookup_.probe(device), device);
     return simulator::parse_simulated_device(device) ? "simulated, may be opened"
                                                      : "not understood";
@@ -137,6 +147,12 @@ DeviceObjection PortDevices::objection(const std::string& device) const {
         return simulator::parse_simulated_device(device)
                    ? DeviceObjection{}
                    : DeviceObjection{"No simulated device is called " + shown + "."};
+    if (is_network(device)) {
+        const std::string fault = network_address_fault(device);
+        return fault.empty() ? DeviceObjection{} : DeviceObjection{shown + " " + fault + "."};
+    }
+    if (device.find("://") != std::string::npos)
+        return {shown + " is no port over the network: these begin with tcp:// or rfc2217://."};
     if (device.front() != '/') return {shown + " is no path: type all of it, as in /dev/ttyUSB0."};
     return path_objection(lookup_.probe(device), device);
 }

@@ -27,6 +27,10 @@ struct DeviceLookup {
         return probe_device(path);
     };
     BuiltInDevice built_in = [](int number) { return built_in_device(number); };
+    /// Why a port over the network did not open the last time; empty when nobody knows.
+    std::function<std::string(const std::string& device)> network_trouble = [](const std::string&) {
+        return std::string();
+    };
 };
 
 /// Why a port number should not, or cannot, stand for a device.
@@ -45,7 +49,8 @@ class PortDevices {
     void refresh() { devices_ = lookup_.list(); }
     /// "/dev/ttyS0: may be opened", "no device"; for any number.
     [[nodiscard]] std::string meaning(int number) const;
-    /// "not there", "simulated, may be opened"; for the text of any device.
+    /// "not there", "simulated, may be opened"; for the text of any device. Nobody is asked over
+    /// the network.
     [[nodiscard]] std::string state(const std::string& device) const;
     /// ", used by Full and Modbus", or nothing.
     [[nodiscard]] std::string users(int number) const;
@@ -78,6 +83,8 @@ class PortDevices {
     void rebuild() { channels_.init_comms(); }
 
   private:
+    [[nodiscard]] std::string network_state(const std::string& device) const;
+
     const ConfigState& config_;
     ChannelTable& channels_;
     DeviceLookup lookup_;

@@ -39,7 +39,7 @@ struct PortFile {
     }
     TerminalApplication terminal;
     ConfigState& config = terminal.app().session.config;
-    PortDevices devices{config, terminal.app().channels, DeviceLookup{}};
+    PortDevices devices{config, terminal.app().channels, terminal.app().device_lookup()};
     PortSettings settings{config, terminal.app().channels};
 };
 
@@ -224,7 +224,8 @@ void add_ports_command(CLI::App& cli, ChosenCommand& chosen) {
         ->check(numbers);
     assigning
         .add_option("device", options->device,
-                    "Path of the device, simulated:742, or none to end the assignment")
+                    "Path of the device, tcp://host:port, rfc2217://host:port, simulated:742, or none to "
+                    "end the assignment")
         ->required();
     CLI::App& setting = add_change(*ports, "set",
                                    "Set up the port of a protocol; what is not given stays, or is "

@@ -5,7 +5,6 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 #include <thread>
 
@@ -70,12 +69,8 @@ std::string variable(const char* name) {
 }
 
 ApplicationDirectory find_directory() {
-    std::error_code error;
-    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    const auto folder = error ? std::filesystem::current_path() : executable.parent_path();
-    return choose_application_directory({find_installation(folder.string()),
-                                         variable("PELVAN_DIRECTORY"), variable("HOME"),
-                                         variable("XDG_DATA_HOME")});
+    return choose_application_directory({find_own_installation(), variable("PELVAN_DIRECTORY"),
+                                         variable("HOME"), variable("XDG_DATA_HOME")});
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "terminal/terminal.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "console/start_up.h"
 #include "terminal/commands.h"
@@ -23,10 +24,18 @@ struct TerminalApplication::Parts {
     explicit Parts(TerminalEnvironment& environment)
         : dialogs(environment.err), app(Services{environment.tick, environment.clock, dialogs,
                                                  desktop, environment.directory},
-                                        environment.open_device) {}
+                                        environment.open_device),
+          network_failed(
+              app.network.failed.subscribe([this, &environment](const std::string& sentence) {
+                  // Once for an outage: a tool may ask for hundreds of registers meanwhile.
+                  if (std::exchange(network_sentence, sentence) != sentence)
+                      environment.err << "pelvan7: " << sentence << "\n";
+              })) {}
     TerminalDialogs dialogs;
     TerminalDesktop desktop;
     Core app;
+    std::string network_sentence;
+    Subscription network_failed;
 };
 
 TerminalApplication::TerminalApplication(TerminalEnvironment& environment)

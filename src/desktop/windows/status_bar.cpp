@@ -1,6 +1,7 @@
 #include "desktop/windows/status_bar.h"
 
 #include <QLabel>
+#include <QLayout>
 #include <QMainWindow>
 #include <QStatusBar>
 #include <QStyleOptionToolButton>
@@ -34,7 +35,13 @@ class ElidedButton : public QToolButton {
 
 void add_status_bar(const BindContext& context, LinePanel& panel, QMainWindow& window) {
     QStatusBar* bar = window.statusBar();
-    bar->addWidget(bound<ElidedButton>(context, panel.cmd_Line));
+    auto* line = bound<ElidedButton>(context, panel.cmd_Line);
+    bar->addWidget(line);
+    const auto painting = std::make_shared<Subscription>(panel.before_block.subscribe([bar] {
+        bar->layout()->activate();
+        bar->repaint();
+    }));
+    QObject::connect(bar, &QObject::destroyed, bar, [painting] {});
     auto* checksum = bound<QLabel>(context, panel.lbl_BadChecksum);
     checksum->setMargin(kTextMargin);
     bar->addPermanentWidget(checksum);
