@@ -15,6 +15,7 @@
 #include <cstring>
 
 #include "simulator/line/linux_pty.h"
+#include "simulator/line/plug.h"
 #include "simulator/line/simulator_registry.h"
 #include "simulator/line/wire.h"
 
@@ -72,22 +73,6 @@ bool readable_within(int fd, double ms) {
     return ::ppoll(&watched, 1, &time, nullptr) > 0 && (watched.revents & POLLIN) != 0;
 }
 
-/// The loop-back plug: what a client writes comes back, or nothing while the jumper is out.
-class Plug {
-  public:
-    Plug(bool jumper_in, double char_ms) : jumper_in_(jumper_in), echo_(char_ms) {}
-    void set_char_ms(double char_ms) { echo_.set_char_ms(char_ms); }
-    void host_writes(std::string_view bytes, double at_ms) {
-        if (jumper_in_) echo_.send(at_ms, bytes);
-    }
-    [[nodiscard]] std::string arrived(double at_ms) { return echo_.take(at_ms); }
-    [[nodiscard]] double next_ms() const { return echo_.empty() ? -1 : echo_.next_ms(); }
-
-  private:
-    bool jumper_in_;
-    PacedQueue echo_;
-};
-
 /// Carries bytes between the clients and a `Wire` or a `Plug`.
 template <class Peer>
 void serve(int master, Peer peer, const SimulatedDevice& device, const std::atomic<bool>& stop) {
@@ -108,12 +93,6 @@ void serve(int master, Peer peer, const SimulatedDevice& device, const std::atom
     }
 }
 
-std::string description(const SimulatedDevice& device) {
-    if (device.loopback) return "a loop-back plug";
-    return "model " + std::to_string(device.model) + " at address " +
-           std::to_string(device.address);
-}
-
 } // namespace
 
 int serve_on_pty(const PtyServerOptions& options, std::atomic<bool>& stop,
@@ -131,7 +110,7 @@ int serve_on_pty(const PtyServerOptions& options, std::atomic<bool>& stop,
             return 1;
         }
     }
-    report("Serving " + description(options.device) + " on " +
+    report("Serving " + served_device_text(options.device) + " on " +
            (options.link.empty() ? pty.path() : options.link + " (" + pty.path() + ")"));
     const double char_ms = character_ms(pty.master());
     if (options.device.loopback) {
