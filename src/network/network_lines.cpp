@@ -150,8 +150,8 @@ std::string NetworkLines::trouble(const std::string& device) const {
 }
 
 void NetworkLines::fail(const std::string& device, int error, const std::string& reason) {
-    (*troubles_)[device] = reason;
-    failed.raise(device + ": " + reason);
+    // Once for an outage: a tool may ask for hundreds of registers meanwhile.
+    if (std::exchange((*troubles_)[device], reason) != reason) failed.raise(device + ": " + reason);
     throw RunTimeError(error, device + ": " + reason);
 }
 

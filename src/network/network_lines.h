@@ -45,7 +45,7 @@ class NetworkLines {
 
     /// Raised before an opening, which blocks, with the device.
     Event<const std::string&> opening;
-    /// Raised when one has failed, with a sentence that names the device.
+    /// Raised when one has failed for another reason than before, with a sentence on the device.
     Event<const std::string&> failed;
 
   private:

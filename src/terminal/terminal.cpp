@@ -1,7 +1,6 @@
 #include "terminal/terminal.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "console/start_up.h"
 #include "terminal/commands.h"
@@ -25,16 +24,12 @@ struct TerminalApplication::Parts {
         : dialogs(environment.err), app(Services{environment.tick, environment.clock, dialogs,
                                                  desktop, environment.directory},
                                         environment.open_device),
-          network_failed(
-              app.network.failed.subscribe([this, &environment](const std::string& sentence) {
-                  // Once for an outage: a tool may ask for hundreds of registers meanwhile.
-                  if (std::exchange(network_sentence, sentence) != sentence)
-                      environment.err << "pelvan7: " << sentence << "\n";
-              })) {}
+          network_failed(app.network.failed.subscribe([&environment](const std::string& sentence) {
+              environment.err << "pelvan7: " << sentence << "\n";
+          })) {}
     TerminalDialogs dialogs;
     TerminalDesktop desktop;
     Core app;
-    std::string network_sentence;
     Subscription network_failed;
 };
 

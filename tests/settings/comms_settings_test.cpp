@@ -244,6 +244,9 @@ TEST_F(CommsSettingsTest, SaysWhatSpeaksAgainstADevice) {
         {"/dev/no", "You may not open /dev/no." + keep},
         {"/dev/null", "/dev/null is not a serial device."},
         {"ttyUSB0", "\"ttyUSB0\" is no path: type all of it, as in /dev/ttyUSB0."},
+        {"tcp://host", "\"tcp://host\" names no port: write tcp://host:port."},
+        {"telnet://host:23", "\"telnet://host:23\" is no port over the network: these begin with "
+                             "tcp:// or rfc2217://."},
         {"simulated:900", "No simulated device is called \"simulated:900\"."},
         {"'/dev/x'", "The file cannot hold the device \"'/dev/x'\"."},
         {"/dev/a\nPORT 1=b", "The file cannot hold the device \"/dev/a\nPORT 1=b\"."},

@@ -48,6 +48,18 @@ TEST_F(TerminalTest, ACommandThatNoPortWasOpenForIsToldAsNotSent) {
     EXPECT_TRUE(err.str().ends_with("pelvan7: Not sent: the port is not open.\n")) << err.str();
 }
 
+TEST_F(TerminalTest, SaysOnceWhyAPortOverTheNetworkDoesNotOpen) {
+    configure("tcp://127.0.0.1:1"); // the library is not beside the tests
+    EXPECT_EQ(run("send --register 0 --repeat 2 --interval 0.1"), exit_code::kFailed);
+    const std::string sentence = "pelvan7: tcp://127.0.0.1:1: ports over the network need the "
+                                 "library libgensio (Debian: libgensio4)";
+    EXPECT_TRUE(told(sentence)) << err.str();
+    EXPECT_EQ(err.str().find(sentence), err.str().rfind(sentence));
+    configure("rfc2217://furnace:0");
+    EXPECT_EQ(run("send --register 0"), exit_code::kFailed);
+    EXPECT_TRUE(told("rfc2217://furnace:0: names no port from 1 to 65535")) << err.str();
+}
+
 TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
     testing::write_file(dir.file("pelvan7.ini"), "[COMMS CONTROLS]\r\nDEVICE 0 COMM PORT=17\r\n");
     expect("send", exit_code::kFailed, "",
@@ -121,6 +133,9 @@ TEST_F(TerminalTest, PortsAreSetUpFromNothing) {
     EXPECT_EQ(testing::read_file(ini), before);
     expect("ports assign 5 /no/port --yes", 0,
            "PORT 5 = /no/port: not there, used by Modbus and Xon\n");
+    expect("ports assign 5 rfc2217://furnace:2217", 0,
+           "PORT 5 = rfc2217://furnace:2217: over the network, asked when it is opened, used by "
+           "Modbus and Xon\n");
     expect("ports assign 5 none", 0, "PORT 5 = no device, used by Modbus and Xon\n");
 }
 

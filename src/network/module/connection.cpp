@@ -64,15 +64,43 @@ gensio_os_funcs* new_system() {
     return system;
 }
 
+/// A stream that is not open yet. The library's own text for one would have it look up even a
+/// numeric address, which fails on a machine that is on no network.
+int make_stream(gensio_os_funcs* system, const sockaddr_in6& six, bool rfc2217, gensio_event event,
+                void* data, gensio*& stream) {
+    const auto& four = reinterpret_cast<const sockaddr_in&>(six);
+    const bool ipv6 = six.sin6_family == AF_INET6;
+    gensio_addr* address = nullptr;
+    if (const int error =
+            ipv6 ? gensio_addr_create(system, GENSIO_NETTYPE_IPV6, &six, sizeof six,
+                                      ntohs(six.sin6_port), &address)
+                 : gensio_addr_create(system, GENSIO_NETTYPE_IPV4, &four.sin_addr,
+                                      sizeof four.sin_addr, ntohs(four.sin_port), &address))
+        return error;
+    constexpr const char* kAtOnce[] = {"nodelay", nullptr};
+    gensio* tcp = nullptr;
+    const int error = gensio_terminal_alloc("tcp", address, kAtOnce, system, event, data, &tcp);
+    gensio_addr_free(address);
+    if (error != 0 || !rfc2217) {
+        stream = tcp;
+        return error;
+    }
+    constexpr const char* kOptions[] = {"rfc2217", nullptr};
+    const int refused = gensio_filter_alloc("telnet", tcp, kOptions, system, event, data, &stream);
+    if (refused != 0) gensio_free(tcp);
+    return refused;
+}
+
 /// The library keeps for good what it is given first, for each kind of stream. Connections have
 /// something of their own each, so that two threads can work on two.
 void prepare_library() {
     static const bool prepared = [] {
-        gensio* stream = nullptr;
+        sockaddr_in6 nowhere{};
+        nowhere.sin6_family = AF_INET6;
         const auto ignore = [](gensio*, void*, int, int, unsigned char*, gensiods*,
                                const char* const*) { return GE_NOTSUP; };
-        if (str_to_gensio("telnet(rfc2217),tcp,127.0.0.1,1", new_system(), ignore, nullptr,
-                          &stream) == 0)
+        gensio* stream = nullptr;
+        if (make_stream(new_system(), nowhere, true, ignore, nullptr, stream) == 0)
             gensio_free(stream);
         return true;
     }();
@@ -147,12 +175,10 @@ int Connection::read_commands(gensio_iod* socket, unsigned char* bytes, gensiods
     return error;
 }
 
-int Connection::open(const std::string& address, int port, bool rfc2217, Deadline deadline) {
+int Connection::open(const sockaddr_in6& address, bool rfc2217, Deadline deadline) {
     end_stream();
     opening_rfc2217_ = rfc2217;
-    const std::string text = std::string(rfc2217 ? "telnet(rfc2217)," : "") + "tcp(nodelay)," +
-                             address + "," + std::to_string(port);
-    if (const int error = str_to_gensio(text.c_str(), system_, on_event, this, &stream_))
+    if (const int error = make_stream(system_, address, rfc2217, on_event, this, stream_))
         return error;
     opened_ = false;
     const auto note = [](gensio*, int error, void* data) {

@@ -5,6 +5,7 @@
 
 #include <gensio/gensio.h>
 #include <gensio/sergensio.h>
+#include <netinet/in.h>
 
 #include <chrono>
 #include <functional>
@@ -23,9 +24,10 @@ class Connection {
     Connection& operator=(const Connection&) = delete;
     ~Connection();
 
-    /// Connects to a numeric address; 0 or an error of the library, GE_TIMEDOUT when the deadline
-    /// has passed. With RFC 2217 it is open when the server has agreed to it, or refused.
-    [[nodiscard]] int open(const std::string& address, int port, bool rfc2217, Deadline deadline);
+    /// Connects to an address, which may be a sockaddr_in too; 0 or an error of the library,
+    /// GE_TIMEDOUT when the deadline has passed. With RFC 2217 it is open when the server has
+    /// agreed to it, or refused.
+    [[nodiscard]] int open(const sockaddr_in6& address, bool rfc2217, Deadline deadline);
     /// Whether the network connection stands, agreed on or not.
     [[nodiscard]] bool connected() const;
 

@@ -3,19 +3,20 @@
 #include <netdb.h>
 #include <sys/socket.h>
 
-#include <array>
+#include <algorithm>
+#include <cstring>
 #include <memory>
 
 #include "platform/run_time_error.h"
 
 namespace pelvan {
 
-Lookup look_up(const std::string& host) {
+Lookup look_up(const std::string& host, int port) {
     addrinfo wanted{};
     wanted.ai_family = AF_UNSPEC;
     wanted.ai_socktype = SOCK_STREAM;
     addrinfo* list = nullptr;
-    const int error = ::getaddrinfo(host.c_str(), nullptr, &wanted, &list);
+    const int error = ::getaddrinfo(host.c_str(), std::to_string(port).c_str(), &wanted, &list);
     if (error == EAI_NONAME || error == EAI_NODATA)
         return {{}, error_number::kInvalidPortNumber, "no host is called " + host};
     if (error != 0)
@@ -25,10 +26,9 @@ Lookup look_up(const std::string& host) {
     const std::unique_ptr<addrinfo, void (*)(addrinfo*)> owner(list, ::freeaddrinfo);
     Lookup found;
     for (const addrinfo* each = list; each; each = each->ai_next) {
-        std::array<char, NI_MAXHOST> text{};
-        if (::getnameinfo(each->ai_addr, each->ai_addrlen, text.data(), text.size(), nullptr, 0,
-                          NI_NUMERICHOST) == 0)
-            found.addresses.emplace_back(text.data());
+        if (each->ai_family != AF_INET && each->ai_family != AF_INET6) continue;
+        std::memcpy(&found.addresses.emplace_back(), each->ai_addr,
+                    std::min<std::size_t>(each->ai_addrlen, sizeof(sockaddr_in6)));
     }
     return found;
 }

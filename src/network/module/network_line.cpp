@@ -129,6 +129,7 @@ std::string network_error_text(int error) {
     case GE_TIMEDOUT:
         return "the host does not answer";
     case GE_HOSTDOWN:
+    case GE_OSERR: // as no way to the host's network
         return "the host cannot be reached";
     default:
         return gensio_err_to_str(error);

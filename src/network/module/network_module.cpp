@@ -57,19 +57,18 @@ NetworkOpening finish(std::unique_ptr<Connection> connection, NetworkAttempt& at
 }
 
 NetworkOpening open_line(NetworkAttempt& attempt) {
-    const Lookup lookup = look_up(attempt.address.host);
+    const Lookup lookup = look_up(attempt.address.host, attempt.address.port);
     if (lookup.error != 0) return refusal(lookup.error, lookup.reason);
     attempt.phase = NetworkPhase::Connecting;
     const Deadline deadline = steady_clock::now() + std::chrono::milliseconds(attempt.timeout_ms);
     NetworkOpening result = refusal(error_number::kHardwareNotAvailable, "the host has no address");
     auto addresses_left = static_cast<int>(lookup.addresses.size());
-    for (const std::string& address : lookup.addresses) {
+    for (const sockaddr_in6& address : lookup.addresses) {
         // A share of the time each: a host may have an address that nothing leads to.
         const auto now = steady_clock::now();
         const Deadline end = now + std::max(deadline - now, {}) / addresses_left--;
         auto connection = std::make_unique<Connection>();
-        const int error =
-            connection->open(address, attempt.address.port, attempt.address.rfc2217, end);
+        const int error = connection->open(address, attempt.address.rfc2217, end);
         if (error == 0) return finish(std::move(connection), attempt, deadline);
         result = refusal_of(error, *connection, attempt);
     }
