@@ -106,7 +106,7 @@ class Server {
         while (!stop) {
             wait();
             accept_client();
-            std::erase_if(clients_, [this](Client& client) { return !carry(client); });
+            std::erase_if(clients_, [](const auto& client) { return !carry(*client); });
         }
     }
 
@@ -115,10 +115,10 @@ class Server {
     void wait() {
         double wait_ms = kMaxWaitMs;
         std::vector<pollfd> watched{{listener_.get(), POLLIN, 0}};
-        for (const Client& client : clients_) {
-            watched.push_back({client.socket.get(), POLLIN, 0});
+        for (const auto& client : clients_) {
+            watched.push_back({client->socket.get(), POLLIN, 0});
             const double next =
-                std::visit([](const auto& peer) { return peer.next_ms(); }, client.peer);
+                std::visit([](const auto& peer) { return peer.next_ms(); }, client->peer);
             if (next >= 0) wait_ms = std::min(wait_ms, next - now_ms());
         }
         const auto nanoseconds = std::llround(std::max(wait_ms, 0.0) * 1e6);
@@ -132,11 +132,9 @@ class Server {
         const int yes = 1;
         ::setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
         ::setsockopt(socket.get(), SOL_SOCKET, SO_KEEPALIVE, &yes, sizeof yes);
-        if (device_.loopback)
-            clients_.push_back(
-                {std::move(socket), Plug(device_.jumper_in.value_or(true), char_ms_)});
-        else
-            clients_.push_back({std::move(socket), Wire(station_, char_ms_)});
+        Peer peer = device_.loopback ? Peer(Plug(device_.jumper_in.value_or(true), char_ms_))
+                                     : Peer(Wire(station_, char_ms_));
+        clients_.push_back(std::make_unique<Client>(Client{std::move(socket), std::move(peer)}));
     }
 
     /// What has come to the device, and what is due from it; false when the client has gone.
@@ -162,7 +160,7 @@ class Server {
     double char_ms_;
     Socket listener_;
     std::shared_ptr<Station> station_;
-    std::vector<Client> clients_;
+    std::vector<std::unique_ptr<Client>> clients_;
 };
 
 } // namespace

@@ -63,7 +63,7 @@ struct Client {
 } // namespace
 
 TEST(TcpServer, ServesOneControllerToSeveralClientsUntilItIsStopped) {
-    Server server({.device = *parse_simulated_device("simulated:742")});
+    Server server({*parse_simulated_device("simulated:742"), "127.0.0.1", 0, {}});
     EXPECT_NE(server.report.find("Serving model 742 at address 1 on tcp://127.0.0.1:"),
               std::string::npos);
     EXPECT_NE(server.report.find("to this machine alone"), std::string::npos);
@@ -77,7 +77,7 @@ TEST(TcpServer, ServesOneControllerToSeveralClientsUntilItIsStopped) {
     EXPECT_EQ(first.exchange(frame("01 03 01 2C 00 01"), 7), frame("01 03 02 0D 0A"));
     // A port that is taken, and an address that is none of this machine's.
     for (const char* address : {"127.0.0.1", "192.0.2.1", "no such host"}) {
-        Server refused({.device = {}, .address = address, .port = server.port});
+        Server refused({{}, address, server.port, {}});
         refused.stop = true;
         EXPECT_EQ(refused.result.get(), 1) << address;
         EXPECT_NE(refused.report.find("Cannot listen on"), std::string::npos) << refused.report;
@@ -87,7 +87,7 @@ TEST(TcpServer, ServesOneControllerToSeveralClientsUntilItIsStopped) {
 }
 
 TEST(TcpServer, ServesThePlugToAllWhereItIsToldTo) {
-    Server server({.device = *parse_simulated_device("simulated:loopback"), .address = "0.0.0.0"});
+    Server server({*parse_simulated_device("simulated:loopback"), "0.0.0.0", 0, {}});
     EXPECT_NE(server.report.find("every machine that reaches"), std::string::npos);
     server.port = static_cast<int>(
         pelvan::leading_number(server.report.substr(server.report.find("0.0.0.0:") + 8)));
