@@ -223,9 +223,10 @@ void add_ports_command(CLI::App& cli, ChosenCommand& chosen) {
         ->required()
         ->check(numbers);
     assigning
-        .add_option("device", options->device,
-                    "Path of the device, tcp://host:port, rfc2217://host:port, simulated:742, or none to "
-                    "end the assignment")
+        .add_option(
+            "device", options->device,
+            "Path of the device, tcp://host:port, rfc2217://host:port, simulated:742, or none to "
+            "end the assignment")
         ->required();
     CLI::App& setting = add_change(*ports, "set",
                                    "Set up the port of a protocol; what is not given stays, or is "
