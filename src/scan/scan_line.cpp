@@ -72,7 +72,9 @@ std::string ScanLine::collect(FrameExchange& frames, double until_ms, const IsWh
 }
 
 Heard ScanLine::ask(ScanProbe& probe, int address, double patience_ms) {
-    record_.fastest_ms = 0; // other controllers are no measure for what comes too soon
+    // Other controllers are no measure for what comes too soon, nor for how long a reply is.
+    record_.fastest_ms = 0;
+    record_.last_reply = 0;
     FrameExchange frames(*port_, tick_, record_, way_);
     rest(record_.last_byte_ms + way_.distance_ms - tick_.precise_ms());
     if (!go_on()) return {};
