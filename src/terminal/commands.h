@@ -14,6 +14,18 @@ namespace pelvan {
 /// Runs after parsing; returns the exit code.
 using ChosenCommand = std::function<int(TerminalEnvironment&)>;
 
+/// What a command line asks for.
+struct AskedFor {
+    ChosenCommand command; // none: the windows should open, or there is a code
+    /// Help was printed, or the arguments were refused in a line on standard error.
+    std::optional<int> code;
+    std::unique_ptr<CLI::App> parser; // the command looks at its options
+};
+
+/// Reads the arguments (without the program's name) and runs nothing. Sets `environment.directory`.
+[[nodiscard]] AskedFor read_arguments(const std::vector<std::string>& arguments,
+                                      TerminalEnvironment& environment);
+
 void add_send_command(CLI::App& cli, ChosenCommand& chosen);
 void add_verify_port_command(CLI::App& cli, ChosenCommand& chosen);
 void add_ports_command(CLI::App& cli, ChosenCommand& chosen);

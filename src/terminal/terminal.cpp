@@ -74,6 +74,41 @@ void TerminalApplication::on_events(std::function<void()> handler) {
     };
 }
 
+AskedFor read_arguments(const std::vector<std::string>& arguments,
+                        TerminalEnvironment& environment) {
+    AskedFor asked;
+    asked.parser = std::make_unique<CLI::App>(
+        "Pelvan 7: talks to temperature and process controllers over serial lines.", "pelvan7");
+    CLI::App& cli = *asked.parser;
+    cli.footer(kFooter);
+    cli.set_version_flag("--version", "pelvan7 " PELVAN_VERSION);
+    cli.fallthrough();
+    cli.require_subcommand(0, 1);
+    cli.add_option("--directory", environment.directory,
+                   "Directory of pelvan7.ini and the program's other files (else PELVAN_DIRECTORY)")
+        ->check(CLI::ExistingDirectory);
+    add_send_command(cli, asked.command);
+    add_verify_port_command(cli, asked.command);
+    add_ports_command(cli, asked.command);
+    add_simulate_command(cli, asked.command);
+    add_demo_command(cli, asked.command);
+    add_listen_command(cli, asked.command);
+    add_scan_command(cli, asked.command);
+    add_log_command(cli, asked.command);
+    add_transfer_commands(cli, asked.command);
+    add_profile_command(cli, asked.command);
+    try {
+        // The parser takes its arguments in reverse order.
+        cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::Success& success) {
+        asked.code = cli.exit(success, environment.out, environment.err);
+    } catch (const CLI::ParseError& error) {
+        environment.err << "pelvan7: " << first_line(error.what()) << "\n";
+        asked.code = exit_code::kBadOption;
+    }
+    return asked;
+}
+
 namespace {
 
 /// Says on standard error only what has just been done: the rest is `ports`' business.
@@ -92,36 +127,11 @@ void find_directory(TerminalEnvironment& environment) {
 
 std::optional<int> run_shown(const std::vector<std::string>& arguments,
                              TerminalEnvironment& environment) {
-    CLI::App cli("Pelvan 7: talks to temperature and process controllers over serial lines.",
-                 "pelvan7");
-    cli.footer(kFooter);
-    cli.set_version_flag("--version", "pelvan7 " PELVAN_VERSION);
-    cli.fallthrough();
-    cli.require_subcommand(0, 1);
-    cli.add_option("--directory", environment.directory,
-                   "Directory of pelvan7.ini and the program's other files (else PELVAN_DIRECTORY)")
-        ->check(CLI::ExistingDirectory);
-    ChosenCommand chosen;
-    add_send_command(cli, chosen);
-    add_verify_port_command(cli, chosen);
-    add_ports_command(cli, chosen);
-    add_simulate_command(cli, chosen);
-    add_demo_command(cli, chosen);
-    add_listen_command(cli, chosen);
-    add_scan_command(cli, chosen);
-    add_log_command(cli, chosen);
-    add_transfer_commands(cli, chosen);
-    add_profile_command(cli, chosen);
+    const AskedFor asked = read_arguments(arguments, environment);
+    if (asked.code) return asked.code;
     try {
-        // The parser takes its arguments in reverse order.
-        cli.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         find_directory(environment);
-        return chosen ? std::optional<int>(chosen(environment)) : std::nullopt;
-    } catch (const CLI::Success& success) {
-        return cli.exit(success, environment.out, environment.err);
-    } catch (const CLI::ParseError& error) {
-        environment.err << "pelvan7: " << first_line(error.what()) << "\n";
-        return exit_code::kBadOption;
+        return asked.command ? std::optional<int>(asked.command(environment)) : std::nullopt;
     } catch (const CommandAborted& aborted) {
         environment.err << "pelvan7: " << aborted.reason << "\n";
         return exit_code::kFailed;
