@@ -1,5 +1,6 @@
 #include "text/numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <cfenv>
 #include <charconv>
@@ -51,13 +52,29 @@ std::size_t number_length(std::string_view text) {
     return at;
 }
 
+/// Whether a number that no double holds is too small for one, not too large: that is where its
+/// first digit that counts stands, not the sign of its exponent.
+bool is_tiny(std::string_view number) {
+    const auto mark = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view digits = number.substr(0, mark);
+    const auto place = static_cast<long>(std::min(digits.find('.'), digits.size())) -
+                       static_cast<long>(digits.find_first_of("123456789"));
+    std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
+    if (exponent.starts_with('+')) exponent.remove_prefix(1);
+    const bool negative = exponent.starts_with('-');
+    int value = 0;
+    if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), value).ec ==
+        std::errc::result_out_of_range)
+        return negative;
+    return place + value < 0;
+}
+
 double parse(std::string_view number) {
     if (number.front() == '+') number.remove_prefix(1);
     double value = 0;
     const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
     if (result.ec == std::errc::result_out_of_range) {
-        const bool tiny = number.find("e-") != number.npos || number.find("E-") != number.npos;
-        const double magnitude = tiny ? 0 : HUGE_VAL;
+        const double magnitude = is_tiny(number) ? 0 : HUGE_VAL;
         return number.front() == '-' ? -magnitude : magnitude;
     }
     return value;
@@ -73,7 +90,9 @@ std::string fixed_text(double value, int significant) {
     const std::string_view text(scientific.data());
     const int exponent = std::atoi(scientific.data() + text.find('e') + 1);
     const int decimals = significant - 1 - exponent;
-    const double rounded = std::strtod(scientific.data(), nullptr);
+    // The largest numbers round up to none.
+    const double nearest = std::strtod(scientific.data(), nullptr);
+    const double rounded = std::isfinite(nearest) ? nearest : value;
     std::array<char, 400> fixed{};
     const auto end =
         std::to_chars(fixed.data(), fixed.data() + fixed.size(), rounded, std::chars_format::fixed,

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cmath>
 
 #include "text/numbers.h"
@@ -14,6 +15,12 @@ TEST(Numbers, LeadingNumberTakesWhatATextBeginsWith) {
         {"3.25 7", 3.25}, {"0100 x", 100}, {"1e999", HUGE_VAL}, {"\t8", 8},    {"&HFF", 0}};
     for (const auto& [text, value] : cases)
         EXPECT_EQ(leading_number(text), value) << text;
+    // What no number of the machine holds is nothing or without end, however it is written.
+    const std::string zeros(400, '0');
+    EXPECT_EQ(leading_number("0." + zeros + "1"), 0);
+    EXPECT_EQ(leading_number("-1" + zeros + "e-5"), -HUGE_VAL);
+    EXPECT_EQ(leading_number("." + zeros + "1E+2"), 0);
+    EXPECT_EQ(leading_number("1e-99999999999"), 0);
     EXPECT_TRUE(is_numeric(" -12.5 "));
     for (const std::string text : {"", " ", "12x", "1 2", "--1", "End"})
         EXPECT_FALSE(is_numeric(text)) << text;
@@ -34,6 +41,7 @@ TEST(Numbers, PlainTextsHaveNoExponentAndNoNoise) {
         EXPECT_EQ(plain_number(value), text);
         EXPECT_EQ(signed_number(value), text[0] == '-' ? text : " " + text);
     }
+    EXPECT_EQ(plain_number(DBL_MAX).substr(0, 4), "1797");
     EXPECT_EQ(plain_single(1234.56789), "1234.568");
     EXPECT_EQ(plain_single(1e10), "10000000000");
 }
