@@ -64,11 +64,17 @@ std::string GetPrivateProfileStringA(const std::string& section, const std::stri
 bool WritePrivateProfileStringA(const std::string& section, const std::string& key,
                                 const std::string& value, const std::string& file) {
     if (!is_one_line(section) || !is_one_line(key) || !is_one_line(value)) return false;
-    return change_whole_file(file, [&](std::string_view bytes) {
-               const auto order = utf16_order(bytes); // as some editors save it; kept so
-               if (!order) return with_value(bytes, section, key, value);
-               return to_utf16(with_value(from_utf16(bytes, *order), section, key, value), *order);
-           }) == 0;
+    const auto changed = [&](std::string_view bytes) {
+        const auto order = utf16_order(bytes); // as some editors save it; kept so
+        if (order)
+            return to_utf16(with_value(from_utf16(bytes, *order), section, key, value), *order);
+        std::string text = with_value(bytes, section, key, value);
+        // A file that lost a byte of its UTF-16 must not seem to have all of them again: nothing
+        // that was written would be found.
+        if (utf16_order(text)) text += '\n';
+        return text;
+    };
+    return change_whole_file(file, changed) == 0;
 }
 
 } // namespace pelvan

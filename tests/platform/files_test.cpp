@@ -130,6 +130,10 @@ TEST_F(SectionedFile, ReadsAndKeepsUtf16WithItsMark) {
         EXPECT_EQ(written(read_file(file_), "\u00FC"), encoded(before + u"K=\u00FC\r\n"));
     }
     EXPECT_EQ(read("\xFF\xFEK"), "none") << "half a character at the end: no UTF-16";
+    for (const std::string value : {"v", "vv"}) { // nor is it when more has been written
+        static_cast<void>(written("\xFF\xFEK", value));
+        EXPECT_EQ(GetPrivateProfileStringA("S", "K", "none", 10, file_), value);
+    }
 }
 
 TEST_F(SectionedFile, KeepsEveryByteOfALongFileAndPutsItOnTheDisk) {
