@@ -1,5 +1,7 @@
 #include "logging/log_set_file.h"
 
+#include <algorithm>
+
 #include "config/ini.h"
 #include "platform/run_time_error.h"
 #include "text/numbers.h"
@@ -23,6 +25,21 @@ std::string row_key(int row, std::size_t column) {
     return std::to_string(row) + kRowKeys[column - log_column::kAddress];
 }
 
+bool is_control(char c) {
+    const auto code = static_cast<unsigned char>(c);
+    return code < 0x20 || code == 0x7F;
+}
+
+/// The key's value on one line: control characters, which only a damaged file holds, are spaces,
+/// for what has a carriage return in it cannot be written again.
+std::string read_text(const std::string& key, const std::string& default_value,
+                      const std::string& file) {
+    std::string text = ini_read_string(kSection, key, default_value, file);
+    if (std::none_of(text.begin(), text.end(), is_control)) return text;
+    std::replace_if(text.begin(), text.end(), is_control, ' ');
+    return trim(text);
+}
+
 /// These keys came later: a set without names has none of them.
 constexpr char kName[] = "DEVICENAME";
 constexpr char kUnit[] = "DEVICEUNIT";
@@ -36,7 +53,7 @@ std::string label_key(int row, const char* key) {
 
 /// Cut where a file that was written by hand holds more than can be entered.
 std::string read_label(const std::string& file, int row, const char* key, std::size_t length) {
-    const std::string text = ini_read_string(kSection, label_key(row, key), "", file);
+    const std::string text = read_text(label_key(row, key), "", file);
     return text.size() <= length ? text : shortened(text, length);
 }
 
@@ -61,13 +78,13 @@ bool read_rows(const std::string& file, LogSet& set) {
     // Required: the first missing address ends the list, so rows behind a gap are not found again.
     for (int number = 1;; ++number) {
         const std::string address =
-            ini_read_string(kSection, row_key(number, log_column::kAddress), kNoAddress, file);
+            read_text(row_key(number, log_column::kAddress), kNoAddress, file);
         if (address == kNoAddress) return true;
         if (number > kLogRows) return false;
         LogSetRow& row = set.row(number);
         row.texts[log_column::kAddress] = address;
         for (std::size_t column = log_column::kCommand; column < row.texts.size(); ++column)
-            row.texts[column] = ini_read_string(kSection, row_key(number, column), "", file);
+            row.texts[column] = read_text(row_key(number, column), "", file);
         row.name = read_label(file, number, kName, kMaxRowName);
         row.unit = read_label(file, number, kUnit, kMaxRowUnit);
         row.in_use = true;
@@ -79,7 +96,7 @@ bool read_rows(const std::string& file, LogSet& set) {
 
 bool read_log_set(const std::string& file, const std::string& default_log_file, LogSet& set) {
     set.interval_seconds = read_interval(file);
-    set.file_name = ini_read_string(kSection, kFileName, default_log_file, file);
+    set.file_name = read_text(kFileName, default_log_file, file);
     set.log_to_file = ini_read_string(kSection, kLogToFile, "FALSE", file) == "TRUE";
     set.together = ini_read_string(kSection, kTogether, "FALSE", file) == "TRUE";
     for (LogSetRow& row : set.rows) {

@@ -121,6 +121,8 @@ TEST_F(LogSetFile, AnyFileReadsAsASet) {
         {"[logging data device and register set]\n LOG TO FILE = TRUE \n1DEVICEADDRESS = x\n", 0,
          "10  to file, 1|Yes|x|||"},
         {kSection + "1DEVICECOMMAND=3\r\n", 0, "10 "},
+        // What could not be saved again, a line end within a value, is none.
+        {kSection + "LOGGING FILENAME=a\rb\n1DEVICEADDRESS=1\r5\n", 0, "10 a b, 1|Yes|1 5|||"},
         {kSection + "LOGGING INTERVAL=3725", 0, "3725 "},
         {kSection + "LOGGING INTERVAL=32767.4", 0, "32767 "},
         {kSection + "LOGGING INTERVAL=0", 0, "1 "},
