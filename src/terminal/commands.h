@@ -62,6 +62,10 @@ CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& targe
     return command.add_option_function<std::string>(name, choose, description);
 }
 
+/// A check of an option that takes a number with a fraction: the parser reads "nan" as one, and no
+/// range of its own refuses that.
+[[nodiscard]] CLI::Validator is_number();
+
 /// The protocols under the names that options have for them.
 [[nodiscard]] const Choices<int>& protocol_names();
 

@@ -177,6 +177,7 @@ void add_listen_command(CLI::App& cli, ChosenCommand& chosen) {
                Choices<int>{{".5", 0}, {"1", 1}, {"10", 2}},
                "Longest reception of one burst: .5, 1 or 10, as in the window");
     command->add_option("--seconds", options->seconds, "End after so many seconds")
+        ->check(is_number())
         ->check(CLI::NonNegativeNumber);
     command->add_option("--pcap", options->capture, "Write the frames to a file for Wireshark");
     command->add_flag("--times", options->times, "Show time, gap and kind before each line");

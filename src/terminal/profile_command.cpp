@@ -121,6 +121,7 @@ class Commands {
         CLI::App& command =
             add("watch", "Show what runs, again and again; Ctrl+C ends", profile_watch);
         command.add_option("--interval", options_->interval, "Seconds between two readings")
+            ->check(is_number())
             ->check(CLI::Range(0.1, 3600.0))
             ->capture_default_str();
         command.add_option("--count", options_->count, "End after so many readings")
@@ -144,8 +145,10 @@ class Commands {
         command.add_flag("--yes", options_->yes, text);
     }
     void add_steepest(CLI::App& command) {
-        command.add_option("--steepest", options_->steepest,
-                           "Degrees a minute that no ramp may exceed");
+        command
+            .add_option("--steepest", options_->steepest,
+                        "Degrees a minute that no ramp may exceed")
+            ->check(is_number());
     }
     void add_unchecked(CLI::App& command, const std::string& text) {
         command.add_flag("--unchecked", options_->unchecked, text);

@@ -221,6 +221,7 @@ void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
     command
         ->add_option("--interval", options->interval_s,
                      "Seconds from one sending to the next, 0.1 to 3600")
+        ->check(is_number())
         ->check(CLI::Range(Repeat::kMinIntervalMs / kMsPerSecond,
                            Repeat::kMaxIntervalMs / kMsPerSecond))
         ->capture_default_str()

@@ -6,6 +6,7 @@
 #include "terminal/commands.h"
 #include "terminal/shown_stream.h"
 #include "terminal/terminal_dialogs.h"
+#include "text/numbers.h"
 
 namespace pelvan {
 namespace {
@@ -72,6 +73,13 @@ void TerminalApplication::on_events(std::function<void()> handler) {
         parts_->dialogs.forget_last();
         handler();
     };
+}
+
+CLI::Validator is_number() {
+    const auto problem = [](const std::string& text) {
+        return is_numeric(text) ? std::string() : "\"" + text + "\" is no number";
+    };
+    return CLI::Validator(problem, "");
 }
 
 AskedFor read_arguments(const std::vector<std::string>& arguments,

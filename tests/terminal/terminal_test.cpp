@@ -39,7 +39,9 @@ TEST_F(TerminalTest, FailuresAreOneLineAndAnExitCode) {
         "\"simulated:742,address=1,speed=3601\"|simulate --model 999->no simulated device "
         "is called \"simulated:999,address=1\"|send --protocol 1->|"
         "send --function three->|send --nonsense->|dance->|"
-        "--directory /no/such/place ports->");
+        "--directory /no/such/place ports->|send --repeat 1 --interval nan->--interval: \"nan\" is "
+        "no number|profile watch --interval nan->|listen --seconds nan->|"
+        "profile start 1 --steepest nan->");
 }
 
 TEST_F(TerminalTest, ACommandThatNoPortWasOpenForIsToldAsNotSent) {
