@@ -1,6 +1,3 @@
-#include <chrono>
-#include <thread>
-
 #include "config/device_map.h"
 #include "console/loopback_test.h"
 #include "console/start_up.h"
@@ -13,6 +10,8 @@ constexpr int kNotGiven = -1;
 constexpr int kDefaultPauseSeconds = 10;
 constexpr int kMaxPauseSeconds = 600;
 constexpr double kMsPerSecond = 1000;
+/// How long one wait lasts at most, so that an interrupt is noticed soon.
+constexpr int kWaitMs = 50;
 
 enum class Jumper { Asked, In, Out };
 
@@ -37,7 +36,7 @@ void wait_for_jumper(TerminalEnvironment& environment, int seconds) {
     const std::uint32_t begun = environment.tick.timeGetTime();
     while (environment.tick.timeGetTime() - begun < seconds * kMsPerSecond) {
         if (environment.stop) throw CommandAborted{"interrupted"};
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        environment.wait_ms(kWaitMs);
     }
 }
 

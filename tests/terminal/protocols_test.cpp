@@ -54,6 +54,10 @@ TEST_F(TerminalProtocols, VerifyPortMovesTheSimulatedJumperAndTellsTheOutcome) {
     EXPECT_EQ(run("verify-port --jumper out"), exit_code::kFailed);
     EXPECT_TRUE(told("wiring or verify"));
     EXPECT_EQ(run("verify-port --jumper lost"), exit_code::kBadOption);
+    EXPECT_EQ(run("verify-port --pause 600"), exit_code::kDone) << "minutes on a fake tick";
+    on_wait = [this] { stop = true; };
+    EXPECT_EQ(run("verify-port --pause 600"), exit_code::kFailed);
+    EXPECT_TRUE(told("pelvan7: interrupted"));
 }
 
 } // namespace
