@@ -22,7 +22,8 @@ std::optional<int> model_of_file(const std::string& path) {
     for (int i = 0; i < kModelLine && !reader->AtEndOfStream(); ++i)
         line = reader->readline();
     if (!trim(line).starts_with("Model #:")) return std::nullopt;
-    return static_cast<int>(model_in_header(line));
+    // Any text may stand there; what no register holds is no model either.
+    return static_cast<int>(std::clamp(model_in_header(line), -32768.0F, 32767.0F));
 }
 
 Json findings_json(const std::vector<ProfileFinding>& findings) {

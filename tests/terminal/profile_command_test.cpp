@@ -64,6 +64,9 @@ TEST_F(ProfileCommand, ChecksAFileWithoutAController) {
     EXPECT_TRUE(
         printed("\"findings\":[{\"profile\":1,\"step\":1,\"sentence\":\"Profile 1, step 1"));
     expect_refused("check --model 730 " + file, "Model 730 has no ramp profiles.");
+    testing::write_file(file, "*\n   Model #:  1e30\n" + too_hot());
+    EXPECT_EQ(run("profile check " + file), exit_code::kFailed);
+    EXPECT_TRUE(told("32767.cds")) << err.str();
     testing::write_file(file, std::string("4000 1\n\0\x1B\x80", 10));
     EXPECT_EQ(run("profile check --model 742 " + file), exit_code::kFailed);
     EXPECT_EQ(run("profile check --model 742 /none"), exit_code::kBadOption);
