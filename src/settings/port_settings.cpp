@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "settings/port_users.h"
 #include "text/numbers.h"
@@ -91,7 +92,7 @@ bool PortSettings::configured(int channel) const {
 PortFields PortSettings::fields_on(int number, int other_than) const {
     for (int channel = 0; channel < static_cast<int>(kChannelLimit); ++channel) {
         const auto fields = channel == other_than ? std::nullopt : read(channel);
-        if (fields && static_cast<int>(leading_number(fields->port)) == number) return *fields;
+        if (fields && std::trunc(leading_number(fields->port)) == number) return *fields;
     }
     return fields_of(std::to_string(number), kDefaultSettings, kDefaultMode);
 }
@@ -106,8 +107,7 @@ std::string PortSettings::sharing(int channel, const PortFields& fields) const {
     std::string differing;
     for (int i = 0; i < static_cast<int>(kChannelLimit); ++i) {
         const auto other = i == channel ? std::nullopt : read(i);
-        if (!other || static_cast<int>(leading_number(other->port)) != static_cast<int>(number))
-            continue;
+        if (!other || std::trunc(leading_number(other->port)) != std::trunc(number)) continue;
         others.push_back(i);
         if (settings_text(*other) != settings_text(fields))
             differing = " " + protocol_name(i) + " has " + settings_text(*other) +
