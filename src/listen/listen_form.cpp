@@ -30,7 +30,10 @@ frm_Listen::frm_Listen(Services& services, ListenMonitor& monitor,
     join_options();
     join_menus();
     tmr_Settle.set_Interval(kSettleMs);
-    tmr_Settle.Tick = [this] { monitor_.settle(); };
+    tmr_Settle.Tick = [this] {
+        monitor_.settle();
+        show_line_errors();
+    };
     lst_Times.set_Visible(false);
     lst_CommsCommand.Click = [this] {
         if (lst_CommsCommand.ListIndex() < lst_Times.ListCount())
@@ -225,7 +228,14 @@ void frm_Listen::show_statistics() {
     const auto& statistics = monitor_.statistics().all();
     for (std::size_t i = 0; i < statistics.size(); ++i)
         statistic_boxes()[i].box->set_Text(statistics[i]->text());
+    show_line_errors();
     show_log();
+}
+
+/// What was counted stays when the listening ends, as the statistics do.
+void frm_Listen::show_line_errors() {
+    const auto errors = monitor_.line_errors();
+    if (monitor_.listening() || errors) lbl_LineErrors.set_Caption(line_errors_sentence(errors));
 }
 
 /// The log may have been switched off because it cannot be written.
@@ -246,6 +256,7 @@ void frm_Listen::show_status(const std::string& status) {
         tmr_Settle.start();
     else
         tmr_Settle.stop();
+    show_line_errors();
     show_log();
     frames.refresh_note();
 }

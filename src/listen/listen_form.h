@@ -54,6 +54,8 @@ class frm_Listen : public Form {
     TextBox txt_MaxHits{"txt_MaxHits", "", "Highest average seen."};
     Label lbl_BurstHitRate{"lbl_BurstHitRate"};
     TextBox txt_BurstHitRate{"txt_BurstHitRate", "", "Rate that the shortest gap would give."};
+    /// What the hardware has counted since the listening began; empty before.
+    Label lbl_LineErrors{"lbl_LineErrors"};
     /// Whether the window listens, to what, and why it stopped.
     Label lbl_Status{"lbl_Status"};
     Button cmd_Start{"cmd_Start", "Start",
@@ -134,6 +136,7 @@ class frm_Listen : public Form {
     void log_to_file(bool on);
     void show_statistics();
     void show_log();
+    void show_line_errors();
     void show_status(const std::string& status);
     void clear_lists();
 

@@ -6,12 +6,15 @@
 #include "platform/serial_line.h"
 #include "platform/text_file.h"
 #include "text/bytes.h"
+#include "text/duration.h"
 
 namespace pelvan {
 namespace {
 
 /// Settle times of silence that end a burst.
 constexpr std::int16_t kQuietChars = 4;
+/// How often a device that has gone is looked for.
+constexpr double kLookEveryMs = 250;
 
 } // namespace
 
@@ -44,18 +47,26 @@ void ListenMonitor::begin_listening(std::int16_t channel) {
     }
     SerialPort& port = *state_.gListenDevice;
     if (!port.PortOpen()) return end("Not listening: the port could not be opened.");
+    line_errors_.begin(port);
+    hear_port(port);
+    tell_listening();
+}
+
+void ListenMonitor::hear_port(SerialPort& port) {
     received_ = port.OnComm.subscribe([this] {
         if (state_.gListening) ListenProcessEvent();
     });
     port.set_RThreshold(1);
-    tell_listening();
 }
 
-void ListenMonitor::tell_listening() {
+void ListenMonitor::tell_listening(const std::string& note) {
+    if (gone_)
+        return status_changed.raise("Listening waits: the device is gone since " + gone_->time +
+                                    ". It goes on when the device is back.");
     const SerialPort& port = *state_.gListenDevice;
     status_changed.raise("Listening on channel " + std::to_string(state_.gListenChannel) +
                          ", port " + std::to_string(port.CommPort()) + ", " + port.Settings() +
-                         ".");
+                         "." + note);
 }
 
 /// What arrives meanwhile are answers to the tool that has the lines, and collecting one would keep
@@ -101,6 +112,7 @@ void ListenMonitor::end(const std::string& status) {
     state_.gListening = false;
     traffic_.finish();
     waiting_ = false;
+    gone_.reset();
     if (state_.gListenDevice) state_.gListenDevice->set_RThreshold(0);
     status_changed.raise(status);
 }
@@ -119,9 +131,16 @@ void ListenMonitor::ListenProcessEvent() {
     SerialPort& port = *state_.gListenDevice;
     port.set_RThreshold(0);
     CountdownPool& ticks = link_.countdowns();
-    if (!state_.gListenStarted) begin_session();
+    const bool begins = !state_.gListenStarted;
+    if (begins) begin_session();
     const double start = ticks.read_tick();
-    const std::string bytes = collect(port);
+    if (const auto bytes = collect(port)) return take_in(start, *bytes);
+    if (begins) state_.gListenStarted = false; // a loss is no burst
+    lose_device(port);
+}
+
+void ListenMonitor::take_in(double start, const std::string& bytes) {
+    CountdownPool& ticks = link_.countdowns();
     const double spent = tick_span(start, ticks.read_tick());
     std::optional<RunTimeError> log_failure;
     // Deliberate: only what arrives on the Modbus channel is shown and logged; on the other
@@ -132,10 +151,50 @@ void ListenMonitor::ListenProcessEvent() {
         line_added.raise(line, record(start, spent, bytes));
     }
     statistics_.add(start, ticks.read_tick());
-    port.set_RThreshold(1);
+    line_errors_.look(*state_.gListenDevice);
+    state_.gListenDevice->set_RThreshold(1);
     // Last, for it may fail, and the burst counts and the listening goes on all the same.
     hit_counted.raise();
     if (log_failure) throw RunTimeError(*log_failure);
+}
+
+/// Closed: a line that is held makes the system give an adapter that comes back another name.
+void ListenMonitor::lose_device(SerialPort& port) {
+    port.set_PortOpen(false);
+    const double now = link_.countdowns().read_tick();
+    gone_ = Gone{now, now, time_text(clock_.now())};
+    tell_listening();
+}
+
+/// Nobody is asked or told in a box: listening may go on for days without anybody watching.
+void ListenMonitor::look_for_device() {
+    const double now = link_.countdowns().read_tick();
+    if (waiting_ || tick_span(gone_->looked_tick, now) < kLookEveryMs) return;
+    gone_->looked_tick = now;
+    SerialPort* const port = reopened();
+    if (port == nullptr) return;
+    const double away = tick_span(gone_->tick, now);
+    gone_.reset();
+    state_.gListenDevice = port;
+    line_errors_.look(*port);
+    hear_port(*port);
+    tell_listening(" The device was gone for " + time_span_text(away) + ".");
+}
+
+/// The port that stands for the device again: another tool's command may have opened it, too.
+SerialPort* ListenMonitor::reopened() {
+    SerialPort& own = *state_.gListenDevice;
+    for (SerialPort* port : link_.channels().state().gCommDevice)
+        if (port->CommPort() == own.CommPort() && port->Settings() == own.Settings() &&
+            port->PortOpen() && !port->lost())
+            return port;
+    try {
+        own.set_PortOpen(false);
+        own.set_PortOpen(true);
+        return &own;
+    } catch (const RunTimeError&) {
+        return nullptr; // still away
+    }
 }
 
 /// Required: the last hit tick stays, so the first gap of a session is measured from the last burst
@@ -149,11 +208,19 @@ void ListenMonitor::begin_session() {
 }
 
 void ListenMonitor::settle() {
-    if (state_.gListening && state_.gListenStarted)
-        traffic_.settle(burst_times_.moment(link_.countdowns().read_tick()));
+    if (!state_.gListening) return;
+    SerialPort& port = *state_.gListenDevice;
+    if (gone_)
+        look_for_device();
+    else if (port.lost() || (!port.PortOpen() && !waiting_))
+        lose_device(port); // another tool's command has met the loss
+    else
+        line_errors_.look(port);
+    if (state_.gListenStarted) traffic_.settle(burst_times_.moment(link_.countdowns().read_tick()));
 }
 
-std::string ListenMonitor::collect(SerialPort& port) {
+/// Nothing when the device is gone.
+std::optional<std::string> ListenMonitor::collect(SerialPort& port) {
     lumps_.clear();
     TimedPort timed(port, [this](std::size_t bytes) {
         const std::size_t before = lumps_.empty() ? 0 : lumps_.back().end;
@@ -163,6 +230,7 @@ std::string ListenMonitor::collect(SerialPort& port) {
         return link_.receive_reply(timed, state_.gListenCharTime, state_.gListenTimeout,
                                    kQuietChars);
     } catch (const RunTimeError&) {
+        if (port.lost()) return {};
         end("Listening stopped: the port failed.");
         // A port that is lost stays open until it is closed: closed here, the next start opens it.
         port.set_PortOpen(false);
@@ -249,6 +317,7 @@ void ListenMonitor::choose_timeout(int index) {
 void ListenMonitor::clear() {
     statistics_.clear();
     traffic_.clear();
+    if (state_.gListening) line_errors_.begin(*state_.gListenDevice);
 }
 
 } // namespace pelvan

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "listen/burst.h"
+#include "listen/line_error_count.h"
 #include "listen/listen_statistics.h"
 #include "listen/traffic.h"
 #include "platform/event.h"
@@ -39,14 +40,16 @@ class ListenMonitor {
 
     /// Opens the channel's port and is notified of its receive event. Not listening afterwards when
     /// the port did not open, its message having been shown, or while another tool has claimed the
-    /// lines; a claim that begins later makes it wait. 9 for a channel outside 0 to 3.
+    /// lines; a claim that begins later makes it wait, and so does a device that goes. 9 for a
+    /// channel outside 0 to 3.
     void ListenStart(std::int16_t channel);
     void ListenStop();
     /// Takes in one burst. Blocks as `Link::receive_reply` does, up to the chosen time-out. An
-    /// error of the port ends the listening and is raised; a log that cannot be written is switched
-    /// off and its error raised after the burst has been counted.
+    /// error of a port that is not lost ends the listening and is raised; a log that cannot be
+    /// written is switched off and its error raised after the burst has been counted.
     void ListenProcessEvent();
-    /// Lets `traffic` look at the time: to be called now and then while listening.
+    /// Looks at the time, for `traffic`, at the line's errors, and for a device that has gone: to
+    /// be called some times a second while listening.
     void settle();
     /// Appends one line to "listenlog.txt"; opens and closes the file for it. Raises file errors.
     void ListenLogLine(const std::string& line);
@@ -60,6 +63,11 @@ class ListenMonitor {
     [[nodiscard]] bool listening() const { return state_.gListening; }
     [[nodiscard]] const ListenStatistics& statistics() const { return statistics_; }
     [[nodiscard]] const Traffic& traffic() const { return traffic_; }
+    /// What the hardware has counted since the listening began or the statistics were cleared;
+    /// nothing where its driver does not count.
+    [[nodiscard]] std::optional<LineErrors> line_errors() const { return line_errors_.total(); }
+    /// Whether the device that is listened on is gone: the listening goes on when it is back.
+    [[nodiscard]] bool device_gone() const { return gone_.has_value(); }
     /// The channel that is listened on, or was last.
     [[nodiscard]] int channel() const { return state_.gListenChannel; }
     [[nodiscard]] std::string log_path() const;
@@ -89,9 +97,14 @@ class ListenMonitor {
     void open_channel(std::int16_t channel);
     void close_lost(std::int16_t channel);
     void end(const std::string& status);
-    void tell_listening();
+    void tell_listening(const std::string& note = {});
     void begin_session();
-    std::string collect(SerialPort& port);
+    void hear_port(SerialPort& port);
+    void lose_device(SerialPort& port);
+    void look_for_device();
+    [[nodiscard]] SerialPort* reopened();
+    [[nodiscard]] std::optional<std::string> collect(SerialPort& port);
+    void take_in(double start_tick, const std::string& bytes);
     Burst record(double start_tick, double spent_ms, const std::string& bytes);
     void hear(double start_tick, const Burst& burst, double length_ms, const std::string& bytes);
     [[nodiscard]] double wire_time(std::size_t bytes) const;
@@ -120,6 +133,13 @@ class ListenMonitor {
         link_.channels().line_use().changed.subscribe([this] { claim_changed(); });
     Subscription received_;
     bool waiting_ = false; // for the end of another tool's claim
+    LineErrorCount line_errors_;
+    struct Gone {
+        double tick;        // at which it was noticed
+        double looked_tick; // at which the device was looked for last
+        std::string time;
+    };
+    std::optional<Gone> gone_;
 };
 
 } // namespace pelvan

@@ -47,6 +47,7 @@ void print_statistics(std::ostream& out, const ListenMonitor& monitor) {
     for (const Statistic* statistic : monitor.statistics().all())
         out << statistic->caption() << ": " << (statistic->text().empty() ? "0" : statistic->text())
             << "\n";
+    out << line_errors_sentence(monitor.line_errors()) << "\n";
     const TrafficCounts& traffic = monitor.traffic().counts();
     if (traffic.all().requests + traffic.all().replies + traffic.damaged() == 0) return;
     out << "Modbus traffic (times as minimum/mean/maximum):\n";
@@ -110,7 +111,8 @@ void wait_for_bytes(const SerialPort& port) {
         ::poll(nullptr, 0, kAskEveryMs);
 }
 
-/// Listens until the time is over or an interrupt comes; false when the port or a file failed.
+/// Listens until the time is over or an interrupt comes; false when the port or a file failed, or
+/// when the device was gone at the end.
 bool listen_on(Core& app, const ListenCommand& command, FrameOutput& frames,
                TerminalEnvironment& environment) {
     const double begin = environment.tick.timeGetTime();
@@ -129,7 +131,7 @@ bool listen_on(Core& app, const ListenCommand& command, FrameOutput& frames,
         });
         if (!well) return false;
     }
-    return app.listen_monitor.listening();
+    return app.listen_monitor.listening() && !app.listen_monitor.device_gone();
 }
 
 int listen(const ListenCommand& command, TerminalEnvironment& environment) {
@@ -147,6 +149,12 @@ int listen(const ListenCommand& command, TerminalEnvironment& environment) {
             environment.out << ascii_with_escapes(line) << std::endl;
         });
     monitor.ListenStart(static_cast<std::int16_t>(command.channel));
+    bool gone = false;
+    const Subscription told = monitor.status_changed.subscribe([&](const std::string& status) {
+        if (monitor.listening() && monitor.device_gone() != gone)
+            environment.err << "pelvan7: " << status << std::endl;
+        gone = monitor.device_gone();
+    });
     if (!monitor.listening()) return exit_code::kFailed; // its message was shown
     bool well = listen_on(app, command, frames, environment);
     monitor.ListenStop();

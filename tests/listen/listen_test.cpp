@@ -212,6 +212,57 @@ TEST_F(ListenTest, PortFailuresAndRebuildingEndTheListeningAndStartWorksAgain) {
     EXPECT_EQ(lines, Texts{"y"});
 }
 
+TEST_F(ListenTest, ADeviceThatGoesIsWaitedForAndItsLineErrorsAreCountedOn) {
+    const std::string listening = listen_on(1);
+    EXPECT_EQ(form.lbl_LineErrors.Caption(), "Line errors are not told by the driver.");
+    port().errors = {7, 1, 0, 0};
+    listen_on(1);
+    EXPECT_EQ(form.lbl_LineErrors.Caption(), "No line errors.");
+    port().errors->framing = 3;
+    burst_at(2000, "x");
+    EXPECT_EQ(form.lbl_LineErrors.Caption(), "Line errors: 2 framing.");
+    const auto lose = [this] {
+        port().line_lost = true;
+        port().check_receive();
+        port().OnComm.raise(); // as a real port tells its loss
+    };
+    lose();
+    const std::string waits = "Listening waits: the device is gone since 16:30:05. It goes on when "
+                              "the device is back.";
+    EXPECT_EQ(status(), waits);
+    EXPECT_TRUE(dialogs.shown.empty());
+    const auto look = [this](double ms) {
+        tick.advance(ms);
+        form.tmr_Settle.Tick();
+        return status();
+    };
+    for (int i = 0; i < 4; ++i)
+        port().fail_next("PortOpen", error_number::kInvalidPortNumber);
+    LineClaim claim = link.claim();
+    claim.release();
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(look(1000), waits);
+    port().errors = {0, 0, 0, 0}; // of the new opening
+    EXPECT_EQ(look(1000), listening + " The device was gone for 5 s.");
+    port().errors->parity = 1;
+    burst_at(tick.now() + 10, "y");
+    EXPECT_EQ(form.lbl_LineErrors.Caption(), "Line errors: 1 parity, 2 framing.");
+    EXPECT_EQ(lines, (Texts{"x", "y"}));
+    // Another tool's command meets the loss first, and the device when it is back.
+    port().line_lost = true;
+    port().fail_next("PortOpen", error_number::kInvalidPortNumber);
+    std::int16_t one = 1;
+    table.open_port(one);
+    EXPECT_EQ(look(10), waits);
+    table.open_port(one);
+    EXPECT_EQ(look(61000), listening + " The device was gone for 1 min 1 s.");
+    lose();
+    monitor.ListenStop();
+    EXPECT_EQ(look(1000), "Not listening.");
+    monitor.clear();
+    EXPECT_EQ(listen_on(1), listening);
+}
+
 TEST_F(ListenTest, KeepsOffClaimedLinesAndHoldsItsPortsWhileItsMessageStands) {
     LineClaim claim = link.claim();
     EXPECT_EQ(listen_on(1), "Not listening. The line is in use by another window.");

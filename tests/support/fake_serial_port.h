@@ -94,6 +94,7 @@ class FakeSerialPort : public SerialPort {
         threshold_ = count;
         note("RThreshold " + std::to_string(count));
     }
+    [[nodiscard]] std::optional<LineErrors> line_errors() const override { return errors; }
     int CommID() const override { return -1; }
     void EscapeCommFunction(EscapeCode code) override {
         use("EscapeCommFunction");
@@ -124,6 +125,7 @@ class FakeSerialPort : public SerialPort {
     std::deque<std::vector<Arrival>> replies;                          // one an output
     std::function<std::vector<Arrival>(const std::string&)> responder; // instead of `replies`
     bool line_lost = false;
+    std::optional<LineErrors> errors;
     bool discards_future = true; // a discard also forgets what is still on its way
 
   private:

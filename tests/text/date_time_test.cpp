@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "text/duration.h"
+
 namespace pelvan {
 namespace {
 
@@ -22,6 +24,21 @@ TEST(DateTime, CalendarMillisecondsGoThereAndBack) {
         const LocalTime time = calendar_time(ms);
         EXPECT_EQ(calendar_milliseconds(time), ms) << iso_date_text(time) << time_ms_text(time);
     }
+}
+
+TEST(Duration, HasTwoUnitsAtMost) {
+    for (const auto& [ms, text] : {std::pair{0.0, "0.0 s"},
+                                   {-5, "0.0 s"},
+                                   {999.9, "0.9 s"},
+                                   {1000, "1 s"},
+                                   {59999, "59 s"},
+                                   {60000, "1 min"},
+                                   {125000, "2 min 5 s"},
+                                   {3605000, "1 h"},
+                                   {5400000, "1 h 30 min"},
+                                   {90000000, "1 d 1 h"},
+                                   {86405000, "1 d"}})
+        EXPECT_EQ(time_span_text(ms), text);
 }
 
 } // namespace

@@ -118,11 +118,13 @@ QWidget* make_listen(const BindContext& context, frm_Listen& form) {
     tabs->addTab(lines_tab(context, form), QStringLiteral("&Lines"));
     tabs->addTab(new FramesView(context, form.frames), QStringLiteral("Fra&mes"));
     tabs->addTab(traffic, QStringLiteral("T&raffic"));
-    auto* status = bound<QLabel>(context, form.lbl_Status);
+    auto* status = new QHBoxLayout;
+    status->addWidget(bound<QLabel>(context, form.lbl_Status), 1);
+    status->addWidget(bound<QLabel>(context, form.lbl_LineErrors));
     auto* layout = new QVBoxLayout(content);
     layout->addLayout(command_row(context, form));
     layout->addWidget(tabs, 1);
-    layout->addWidget(status);
+    layout->addLayout(status);
     add_pop_up(context, form, content);
     bind(context, form.tmr_Settle);
     return content;
