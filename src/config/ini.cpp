@@ -43,6 +43,12 @@ std::string rts_mode(int channel) {
 std::string exchange(int channel) {
     return device_key(channel, " EXCHANGE");
 }
+std::string echo(int channel) {
+    return device_key(channel, " ECHO");
+}
+std::string xon_xoff(int channel) {
+    return device_key(channel, " XONXOFF");
+}
 std::string serial_device(int port_number) {
     return "PORT " + std::to_string(port_number);
 }

@@ -31,6 +31,7 @@ inline constexpr char kCommsSection[] = "COMMS CONTROLS";
 inline constexpr char kDefaultProtocol[] = "DEFAULT PROTOCOL";
 inline constexpr char kTimerOffset[] = "TIMER OFFSET";
 inline constexpr char kDevicesSection[] = "SERIAL DEVICES";
+inline constexpr char kYes[] = "YES";
 
 /// "DEVICE 0 COMM PORT " and so on. The trailing space belongs to the key.
 [[nodiscard]] std::string comm_port(int channel);
@@ -38,6 +39,10 @@ inline constexpr char kDevicesSection[] = "SERIAL DEVICES";
 [[nodiscard]] std::string rts_mode(int channel);
 /// "DEVICE 0 EXCHANGE".
 [[nodiscard]] std::string exchange(int channel);
+/// "DEVICE 0 ECHO".
+[[nodiscard]] std::string echo(int channel);
+/// "DEVICE 0 XONXOFF".
+[[nodiscard]] std::string xon_xoff(int channel);
 /// "PORT 3" in section "SERIAL DEVICES".
 [[nodiscard]] std::string serial_device(int port_number);
 } // namespace ini_key

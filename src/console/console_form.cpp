@@ -214,7 +214,10 @@ class frm_Pelvan5VB::LoopbackRun : public LoopbackListener {
 
 void frm_Pelvan5VB::mnuverifyport_Click() {
     LoopbackRun run(*this);
-    verify_port(link_, services_.clock, static_cast<std::int16_t>(opt_Protocol.Value()), run);
+    const auto channel = static_cast<std::int16_t>(opt_Protocol.Value());
+    const LoopbackResult result = verify_port(link_, services_.clock, channel, run);
+    if (result == LoopbackResult::EchoesWithoutJumper)
+        offer_echo(config_, channels_, channel, services_.dialogs);
 }
 
 void frm_Pelvan5VB::mnuGenbadCS_Click() {

@@ -21,9 +21,18 @@ class LoopbackListener {
     virtual void exchanged(const HistoryRow& row) = 0;
 };
 
-/// Runs the test on a channel; true when it passed.
+enum class LoopbackResult { Passed, Failed, EchoesWithoutJumper };
+
+/// Runs the test on a channel.
 ///
 /// Blocks up to two seconds for each half, beside the messages; every outcome is one of these.
-bool verify_port(Link& link, Clock& clock, std::int16_t channel, LoopbackListener& listener);
+LoopbackResult verify_port(Link& link, Clock& clock, std::int16_t channel,
+                           LoopbackListener& listener);
+
+/// After a test that found bytes coming back without the jumper: asks whether the channel is to
+/// take them for the echo of a two-wire converter, and sets and rebuilds it so. Asks nothing where
+/// it does so already. A file that cannot be written is told.
+void offer_echo(const ConfigState& config, ChannelTable& channels, std::int16_t channel,
+                Dialogs& dialogs);
 
 } // namespace pelvan

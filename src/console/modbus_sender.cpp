@@ -10,6 +10,10 @@ void corrupt_last_byte(std::string& frame) {
 }
 
 SendOutcome ModbusSender::send(const ModbusEntry& entry, const ModbusSendOptions& options) {
+    return send_and_remark(link_, [&] { return send_once(entry, options); });
+}
+
+SendOutcome ModbusSender::send_once(const ModbusEntry& entry, const ModbusSendOptions& options) {
     using enum SendOutcome::Kind;
     std::string frame = build_request(modbus_, entry);
     if (is_refusal(frame)) return {Refused, frame, false, frame, std::nullopt};
@@ -23,7 +27,9 @@ SendOutcome ModbusSender::send(const ModbusEntry& entry, const ModbusSendOptions
     const std::string response = response_line(modbus_, options.format, entry, reply);
     SendOutcome outcome{Done, response, false, {}, times.row(command, response)};
     if (reply.empty()) {
-        outcome.accepted = is_broadcast(entry);
+        // Nobody answers a broadcast, but an echo shows whether it went out.
+        const bool went_out = link_.echo() == Echo::None || link_.echo() == Echo::Whole;
+        outcome.accepted = is_broadcast(entry) && went_out;
         if (!outcome.accepted) outcome.kind = NoReply;
         return outcome;
     }

@@ -27,6 +27,7 @@ class ModbusSender {
     [[nodiscard]] SendOutcome send(const ModbusEntry& entry, const ModbusSendOptions& options);
 
   private:
+    [[nodiscard]] SendOutcome send_once(const ModbusEntry& entry, const ModbusSendOptions& options);
     [[nodiscard]] CarefulReply exchange(const std::string& frame, ExchangeTimes& times);
 
     Link& link_;

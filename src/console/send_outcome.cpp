@@ -34,4 +34,16 @@ SendOutcome ExchangeTimes::not_sent(const Link& link, const std::string& command
             row(command, response.empty() ? reason : response)};
 }
 
+SendOutcome send_and_remark(Link& link, const std::function<SendOutcome()>& send) {
+    static_cast<void>(link.take_remark()); // of earlier exchanges
+    SendOutcome outcome = send();
+    const bool no_reply = outcome.kind == SendOutcome::Kind::NoReply;
+    outcome.remark = link.take_remark();
+    if (outcome.remark.empty() && no_reply && link.echo() == Echo::Whole)
+        outcome.remark = "The echo of the command came, but no answer.";
+    if (!outcome.remark.empty())
+        outcome.status += (outcome.status.empty() ? "" : ". ") + outcome.remark;
+    return outcome;
+}
+
 } // namespace pelvan

@@ -2,6 +2,7 @@
 // gets of it.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -26,7 +27,12 @@ struct SendOutcome {
     std::optional<HistoryRow> row;
     /// Why a reply that came does not count as the controller's consent; empty when it does.
     std::string objection{};
+    /// What was wrong with the line meanwhile, in sentences; empty when nothing was.
+    std::string remark{};
 };
+
+/// Sends once through the link and adds to the outcome what was wrong with the line.
+[[nodiscard]] SendOutcome send_and_remark(Link& link, const std::function<SendOutcome()>& send);
 
 /// Notes when a command leaves and when its reply is there.
 class ExchangeTimes {

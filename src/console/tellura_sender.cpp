@@ -33,6 +33,10 @@ std::optional<TelluraPacket> TelluraSender::build(const TelluraEntry& entry, std
 }
 
 SendOutcome TelluraSender::send(const TelluraEntry& entry) {
+    return send_and_remark(link_, [&] { return send_once(entry); });
+}
+
+SendOutcome TelluraSender::send_once(const TelluraEntry& entry) {
     SendOutcome outcome{SendOutcome::Kind::Refused, "Nothing was sent", false, {}, {}};
     const auto request = build(entry, outcome.refusal);
     if (!request) return outcome;

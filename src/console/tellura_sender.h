@@ -20,6 +20,7 @@ class TelluraSender {
     [[nodiscard]] SendOutcome send(const TelluraEntry& entry);
 
   private:
+    [[nodiscard]] SendOutcome send_once(const TelluraEntry& entry);
     [[nodiscard]] std::optional<TelluraPacket> build(const TelluraEntry& entry,
                                                      std::string& refusal);
     void judge(const std::string& reply, bool write, std::string& line, SendOutcome& outcome);

@@ -63,7 +63,9 @@ std::string printable(std::string_view text) {
 }
 
 SendOutcome TextSender::send(TextProtocol protocol, const TextEntry& entry) {
-    return protocol == TextProtocol::Full ? send_full(entry) : send_xon(entry.command);
+    return send_and_remark(link_, [&] {
+        return protocol == TextProtocol::Full ? send_full(entry) : send_xon(entry.command);
+    });
 }
 
 SendOutcome TextSender::send_full(const TextEntry& entry) {

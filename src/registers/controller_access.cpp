@@ -121,6 +121,7 @@ std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) 
     std::string reply =
         link_.transmit(kModbusChannel, frame, wait_ms, kModbusQuietChars,
                        [&](std::string_view received) { return is_whole_reply(frame, received); });
+    if (const std::string remark = link_.take_remark(); !remark.empty()) errors_.note(remark);
     if (link_.answered_twice()) check_surplus(link_.stray_bytes());
     const bool sound = is_sound(reply, frame);
     balance_.exchanged(longest_reply(frame), reply.size(), sound);

@@ -85,6 +85,12 @@ void TransferErrors::list(const std::string& response, float register_number, fl
     list(response, register_number, plain_single(value));
 }
 
+void TransferErrors::note(const std::string& text) {
+    if (text == last_note_) return;
+    last_note_ = text;
+    listener_.list_error(text, {});
+}
+
 void TransferErrors::end_with(const std::string& sentence) {
     on_file([&] { file_->writeline(sentence); });
 }

@@ -33,6 +33,8 @@ class TransferErrors {
     void list(const std::string& response, float register_number, const std::string& value,
               const std::string& kind = "Error");
     void list(const std::string& response, float register_number, float value);
+    /// What is no fault of a register: a line of its own, once for each text in a row.
+    void note(const std::string& text);
     /// How the transfer ended, as the last line of the error file.
     void end_with(const std::string& sentence);
     /// A line of the setup file that names no register.
@@ -47,6 +49,7 @@ class TransferErrors {
 
     TransferListener& listener_;
     std::string path_;
+    std::string last_note_;
     std::unique_ptr<TextWriter> file_;
     bool file_failed_ = false;
     int refusals_ = 0;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/run_time_error.h"
+#include "serial/channel_port.h"
 #include "serial/trap.h"
 #include "text/numbers.h"
 
@@ -15,6 +16,8 @@ constexpr std::size_t kMaxSettingsLength = 11;
 constexpr char kDefaultSettings[] = "9600,N,8,1";
 constexpr char kNoPortData[] = "NO PORT DATA";
 constexpr double kSettleNumerator = 15000;
+constexpr std::int16_t kXonXoff = 1;
+constexpr char kByProgram[] = "PROGRAM";
 
 struct ModemMode {
     bool dtr;
@@ -196,10 +199,21 @@ bool ChannelTable::build_channel(int n) {
     state_.gCommDevice.push_back(&device);
     define_comms_control(static_cast<std::int16_t>(n), port, settings, rts_mode);
     set_settle_time(n, settings);
-    ways_[static_cast<std::size_t>(n)] = pelvan::exchange_way(
-        ini_read_string(ini_key::kCommsSection, ini_key::exchange(n), {}, config_.gIniFile),
-        settings);
+    set_way(n, device, settings);
     return true;
+}
+
+void ChannelTable::set_way(int channel, SerialPort& device, const std::string& settings) {
+    const auto choice = [this](const std::string& key) {
+        return ini_read_string(ini_key::kCommsSection, key, {}, config_.gIniFile);
+    };
+    ExchangeWay& way = ways_[static_cast<std::size_t>(channel)];
+    way = pelvan::exchange_way(choice(ini_key::exchange(channel)), settings,
+                               choice(ini_key::echo(channel)));
+    if (device.Handshaking() == kXonXoff && choice(ini_key::xon_xoff(channel)) == kByProgram) {
+        device.set_Handshaking(0);
+        way.own_handshake = true;
+    }
 }
 
 const ExchangeWay& ChannelTable::exchange_way(std::int16_t channel) const {
@@ -280,9 +294,11 @@ std::int16_t ChannelTable::open_target(std::int16_t channel, bool for_exchange) 
     if (!port) return -1;
     bool was_lost = false;
     if (!trap.run([&] { open_or_reopen(*port, was_lost); }, table)) return target;
-    if (for_exchange && exchange_way(channel).complete) return target;
-    stray_bytes_ = waiting_bytes(*port);
-    trap.run([&] { port->set_InBufferCount(0); }, table);
+    const ExchangeWay& way = exchange_way(channel);
+    if (for_exchange && way.complete) return target;
+    ChannelPort heard(*port, line_record(target), way);
+    stray_bytes_ = waiting_bytes(heard.port());
+    trap.run([&] { heard.port().set_InBufferCount(0); }, table);
     return target;
 }
 

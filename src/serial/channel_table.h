@@ -103,6 +103,7 @@ class ChannelTable {
     void follow_up_rebuild();
     std::int16_t open_target(std::int16_t channel, bool for_exchange);
     [[nodiscard]] bool build_channel(int n);
+    void set_way(int channel, SerialPort& device, const std::string& settings);
     void set_settle_time(int channel, const std::string& settings);
     void apply_mode(std::int16_t channel, const std::string& rts_mode);
     [[nodiscard]] std::int16_t settle_twins(std::int16_t channel);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "config/ini.h"
 #include "platform/run_time_error.h"
 #include "platform/serial_line.h"
 
@@ -40,12 +41,14 @@ double gathering_ms(std::size_t received, const LineRecord& record, const Exchan
 
 } // namespace
 
-ExchangeWay exchange_way(const std::string& value, const std::string& settings) {
+ExchangeWay exchange_way(const std::string& exchange, const std::string& settings,
+                         const std::string& echo) {
     const auto line = parse_line_settings(settings);
-    if (value != kComplete || !line) return {};
+    if (!line) return {};
     const double character_ms = character_time_us(*line) / 1000;
     const bool is_fixed = line->baud_rate > kFixedDistanceBaud;
-    return {true, character_ms, is_fixed ? kFixedDistanceMs : kDistanceCharacters * character_ms};
+    return {exchange == kComplete, echo == ini_key::kYes, false, character_ms,
+            is_fixed ? kFixedDistanceMs : kDistanceCharacters * character_ms};
 }
 
 void FrameExchange::take(std::string& bytes) {

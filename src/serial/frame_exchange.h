@@ -15,6 +15,8 @@
 
 #include "platform/serial_port.h"
 #include "platform/tick.h"
+#include "serial/echo_filter.h"
+#include "serial/handshake.h"
 
 namespace pelvan {
 
@@ -25,14 +27,20 @@ using IsWhole = std::function<bool(std::string_view received)>;
 struct ExchangeWay {
     /// Replies end with their frame, not with a pause.
     bool complete = false;
+    /// The line gives back what is sent, and that is taken out of what comes.
+    bool echo = false;
+    /// XON and XOFF are the program's work, and not the driver's.
+    bool own_handshake = false;
     double character_ms = 0;
     /// Silence that a request keeps from what was on the line before it.
     double distance_ms = 0;
 };
 
-/// The way of a channel with this value of its key and these settings. Anything but "COMPLETE" is
-/// the pause, and so is everything with settings that no port opens with.
-[[nodiscard]] ExchangeWay exchange_way(const std::string& value, const std::string& settings);
+/// The way of a channel with these values of its keys and these settings. Anything but "COMPLETE"
+/// is the pause, anything but "YES" no echo, and so is everything with settings that no port opens
+/// with.
+[[nodiscard]] ExchangeWay exchange_way(const std::string& exchange, const std::string& settings,
+                                       const std::string& echo = {});
 
 /// What is remembered of a port from one exchange to the next. Moments are those of
 /// `TickSource::precise_ms`.
@@ -42,6 +50,11 @@ struct LineRecord {
     /// The shortest time from a request to the end of its reply; 0 while none is known.
     double fastest_ms = 0;
     std::size_t last_reply = 0; // bytes
+    EchoFilter echo;
+    Handshake handshake;
+    // What came, and nobody has taken yet, without XON and XOFF, and without echoes.
+    std::string unread_by_echo;
+    std::string unread_by_handshake;
 };
 
 /// In which pieces the bytes of replies came.

@@ -42,7 +42,7 @@ std::string line_text(const std::string& protocol, const LineStatus& status) {
         text += std::string(" stands for no device") + kSetUp;
     else
         text += " | " + device_name(status.device) + " | " + status.settings + " | " +
-                state_text(status);
+                state_text(status) + (status.echo.empty() ? "" : " | " + status.echo);
     if (!status.user.empty()) text += " | in use by " + status.user;
     return text;
 }
@@ -60,9 +60,8 @@ LineStatus LineObserver::look(int channel) {
     status.device = device_of(status.port);
     if (status.device.empty()) {
         status.state = LineStatus::State::NoDevice;
-    } else if (const SerialPort* const open = open_port(port)) {
-        status.state = LineStatus::State::Open;
-        status.errors = open->line_errors();
+    } else if (const auto open = open_port(port)) {
+        look_at_open(channel, *open, status);
     } else {
         status.trouble = trouble_(status.device);
         status.state = status.trouble.empty() ? LineStatus::State::Closed : LineStatus::State::Away;
@@ -76,13 +75,23 @@ const std::string& LineObserver::device_of(int port) {
     return known_->device;
 }
 
-/// Through its own object or through that of a channel that has the same port open for both.
-const SerialPort* LineObserver::open_port(const SerialPort& wanted) const {
-    for (SerialPort* port : channels_.state().gCommDevice)
-        if (port->CommPort() == wanted.CommPort() && port->Settings() == wanted.Settings() &&
-            port->PortOpen() && !port->lost())
-            return port;
-    return nullptr;
+void LineObserver::look_at_open(int channel, std::size_t index, LineStatus& status) const {
+    status.state = LineStatus::State::Open;
+    status.errors = channels_.state().gCommDevice[index]->line_errors();
+    if (channels_.exchange_way(static_cast<std::int16_t>(channel)).echo)
+        status.echo =
+            echo_trouble(channels_.line_record(static_cast<std::int16_t>(index)).echo.echo());
+}
+
+/// Its own object's index, or that of a channel that has the same port open for both.
+std::optional<std::size_t> LineObserver::open_port(const SerialPort& wanted) const {
+    const auto& devices = channels_.state().gCommDevice;
+    for (std::size_t i = 0; i < devices.size(); ++i)
+        if (devices[i]->CommPort() == wanted.CommPort() &&
+            devices[i]->Settings() == wanted.Settings() && devices[i]->PortOpen() &&
+            !devices[i]->lost())
+            return i;
+    return {};
 }
 
 } // namespace pelvan

@@ -22,7 +22,8 @@ struct LineStatus {
     std::string
         trouble; // why it cannot be opened: "not there", "no permission: join group dialout"
     std::optional<LineErrors> errors; // of the open line, where the hardware counts them
-    std::string user;                 // the tool that uses it, empty when none does
+    std::string echo; // what was wrong with it in the last exchange: "no echo", "echo differs"
+    std::string user; // the tool that uses it, empty when none does
 };
 
 /// "Modbus | Port 3 | ttyUSB0 | 9600,N,8,1 | open | in use by Data Logging", or what is missing.
@@ -48,7 +49,8 @@ class LineObserver {
 
   private:
     [[nodiscard]] const std::string& device_of(int port);
-    [[nodiscard]] const SerialPort* open_port(const SerialPort& wanted) const;
+    void look_at_open(int channel, std::size_t index, LineStatus& status) const;
+    [[nodiscard]] std::optional<std::size_t> open_port(const SerialPort& wanted) const;
 
     struct Assignment {
         int port = 0;

@@ -2,6 +2,7 @@
 
 #include "platform/run_time_error.h"
 #include "serial/trap.h"
+#include "text/duration.h"
 
 namespace pelvan {
 namespace {
@@ -10,6 +11,8 @@ namespace {
 constexpr float kSilenceMs = 250;
 constexpr float kMaxSilenceWaitMs = 1000;
 constexpr double kSilenceCheckMs = 10; // between looks at the tick by who sleeps
+/// How long after its time on the line an echo may come: adapters gather bytes.
+constexpr double kEchoGraceMs = 100;
 
 /// More than any device can send within a time-out of ten seconds; what follows stays in the port.
 constexpr std::size_t kMaxReplyBytes = std::size_t{1} << 20;
@@ -65,22 +68,31 @@ std::string Link::transmit(std::int16_t channel, const std::string& command, flo
     return reply;
 }
 
+ExchangeWay Link::way_of(std::int16_t channel) const {
+    ExchangeWay way = channels_.exchange_way(channel);
+    if (keeps_echo_) way.echo = false;
+    return way;
+}
+
 std::string Link::exchange(const std::string& command, Reading reading) {
     const std::int16_t port_index = channels_.open_port(reading.channel, true);
     stray_bytes_ = channels_.stray_bytes();
     answered_twice_ = false;
+    echo_ = Echo::None;
     if (port_index < 0) return {};
     last_port_ = port_index;
     last_channel_ = reading.channel;
     SerialState& state = channels_.state();
-    SerialPort& port = *state.gCommDevice[static_cast<std::size_t>(port_index)];
     // The flag, the settle time and the way are the channel's own; the port may be a twin's.
     const bool toggles = state.gRtsToggle[checked_index(reading.channel, kChannelLimit)];
     const float settle = state.gCharTime[checked_index(reading.channel, kChannelLimit)];
-    const ExchangeWay& way = channels_.exchange_way(reading.channel);
+    const ExchangeWay way = way_of(reading.channel);
     LineRecord& record = channels_.line_record(port_index);
+    ChannelPort heard(*state.gCommDevice[static_cast<std::size_t>(port_index)], record, way);
+    SerialPort& port = heard.port();
     FrameExchange frames(port, countdowns_.tick(), record, way);
 
+    note_outage(port);
     // Before the discarding: what comes while somebody is told is no part of the reply.
     if (port.PortOpen()) {
         ++writes_;
@@ -91,6 +103,7 @@ std::string Link::exchange(const std::string& command, Reading reading) {
         trap.run(statement,
                  [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
     };
+    if (way.echo) guarded([&] { begin_echo(port, record.echo); });
     if (way.complete) {
         guarded([&] { stray_bytes_ = frames.keep_distance(); });
         answered_twice_ = stray_bytes_ > 0 && stray_bytes_ >= record.last_reply;
@@ -98,30 +111,89 @@ std::string Link::exchange(const std::string& command, Reading reading) {
         guarded([&] { port.set_InBufferCount(0); });
     }
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
-    guarded([&] { port.set_Output(command); });
-    if (way.complete) frames.sent(command.size());
+    bool sent = true; // but for errors, which are told already
+    const double begun_ms = countdowns_.tick().precise_ms();
+    guarded([&] { sent = send_out(port, record, way, command, reading.timeout_ms); });
+    if (way.complete) frames.sent(way.own_handshake ? 0 : command.size());
     if (toggles) {
-        hold_rts(static_cast<float>(command.size()) * settle, way.complete);
+        hold_rts(static_cast<float>(command.size()) * settle, begun_ms, way);
         guarded([&] { port.EscapeCommFunction(EscapeCode::CLRRTS); });
     }
     std::string reply;
-    guarded([&] { reply = collect(port, frames, reading); });
+    if (sent) guarded([&] { reply = collect(port, frames, way, reading); });
     // RTS stays raised between exchanges; it is down only while a reply is awaited.
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
-    return reply;
+    if (port.lost()) note_outage(port);
+    return way.echo && sent ? judged(std::move(reply), record.echo, reading) : reply;
 }
 
-void Link::hold_rts(float duration_ms, bool sleeps) {
-    if (sleeps)
+/// A port that was never open is none whose device has gone.
+void Link::note_outage(SerialPort& port) {
+    Usage& usage = usage_[port.CommPort()];
+    const double now_ms = countdowns_.tick().precise_ms();
+    if (!port.PortOpen() || port.lost()) {
+        if (usage.was_open && !usage.gone_since_ms) usage.gone_since_ms = now_ms;
+        return;
+    }
+    usage.was_open = true;
+    if (!usage.gone_since_ms) return;
+    const double away_ms = now_ms - *std::exchange(usage.gone_since_ms, {});
+    if (remark_.empty()) remark_ = "The device was gone for " + time_span_text(away_ms) + ".";
+    device_back.raise(away_ms);
+}
+
+/// What came of earlier echoes is looked at before it is said that the rest comes no more.
+void Link::begin_echo(SerialPort& port, EchoFilter& echo) {
+    if (port.PortOpen() && !port.lost()) static_cast<void>(port.InBufferCount());
+    echo.begin(countdowns_.tick().precise_ms());
+}
+
+void Link::expect_echo(EchoFilter& echo, const std::string& command, const ExchangeWay& way) {
+    const double wire_ms = static_cast<double>(command.size()) * way.character_ms;
+    echo.sent(command, countdowns_.tick().precise_ms() + wire_ms + kEchoGraceMs);
+}
+
+std::string Link::judged(std::string reply, EchoFilter& echo, const Reading& reading) {
+    const bool whole = reading.is_whole && reading.is_whole(reply);
+    const bool counts = echo.judge(reply, whole, countdowns_.tick().precise_ms());
+    echo_ = echo.echo();
+    if (remark_.empty()) remark_ = echo.remark();
+    return counts ? std::move(reply) : std::string();
+}
+
+void Link::hold_rts(float duration_ms, double begun_ms, const ExchangeWay& way) {
+    // Sent byte by byte, most of them are out already.
+    if (way.own_handshake)
+        duration_ms -= static_cast<float>(countdowns_.tick().precise_ms() - begun_ms);
+    if (way.complete)
         countdowns_.tick().sleep_for_ms(static_cast<double>(duration_ms));
     else
         countdowns_.wait(duration_ms);
 }
 
-std::string Link::collect(SerialPort& port, FrameExchange& frames, const Reading& reading) {
+/// False when the device had stopped it for too long.
+bool Link::send_out(SerialPort& port, LineRecord& record, const ExchangeWay& way,
+                    const std::string& command, float timeout_ms) {
+    if (way.echo) expect_echo(record.echo, command, way);
+    if (!way.own_handshake) {
+        port.set_Output(command);
+        return true;
+    }
+    const auto patience_ms = static_cast<double>(timeout_ms);
+    const std::size_t out =
+        record.handshake.send(port, countdowns_.tick(), command, {way.character_ms, patience_ms});
+    if (out == command.size()) return true;
+    remark_ = "The device has stopped the sending (XOFF) and not let it go on within " +
+              time_span_text(patience_ms) + ": " + std::to_string(out) + " of " +
+              std::to_string(command.size()) + " bytes were sent.";
+    return false;
+}
+
+std::string Link::collect(SerialPort& port, FrameExchange& frames, const ExchangeWay& way,
+                          const Reading& reading) {
     const float settle = channels_.state().gCharTime[checked_index(reading.channel, kChannelLimit)];
     Lumps& lumps = channels_.lumps(port.CommPort());
-    if (!channels_.exchange_way(reading.channel).complete) {
+    if (!way.complete) {
         first_bytes_ = 0;
         std::string reply = receive_reply(port, settle, reading.timeout_ms, reading.quiet_chars);
         lumps.add({first_bytes_, 0});
@@ -140,15 +212,17 @@ std::string Link::receive_more(std::int16_t channel, float timeout_ms, std::int1
     SerialState& state = channels_.state();
     const auto last = static_cast<std::size_t>(last_port_);
     if (last >= state.gCommDevice.size()) return {}; // the ports were rebuilt
-    SerialPort& port = *state.gCommDevice[last];
-    FrameExchange frames(port, countdowns_.tick(), channels_.line_record(last_port_),
-                         channels_.exchange_way(channel));
+    const ExchangeWay way = way_of(channel);
+    LineRecord& record = channels_.line_record(last_port_);
+    ChannelPort heard(*state.gCommDevice[last], record, way);
+    SerialPort& port = heard.port();
+    FrameExchange frames(port, countdowns_.tick(), record, way);
     ErrorTrap trap(log_, dialogs_, "transmit");
     std::string reply;
     channels_.keep_ports([&] {
         trap.run(
             [&] {
-                reply = collect(port, frames, {channel, timeout_ms, quiet_chars, is_whole});
+                reply = collect(port, frames, way, {channel, timeout_ms, quiet_chars, is_whole});
             },
             [&](const RunTimeError& error) { return after_error(error, port, dialogs_); });
     });
@@ -161,7 +235,8 @@ Silence Link::let_fall_silent() {
     if (last >= devices.size() || !devices[last]->PortOpen() || !refusal().empty()) return {};
     Silence result;
     ErrorTrap trap(log_, dialogs_, "transmit");
-    trap.run([&] { discard_until_silent(*devices[last], result); },
+    ChannelPort heard(*devices[last], channels_.line_record(last_port_), way_of(last_channel_));
+    trap.run([&] { discard_until_silent(heard.port(), result); },
              [](const RunTimeError&) { return Resume::Leave; });
     return result;
 }

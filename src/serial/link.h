@@ -4,9 +4,12 @@
 // mixed with others' claims the lines for as long as it lasts. Replies are not parsed here.
 #pragma once
 
+#include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
+#include "serial/channel_port.h"
 #include "serial/channel_table.h"
 #include "serial/countdown.h"
 
@@ -50,6 +53,9 @@ class Link {
     ///
     /// On a channel that is set to complete frames the reply ends when `is_whole` says so, else
     /// after the same pause (20 ms at least), and waiting sleeps.
+    ///
+    /// On a channel that is set to an echo no byte of it is in the result, which is empty when the
+    /// echo differed from what was sent. `is_whole` tells a reply without an echo from that.
     virtual std::string transmit(std::int16_t channel, const std::string& command, float timeout_ms,
                                  std::int16_t quiet_chars, const IsWhole& is_whole = {});
 
@@ -72,8 +78,28 @@ class Link {
     /// Raised by `transmit` before its bytes go out, when the port is open for them: whoever shows
     /// that something is sent does it here. Whoever subscribes makes the exchange wait for it.
     Event<> sending;
+    /// Raised by `transmit` when it finds a device back that earlier ones found gone, with the time
+    /// between in milliseconds. The remark says so too.
+    Event<double> device_back;
     /// How often `transmit` has written to a port. Unchanged by one that found none open.
     [[nodiscard]] unsigned long writes() const { return writes_; }
+
+    /// What was wrong with the line in the exchanges since this was asked last, in sentences; the
+    /// first of it, empty when nothing was.
+    [[nodiscard]] std::string take_remark() { return std::exchange(remark_, {}); }
+    /// What became of the echo in the last `transmit`; `None` on a channel that is set to none.
+    [[nodiscard]] Echo echo() const { return echo_; }
+    /// While it lives, echoes are left in what comes: for whoever tests for them.
+    class EchoKept {
+      public:
+        explicit EchoKept(Link& link) : link_(link) { link_.keeps_echo_ = true; }
+        EchoKept(const EchoKept&) = delete;
+        EchoKept& operator=(const EchoKept&) = delete;
+        ~EchoKept() { link_.keeps_echo_ = false; }
+
+      private:
+        Link& link_;
+    };
 
     /// How many bytes stood unread when the last `transmit` began: an answer that came too late or
     /// twice.
@@ -94,9 +120,16 @@ class Link {
         const IsWhole& is_whole;
     };
     std::string exchange(const std::string& command, Reading reading);
+    void note_outage(SerialPort& port);
+    [[nodiscard]] ExchangeWay way_of(std::int16_t channel) const;
+    void begin_echo(SerialPort& port, EchoFilter& echo);
+    void expect_echo(EchoFilter& echo, const std::string& command, const ExchangeWay& way);
+    [[nodiscard]] std::string judged(std::string reply, EchoFilter& echo, const Reading& reading);
     [[nodiscard]] std::string collect(SerialPort& port, FrameExchange& frames,
-                                      const Reading& reading);
-    void hold_rts(float duration_ms, bool sleeps);
+                                      const ExchangeWay& way, const Reading& reading);
+    void hold_rts(float duration_ms, double begun_ms, const ExchangeWay& way);
+    [[nodiscard]] bool send_out(SerialPort& port, LineRecord& record, const ExchangeWay& way,
+                                const std::string& command, float timeout_ms);
     void discard_until_silent(SerialPort& port, Silence& result);
 
     ChannelTable& channels_;
@@ -107,9 +140,17 @@ class Link {
     std::size_t stray_bytes_ = 0;
     unsigned long writes_ = 0;
     bool answered_twice_ = false;
-    std::size_t first_bytes_ = 0;   // that came at once, of the last reply that a pause ended
-    std::int16_t last_channel_ = 0; // of the last `transmit`
-    std::int16_t last_port_ = 0;    // index of the object that it used
+    bool keeps_echo_ = false;
+    Echo echo_ = Echo::None;
+    std::string remark_;
+    struct Usage {
+        bool was_open = false;
+        std::optional<double> gone_since_ms; // by the precise time
+    };
+    std::map<std::int16_t, Usage> usage_; // by port number
+    std::size_t first_bytes_ = 0;         // that came at once, of the last reply that a pause ended
+    std::int16_t last_channel_ = 0;       // of the last `transmit`
+    std::int16_t last_port_ = 0;          // index of the object that it used
 };
 
 } // namespace pelvan

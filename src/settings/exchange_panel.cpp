@@ -2,15 +2,15 @@
 
 #include "config/device_map.h"
 #include "platform/serial_devices.h"
+#include "settings/channel_choices.h"
 #include "text/numbers.h"
 
 namespace pelvan {
 namespace {
 
-constexpr char kComplete[] = "COMPLETE";
-constexpr char kQuiet[] = "QUIET";
 /// From here on the settle time is 0.
 constexpr double kNoPauseBaud = 38400;
+constexpr int kXonChannel = 2;
 
 } // namespace
 
@@ -42,15 +42,18 @@ ExchangePanel::ExchangePanel(const ConfigState& config, ChannelTable& channels)
         show_advice();
         if (changed) changed();
     };
-}
-
-bool ExchangePanel::stored(int channel) const {
-    return ini_read_string(ini_key::kCommsSection, ini_key::exchange(channel), {},
-                           config_.gIniFile) == kComplete;
+    for (CheckBox* each : {&chk_Echo, &chk_OwnHandshake})
+        each->Click = [this] {
+            if (changed) changed();
+        };
 }
 
 void ExchangePanel::fill(int channel) {
-    chk_Complete.set_Value(stored(channel) ? 1 : 0);
+    const ChannelChoices choices = read_choices(config_, channel);
+    chk_Complete.set_Value(choices.complete ? 1 : 0);
+    chk_Echo.set_Value(choices.echo ? 1 : 0);
+    chk_OwnHandshake.set_Value(choices.own_handshake ? 1 : 0);
+    chk_OwnHandshake.set_Visible(channel == kXonChannel);
 }
 
 void ExchangePanel::advise(const std::string& port, const std::string& baud_rate) {
@@ -73,10 +76,8 @@ void ExchangePanel::show_advice() {
 }
 
 bool ExchangePanel::store(int channel) const {
-    if (stored(channel) == chk_Complete.checked()) return true;
-    ini_write_string(ini_key::kCommsSection, ini_key::exchange(channel),
-                     chk_Complete.checked() ? kComplete : kQuiet, config_.gIniFile);
-    return stored(channel) == chk_Complete.checked();
+    return store_choices(config_, channel,
+                         {chk_Complete.checked(), chk_Echo.checked(), chk_OwnHandshake.checked()});
 }
 
 } // namespace pelvan

@@ -1,5 +1,6 @@
-// How a channel ends its replies: the choice, and what speaks for it on this line. The window of
-// the port settings holds one, for the channel whose frame it shows.
+// How a channel ends its replies and whether its line echoes: the choices, and what speaks for the
+// first on this line. The window of the port settings holds one, for the channel whose frame it
+// shows.
 #pragma once
 
 #include <optional>
@@ -20,24 +21,32 @@ class ExchangePanel {
     /// Both are borrowed.
     ExchangePanel(const ConfigState& config, ChannelTable& channels);
 
-    Frame fram_Exchange{"fram_Exchange", "End of a Reply"};
+    Frame fram_Exchange{"fram_Exchange", "On the Line"};
     CheckBox chk_Complete{"chk_Complete", "E&nd replies with their frame, not with a pause",
                           "A reply ends with the last byte of its frame, the next request keeps "
                           "3.5 characters of silence, and waiting leaves the processor free."};
     Label lbl_Advice{"lbl_Advice"};
+    CheckBox chk_Echo{
+        "chk_Echo", "The line &echoes what is sent (two-wire converter)",
+        "What was sent is taken out of what comes, and compared: where it differs, two "
+        "were sending at once, and the reply does not count."};
+
+    /// There for the channel of the Xon protocol alone.
+    CheckBox chk_OwnHandshake{
+        "chk_OwnHandshake", "Stop at &XOFF in the program (for adapters that ignore it)",
+        "Commands go out character by character, and stop where the device sends XOFF, until it "
+        "sends XON. Otherwise this is left to the driver, and some adapters do not do it."};
 
     /// Shows what the file says of a channel.
     void fill(int channel);
     /// Brings the advice up to date with the texts of the port number's and the baud rate's boxes.
     void advise(const std::string& port, const std::string& baud_rate);
-    /// Writes the channel's key, unless it says so already; false when it does not stand in the
-    /// file then. Takes effect with the next rebuild.
+    /// As `store_choices`.
     [[nodiscard]] bool store(int channel) const;
     /// Somebody changed the choice.
     std::function<void()> changed;
 
   private:
-    [[nodiscard]] bool stored(int channel) const;
     void show_advice();
 
     const ConfigState& config_;

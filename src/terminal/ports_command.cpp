@@ -2,7 +2,7 @@
 // window.
 #include "console/protocol_number.h"
 #include "console/start_up.h"
-#include "serial/frame_exchange.h"
+#include "settings/channel_choices.h"
 #include "settings/port_settings.h"
 #include "settings/port_users.h"
 #include "terminal/commands.h"
@@ -21,6 +21,9 @@ struct PortsOptions {
     int channel = protocol::kModbus;
     std::string settings; // "9600,N,8,1"; empty: as `number`
     int mode = kNotGiven; // of DTR and RTS
+    int complete = kNotGiven;
+    int echo = kNotGiven;
+    int own_handshake = kNotGiven;
     bool yes = false;
     bool verbose = false;
 };
@@ -58,20 +61,26 @@ std::string port_line(int number, const PortDevices& devices) {
            devices.users(number);
 }
 
+std::string choices_text(const ChannelChoices& choices) {
+    return std::string("replies end ") +
+           (choices.complete ? "with their frame (COMPLETE)" : "with a pause (QUIET)") +
+           (choices.echo ? ", the line echoes" : "") +
+           (choices.own_handshake ? ", XON/XOFF by the program" : "");
+}
+
 /// The channels of the configuration file, as they will be built.
-void list_channels(std::ostream& out, const std::string& ini) {
+void list_channels(std::ostream& out, const ConfigState& config) {
     out << "Channels:\n";
     const auto text = [&](const std::string& key) {
-        return ini_read_string(ini_key::kCommsSection, key, {}, ini);
+        return ini_read_string(ini_key::kCommsSection, key, {}, config.gIniFile);
     };
     int n = 0;
     for (; n < protocol::kCount; ++n) {
         const std::string port = text(ini_key::comm_port(n));
         if (port.empty() || port == "0") break;
         const std::string settings = text(ini_key::port_setting(n));
-        const bool complete = exchange_way(text(ini_key::exchange(n)), settings).complete;
-        out << "  DEVICE " << n << ": PORT " << port << ", " << settings << ", replies end "
-            << (complete ? "with their frame (COMPLETE)" : "with a pause (QUIET)") << "\n";
+        out << "  DEVICE " << n << ": PORT " << port << ", " << settings << ", "
+            << choices_text(read_choices(config, n)) << "\n";
     }
     if (n == 0) out << "  none is configured\n";
 }
@@ -106,7 +115,7 @@ int list_ports(const PortsOptions& options, TerminalEnvironment& environment) {
         out << "  " << port_line(number, file.devices) << "\n";
     }
     if (!any) out << "  none stands for a device yet\n";
-    list_channels(out, file.config.gIniFile);
+    list_channels(out, file.config);
     out << "Files of the program: " << environment.directory << " (" << environment.directory_reason
         << ")\n";
     for (const std::string& note : environment.directory_notes)
@@ -152,6 +161,15 @@ std::string wanted_device(const PortsOptions& options, int number, const PortDev
     return standing.empty() && devices.number_of(only) == 0 ? only : standing;
 }
 
+/// What the file says, and what the options say instead of it.
+ChannelChoices wanted_choices(const PortsOptions& options, const PortFile& file) {
+    ChannelChoices choices = read_choices(file.config, options.channel);
+    if (options.complete != kNotGiven) choices.complete = options.complete != 0;
+    if (options.echo != kNotGiven) choices.echo = options.echo != 0;
+    if (options.own_handshake != kNotGiven) choices.own_handshake = options.own_handshake != 0;
+    return choices;
+}
+
 /// Gives ports to the channels before this one that have none; false when it cannot.
 bool fill_gap(int channel, PortFile& file, TerminalEnvironment& environment) {
     const std::vector<int> missing = file.settings.missing_before(channel);
@@ -173,12 +191,15 @@ int set_port(const PortsOptions& options, TerminalEnvironment& environment) {
     const std::string device = wanted_device(options, number, file.devices);
     const bool assigns = file.devices.is_change(number, device);
     if (assigns && !may_assign(device, options.yes, file, environment)) return exit_code::kFailed;
+    const ChannelChoices choices = wanted_choices(options, file);
     if (!file.settings.store(options.channel, fields, options.channel == protocol::kXon) ||
+        !store_choices(file.config, options.channel, choices) ||
         (assigns && !file.devices.write(number, device)) ||
         !fill_gap(options.channel, file, environment))
         return fail_to_write(environment, file);
     environment.out << protocol_name(options.channel) << ": port " << number << ", "
-                    << settings_text(fields) << "\n"
+                    << settings_text(fields)
+                    << (choices == ChannelChoices{} ? "" : ", " + choices_text(choices)) << "\n"
                     << port_line(number, file.devices) << "\n";
     if (const std::string sharing = file.settings.sharing(options.channel, fields);
         !sharing.empty())
@@ -244,6 +265,13 @@ void add_ports_command(CLI::App& cli, ChosenCommand& chosen) {
             return split(text, ',').size() == 4 ? "" : "give four values, such as 9600,N,8,1";
         });
     add_choice(setting, "--lines", options->mode, modes(), "DTR and RTS: clear, set or toggle");
+    add_choice(setting, "--replies", options->complete, Choices<int>{{"quiet", 0}, {"complete", 1}},
+               "End replies with a pause (quiet) or with their frame (complete)");
+    add_choice(setting, "--echo", options->echo, Choices<int>{{"no", 0}, {"yes", 1}},
+               "Whether the line gives back what is sent, as two-wire converters do: yes or no");
+    add_choice(setting, "--xonxoff", options->own_handshake,
+               Choices<int>{{"driver", 0}, {"program", 1}},
+               "Xon: who stops at XOFF, the driver or, for adapters that ignore it, the program");
 }
 
 } // namespace pelvan

@@ -191,6 +191,7 @@ bool print_outcome(const SendOutcome& outcome, TerminalEnvironment& environment)
         return false;
     }
     environment.out << outcome.row->command << "\n";
+    if (!outcome.remark.empty()) environment.err << "pelvan7: " << outcome.remark << "\n";
     if (outcome.kind != SendOutcome::Kind::Done) {
         const bool sent = outcome.kind == SendOutcome::Kind::NoReply;
         environment.err << "pelvan7: " << (sent ? outcome.row->response : outcome.status) << "\n";

@@ -19,6 +19,7 @@ struct VerifyOptions {
     int protocol = kNotGiven; // then the one that the console has selected
     int pause_seconds = kNotGiven;
     Jumper jumper = Jumper::Asked;
+    bool yes = false;
 };
 
 bool is_simulated_channel(const Core& app, int channel) {
@@ -64,15 +65,18 @@ class LoopbackRun : public LoopbackListener {
 int verify(const VerifyOptions& options, TerminalEnvironment& environment) {
     TerminalApplication terminal(environment);
     Core& app = terminal.app();
+    terminal.answer_questions_yes(options.yes);
     if (!terminal.start()) return exit_code::kFailed;
     const int channel =
         options.protocol == kNotGiven ? saved_protocol(app.session.config) : options.protocol;
     int pause = options.pause_seconds;
     if (pause == kNotGiven) pause = is_simulated_channel(app, channel) ? 0 : kDefaultPauseSeconds;
     LoopbackRun run(app, environment, options.jumper, pause);
-    const bool passed =
-        verify_port(app.link, app.services.clock, static_cast<std::int16_t>(channel), run);
-    return passed ? exit_code::kDone : exit_code::kFailed;
+    const auto tested = static_cast<std::int16_t>(channel);
+    const LoopbackResult result = verify_port(app.link, app.services.clock, tested, run);
+    if (result == LoopbackResult::EchoesWithoutJumper)
+        offer_echo(app.session.config, app.channels, tested, app.services.dialogs);
+    return result == LoopbackResult::Passed ? exit_code::kDone : exit_code::kFailed;
 }
 
 } // namespace
@@ -92,6 +96,9 @@ void add_verify_port_command(CLI::App& cli, ChosenCommand& chosen) {
     add_choice(*command, "--jumper", options->jumper,
                Choices<Jumper>{{"asked", Jumper::Asked}, {"in", Jumper::In}, {"out", Jumper::Out}},
                "Jumper of simulated:loopback: asked (moved as the messages ask), in or out");
+    command->add_flag("--yes", options->yes,
+                      "When bytes come back without the jumper, set the channel to take out the "
+                      "echo of a two-wire converter");
     command->callback([options, &chosen] {
         chosen = [options](TerminalEnvironment& environment) {
             return verify(*options, environment);

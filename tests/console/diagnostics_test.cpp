@@ -16,6 +16,9 @@ const std::string kIntroduction =
 const std::string kRemove = "Now remove the jumper.\r\n\nClick OK to continue.";
 const std::string kEcho = "This message should echo back!";
 const std::string kNoEcho = "This message should not echo back!";
+const std::string kEchoQuestion =
+    "Bytes come back although nothing is joined. Two-wire converters (RS-485) give back what is "
+    "sent. Is there one on this line, and shall its echo be taken out from now on?";
 
 TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
     ConsoleRig rig({"simulated:742", "simulated:742", "simulated:loopback"}, protocol::kXon);
@@ -30,7 +33,7 @@ TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
          {kEcho + " > " + kEcho, kNoEcho + " > "}},
         {&console.mnuJumperIn,
          &rig.history.frmCommand.mnuverifyport,
-         {kIntroduction, kRemove, wiring_and},
+         {kIntroduction, kRemove, wiring_and, kEchoQuestion},
          {kEcho + " > " + kEcho, kNoEcho + " > " + kNoEcho}},
         {&console.mnuJumperOut,
          &rig.history.frmResponse.mnuverifyport,
@@ -39,7 +42,8 @@ TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
     };
     Link other{rig.table, rig.countdowns, rig.dialogs, rig.log};
     rig.dialogs.on_message = [&](const std::string& text) {
-        EXPECT_FALSE(other.refusal().empty()) << "its bytes would come between: " << text;
+        EXPECT_NE(other.refusal().empty(), text != kEchoQuestion)
+            << "its bytes would come between: " << text;
     };
     for (const auto& [jumper, entry, messages, pairs] : cases) {
         rig.history.clear();
@@ -53,6 +57,23 @@ TEST(LoopbackTest, EndsInOneOfThreeMessagesOnTheChosenProtocolsChannel) {
     console.opt_Protocol.set_Value(protocol::kFull);
     console.mnuverifyport.choose();
     EXPECT_EQ(rig.said().back(), wiring_or);
+}
+
+TEST(LoopbackTest, ALineThatEchoesIsSetToThatWhenSomebodySaysSo) {
+    ConsoleRig rig(Texts(3, "simulated:742,echo=1"), protocol::kXon);
+    rig.console.text.txt_CommsCommand.set_Text("? MODEL");
+    EXPECT_EQ(rig.send(), "? MODEL > ? MODEL<0D>742");
+    rig.console.mnuverifyport.choose(); // its answer is No
+    EXPECT_FALSE(rig.table.exchange_way(2).echo);
+    rig.dialogs.answers = {MessageAnswer::Yes};
+    rig.console.mnuverifyport.choose();
+    EXPECT_TRUE(rig.table.exchange_way(2).echo);
+    EXPECT_FALSE(rig.table.exchange_way(1).echo);
+    EXPECT_EQ(rig.send(), "? MODEL > 742");
+    rig.said();
+    rig.console.mnuverifyport.choose(); // it finds the same, and has nothing to offer
+    EXPECT_EQ(rig.said().size(), 3U);
+    EXPECT_EQ(rig.pairs().back(), kNoEcho + " > " + kNoEcho);
 }
 
 TEST(BadChecksum, CorruptsTheLastByteOfModbusRequestsOnlyAndItsTicksFollowTheSwitch) {

@@ -128,9 +128,13 @@ TEST_F(FrameExchangeTest, ALostLineEndsTheReplyAndErrorsGoTheirWay) {
 
 TEST_F(FrameExchangeTest, OnlyItsOwnWordTurnsItOn) {
     EXPECT_TRUE(exchange_way("COMPLETE", "9600,N,8,1").complete);
-    for (const char* other : {"", "QUIET", "complete", "COMPLETE ", "1", "COMPLETELY"})
-        EXPECT_FALSE(exchange_way(other, "9600,N,8,1").complete) << other;
-    EXPECT_FALSE(exchange_way("COMPLETE", "0,N,8,1").complete);
+    EXPECT_TRUE(exchange_way("QUIET", "9600,N,8,1", "YES").echo);
+    for (const char* other :
+         {"", "QUIET", "complete", "COMPLETE ", "1", "COMPLETELY", "yes", "Y"}) {
+        EXPECT_FALSE(exchange_way(other, "9600,N,8,1", "NO").complete) << other;
+        EXPECT_FALSE(exchange_way("COMPLETE", "9600,N,8,1", other).echo) << other;
+    }
+    EXPECT_FALSE(exchange_way("COMPLETE", "0,N,8,1", "YES").complete);
     exchange_by("no way");
     exchange({{30, "a."}});
     EXPECT_NEAR(taken_ms, 30 + 60, 1);

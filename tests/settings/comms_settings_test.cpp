@@ -74,6 +74,23 @@ TEST_F(CommsSettingsTest, TheEndOfRepliesIsSavedForItsChannelAloneAndRecommended
     EXPECT_FALSE(table.exchange_way(1).complete);
 }
 
+TEST_F(CommsSettingsTest, ALineThatEchoesIsSavedForItsChannelAlone) {
+    build({"1;9600,N,8,1;0", "2;9600,N,8,1;1"});
+    open(1);
+    form.exchange.chk_Echo.set_Value(1);
+    EXPECT_TRUE(form.changed(1));
+    form.cmd_SaveChanges[1].press();
+    EXPECT_EQ(device_key("1 ECHO") + device_key("1 EXCHANGE") + device_key("0 ECHO"),
+              "YES(none)(none)");
+    EXPECT_TRUE(table.exchange_way(1).echo);
+    open(0);
+    EXPECT_EQ(form.exchange.chk_Echo.Value(), 0);
+    open(1);
+    form.exchange.chk_Echo.set_Value(0);
+    form.cmd_SaveChanges[1].press();
+    EXPECT_EQ(device_key("1 ECHO"), "NO");
+}
+
 TEST(ExchangeAdvice, SaysWhyAndWhatIsKnown) {
     EXPECT_EQ(exchange_advice(9600, false, {16, 12}, {}), "");
     EXPECT_EQ(exchange_advice(9600, false, {23, 16.2}, 16),

@@ -34,11 +34,13 @@ class SerialRig {
         rebuild();
     }
     /// Rebuilds the channels of the file with this way of exchanging: "QUIET", "COMPLETE".
-    void exchange_by(const std::string& way) {
+    void exchange_by(const std::string& way) { set_channels(ini_key::exchange, way); }
+    /// Gives a key of each channel a value and rebuilds them.
+    void set_channels(std::string (*key)(int channel), const std::string& value) {
         const std::string head = "[COMMS CONTROLS]\r\n"; // the first of equal keys counts
         std::string text = read_file(config.gIniFile);
         for (int n = 0; n < static_cast<int>(kChannelLimit); ++n)
-            text.insert(head.size(), ini_key::exchange(n) + "=" + way + "\r\n");
+            text.insert(head.size(), key(n) + "=" + value + "\r\n");
         write_file(config.gIniFile, text);
         rebuild();
     }

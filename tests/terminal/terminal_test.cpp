@@ -121,6 +121,10 @@ TEST_F(TerminalTest, PortsAreSetUpFromNothing) {
                " and Xon\nModbus uses this port too. Modbus has 9600,N,8,1, so each command closes "
                "the port of the other protocol.\n");
     EXPECT_NE(testing::read_file(ini).find("DEVICE 2 RTS Mode=5"), std::string::npos);
+    expect("ports set full --device simulated:742,echo=1 --echo yes --replies complete", 0,
+           "Full: port 2, 9600,N,8,1, replies end with their frame (COMPLETE), the line echoes\n"
+           "PORT 2 = simulated:742,echo=1: simulated, may be opened, used by Full\n");
+    expect("send --protocol full '? MODEL'", 0, "? MODEL\n742\n");
     const std::string before = testing::read_file(ini);
     expect_failures(
         exit_code::kFailed,

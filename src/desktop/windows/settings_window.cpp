@@ -110,6 +110,8 @@ QGroupBox* exchange_frame(const BindContext& context, ExchangePanel& exchange) {
     auto* layout = new QVBoxLayout(box);
     layout->addWidget(bound<QCheckBox>(context, exchange.chk_Complete));
     layout->addWidget(advice);
+    layout->addWidget(bound<QCheckBox>(context, exchange.chk_Echo));
+    layout->addWidget(bound<QCheckBox>(context, exchange.chk_OwnHandshake));
     return box;
 }
 

@@ -21,7 +21,7 @@ struct PlanOption {
 
 constexpr double kMaxMs = 60000;
 
-constexpr std::array<PlanOption, 14> kPlanOptions{{
+constexpr std::array<PlanOption, 16> kPlanOptions{{
     {"lost", &FaultPlan::lost, 1},
     {"flip", &FaultPlan::flip, 1},
     {"crc", &FaultPlan::crc, 1},
@@ -33,6 +33,8 @@ constexpr std::array<PlanOption, 14> kPlanOptions{{
     {"nak", &FaultPlan::nak, 1},
     {"no_etx", &FaultPlan::no_etx, 1},
     {"xoff", &FaultPlan::xoff, 1},
+    {"echo_flip", &FaultPlan::echo_flip, 1},
+    {"echo_cut", &FaultPlan::echo_cut, 1},
     {"gap_ms", &FaultPlan::gap_ms, kMaxMs},
     {"late_ms", &FaultPlan::late_ms, kMaxMs},
     {"xoff_ms", &FaultPlan::xoff_ms, kMaxMs},
@@ -48,11 +50,14 @@ struct WholeOption {
 constexpr long kMaxWord = 4294967295;
 constexpr long kRefuseAll = -32769; // below any value of a register
 
-constexpr std::array<WholeOption, 5> kWholeOptions{{
+constexpr std::array<WholeOption, 7> kWholeOptions{{
     {"seed", 0, kMaxWord, [](SimulatedDevice& d, std::uint32_t value) { d.faults.seed = value; }},
     {"only", 0, kMaxWord, [](SimulatedDevice& d, std::uint32_t value) { d.faults.only = value; }},
     {"address", 1, 247, [](SimulatedDevice& d, std::uint32_t value) { d.address = value; }},
     {"queue", 0, 1, [](SimulatedDevice& d, std::uint32_t value) { d.queues = value != 0; }},
+    {"echo", 0, 1, [](SimulatedDevice& d, std::uint32_t value) { d.echoes = value != 0; }},
+    {"xoff_after", 0, 1000,
+     [](SimulatedDevice& d, std::uint32_t value) { d.xoff_after = static_cast<int>(value); }},
     {"speed", 1, 3600,
      [](SimulatedDevice& d, std::uint32_t value) { d.speed = static_cast<int>(value); }},
 }};

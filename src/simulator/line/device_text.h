@@ -19,6 +19,8 @@ struct SimulatedDevice {
     double delay_ms = 0;                  // from the end of a request to the beginning of its reply
     bool queues = false;                  // requests that come before its reply are answered, too
     int speed = 1;                        // of the controller's clock
+    bool echoes = false;                  // the line gives back what the host sends
+    int xoff_after = 0;                   // see `Station`
     std::map<std::uint16_t, int> refused; // see `Controller`
     FaultPlan faults;
     /// What it is set to; at other settings of the line it hears nothing. Without, it does not

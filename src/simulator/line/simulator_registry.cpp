@@ -7,7 +7,8 @@ namespace pelvan::simulator {
 std::shared_ptr<Station> make_station(const SimulatedDevice& device) {
     return std::make_shared<Station>(Station{Controller(device.model, device.speed, device.refused),
                                              device.address, device.delay_ms, device.queues,
-                                             FaultSource(device.faults), 0});
+                                             FaultSource(device.faults), 0, device.echoes,
+                                             device.xoff_after, device.faults.xoff_ms});
 }
 
 SimulatorRegistry::SimulatorRegistry(TickSource& tick)

@@ -56,6 +56,7 @@ class Wire {
         std::string bytes;
     };
     void deliver(double now_ms);
+    [[nodiscard]] bool takes(const Request& request);
     void answer(const Request& request);
 
     std::shared_ptr<Station> station_;
@@ -65,6 +66,9 @@ class Wire {
     double busy_until_ms_ = 0;
     std::deque<Request> to_controller_;
     PacedQueue to_host_;
+    int line_length_ = 0; // of the text that comes, where XOFF is sent behind so many characters
+    double stopped_until_ms_ = 0;
+    int spare_ = 0; // characters may come while stopped
 };
 
 } // namespace pelvan::simulator

@@ -61,4 +61,12 @@ std::vector<Piece> FaultSource::apply(const Reply& reply) {
     return pieces;
 }
 
+std::string FaultSource::echo_of(std::string_view bytes) {
+    std::string echo(bytes);
+    if (echo.empty()) return echo;
+    if (happens(plan_.echo_flip)) flip_bit(echo);
+    if (happens(plan_.echo_cut)) echo.pop_back();
+    return echo;
+}
+
 } // namespace pelvan::simulator

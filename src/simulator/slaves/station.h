@@ -13,7 +13,12 @@ struct Station {
     double delay_ms = 0;
     bool queues = false; // keeps requests that come before its reply, and answers them in turn
     FaultSource faults;
-    int text_error = 0; // of the last refused text command
+    int text_error = 0;  // of the last refused text command
+    bool echoes = false; // the line gives back what the host sends
+    /// Behind so many characters of a line of text XOFF is sent, and XON after a time; what comes
+    /// meanwhile, but for two characters, is lost. 0: never.
+    int xoff_after = 0;
+    double xoff_ms = 0;
 };
 
 } // namespace pelvan::simulator
