@@ -42,7 +42,9 @@ std::unique_ptr<SerialPort> Core::make_port() {
         [this](const std::string& device, const LineSettings& settings) {
             if (simulator::is_simulated(device)) return simulators.open(device, settings);
             if (is_network(device)) return network.open(device, settings);
-            return opener_(device, settings);
+            auto line = opener_(adapters.path_of(device), settings);
+            adapters.opened(device);
+            return line;
         });
 }
 

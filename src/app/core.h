@@ -10,6 +10,7 @@
 #include "listen/listen_monitor.h"
 #include "logging/data_logger.h"
 #include "network/network_lines.h"
+#include "platform/adapter_follower.h"
 #include "platform/line_port.h"
 #include "platform/message_router.h"
 #include "platform/services.h"
@@ -33,6 +34,7 @@ class Core {
     ErrorBoundary events;
     simulator::SimulatorRegistry simulators;
     NetworkLines network;
+    AdapterFollower adapters;
     ErrorLog error_log;
     frm_Comms comms;
     ChannelTable channels;

@@ -39,10 +39,12 @@ std::string tool_at_work(const Application& app, int port) {
 } // namespace
 
 LinePanel::LinePanel(Application& application, MenuEntry& port_settings)
-    : application_(application), observer_(application.channels, application.session.config,
-                                           [&application](const std::string& device) {
-                                               return device_trouble(application.network, device);
-                                           }) {
+    : application_(application),
+      observer_(application.channels, application.session.config,
+                [&application](const std::string& device) {
+                    return device_trouble(application.network,
+                                          application.adapters.path_of(device));
+                }) {
     frm_Pelvan5VB& console = application.console;
     cmd_Line.Click = [&port_settings] { port_settings.choose(); };
     tmr_Line.set_Interval(kLookEveryMs);
@@ -61,8 +63,13 @@ void LinePanel::look() {
     const OptionGroup& protocols = application_.console.opt_Protocol;
     LineStatus status = observer_.look(protocols.Value());
     if (status.user.empty()) status.user = tool_at_work(application_, status.port);
+    trouble_ =
+        (status.state != LineStatus::State::Open && status.state != LineStatus::State::Closed) ||
+        !status.echo.empty();
     cmd_Line.set_Caption(line_text(protocols.option(protocols.Value()).caption, status));
-    const std::string device = status.device.empty() ? "" : status.device + ". ";
+    const std::string place = application_.adapters.path_of(status.device);
+    const std::string moved = place == status.device ? "" : ", now " + place;
+    const std::string device = status.device.empty() ? "" : status.device + moved + ". ";
     const std::string errors =
         status.errors ? "Since it was opened: " + line_errors_text(*status.errors) + ". " : "";
     cmd_Line.set_ToolTipText(device + errors + "Click or F9: Port Settings.");

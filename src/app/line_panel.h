@@ -29,12 +29,16 @@ class LinePanel {
 
     /// Looks at the line and shows it.
     void look();
+    /// Whether what is shown keeps commands from their answers: no device, or an echo that is
+    /// wrong.
+    [[nodiscard]] bool trouble() const { return trouble_; }
 
   private:
     void show_checksum();
 
     Application& application_;
     LineObserver observer_;
+    bool trouble_ = false;
     std::vector<Subscription> changes_;
 };
 

@@ -15,6 +15,9 @@ namespace {
 constexpr std::int16_t kQuietChars = 4;
 /// How often a device that has gone is looked for.
 constexpr double kLookEveryMs = 250;
+/// A port over the network may take its time to say no, and nothing else happens meanwhile: so many
+/// times as long is it left alone then.
+constexpr double kPauseBehindLook = 20;
 
 } // namespace
 
@@ -162,17 +165,21 @@ void ListenMonitor::take_in(double start, const std::string& bytes) {
 void ListenMonitor::lose_device(SerialPort& port) {
     port.set_PortOpen(false);
     const double now = link_.countdowns().read_tick();
-    gone_ = Gone{now, now, time_text(clock_.now())};
+    gone_ = Gone{now, now, kLookEveryMs, time_text(clock_.now())};
     tell_listening();
 }
 
 /// Nobody is asked or told in a box: listening may go on for days without anybody watching.
 void ListenMonitor::look_for_device() {
     const double now = link_.countdowns().read_tick();
-    if (waiting_ || tick_span(gone_->looked_tick, now) < kLookEveryMs) return;
-    gone_->looked_tick = now;
+    if (waiting_ || tick_span(gone_->looked_tick, now) < gone_->pause_ms) return;
     SerialPort* const port = reopened();
-    if (port == nullptr) return;
+    if (port == nullptr) {
+        gone_->looked_tick = link_.countdowns().read_tick();
+        const double took = tick_span(now, gone_->looked_tick);
+        gone_->pause_ms = std::max(kLookEveryMs, kPauseBehindLook * took);
+        return;
+    }
     const double away = tick_span(gone_->tick, now);
     gone_.reset();
     state_.gListenDevice = port;

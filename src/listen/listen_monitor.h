@@ -137,6 +137,7 @@ class ListenMonitor {
     struct Gone {
         double tick;        // at which it was noticed
         double looked_tick; // at which the device was looked for last
+        double pause_ms;    // until it is looked for again
         std::string time;
     };
     std::optional<Gone> gone_;

@@ -5,6 +5,7 @@
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
 #include "serial/errors.h"
+#include "text/duration.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -54,7 +55,11 @@ DataLogger::DataLogger(const Services& services, MessageRouter& messages, const 
                        Link& link, Modbus& modbus, LoggingState& state)
     : services_(services), messages_(messages), config_(config), state_(state), link_(link),
       poller_(link, modbus), buffer_(state, services.dialogs),
-      timer_changes_(timer_.changed.subscribe([this] { timer_changed.raise(); })) {
+      timer_changes_(timer_.changed.subscribe([this] { timer_changed.raise(); })),
+      device_back_(link_.device_back.subscribe([this](double away_ms) {
+          outage_ = "The device was gone for " + time_span_text(away_ms) + ", until " +
+                    time_text(services_.clock.now()) + ".";
+      })) {
     reset();
 }
 
@@ -66,6 +71,7 @@ void DataLogger::reset() {
     readings_.fill({"", RowState::NotPolled});
     last_pass_.reset();
     skipped_passes_ = 0;
+    outage_.clear();
     set_port_message("");
     set_file_name("");
     set_interval(set_.interval_seconds);
@@ -152,6 +158,7 @@ void DataLogger::WriteLogSet(const std::string& file) const {
 bool DataLogger::start() {
     if (!may_poll()) return false;
     state_.gLogBufferCount = kNothingAdded;
+    outage_.clear();
     RunLoggingPass(); // the first values appear without waiting one interval
     // What was counted before an earlier stop may be more than the interval, and the test for
     // equality would then never be met.
@@ -297,6 +304,8 @@ void DataLogger::poll_row(int row, int neighbours, std::string& record) {
     const LogRow numbers = set_.row(row).numbers();
     const LogReading reading = poller_.poll(numbers, neighbours);
     set_reading(row, reading);
+    const std::string remark = link_.take_remark();
+    if (!remark.empty() && port_message_.empty()) set_port_message("Port: " + remark);
     if (reading.after_strays && port_message_.empty()) set_port_message(kStrayBytes);
     recorder_.record(row, numbers, reading);
     if (!set_.log_to_file) return;

@@ -88,6 +88,9 @@ class DataLogger {
     [[nodiscard]] LoggingStatus status() const;
     /// What the port had to say first during the last pass; empty when nothing.
     [[nodiscard]] const std::string& port_message() const { return port_message_; }
+    /// For how long, and until when, the device was gone last since the logging began; empty when
+    /// it was not.
+    [[nodiscard]] const std::string& outage() const { return outage_; }
     [[nodiscard]] Trend& trend() { return trend_; }
 
     /// The set was replaced as a whole.
@@ -136,6 +139,8 @@ class DataLogger {
     std::optional<LoggingStatus::Pass> last_pass_;
     int skipped_passes_ = 0;
     std::string port_message_;
+    std::string outage_;
+    Subscription device_back_;
 };
 
 } // namespace pelvan

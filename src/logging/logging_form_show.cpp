@@ -54,7 +54,8 @@ void frm_DataLogging::show_timer() {
 void frm_DataLogging::show_status() {
     const bool in_pass = logger_.in_pass();
     set_Pointer(in_pass ? MousePointer::Hourglass : MousePointer::Normal);
-    lbl_Message.set_Caption(logger_.port_message());
+    const std::string& message = logger_.port_message();
+    lbl_Message.set_Caption(message.empty() ? logger_.outage() : message);
     if (!in_pass) lbl_Status.set_Caption(status_text(logger_.status()));
     show_not_polled();
 }

@@ -121,6 +121,7 @@ TEST_F(ApplicationTest, TheStatusBarTellsTheChosenProtocolsLineAndWhatIsMissing)
         app.console.opt_Protocol.set_Value(number);
         panel.tmr_Line.Tick();
         EXPECT_EQ(panel.cmd_Line.Caption(), state);
+        EXPECT_EQ(panel.trouble(), number == 0);
     }
     send(2, "0", "1");
     const auto user = [&] { // of the port that is open now

@@ -83,6 +83,9 @@ TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
         EXPECT_EQ(reading(1).state, RowState::Nothing);
         error = 0;
         run(6);
+        EXPECT_EQ(logger.port_message(), "Port: The device was gone for 12 s.");
+        run(6);
+        EXPECT_EQ(logger.outage(), "The device was gone for 12 s, until 16:30:05.");
     }
     EXPECT_EQ(reading(1), (LogReading{" 742", RowState::Answered}));
     EXPECT_EQ(logger.port_message(), "");

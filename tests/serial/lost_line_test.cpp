@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "config/device_map.h"
+#include "platform/adapter_follower.h"
 #include "platform/line_port.h"
 #include "platform/serial_devices.h"
 #include "serial/line_status.h"
@@ -73,6 +74,63 @@ TEST_F(LostLineTest, TheNextCommandSaysThatTheDeviceIsGoneOrUsesTheOneThatCameBa
         EXPECT_EQ(arrived, "ask");
         pull();
     }
+}
+
+TEST_F(LostLineTest, TheTimeThatItWasGoneIsSaidOnce) {
+    std::vector<double> outages;
+    const Subscription back = link.device_back.subscribe([&](double ms) { outages.push_back(ms); });
+    send();
+    pull();
+    send();
+    tick.advance(65000);
+    send();
+    plug_in();
+    EXPECT_EQ(link.take_remark(), "");
+    send();
+    EXPECT_EQ(link.take_remark(), "The device was gone for 1 min 5 s.");
+    send();
+    EXPECT_EQ(link.take_remark(), "");
+    EXPECT_EQ(outages.size(), 1U);
+}
+
+// Nodes are links here, too: what they lead to is another pseudo-terminal each time.
+TEST(AdapterFollowerTest, FindsAnAdapterByItsNameUnderAnotherNode) {
+    namespace fs = std::filesystem;
+    const TempDir dir;
+    const std::string by_id = dir.file("by-id");
+    fs::create_directory(by_id);
+    const auto plug = [&](const PtyPair& adapter, const std::string& node, const char* name) {
+        fs::create_symlink(adapter.path(), dir.file(node));
+        fs::create_symlink(adapter.path(), by_id + "/" + name);
+    };
+    const auto pull = [&](const std::string& node, const char* name) {
+        fs::remove(dir.file(node));
+        fs::remove(by_id + "/" + name);
+    };
+    const PtyPair one;
+    const PtyPair other;
+    AdapterFollower follower(by_id);
+    const std::string usb0 = dir.file("ttyUSB0");
+    follower.opened(usb0); // not there
+    EXPECT_EQ(follower.path_of(usb0), usb0);
+    plug(one, "ttyUSB0", "usb-maker-1");
+    follower.opened(usb0);
+    EXPECT_EQ(follower.path_of(usb0), by_id + "/usb-maker-1");
+    pull("ttyUSB0", "usb-maker-1");
+    EXPECT_EQ(follower.path_of(usb0), usb0) << "it is away";
+    plug(other, "ttyUSB0", "usb-maker-2");
+    plug(one, "ttyUSB1", "usb-maker-1");
+    EXPECT_EQ(follower.path_of(usb0), by_id + "/usb-maker-1");
+    follower.opened(usb0);
+    EXPECT_EQ(fs::canonical(follower.path_of(usb0)), fs::canonical(one.path()));
+    pull("ttyUSB1", "usb-maker-1");
+    follower.opened(usb0); // by its own path: the other adapter is there now
+    EXPECT_EQ(follower.path_of(usb0), by_id + "/usb-maker-2");
+    for (const std::string& unnamed : {by_id + "/usb-maker-2", std::string("simulated:742")}) {
+        follower.opened(unnamed);
+        EXPECT_EQ(follower.path_of(unnamed), unnamed);
+    }
+    EXPECT_EQ(AdapterFollower(dir.file("none")).path_of(usb0), usb0);
 }
 
 TEST_F(LostLineTest, WhatIsShownFollowsThePlugAndGivesUpALostLine) {

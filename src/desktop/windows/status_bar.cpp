@@ -7,13 +7,15 @@
 #include <QStyleOptionToolButton>
 #include <QTimer>
 #include <QToolButton>
+#include <functional>
 
 namespace pelvan::desktop {
 namespace {
 
 constexpr int kTextMargin = 4;
 
-/// A flat button that makes no window wider: what has no room of its text is left out.
+/// A flat button that makes no window wider: what has no room of its text is left out. Its text is
+/// bold while `emphasized` says so, without making it higher.
 class ElidedButton : public QToolButton {
   public:
     ElidedButton() {
@@ -22,12 +24,29 @@ class ElidedButton : public QToolButton {
         setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     }
     QSize minimumSizeHint() const override { return {0, QToolButton::minimumSizeHint().height()}; }
+    QSize sizeHint() const override {
+        const QFontMetrics shown(shown_font());
+        const int wider = shown.horizontalAdvance(text()) - fontMetrics().horizontalAdvance(text());
+        return QToolButton::sizeHint() + QSize(wider, 0);
+    }
+
+    /// Asked whenever the text is shown.
+    std::function<bool()> emphasized = [] { return false; };
 
   protected:
     void initStyleOption(QStyleOptionToolButton* option) const override {
         QToolButton::initStyleOption(option);
+        option->font = shown_font();
+        const QFontMetrics shown(option->font);
         const int room = width() - 2 * style()->pixelMetric(QStyle::PM_ButtonMargin, option, this);
-        option->text = fontMetrics().elidedText(option->text, Qt::ElideRight, room);
+        option->text = shown.elidedText(option->text, Qt::ElideRight, room);
+    }
+
+  private:
+    [[nodiscard]] QFont shown_font() const {
+        QFont shown = font();
+        shown.setBold(emphasized());
+        return shown;
     }
 };
 
@@ -36,6 +55,7 @@ class ElidedButton : public QToolButton {
 void add_status_bar(const BindContext& context, LinePanel& panel, QMainWindow& window) {
     QStatusBar* bar = window.statusBar();
     auto* line = bound<ElidedButton>(context, panel.cmd_Line);
+    line->emphasized = [&panel] { return panel.trouble(); };
     bar->addWidget(line);
     const auto painting = std::make_shared<Subscription>(panel.before_block.subscribe([bar] {
         bar->layout()->activate();

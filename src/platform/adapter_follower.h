@@ -1,0 +1,27 @@
+// Finds an adapter again that comes back under another name: pulled and plugged in anew,
+// "/dev/ttyUSB0" may be "/dev/ttyUSB1", and its link among the names by maker and serial number
+// stays. What was opened by such a name needs no following.
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace pelvan {
+
+class AdapterFollower {
+  public:
+    /// `by_id` is the directory of the links that bear makers' names and serial numbers.
+    explicit AdapterFollower(std::string by_id = "/dev/serial/by-id") : by_id_(std::move(by_id)) {}
+
+    /// By which path to open a device now: where the adapter is that it was when it was opened
+    /// last, or the device's own path when that adapter has no name of this kind or is away.
+    [[nodiscard]] std::string path_of(const std::string& device) const;
+    /// The device has been opened by `path_of`: remembers which adapter that is.
+    void opened(const std::string& device);
+
+  private:
+    std::string by_id_;
+    std::map<std::string, std::string> links_; // by device
+};
+
+} // namespace pelvan
