@@ -15,6 +15,7 @@ class ForwardingPort : public SerialPort {
     void set_CommPort(std::int16_t number) override { port_.set_CommPort(number); }
     const std::string& Settings() const override { return port_.Settings(); }
     void set_Settings(const std::string& settings) override { port_.set_Settings(settings); }
+    void set_OtherParity(char parity) override { port_.set_OtherParity(parity); }
     bool DTREnable() const override { return port_.DTREnable(); }
     void set_DTREnable(bool on) override { port_.set_DTREnable(on); }
     bool RTSEnable() const override { return port_.RTSEnable(); }

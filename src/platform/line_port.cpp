@@ -57,6 +57,8 @@ void LinePort::open() {
     auto settings = parse_line_settings(settings_);
     if (!settings) throw RunTimeError(error_number::kCannotSetState, settings_);
     settings->xon_xoff = handshaking_ == kXonXoff;
+    settings->foreign_parity = other_parity_ != '\0' && other_parity_ != settings->parity;
+    if (settings->foreign_parity) settings->parity = other_parity_;
     settings->dtr = dtr_;
     settings->rts = rts_;
     line_ = opener_(*device, *settings);

@@ -29,6 +29,7 @@ class LinePort : public SerialPort {
     void set_CommPort(std::int16_t number) override;
     const std::string& Settings() const override { return settings_; }
     void set_Settings(const std::string& settings) override { settings_ = settings; }
+    void set_OtherParity(char parity) override { other_parity_ = parity; }
     bool DTREnable() const override { return dtr_; }
     void set_DTREnable(bool on) override;
     bool RTSEnable() const override { return rts_; }
@@ -68,6 +69,7 @@ class LinePort : public SerialPort {
     std::string received_;
     std::int16_t comm_port_ = 1;
     std::string settings_ = "9600,N,8,1";
+    char other_parity_ = '\0';
     std::int16_t handshaking_ = 0;
     std::int16_t threshold_ = 0;
     bool dtr_ = true;

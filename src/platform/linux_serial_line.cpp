@@ -170,7 +170,10 @@ void LinuxSerialLine::apply(termios2 attributes, const LineSettings& settings) c
     termios2 taken{};
     if (device_.control(TCSETS2, &attributes) < 0 || device_.control(TCGETS2, &taken) < 0)
         fail(SerialOperation::Settings);
-    if (is_pty_) return;
+    if (is_pty_) {
+        if (!settings.foreign_parity) return;
+        throw RunTimeError(error_number::kCannotSetState, path_ + " (no parity)");
+    }
 
     const double deviation = std::abs(static_cast<double>(taken.c_ospeed) - settings.baud_rate);
     const bool same_format = ((taken.c_cflag ^ attributes.c_cflag) & kCharacterFormat) == 0;

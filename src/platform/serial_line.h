@@ -21,6 +21,8 @@ struct LineSettings {
     bool xon_xoff = false;
     bool dtr = false;
     bool rts = false;
+    /// The parity is not that of the device at the other end, which is to see wrong characters.
+    bool foreign_parity = false;
 };
 
 /// Parses "baud,parity,data bits,stop bits" strictly (parity letter in either case; no spaces);

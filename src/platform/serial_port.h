@@ -38,6 +38,10 @@ class SerialPort {
     /// "9600,N,8,1". Stored as given; a text that cannot be used is refused with 8015 at opening.
     virtual const std::string& Settings() const = 0;
     virtual void set_Settings(const std::string& settings) = 0;
+    /// A parity (N, O, E, M, S) that takes the place of that in `Settings` at the next opening, for
+    /// characters that are sent wrong on purpose; '\0' for none. A line that has no parity, or not
+    /// this one, refuses the opening with 8015.
+    virtual void set_OtherParity(char parity) = 0;
 
     virtual bool DTREnable() const = 0;
     virtual void set_DTREnable(bool on) = 0;

@@ -95,6 +95,17 @@ TEST_F(LinePortTest, HandsItsPropertiesToTheLine) {
     EXPECT_EQ(wires, "rDRd");
 }
 
+TEST_F(LinePortTest, AnotherParityTakesThePlaceOfTheSettingsAtTheNextOpening) {
+    for (const auto& [parity, opened] : {std::pair{'E', 'E'}, {'\0', 'N'}, {'N', 'N'}}) {
+        port->set_OtherParity(parity);
+        port->set_PortOpen(true);
+        EXPECT_EQ(opened_with.parity, opened);
+        EXPECT_EQ(opened_with.foreign_parity, opened != 'N');
+        EXPECT_EQ(port->Settings(), "9600,N,8,1");
+        port->set_PortOpen(false);
+    }
+}
+
 TEST_F(LinePortTest, CollectsDiscardsAndForgetsAtClosing) {
     EXPECT_EQ(run("open +ab count +c read"), "2 abc ");
     EXPECT_EQ(run("+old count +also_old discard count"), "3 0 ");

@@ -110,6 +110,13 @@ TEST_F(LinuxSerialLineTest, RefusesWhatIsNoFreeSerialDevice) {
     EXPECT_EQ(open_error(pty.path()), 0) << "free afterwards";
 }
 
+TEST_F(LinuxSerialLineTest, RefusesToSendWithAParityThatAPseudoTerminalHasNot) {
+    LineSettings settings;
+    settings.parity = 'E';
+    settings.foreign_parity = true;
+    EXPECT_EQ(error_of(open_serial_device, pty.path(), settings), 8015);
+}
+
 TEST_F(LinuxSerialLineTest, EndsAnOutputThatIsNotTaken) {
     PtyPair wire;
     LineSettings fast;

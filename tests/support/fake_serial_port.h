@@ -41,6 +41,7 @@ class FakeSerialPort : public SerialPort {
     }
     const std::string& Settings() const override { return settings_; }
     void set_Settings(const std::string& settings) override { settings_ = settings; }
+    void set_OtherParity(char parity) override { other_parity = parity; }
     bool DTREnable() const override { return dtr_; }
     void set_DTREnable(bool on) override { set_line("DTREnable", dtr_, on); }
     bool RTSEnable() const override { return rts_; }
@@ -106,7 +107,11 @@ class FakeSerialPort : public SerialPort {
 
     /// Lets bytes arrive from now on, without an output before them.
     void arrive(const Arrival& arrival) {
-        coming_.push_back({tick_.now() + arrival.after_ms, arrival.bytes});
+        const double at_ms = tick_.now() + arrival.after_ms;
+        auto later = coming_.end();
+        while (later != coming_.begin() && std::prev(later)->after_ms > at_ms)
+            --later;
+        coming_.insert(later, {at_ms, arrival.bytes});
     }
     /// Makes the next use of an operation raise the number; several are used up in order.
     void fail_next(const std::string& operation, int number) {
@@ -124,6 +129,7 @@ class FakeSerialPort : public SerialPort {
     std::vector<std::string> outputs;
     std::deque<std::vector<Arrival>> replies;                          // one an output
     std::function<std::vector<Arrival>(const std::string&)> responder; // instead of `replies`
+    char other_parity = '\0';
     bool line_lost = false;
     std::optional<LineErrors> errors;
     bool discards_future = true; // a discard also forgets what is still on its way

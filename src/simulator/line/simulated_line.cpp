@@ -23,7 +23,7 @@ void LineClock::sleep_until(double moment_ms, double timeout_ms) {
 SimulatedLine::SimulatedLine(std::shared_ptr<LineClock> clock, std::shared_ptr<Station> station,
                              const LineSettings& settings)
     : clock_(std::move(clock)), wire_(std::move(station), character_ms(settings)),
-      xon_xoff_(settings.xon_xoff) {}
+      xon_xoff_(settings.xon_xoff), foreign_parity_(settings.foreign_parity) {}
 
 bool SimulatedLine::read_into(std::string& buffer) {
     for (const char value : wire_.arrived(clock_->now_ms())) {
@@ -41,7 +41,7 @@ void SimulatedLine::discard_input() {
 }
 
 void SimulatedLine::write(const std::string& bytes) {
-    wire_.host_writes(bytes, clock_->now_ms());
+    if (!foreign_parity_) wire_.host_writes(bytes, clock_->now_ms());
 }
 
 LoopbackLine::LoopbackLine(std::shared_ptr<LineClock> clock, std::shared_ptr<const bool> jumper_in,

@@ -41,7 +41,8 @@ class SimulatedLine : public SerialLine {
   private:
     std::shared_ptr<LineClock> clock_;
     Wire wire_;
-    bool xon_xoff_; // the system's driver would take these characters out
+    bool xon_xoff_;       // the system's driver would take these characters out
+    bool foreign_parity_; // the controller throws away what it hears
 };
 
 class LoopbackLine : public SerialLine {
