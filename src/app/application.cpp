@@ -1,6 +1,7 @@
 #include "app/application.h"
 
 #include <algorithm>
+#include <array>
 
 #include "app/scan_settings.h"
 #include "config/device_map.h"
@@ -15,6 +16,8 @@ Application::Application(Services given, LineOpener opener)
       transfer(services, transfer_link, modbus), logging(services, data_logger),
       profile_logic(services, profile_link, modbus),
       scan(services, session.config, scan_link, bus_scan, *this),
+      bad_requests(services, messages, bad_request_link,
+                   [this] { return console.opt_Protocol.Value(); }),
       comms_settings(services, session.config, channels, *this, device_lookup()),
       serial_devices(services, session.config, channels, device_lookup()), frame(*this) {
     logging_closed_ = logging.closed.subscribe([this] { restore_windows(); });
@@ -31,15 +34,17 @@ Application::Application(Services given, LineOpener opener)
 
 /// Ending the program asks what closing the frame asks, from wherever it is chosen.
 void Application::join_menus() {
-    console.mnuDiagnostics.children.insert(console.mnuDiagnostics.children.begin() + 1,
-                                           &frame.mnuBusScan);
-    for (HistoryForm* form : {&history.frmCommand, &history.frmResponse})
-        form->mnuDiagnostics.children.insert(form->mnuDiagnostics.children.begin() + 1,
-                                             &frame.mnuBusScan);
+    const std::array diagnostics{&console.mnuDiagnostics, &history.frmCommand.mnuDiagnostics,
+                                 &history.frmResponse.mnuDiagnostics};
+    for (MenuEntry* menu : diagnostics) {
+        menu->children.insert(menu->children.begin() + 1, &frame.mnuBusScan);
+        constexpr std::ptrdiff_t kBehindChecksum = 3;
+        menu->children.insert(menu->children.begin() + kBehindChecksum, &frame.mnuBadRequests);
+    }
     console.mnuExit.reach_everywhere().Click = [this] { frame.mnuExit_Click(); };
     for (Form* form :
          std::initializer_list<Form*>{&console, &history.frmCommand, &history.frmResponse, &listen,
-                                      &transfer, &logging, &profile_logic, &scan}) {
+                                      &transfer, &logging, &profile_logic, &scan, &bad_requests}) {
         for (MenuEntry* menu : form->menus)
             if (menu != nullptr && menu->Caption() == "&Help")
                 menu->children.insert(menu->children.end(), {nullptr, &frame.mnuAbout});
@@ -52,6 +57,7 @@ void Application::hold_menus() {
     frame.mnuDataLogging.hold(logging_link.refusal());
     frame.mnuTransfer.hold(transfer_link.refusal());
     frame.mnuBusScan.hold(scan_link.refusal());
+    frame.mnuBadRequests.hold(bad_request_link.refusal());
     profile_logic.permit();
     const std::string holder = channels.line_use().refusal(nullptr);
     frame.mnuPortSettings.hold(holder);

@@ -4,6 +4,7 @@
 
 #include "app/core.h"
 #include "app/frame_form.h"
+#include "badrequests/bad_requests_form.h"
 #include "console/console_form.h"
 #include "console/history_form.h"
 #include "listen/listen_form.h"
@@ -28,6 +29,7 @@ class Application : public Core, private SettingsHost, private ScanHost {
     frm_DataLogging logging;
     frm_ProfileLogic profile_logic;
     frm_BusScan scan;
+    frm_BadRequests bad_requests;
     frm_CommsSettings comms_settings;
     frm_SerialDevices serial_devices;
     MDIPelvan6 frame;

@@ -27,6 +27,7 @@ Core::Core(Services given, LineOpener opener)
       transfer_link(channels, countdowns, services.dialogs, error_log, "Save/Restore Setup"),
       profile_link(channels, countdowns, services.dialogs, error_log, "Profile Logic"),
       scan_link(channels, countdowns, services.dialogs, error_log, "Bus Scan"),
+      bad_request_link(channels, countdowns, services.dialogs, error_log, "Bad Requests"),
       modbus(session.modbus), senders(link, modbus, services.clock, services.dialogs),
       repeat(link, services.tick, messages),
       listen_monitor(listen_link, modbus, session.listen, services.clock,

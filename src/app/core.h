@@ -46,6 +46,7 @@ class Core {
     Link transfer_link;
     Link profile_link;
     Link scan_link;
+    Link bad_request_link;
     Modbus modbus;
     Senders senders;
     Repeat repeat; // of the console, and of the terminal's `send`

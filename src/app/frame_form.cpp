@@ -42,6 +42,7 @@ MDIPelvan6::MDIPelvan6(Application& application)
     mnuSettings.children = {&mnuPortSettings, &mnuSerialDevices, nullptr, &mnuTheme};
     mnuPortSettings.Click = [this] { application_.comms_settings.Show(); };
     mnuSerialDevices.Click = [this] { application_.serial_devices.Show(); };
+    mnuBadRequests.Click = [this] { application_.bad_requests.Show(); };
     mnuAbout.Click = [this] { mnuAbout_Click(); };
     make_theme_menu();
     make_window_menu();
@@ -153,15 +154,19 @@ void MDIPelvan6::mnuDataLogging_Click() {
     logging.Move({0, 0, console.width, console.height + response.height});
 }
 
+void MDIPelvan6::close_after(Event<>& ended) {
+    work_end_ = ended.subscribe([this] {
+        work_end_.end();
+        Unload();
+    });
+}
+
 /// Ends a scan without a question, for it has changed nothing; the frame closes when it has ended.
 bool MDIPelvan6::scan_ends() {
     frm_BusScan& scan = application_.scan;
     if (!scan.running()) return false;
     scan.cancel();
-    scan_end_ = scan.ended.subscribe([this] {
-        scan_end_.end();
-        Unload();
-    });
+    close_after(scan.ended);
     return true;
 }
 
@@ -171,13 +176,14 @@ bool MDIPelvan6::Form_Unload() {
     if (transfer.running()) {
         transfer.cmdCancel_Click();
         // The end of the transfer still has things to do with the controller, and to tell.
-        if (transfer.canceled())
-            transfer_end_ = transfer.ended.subscribe([this] {
-                transfer_end_.end();
-                Unload();
-            });
+        if (transfer.canceled()) close_after(transfer.ended);
     }
     if (transfer.running()) return false;
+    if (application_.bad_requests.running()) {
+        application_.bad_requests.cancel();
+        close_after(application_.bad_requests.ended);
+        return false;
+    }
     if (!application_.profile_logic.Unload()) return false;
     if (!application_.logging.Unload()) return false;
     return application_.console.Unload();

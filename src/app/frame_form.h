@@ -33,6 +33,10 @@ class MDIPelvan6 : public Form {
     /// Stands in the Diagnostics menus.
     MenuEntry mnuBusScan{"mnuBusScan", "Bus &Scan...", "Ctrl+Shift+B",
                          "Search a line for controllers whose settings nobody remembers."};
+    /// In the Diagnostics menus.
+    MenuEntry mnuBadRequests{
+        "mnuBadRequests", "Bad &Requests...", "",
+        "Send a controller requests that are wrong on purpose, and see what it does."};
     MenuEntry mnuSettings{"mnuSettings", "&Settings"};
     MenuEntry mnuPortSettings{"mnuPortSettings", "&Port Settings...", "F9",
                               "Port, baud rate and format of the selected protocol's channel."};
@@ -93,12 +97,12 @@ class MDIPelvan6 : public Form {
   private:
     void make_window_menu();
     void make_theme_menu();
+    void close_after(Event<>& ended);
 
     Application& application_;
     [[nodiscard]] bool scan_ends();
 
-    Subscription transfer_end_; // the frame closes then
-    Subscription scan_end_;     // and then
+    Subscription work_end_; // the frame closes then
 };
 
 } // namespace pelvan

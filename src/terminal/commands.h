@@ -31,6 +31,7 @@ void add_verify_port_command(CLI::App& cli, ChosenCommand& chosen);
 void add_ports_command(CLI::App& cli, ChosenCommand& chosen);
 void add_simulate_command(CLI::App& cli, ChosenCommand& chosen);
 void add_demo_command(CLI::App& cli, ChosenCommand& chosen);
+void add_bad_requests_command(CLI::App& cli, ChosenCommand& chosen);
 void add_listen_command(CLI::App& cli, ChosenCommand& chosen);
 void add_scan_command(CLI::App& cli, ChosenCommand& chosen);
 void add_log_command(CLI::App& cli, ChosenCommand& chosen);

@@ -97,6 +97,7 @@ AskedFor read_arguments(const std::vector<std::string>& arguments,
         ->check(CLI::ExistingDirectory);
     add_send_command(cli, asked.command);
     add_verify_port_command(cli, asked.command);
+    add_bad_requests_command(cli, asked.command);
     add_ports_command(cli, asked.command);
     add_simulate_command(cli, asked.command);
     add_demo_command(cli, asked.command);

@@ -252,6 +252,24 @@ TEST_F(ApplicationTest, ClosingTheFrameEndsAScanFirst) {
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
+TEST_F(ApplicationTest, ClosingTheFrameEndsBadRequestsFirst) {
+    testing::configure_devices(dir, {"", "simulated:742"});
+    bool ended = false;
+    const Subscription closing = app.console.closed.subscribe([&] { ended = true; });
+    app.frame.Load();
+    app.history.frmResponse.mnuDiagnostics.children.back()->choose();
+    EXPECT_TRUE(app.bad_requests.Visible());
+    dialogs.answers = {MessageAnswer::Yes};
+    desktop.on_turn = [&] {
+        if (!app.bad_requests.running() || app.bad_requests.lst_Lines.ListCount() < 2) return;
+        EXPECT_FALSE(app.console.cmd_SendCommand.Enabled());
+        EXPECT_FALSE(app.frame.Unload());
+        EXPECT_FALSE(ended);
+    };
+    app.bad_requests.cmdStart.press();
+    EXPECT_TRUE(ended);
+}
+
 void collect_shortcuts(const std::vector<MenuEntry*>& entries, std::multiset<std::string>& keys) {
     for (const MenuEntry* entry : entries) {
         if (!entry) continue; // a line between entries
@@ -264,7 +282,8 @@ void collect_shortcuts(const std::vector<MenuEntry*>& entries, std::multiset<std
 TEST_F(ApplicationTest, NoKeyBelongsToTwoEntriesOfAWindowAndItsFrame) {
     for (Form* form : std::initializer_list<Form*>{
              &app.console, &app.history.frmCommand, &app.history.frmResponse, &app.listen,
-             &app.transfer, &app.logging, &app.profile_logic, &app.scan, &app.comms_settings}) {
+             &app.transfer, &app.logging, &app.profile_logic, &app.scan, &app.bad_requests,
+             &app.comms_settings}) {
         std::multiset<std::string> keys;
         collect_shortcuts(app.frame.menus, keys);
         collect_shortcuts(form->menus, keys);

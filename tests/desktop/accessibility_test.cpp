@@ -129,6 +129,10 @@ TEST_F(AccessibilityTest, OfEveryChildWindow) {
          std::initializer_list<Form*>{&app().history.frmCommand, &app().history.frmResponse,
                                       &app().listen, &app().logging, &app().scan})
         walk(*form);
+    for (int protocol = 0; protocol < 4; ++protocol) {
+        walk(app().bad_requests);
+        app().bad_requests.cmb_Protocol.set_ListIndex(protocol);
+    }
     app().transfer.Show();
     app().transfer.lbl_File.set_Caption("Saved in");
     for (Control* control : std::initializer_list<Control*>{
@@ -154,9 +158,9 @@ TEST_F(AccessibilityTest, OfAllOfAWindowOnASmallScreen) {
     main_->frame().resize(small);
     run_events();
     const auto* area = main_->frame().findChild<QMdiArea*>();
-    for (Form* form : std::initializer_list<Form*>{&app().console, &app().history.frmCommand,
-                                                   &app().history.frmResponse, &app().listen,
-                                                   &app().transfer, &app().logging, &app().scan}) {
+    for (Form* form : std::initializer_list<Form*>{
+             &app().console, &app().history.frmCommand, &app().history.frmResponse, &app().listen,
+             &app().transfer, &app().logging, &app().scan, &app().bad_requests}) {
         form->Show();
         run_events();
         const QMdiSubWindow* window = area->activeSubWindow();

@@ -60,5 +60,33 @@ TEST_F(TerminalProtocols, VerifyPortMovesTheSimulatedJumperAndTellsTheOutcome) {
     EXPECT_TRUE(told("pelvan7: interrupted"));
 }
 
+TEST_F(TerminalProtocols, BadRequestsAreSentAfterAYesAndEndWith0OnlyWhenAllIsGood) {
+    tick.step_ms = 0.5;
+    expect_failures(1, "bad-requests --yes --address 0->"
+                       "The address is a whole number from 1 to 247.");
+    EXPECT_EQ(run("bad-requests"), exit_code::kFailed);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_TRUE(told("Modbus RTU, address 1, register 0") && told("--yes sends them"));
+    for (const char* const protocol : {"modbus", "full", "xon", "tellura --check crc"}) {
+        EXPECT_EQ(run(std::string("bad-requests --yes --protocol ") + protocol), exit_code::kDone)
+            << out.str();
+        EXPECT_TRUE(printed(" passed")) << out.str();
+    }
+    EXPECT_EQ(run("bad-requests --yes --json --wait 0.2"), exit_code::kDone);
+    EXPECT_TRUE(printed(R"({"name":"Wrong CRC","sent":"01 03 00 00 00 01 84 FF",)"
+                        R"("expected":"silence","came":"nothing","verdict":"passed","reason":""})"))
+        << out.str();
+    EXPECT_TRUE(out.str().ends_with(R"("good":true,"end":""})"
+                                    "\n"));
+    configure("simulated:742,lost=1");
+    EXPECT_EQ(run("bad-requests --yes"), exit_code::kFailed);
+    EXPECT_TRUE(told("does not answer a good request"));
+    stop = true;
+    EXPECT_EQ(run("bad-requests --yes"), exit_code::kFailed);
+    EXPECT_TRUE(told("Cancelled."));
+    expect_failures(exit_code::kBadOption,
+                    "bad-requests --parameter 01ca->|bad-requests --wait 0->");
+}
+
 } // namespace
 } // namespace pelvan

@@ -11,6 +11,7 @@
 #include "desktop/bindings/qt_text.h"
 #include "desktop/printing/print_module.h"
 #include "desktop/system/module.h"
+#include "desktop/windows/bad_requests_window.h"
 #include "desktop/windows/console_window.h"
 #include "desktop/windows/first_paint.h"
 #include "desktop/windows/listen_window.h"
@@ -28,6 +29,7 @@ constexpr char kFrame[] = "frame";
 constexpr QRect kListenPlace{60, 60, 900, 560};
 constexpr QRect kScanPlace{80, 40, 860, 560};
 constexpr QRect kTransferPlace{100, 80, 1000, 560};
+constexpr QRect kBadRequestsPlace{40, 60, 940, 520};
 
 std::function<qint64()> elapsed_ms() {
     QElapsedTimer timer;
@@ -50,6 +52,7 @@ MainWindow::MainWindow(const std::string& directory, const std::string& personal
     // Closing the console alone ends the program at once: no questions, no saving.
     console_closed_ = app.console.closed.subscribe([&app] {
         app.transfer.cancel_transfer();
+        app.bad_requests.cancel();
         app.profile_logic.line.cancel();
         app.scan.cancel();
         QCoreApplication::exit(0);
@@ -160,6 +163,10 @@ void MainWindow::make_children() {
     });
     first_shows_.emplace_back(app.scan, [this, &app] {
         frame_->add_child(app.scan, make_scan(frame_->context(), app.scan), kScanPlace);
+    });
+    first_shows_.emplace_back(app.bad_requests, [this, &app] {
+        frame_->add_child(app.bad_requests, make_bad_requests(frame_->context(), app.bad_requests),
+                          kBadRequestsPlace);
     });
     first_shows_.emplace_back(app.transfer, [this, &app] {
         frame_->add_child(app.transfer, make_transfer(frame_->context(), app.transfer),
