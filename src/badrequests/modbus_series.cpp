@@ -25,7 +25,7 @@ char byte_of(long number) {
     return static_cast<char>(static_cast<unsigned char>(number & 0xFF));
 }
 
-std::string sealed(std::string frame) {
+std::string sealed(const std::string& frame) {
     const unsigned crc = modbus_crc(frame);
     return frame + byte_of(static_cast<long>(crc)) + byte_of(static_cast<long>(crc >> 8U));
 }
