@@ -84,8 +84,11 @@ class NetworkLines::Opening {
 
 std::unique_ptr<SerialLine> NetworkLines::open(const std::string& device,
                                                const LineSettings& settings) {
-    if (!parse_network_address(device))
-        fail(device, error_number::kInvalidPortNumber, network_address_fault(device));
+    const auto address = parse_network_address(device);
+    if (!address) fail(device, error_number::kInvalidPortNumber, network_address_fault(device));
+    // Asked for on purpose, and no trouble of the port: bytes alone have no parity.
+    if (settings.foreign_parity && !address->rfc2217)
+        throw RunTimeError(error_number::kCannotSetState, device + ": no parity");
     std::string error;
     const OpenNetworkLine module = find_module_(error);
     if (!module) fail(device, kUnsupportedDevice, std::string(kNoLibrary) + ": " + error);
