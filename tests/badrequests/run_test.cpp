@@ -239,8 +239,7 @@ TEST_F(WrongSlavesTest, ALostLineACancelAndAnErrorPutTheParityBack) {
                 port().fail_next("PortOpen", error_number::kInvalidPortNumber);
         };
         const BadRequestResult lost = against([](const std::string&) { return Answer(); });
-        EXPECT_EQ(findings(lost),
-                  Texts{std::string(where) + ": failed: there is no line"});
+        EXPECT_EQ(findings(lost), Texts{std::string(where) + ": failed: there is no line"});
         EXPECT_NE(lost.end, "");
     }
     listener.on_sending = nullptr;
