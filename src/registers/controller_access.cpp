@@ -110,9 +110,24 @@ bool ControllerAccess::fall_silent() {
 }
 
 void ControllerAccess::check_surplus(std::size_t discarded) {
-    if (balance_.surplus(discarded) && std::exchange(in_step_, false))
-        errors_.list("A reply came twice: from here on values may be those of other registers",
-                     first_unsure_, std::string());
+    if (balance_.surplus(discarded)) lose_step("A reply came twice");
+}
+
+void ControllerAccess::lose_step(const std::string& why) {
+    if (std::exchange(in_step_, false))
+        errors_.list(why + ": from here on values may be those of other registers", first_unsure_,
+                     std::string());
+}
+
+/// Something between here and the controller may give every request the answer to the one before,
+/// at once and undamaged. Between reads of other registers the model then is another one.
+void ControllerAccess::check_own_answers() {
+    if (!is_numeric(identity_[0])) return;
+    for (const float number : {kModelRegister, kModelRegister + 1})
+        static_cast<void>(read_until_whole(number));
+    const Reading model = read_until_whole(kModelRegister);
+    if (model.reply.is(Verdict::Accepted) && model.value != identity_[0])
+        lose_step("A request got the answer to the one before");
 }
 
 std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) {
@@ -144,10 +159,14 @@ void ControllerAccess::read_ahead(float register_number, const Upcoming& upcomin
         const auto next = upcoming(static_cast<std::size_t>(count));
         if (!next || *next != register_number + static_cast<float>(count)) break;
     }
-    ahead_.fetch(single, count, [this](const std::string& frame, float more_ms) {
+    bool of_another = false;
+    ahead_.fetch(single, count, [&](const std::string& frame, float more_ms) {
         const std::string reply = exchange(frame, kReplyWaitMs + more_ms);
-        return is_sound(reply, frame) ? reply : std::string();
+        const bool sound = is_sound(reply, frame);
+        of_another = of_another || (!sound && is_whole_reply(frame, reply));
+        return sound ? reply : std::string();
     });
+    if (of_another) check_own_answers();
 }
 
 /// Up to three attempts. When each of them got a reply, and none the right one, the last of these;

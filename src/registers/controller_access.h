@@ -168,6 +168,8 @@ class ControllerAccess {
     [[nodiscard]] std::string exchange(const std::string& frame, float wait_ms);
     [[nodiscard]] bool fall_silent();
     void check_surplus(std::size_t discarded);
+    void check_own_answers();
+    void lose_step(const std::string& why);
     [[nodiscard]] bool is_same_controller();
     [[nodiscard]] std::string send(const std::string& frame);
     [[nodiscard]] std::string send_until_answered(const std::string& frame);

@@ -242,6 +242,31 @@ TEST_P(LateDownloadTest, NeighboursReadTogetherMakeTheSameFilesAndLists) {
     EXPECT_EQ(outcome(true), outcome(false));
 }
 
+/// A server between here and the controller that had one answer left over, from the eighth on.
+TEST_F(DownloadTest, NeighboursShowAnswersThatAreOneBehind) {
+    std::string list;
+    for (int number = 100; number < 160; ++number) {
+        registers[number] = number;
+        list += std::to_string(number) + "\r\n";
+    }
+    write_sequence("742.cds", kHead + list);
+    together = true;
+    const auto own = port().responder;
+    std::vector<Arrival> left_over;
+    int requests = 0;
+    port().responder = [&](const std::string& request) {
+        std::vector<Arrival> answer = own(request);
+        if (requests++ >= 7) std::swap(answer, left_over);
+        return answer;
+    };
+    for (const bool at_once : {false, true}) {
+        requests = 0;
+        left_over = at_once ? own(std::string("\1\3\0\4\0\1", 6)) : std::vector<Arrival>{};
+        EXPECT_FALSE(download(std::deque<bool>(20, true)).completed) << at_once;
+        EXPECT_FALSE(body().ends_with("25 0\r\n")) << at_once;
+    }
+}
+
 TEST_F(DownloadTest, NeighboursAreAskedForTogetherUpTo125) {
     std::string list;
     for (int number = 100; number < 360; ++number) {
