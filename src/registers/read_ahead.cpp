@@ -15,6 +15,10 @@ constexpr int kLastLasting = 3;
 constexpr int kTooMany = 3;
 /// Where a number of registers that is refused is no longer to blame for it.
 constexpr int kHardlyMany = 16;
+/// How many requests without an answer are remembered: on a bad line reads must not become short.
+constexpr std::size_t kUnanswered = 8;
+/// Answers that come later are not told from others anywhere.
+constexpr double kLatestMs = 10'000;
 
 int exception_code(const std::string& reply) {
     return static_cast<unsigned char>(reply.at(2));
@@ -44,11 +48,25 @@ int ReadAhead::count_for(const ReadRange& range) const {
     if (settle_ms() > 0)
         wanted.count =
             std::min(wanted.count, static_cast<int>(kLongestMs / (kWordBytes * settle_ms())));
-    const int count = memory_.together(wanted);
+    int count = memory_.together(wanted);
     // A reply that comes twice must not pass for that to the next request.
     const bool other = last_.address == range.address && last_.function == range.function &&
                        last_.first != range.first;
-    return other && count == last_.count ? count - 1 : count;
+    const double now = link_.tick().precise_ms();
+    const auto may_come_late = [&](int number) {
+        if (other && number == last_.count) return true;
+        return std::any_of(unanswered_.begin(), unanswered_.end(), [&](const Unanswered& each) {
+            return each.count == number && now < each.until_ms;
+        });
+    };
+    while (count > 1 && may_come_late(count))
+        --count;
+    return count;
+}
+
+void ReadAhead::remember_unanswered(int count) {
+    unanswered_.push_back({count, link_.tick().precise_ms() + kLatestMs});
+    if (unanswered_.size() > kUnanswered) unanswered_.pop_front();
 }
 
 /// The registers of a range that failed, until somebody begins at a lower one again.
@@ -84,6 +102,7 @@ void ReadAhead::take_in(const ReadRange& range, const std::string& reply) {
         reply_ = reply;
         return;
     }
+    if (reply.empty()) remember_unanswered(range.count);
     const int code = reply.empty() ? 0 : exception_code(reply);
     if (code == kTooMany && range.count > kHardlyMany) return memory_.too_many(range);
     failed_ = {};

@@ -4,6 +4,7 @@
 // to single reads, with whatever comes of them.
 #pragma once
 
+#include <deque>
 #include <functional>
 
 #include "protocols/modbus/modbus.h"
@@ -42,6 +43,7 @@ class ReadAhead {
     [[nodiscard]] int count_for(const ReadRange& range) const;
     void take_in(const ReadRange& range, const std::string& reply);
     void learn(const ReadRange& one, const std::string& reply);
+    void remember_unanswered(int count);
 
     /// A range that failed, while its registers are read one by one.
     struct Failed {
@@ -60,6 +62,13 @@ class ReadAhead {
     Failed failed_;
     ReadRange last_{0, 0, 0, 0}; // asked for by the request before, if by a long one
     std::size_t late_bytes_ = 0; // of the answer that may still come
+    /// A number of registers that was asked for in vain: an answer that comes at last must not fit
+    /// another request.
+    struct Unanswered {
+        int count;
+        double until_ms; // it may come
+    };
+    std::deque<Unanswered> unanswered_;
 };
 
 } // namespace pelvan

@@ -41,6 +41,7 @@ class Link {
     /// empty. Whoever can tell it better than a message box does looks here before `transmit`.
     [[nodiscard]] std::string refusal() const { return channels_.line_use().refusal(&user_); }
 
+    [[nodiscard]] TickSource& tick() { return countdowns_.tick(); }
     /// The tool's name.
     [[nodiscard]] const std::string& user() const { return user_.name; }
 

@@ -267,6 +267,31 @@ TEST_F(DownloadTest, NeighboursShowAnswersThatAreOneBehind) {
     }
 }
 
+TEST_F(DownloadTest, ALateAnswerToNeighboursFitsNoOtherNeighbours) {
+    std::string list, expected;
+    for (const auto& [first, count] : {std::pair{300, 10}, {500, 5}, {700, 10}})
+        for (int number = first; number < first + count; ++number) {
+            registers[number] = number;
+            list += std::to_string(number) + "\r\n";
+            expected += std::to_string(number) + " " + std::to_string(number) + "\r\n";
+        }
+    write_sequence("742.cds", kHead + list);
+    together = true;
+    const auto own = port().responder;
+    std::vector<Arrival> held_back;
+    port().responder = [&](const std::string& request) {
+        std::vector<Arrival> answer = own(request);
+        const bool long_one = request[5] > 8;
+        if (!long_one) return answer;
+        if (request[2] != '\1') return held_back.empty() ? answer : std::exchange(held_back, {});
+        held_back = answer; // of the registers from 300 on
+        return std::vector<Arrival>{};
+    };
+    EXPECT_TRUE(download().completed);
+    EXPECT_EQ(body(), expected + "25 0\r\n");
+    EXPECT_TRUE(held_back.empty());
+}
+
 TEST_F(DownloadTest, NeighboursAreAskedForTogetherUpTo125) {
     std::string list;
     for (int number = 100; number < 360; ++number) {
