@@ -48,7 +48,10 @@ ProfilePlan ProfileWriter::begin_plan() {
     plan.model = std::move(loaded.model);
     plan.refusal = loaded.problem;
     // Nothing may go into another controller, whose cable was put on meanwhile.
-    if (plan.model) run_.access.remember_controller(run_.access.read_identity());
+    if (plan.model) {
+        run_.access.remember_controller(run_.access.read_identity());
+        if (!run_.access.can_confirm_writes()) plan.refusal = ControllerAccess::kNoEcho;
+    }
     return plan;
 }
 

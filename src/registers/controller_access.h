@@ -148,6 +148,13 @@ class ControllerAccess {
     /// registers.
     [[nodiscard]] bool in_step();
 
+    /// False when a line that should echo answered without an echo: the answer to a write, which is
+    /// like its request, would count as the echo.
+    [[nodiscard]] bool can_confirm_writes() const { return link_.echo() != Echo::Missing; }
+    static constexpr char kNoEcho[] =
+        "This line does not echo, as its settings say it does, so that no write could be "
+        "confirmed. Nothing was written. Switch the echo off in Port Settings.";
+
     /// The model's and the serial number's registers; blocks for their reads and asks nobody.
     [[nodiscard]] Identity read_identity();
     /// The controller that the work is for: when the line was silent and answers again, the work

@@ -36,6 +36,10 @@ std::optional<Upload::Plan> Upload::prepare(const std::string& file) {
     }
     plan.model = static_cast<float>(leading_number(model.value));
     run_.access.remember_controller(run_.access.read_identity());
+    if (!run_.access.can_confirm_writes()) {
+        run_.listener.tell(ControllerAccess::kNoEcho);
+        return std::nullopt;
+    }
     run_.errors.open_file(
         reg_downloads_path(run_.directory, plain_single(plan.model) + "_Upload_Error.TXT"));
     run_.listener.begun();

@@ -117,6 +117,15 @@ TEST_F(UploadTest, NothingIsWrittenUnlessTheModelIsReadAndTheUserAgrees) {
     EXPECT_EQ(ui.phases, "begun ");
 }
 
+TEST_F(UploadTest, NothingIsErasedOnALineThatDoesNotEchoAsItShould) {
+    write_setup("5 1\r\n");
+    rig.set_channels(ini_key::echo, "YES");
+    connect();
+    EXPECT_FALSE(upload().completed);
+    EXPECT_EQ(writes, Writes{});
+    EXPECT_TRUE(ui.messages.back().starts_with("This line does not echo, ")) << ui.messages.back();
+}
+
 TEST_F(UploadTest, AControllerSilentAfterTheEraseIsAskedAgain) {
     write_setup("5 1\r\n");
     on_write = [&](int number, int) {
