@@ -34,8 +34,12 @@ MessageAnswer TerminalDialogs::message_box(const std::string& text, const std::s
     if (++times_[text] > kMaxTimes) throw CommandAborted{"stopped: " + one_line(text)};
     if (buttons == MessageButtons::YesNo || buttons == MessageButtons::YesNoPreferNo)
         return yes_ ? MessageAnswer::Yes : MessageAnswer::No;
-    if (buttons == MessageButtons::RetryCancel)
-        return retries_-- > 0 ? MessageAnswer::Retry : MessageAnswer::Cancel;
+    if (buttons == MessageButtons::RetryCancel) {
+        if (retries_ == 0) return MessageAnswer::Cancel;
+        --retries_; // each of them may show as many messages: their number is known
+        times_.clear();
+        return MessageAnswer::Retry;
+    }
     if (buttons == MessageButtons::RetrySkipCancel) return MessageAnswer::Cancel;
     return MessageAnswer::Ok;
 }

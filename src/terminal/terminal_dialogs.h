@@ -1,6 +1,7 @@
 // Dialogs and desktop services of a run without a screen.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <ostream>
@@ -28,7 +29,7 @@ class TerminalDialogs : public Dialogs {
 
     void answer_yes(bool yes) { yes_ = yes; }
     /// How many of the questions that offer it are answered with Retry, from now on.
-    void answer_retries(int count) { retries_ = count; }
+    void answer_retries(int count) { retries_ = std::max(count, 0); }
     void choose_file(const std::string& path) { file_ = path; }
     /// Work went on since the last message, so the same text may come again; it is not printed
     /// again.
