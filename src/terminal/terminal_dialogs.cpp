@@ -5,10 +5,10 @@
 namespace pelvan {
 namespace {
 
-/// A command of several exchanges on a port that is not open shows the same text up to 18 times by
-/// rule; a message that waits for somebody to mend something comes without end, perhaps in turn
-/// with another one.
-constexpr int kMaxTimes = 20;
+/// A register that is written on a port whose device is gone shows the same text some thirty times
+/// by rule, attempts, waits for silence and all; a message that waits for somebody to mend
+/// something comes without end, perhaps in turn with another one.
+constexpr int kMaxTimes = 200;
 
 std::string one_line(const std::string& text) {
     std::string line;

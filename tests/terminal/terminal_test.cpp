@@ -72,11 +72,11 @@ TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
         for (const char* text : {"first", "second"})
             in_turn.message_box(text, "", MessageButtons::Ok, MessageIcon::None);
     };
-    EXPECT_THROW(for (int i = 0; i < 100; ++i) show_both(), CommandAborted);
+    EXPECT_THROW(for (int i = 0; i < 1000; ++i) show_both(), CommandAborted);
     TerminalDialogs with_retries(err);
     with_retries.answer_retries(9);
     const auto lost = [&with_retries] { // the device: a write is tried five times then
-        for (int i = 0; i < 10; ++i)
+        for (int i = 0; i < 60; ++i)
             with_retries.message_box("no port", "", MessageButtons::Ok, MessageIcon::None);
         return with_retries.message_box("Comm Error!", "", MessageButtons::RetryCancel,
                                         MessageIcon::None);
