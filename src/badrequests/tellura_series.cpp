@@ -1,14 +1,9 @@
 #include "badrequests/protocol_series.h"
 #include "text/bytes.h"
+#include "text/control_characters.h"
 
 namespace pelvan {
 namespace {
-
-constexpr char kStx = 2;
-constexpr char kEtx = 3;
-constexpr char kAck = 6;
-constexpr char kDle = 16;
-constexpr char kNak = 21;
 
 constexpr std::int16_t kQuietChars = 12;
 constexpr long kMaxAddress = 32;

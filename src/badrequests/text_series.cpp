@@ -5,19 +5,12 @@
 #include "platform/serial_line.h"
 #include "protocols/full/full_protocol.h"
 #include "text/bytes.h"
+#include "text/control_characters.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 
 namespace pelvan {
 namespace {
-
-constexpr char kStx = 2;
-constexpr char kEtx = 3;
-constexpr char kEot = 4;
-constexpr char kEnq = 5;
-constexpr char kAck = 6;
-constexpr char kLineFeed = 10;
-constexpr char kNak = 21;
 
 constexpr std::int16_t kXonChannel = 2;
 constexpr double kReplyTimeoutMs = 2000;

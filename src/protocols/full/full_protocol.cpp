@@ -2,17 +2,11 @@
 
 #include <utility>
 
+#include "text/control_characters.h"
 #include "text/numbers.h"
 
 namespace pelvan {
 namespace {
-
-constexpr char kStx = 2;
-constexpr char kEtx = 3;
-constexpr char kEot = 4;
-constexpr char kEnq = 5;
-constexpr char kAck = 6;
-constexpr char kNak = 21;
 
 constexpr float kPollTimeoutMs = 200;
 constexpr float kReplyTimeoutMs = 2000;

@@ -1,17 +1,11 @@
 #include "protocols/tellura_ab/tellura_prot.h"
 
 #include "text/bytes.h"
+#include "text/control_characters.h"
 #include "text/numbers.h"
 
 namespace pelvan {
 namespace {
-
-constexpr char kStx = 2;
-constexpr char kEtx = 3;
-constexpr char kEnq = 5;
-constexpr char kAck = 6;
-constexpr char kDle = 16;
-constexpr char kNak = 21;
 
 // Controllers listen seven above the address that is set on them: address 1 is called as 8.
 constexpr int kAddressOffset = 7;
