@@ -110,7 +110,9 @@ void print_table(const std::vector<ScanFind>& finds, std::ostream& out) {
     }
 }
 
-void say_outcome(const ScanResult& result, int port, TerminalScan& scan) {
+/// `directory`: that of --directory, which a command that is typed later needs again.
+void say_outcome(const ScanResult& result, int port, const std::string& directory,
+                 TerminalScan& scan) {
     const std::string time = scan_time_text(result.taken_ms);
     if (!result.reason.empty()) scan.say(result.reason);
     if (result.how == ScanEnd::Cancelled) scan.say("interrupted after " + time);
@@ -122,8 +124,9 @@ void say_outcome(const ScanResult& result, int port, TerminalScan& scan) {
     const auto name = std::find_if(names.begin(), names.end(), [&find](const auto& choice) {
         return choice.second == static_cast<int>(find.protocol);
     });
-    scan.say("to use it: pelvan7 ports set " + name->first + " --port " + std::to_string(port) +
-             " --settings " + settings_text(find.line));
+    const std::string place = directory.empty() ? "" : "--directory '" + directory + "' ";
+    scan.say("to use it: pelvan7 " + place + "ports set " + name->first + " --port " +
+             std::to_string(port) + " --settings " + settings_text(find.line));
 }
 
 int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment) {
@@ -147,7 +150,7 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
         print_json(result, port, listener, environment.out);
     else if (!result.finds.empty())
         print_table(result.finds, environment.out);
-    say_outcome(result, port, listener);
+    say_outcome(result, port, environment.directory, listener);
     const bool ended = result.how == ScanEnd::Completed || result.how == ScanEnd::FoundFirst;
     return ended && !result.finds.empty() ? exit_code::kDone : exit_code::kFailed;
 }
