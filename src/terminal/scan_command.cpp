@@ -155,22 +155,25 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
     return ended && !result.finds.empty() ? exit_code::kDone : exit_code::kFailed;
 }
 
+std::string unknown_choice(const std::string& word, const std::string& words) {
+    return "\"" + word + "\" is no choice, choose of " + words;
+}
+
 /// An option that takes several of the words, parted by commas, in any case.
 template <class Value>
 void add_choices(CLI::App& command, const std::string& name, std::vector<Value>& target,
                  const Choices<Value>& choices, const std::string& description) {
-    const auto choose = [&target, choices, name](const std::string& text) {
+    std::string words;
+    for (const auto& [word, value] : choices)
+        words += (words.empty() ? "" : ",") + word;
+    const auto choose = [&target, choices, name, words](const std::string& text) {
         target.clear();
         for (const std::string& word : split(text, ',')) {
             const auto found = std::find_if(choices.begin(), choices.end(), [&](const auto& one) {
                 return CLI::ignore_case(word) == one.first;
             });
-            std::string words;
-            for (const auto& [each, value] : choices)
-                words += (words.empty() ? "" : ",") + each;
             if (found == choices.end())
-                throw CLI::ValidationError(name,
-                                           "\"" + word + "\" is no choice, choose of " + words);
+                throw CLI::ValidationError(name, unknown_choice(word, words));
             if (std::find(target.begin(), target.end(), found->second) == target.end())
                 target.push_back(found->second);
         }
