@@ -13,8 +13,6 @@
 
 #include "modbus_line.h"
 #include "protocols/modbus/whole_reply.h"
-#include "support/recording_listener.h"
-#include "transfer/download.h"
 
 namespace {
 
@@ -77,8 +75,8 @@ void compare(int baud_rate) {
     std::printf("%6d baud: distance %.3f ms, %d of %d failed\n", baud_rate, distance.count(), wrong,
                 3 * kExchanges);
     for (const std::size_t percent : {50U, 95U}) {
-        const auto limit = [&](Times& other) {
-            return kAllowedFactor * other.at(percent) + distance.count();
+        const auto limit = [&](Times& measure) {
+            return kAllowedFactor * measure.at(percent) + distance.count();
         };
         std::printf(
             "  %zu %%: %.3f ms, libmodbus %.3f ms, allowed %.3f ms: %s; libmodbus after the "
@@ -90,28 +88,12 @@ void compare(int baud_rate) {
 }
 
 void save(int baud_rate, const char* way) {
-    testing::PtyPair line(testing::PtyPair::Slave::KeepOpen);
-    const double byte_ms = 10 * 1000.0 / baud_rate;
-    const Slave slave(line, byte_ms);
-    Program program(line, baud_rate, way);
-    write_sequence(program.dir, kRegisters);
-    ModbusState state;
-    Modbus modbus(state);
-    testing::RecordingListener listener;
-    listener.file = program.dir.file("setup.txt");
-    CancelFlag cancel;
-    const auto begun = SteadyClock::now();
-    const double processor_before = processor_ms();
-    const TransferResult result =
-        Download(TransferContext{program.link, modbus, *program.clock, program.dir.path(),
-                                 DeviceAddress("1"), listener, cancel})
-            .run();
-    const double taken = since_ms(begun);
+    const TimedSave save = time_save(baud_rate, way, kRegisters);
     std::printf(
         "save of %d registers, %d baud, %s: %.1f s, bytes alone %.1f s, processor %.2f %%%s\n",
-        kRegisters, baud_rate, way, taken / 1000, kRegisters * byte_ms * (kRequestBytes + 7) / 1000,
-        100 * (processor_ms() - processor_before) / taken,
-        result.completed ? "" : ", NOT COMPLETE");
+        kRegisters, baud_rate, way, save.taken_ms / 1000,
+        kRegisters * 10.0 / baud_rate * (kRequestBytes + 7),
+        100 * save.processor_ms / save.taken_ms, save.completed ? "" : ", NOT COMPLETE");
 }
 
 } // namespace

@@ -23,7 +23,9 @@
 #include "simulator/line/wire.h"
 #include "support/fake_dialogs.h"
 #include "support/pty_pair.h"
+#include "support/recording_listener.h"
 #include "support/temp_dir.h"
+#include "transfer/download.h"
 
 namespace pelvan::bench {
 
@@ -146,6 +148,34 @@ inline void write_sequence(const testing::TempDir& dir, int registers) {
     for (int i = 0; i < registers; ++i)
         sequence += std::to_string(kFirstRegister + i) + "\r\n";
     testing::write_file(dir.file("Download Sequences/742.cds"), sequence);
+}
+
+struct TimedSave {
+    double taken_ms = 0;
+    double processor_ms = 0;
+    bool completed = false;
+    std::string file; // what was saved
+};
+
+/// Saves so many registers from a slave at the pace of the line.
+inline TimedSave time_save(int baud_rate, const char* way, int registers, bool together = false) {
+    testing::PtyPair line(testing::PtyPair::Slave::KeepOpen);
+    const Slave slave(line, 10 * 1000.0 / baud_rate);
+    Program program(line, baud_rate, way);
+    write_sequence(program.dir, registers);
+    ModbusState state;
+    Modbus modbus(state);
+    testing::RecordingListener listener;
+    listener.file = program.dir.file("setup.txt");
+    CancelFlag cancel;
+    const auto begun = SteadyClock::now();
+    const double processor_before = processor_ms();
+    const TransferResult result =
+        Download(TransferContext{program.link, modbus, *program.clock, program.dir.path(),
+                                 DeviceAddress("1"), listener, cancel, together})
+            .run();
+    return {since_ms(begun), processor_ms() - processor_before, result.completed,
+            testing::read_file(*listener.file)};
 }
 
 } // namespace pelvan::bench

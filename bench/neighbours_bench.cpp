@@ -4,8 +4,6 @@
 // needs for requests and replies alone; with it stands what the limits are that the program keeps.
 #include "logging/data_logger.h"
 #include "modbus_line.h"
-#include "support/recording_listener.h"
-#include "transfer/download.h"
 
 namespace {
 
@@ -86,31 +84,14 @@ void time_pass(const char* way, bool together) {
     if (wrong > 0) std::printf("  %d readings WRONG\n", wrong);
 }
 
-void time_save(const char* way, bool together) {
-    testing::PtyPair line(testing::PtyPair::Slave::KeepOpen);
-    const Slave slave(line, kByteMs);
-    Program program(line, kBaudRate, way);
-    write_sequence(program.dir, kRegisters);
-    ModbusState state;
-    Modbus modbus(state);
-    testing::RecordingListener listener;
-    listener.file = program.dir.file("setup.txt");
-    CancelFlag cancel;
-    const auto begun = SteadyClock::now();
-    const double processor_before = processor_ms();
-    const TransferResult result =
-        Download(TransferContext{program.link, modbus, *program.clock, program.dir.path(),
-                                 DeviceAddress("1"), listener, cancel, together})
-            .run();
-    const double taken = since_ms(begun);
-    print("save of 500 registers", way, together, taken,
-          bytes_ms(kRegisters, together ? kMostNeighbours : 1), kSaveLimitMs,
-          processor_ms() - processor_before);
+void judge_save(const char* way, bool together) {
+    const TimedSave save = time_save(kBaudRate, way, kRegisters, together);
+    print("save of 500 registers", way, together, save.taken_ms,
+          bytes_ms(kRegisters, together ? kMostNeighbours : 1), kSaveLimitMs, save.processor_ms);
     std::string expected;
     for (int n = kFirstRegister; n < kFirstRegister + kRegisters; ++n)
         expected += std::to_string(n) + " " + std::to_string(n) + "\r\n";
-    const std::string saved = testing::read_file(*listener.file);
-    if (!result.completed || saved.find(expected + "25 0\r\n") == saved.npos)
+    if (!save.completed || save.file.find(expected + "25 0\r\n") == save.file.npos)
         std::printf("  the file is WRONG\n");
 }
 
@@ -120,14 +101,14 @@ int main(int argc, char** argv) {
     print_load();
     for (const char* way : {"COMPLETE", "QUIET"}) {
         time_pass(way, true);
-        time_save(way, true);
+        judge_save(way, true);
     }
     time_pass("COMPLETE", false);
-    time_save("COMPLETE", false);
+    judge_save("COMPLETE", false);
     // These take most of a minute.
     if (argc > 1 && std::string(argv[1]) == "quiet") {
         time_pass("QUIET", false);
-        time_save("QUIET", false);
+        judge_save("QUIET", false);
     }
     print_load();
 }
