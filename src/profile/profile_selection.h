@@ -11,7 +11,8 @@ namespace pelvan {
 
 /// Why nothing that was read counts.
 inline constexpr char kOutOfStep[] =
-    "The controller answered twice, so that values may be those of other registers: do it again.";
+    "Answers were not those to their own requests, so that values may be those of other registers: "
+    "do it again.";
 
 /// A number of the controller, or the sentence that says why there is none.
 struct NumberRead {

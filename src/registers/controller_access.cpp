@@ -120,14 +120,16 @@ void ControllerAccess::lose_step(const std::string& why) {
 }
 
 /// Something between here and the controller may give every request the answer to the one before,
-/// at once and undamaged. Between reads of other registers the model then is another one.
+/// at once and undamaged: the model is another one then. A reply that did not fit the request for
+/// the model is read again, and would be the model itself; behind another register it is not.
 void ControllerAccess::check_own_answers() {
     if (!is_numeric(identity_[0])) return;
-    for (const float number : {kModelRegister, kModelRegister + 1})
-        static_cast<void>(read_until_whole(number));
-    const Reading model = read_until_whole(kModelRegister);
-    if (model.reply.is(Verdict::Accepted) && model.value != identity_[0])
-        lose_step("A request got the answer to the one before");
+    for (const float number : {kModelRegister, kModelRegister + 1, kModelRegister}) {
+        const Reading reading = read_until_whole(number);
+        if (number == kModelRegister && reading.reply.is(Verdict::Accepted) &&
+            reading.value != identity_[0])
+            return lose_step("A request got the answer to the one before");
+    }
 }
 
 std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) {
@@ -197,6 +199,7 @@ bool ControllerAccess::in_step() {
         static_cast<void>(fall_silent());
     else
         await_silence({});
+    if (in_step_) check_own_answers();
     return in_step_;
 }
 

@@ -143,9 +143,10 @@ class ControllerAccess {
 
     /// Waits until no late answer is to be expected, so that nobody takes one for his own.
     void leave_line();
-    /// Listens for 250 ms or more to whether every answer so far was the one to its own request;
-    /// false (and listed) when a reply came twice, so that values read may be those of other
-    /// registers.
+    /// Listens for 250 ms or more, and asks for the model again, to learn whether every answer so
+    /// far was the one to its own request; false (and listed) when a reply came twice, or the
+    /// model's is another than at the beginning, so that values read may be those of other
+    /// registers. A controller that is silent now proves nothing; it costs up to 4 s.
     [[nodiscard]] bool in_step();
 
     /// False when a line that should echo answered without an echo: the answer to a write, which is

@@ -203,8 +203,9 @@ void Download::end(Plan& plan) {
     if (run_.canceled())
         run_.listener.tell("Download was Canceled.", "Download Canceled");
     else if (!in_step)
-        run_.listener.tell("The controller answered twice, so that values may stand at the wrong "
-                           "registers. The file was not completed: save the setup again.");
+        run_.listener.tell(
+            "Answers were not those to their own requests, so that values may stand at the wrong "
+            "registers. The file was not completed: save the setup again.");
     else if (listed_ == 0)
         run_.listener.tell("The file " + plan.model + ".cds names no register: none was saved.");
     else
