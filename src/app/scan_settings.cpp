@@ -1,5 +1,6 @@
 #include "app/scan_settings.h"
 
+#include "settings/channel_choices.h"
 #include "settings/port_settings.h"
 #include "settings/port_users.h"
 
@@ -12,6 +13,16 @@ PortFields fields_of(const ScanFind& find, std::int16_t port, int mode) {
     fields.port = std::to_string(port);
     fields.mode = mode;
     return fields;
+}
+
+/// What else the line needs: its echo taken out, and whole replies recommended.
+std::string more_of(const ChannelChoices& choices, const ScanFind& find) {
+    std::string text;
+    if (choices.echo) text += "The echo of the line is taken out. ";
+    if (!choices.complete && find.line.baud_rate >= kNoPauseBaud)
+        text += "Replies come cut at this rate unless they end with their frame: see Port "
+                "Settings. ";
+    return text;
 }
 
 } // namespace
@@ -27,7 +38,10 @@ std::string use_scanned_settings(const ScanFind& find, std::int16_t port, int li
     for (const std::string& message : ValidatePortSettings(fields))
         return "The settings cannot be used:" + message + ".";
     std::string not_written = "The settings could not be written to " + config.gIniFile + ".";
-    if (!settings.store(channel, fields, find.protocol == ScanProtocol::Xon)) {
+    ChannelChoices choices = read_choices(config, channel);
+    choices.echo = find.echo;
+    if (!settings.store(channel, fields, find.protocol == ScanProtocol::Xon) ||
+        !store_choices(config, channel, choices)) {
         settings.rebuild();
         return not_written;
     }
@@ -38,7 +52,8 @@ std::string use_scanned_settings(const ScanFind& find, std::int16_t port, int li
         if (!settings.add(missing)) return not_written;
     settings.rebuild();
     return protocol_name(channel) + " uses port " + fields.port + " with " +
-           settings_text(find.line) + " now. " + settings.sharing(channel, fields);
+           settings_text(find.line) + " now. " + more_of(choices, find) +
+           settings.sharing(channel, fields);
 }
 
 } // namespace pelvan

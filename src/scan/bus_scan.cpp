@@ -42,6 +42,19 @@ std::string failure_sentence(const RunTimeError& error, bool opened, std::int16_
 
 } // namespace
 
+std::string unfinished_text(const ScanResult& result) {
+    constexpr std::size_t kMostNamed = 4;
+    if (result.unasked == 0) return {};
+    std::string where;
+    for (std::size_t i = 0; i < std::min(result.busy.size(), kMostNamed); ++i)
+        where += (i > 0 ? "; " : "") + result.busy[i];
+    if (result.busy.size() > kMostNamed)
+        where += " and " + std::to_string(result.busy.size() - kMostNamed) + " more";
+    return "Not finished: somebody else sends on this line (" + where + "), so that " +
+           std::to_string(result.unasked) +
+           " requests were not sent. Silence whoever sends, and scan again.";
+}
+
 class BusScan::Run {
   public:
     Run(BusScan& scan, const ScanOptions& options, ScanListener& listener, ScanResult& result)
@@ -62,6 +75,7 @@ class BusScan::Run {
     [[nodiscard]] double now_ms() { return scan_.tick_.precise_ms() - begun_ms_; }
     [[nodiscard]] bool ended() { return !line_.go_on() || result_.how == ScanEnd::FoundFirst; }
     [[nodiscard]] bool open(const ScanStep& step);
+    void give_up(std::size_t asked);
     void step();
     void tell(int address);
     [[nodiscard]] std::ptrdiff_t settings_of(int address) const;
@@ -113,7 +127,10 @@ bool BusScan::Run::open(const ScanStep& step) {
     const std::string settings = settings_text(step.line);
     if (std::find(refused_.begin(), refused_.end(), settings) != refused_.end()) return false;
     // The other protocols would fare no better; later on it may be silent.
-    if (settings == busy_settings_) return false;
+    if (settings == busy_settings_) {
+        result_.unasked += step.addresses.size();
+        return false;
+    }
     busy_settings_.clear();
     try {
         line_.open(step.line);
@@ -135,8 +152,10 @@ void BusScan::Run::step() {
     busy_ = 0;
     const double begin_ms = done_ms_;
     const double each_ms = silent_address_ms(*step_, options_.patience_ms);
+    std::size_t asked = 0;
     for (const int address : step_->addresses) {
         if (ended() || busy_ >= kBusyLimit) break;
+        ++asked;
         if (!is_settled(address)) {
             tell(address);
             ask_first(address);
@@ -146,12 +165,18 @@ void BusScan::Run::step() {
     if (!asked_.empty() && !ended() && busy_ < kBusyLimit)
         if (std::string late = line_.listen(kScanTailMs); !late.empty())
             look_again(asked_.back().address, std::move(late));
-    if (busy_ >= kBusyLimit) {
-        busy_settings_ = settings_text(step_->line);
-        remark_once("Somebody else sends on this line at " + busy_settings_ +
-                    ": it does not fall silent.");
-    }
+    if (busy_ >= kBusyLimit) give_up(asked);
     done_ms_ = begin_ms + each_ms * static_cast<double>(step_->addresses.size()) + kScanTailMs;
+}
+
+/// Of the step's addresses so many were asked.
+void BusScan::Run::give_up(std::size_t asked) {
+    busy_settings_ = settings_text(step_->line);
+    result_.unasked += step_->addresses.size() - asked;
+    if (std::find(result_.busy.begin(), result_.busy.end(), busy_settings_) == result_.busy.end())
+        result_.busy.push_back(busy_settings_);
+    remark_once("Somebody else sends on this line at " + busy_settings_ +
+                ": it does not fall silent.");
 }
 
 void BusScan::Run::tell(int address) {
@@ -211,7 +236,7 @@ void BusScan::Run::confirm(int address, ProbeAnswer first, double reply_ms) {
         if (second && second->kind == first.kind) {
             if (second->model != first.model) second->model.clear();
             result_.finds.push_back({step_->protocol, step_->crc, address, step_->line, *second,
-                                     std::max(reply_ms, heard.reply_ms), now_ms()});
+                                     std::max(reply_ms, heard.reply_ms), now_ms(), line_.echoes()});
             listener_.found(result_.finds.back());
             tell_settings(address);
             if (options_.stops_at_first) result_.how = ScanEnd::FoundFirst;

@@ -53,7 +53,14 @@ struct ScanResult {
     std::vector<ScanFind> finds = {};
     std::size_t probes = 0; // requests that were sent
     double taken_ms = 0;
+    /// Settings at which somebody else went on sending, and how many addresses were not asked
+    /// there.
+    std::vector<std::string> busy = {};
+    std::size_t unasked = 0;
 };
+
+/// That a scan could not ask everybody, and why, in a sentence; empty when it did.
+[[nodiscard]] std::string unfinished_text(const ScanResult& result);
 
 class BusScan {
   public:

@@ -16,6 +16,7 @@ struct ScanFind {
     ProbeAnswer answer;
     double reply_ms = 0; // the slower of the two answers
     double after_ms = 0; // from the beginning of the scan
+    bool echo = false;   // the line gave back what was sent
 };
 
 inline constexpr int kFindColumns = 7;

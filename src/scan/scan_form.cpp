@@ -267,7 +267,10 @@ void frm_BusScan::show_result(const ScanResult& result) {
     std::string text = count + " found in " + time + ".";
     switch (result.how) {
     case ScanEnd::Completed:
-        if (finds_.empty()) text = kNothingFound;
+        if (result.unasked > 0)
+            text = count + " found. " + unfinished_text(result);
+        else if (finds_.empty())
+            text = kNothingFound;
         break;
     case ScanEnd::FoundFirst:
         break;

@@ -88,12 +88,10 @@ Heard ScanLine::ask(ScanProbe& probe, int address, double patience_ms) {
         return !go_on() || (probe.checked() && probe.answer(address, bytes).has_value());
     };
     std::string bytes = collect(frames, until_ms, is_whole);
-    if (bytes == request) {
-        // Two-wire converters hear what they send; the answer follows in its own time.
-        echoes_ = true;
-        bytes += collect(frames, until_ms, is_whole);
-    }
+    // Two-wire converters hear what they send; the answer follows in its own time.
+    if (bytes == request) bytes += collect(frames, until_ms, is_whole);
     Heard heard{std::string(without_echo(request, bytes)), 0};
+    echoes_ = echoes_ || heard.bytes.size() < bytes.size();
     const double taken_ms = record_.last_byte_ms - sent_ms - wire_ms(heard.bytes);
     heard.reply_ms = std::max(taken_ms, 0.0);
     if (const std::string closing = probe.closing();

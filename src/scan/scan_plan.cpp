@@ -49,7 +49,10 @@ std::vector<LineSettings> settings_in_order(const ScanOptions& options) {
     const auto present = std::find_if(all.begin(), all.end(), [&](const LineSettings& line) {
         return same_settings(line, *options.present);
     });
-    if (present != all.end()) std::rotate(all.begin(), present, present + 1);
+    if (present != all.end())
+        std::rotate(all.begin(), present, present + 1);
+    else if (!options.only_chosen)
+        all.insert(all.begin(), *options.present);
     return all;
 }
 

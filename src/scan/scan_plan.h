@@ -36,8 +36,10 @@ struct ScanOptions {
     std::int16_t port = 1;
     /// What DTR and RTS do: 0 clear, 1 set, 2 RTS is raised for sending alone.
     int line_mode = 1;
-    /// Is tried before all others when it is among the choices.
+    /// What the port has now is tried before all others, also when it is not among the choices: a
+    /// line that works must not be said to have no controller.
     std::optional<LineSettings> present = {};
+    bool only_chosen = false; // not then
     /// In the order in which they are tried at one setting.
     std::vector<ScanProtocol> protocols = {ScanProtocol::Modbus, ScanProtocol::Full,
                                            ScanProtocol::Xon, ScanProtocol::Tellura};

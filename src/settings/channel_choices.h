@@ -6,6 +6,9 @@
 
 namespace pelvan {
 
+/// From this rate on the settle time is 0, so that a pause cuts replies.
+inline constexpr double kNoPauseBaud = 38400;
+
 struct ChannelChoices {
     bool complete = false;      // replies end with their frame
     bool echo = false;          // the line gives back what is sent

@@ -8,8 +8,6 @@
 namespace pelvan {
 namespace {
 
-/// From here on the settle time is 0.
-constexpr double kNoPauseBaud = 38400;
 constexpr int kXonChannel = 2;
 
 } // namespace

@@ -91,6 +91,7 @@ void print_json(const ScanResult& result, int port, const TerminalScan& scan, st
         .set("finds", std::move(finds))
         .set("remarks", Json(scan.remarks()))
         .set("requests", static_cast<double>(result.probes))
+        .set("unasked", static_cast<double>(result.unasked))
         .set("taken_ms", round_half_even(result.taken_ms));
     out << json.text() << "\n";
 }
@@ -116,7 +117,9 @@ void say_outcome(const ScanResult& result, int port, const std::string& director
     const std::string time = scan_time_text(result.taken_ms);
     if (!result.reason.empty()) scan.say(result.reason);
     if (result.how == ScanEnd::Cancelled) scan.say("interrupted after " + time);
-    if (result.finds.empty() && result.how == ScanEnd::Completed)
+    if (const std::string unfinished = unfinished_text(result); !unfinished.empty())
+        scan.say(unfinished);
+    else if (result.finds.empty() && result.how == ScanEnd::Completed)
         scan.say("no controller answered in " + time);
     if (result.finds.size() != 1) return;
     const ScanFind& find = result.finds.front();
@@ -126,7 +129,8 @@ void say_outcome(const ScanResult& result, int port, const std::string& director
     });
     const std::string place = directory.empty() ? "" : "--directory '" + directory + "' ";
     scan.say("to use it: pelvan7 " + place + "ports set " + name->first + " --port " +
-             std::to_string(port) + " --settings " + settings_text(find.line));
+             std::to_string(port) + " --settings " + settings_text(find.line) +
+             (find.echo ? " --echo yes" : ""));
 }
 
 int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment) {
@@ -152,7 +156,8 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
         print_table(result.finds, environment.out);
     say_outcome(result, port, environment.directory, listener);
     const bool ended = result.how == ScanEnd::Completed || result.how == ScanEnd::FoundFirst;
-    return ended && !result.finds.empty() ? exit_code::kDone : exit_code::kFailed;
+    return ended && result.unasked == 0 && !result.finds.empty() ? exit_code::kDone
+                                                                 : exit_code::kFailed;
 }
 
 std::string unknown_choice(const std::string& word, const std::string& words) {
@@ -243,7 +248,9 @@ void add_scan_command(CLI::App& cli, ChosenCommand& chosen) {
         ->check(CLI::Range(kMinPortNumber, kMaxPortNumber));
     add_scan_options(*command, options->scan);
     command->add_flag("--json", options->json, "Print the result as JSON");
-    command->callback([options, &chosen] {
+    command->callback([options, command, &chosen] {
+        for (const char* format : {"--baud", "--parity", "--stop", "--bits"})
+            options->scan.only_chosen |= command->count(format) > 0;
         chosen = [options](TerminalEnvironment& environment) {
             return scan_line(*options, environment);
         };

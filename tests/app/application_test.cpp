@@ -211,13 +211,12 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
 
 /// A controller that was found on the only channel's port, by another protocol than that one's.
 TEST_F(ApplicationTest, PutsFoundSettingsIntoTheirChannel) {
-    testing::configure_devices(dir, {"simulated:742"});
+    testing::configure_devices(dir, {"simulated:742,line=38400/N/8/1,echo=1"});
     app.frame.Load();
     app.frame.mnuBusScan.choose();
     frm_BusScan& scan = app.scan;
     for (const int other : {0, 1, 3})
         scan.chk_Protocol[static_cast<std::size_t>(other)].set_Value(0);
-    scan.chk_Baud[0].set_Value(0); // 9600
     scan.chk_StopAtFirst.set_Value(1);
     EXPECT_EQ(app.console.mnuDiagnostics.children.at(1), &app.frame.mnuBusScan);
     desktop.on_turn = [&] { EXPECT_FALSE(app.frame.mnuPortSettings.Enabled()); };
@@ -226,13 +225,15 @@ TEST_F(ApplicationTest, PutsFoundSettingsIntoTheirChannel) {
     EXPECT_EQ(scan.lst_Found.ListCount(), 1) << scan.lbl_Status.Caption();
     dialogs.answers = {MessageAnswer::Yes}; // Modbus, before Xon, gets a port
     scan.cmd_Use.press();
-    EXPECT_EQ(scan.lbl_Status.Caption().substr(0, 43),
-              "Xon uses port 1 with 19200,N,8,1 now. Full ");
+    const std::string done = "Xon uses port 1 with 38400,N,8,1 now. The echo of the line is taken "
+                             "out. Replies come cut at this rate unless they end with their frame: "
+                             "see Port Settings. Full ";
+    EXPECT_EQ(scan.lbl_Status.Caption().substr(0, done.size()), done);
     ASSERT_EQ(app.session.serial.gCommDevice.size(), 3U);
-    EXPECT_EQ(app.session.serial.gCommDevice[2]->Settings(), "19200,N,8,1");
+    EXPECT_EQ(app.session.serial.gCommDevice[2]->Settings(), "38400,N,8,1");
     const std::string text = testing::read_file(ini);
-    EXPECT_NE(text.find("DEVICE 2 PORT SETTING=19200,N,8,1"), std::string::npos) << text;
-    EXPECT_NE(text.find("DEVICE 2 RTS Mode=3"), std::string::npos) << text;
+    for (const char* key : {"PORT SETTING=38400,N,8,1", "RTS Mode=3", "ECHO=YES"})
+        EXPECT_NE(text.find(std::string("DEVICE 2 ") + key), std::string::npos) << text;
 }
 
 TEST_F(ApplicationTest, ClosingTheFrameEndsAScanFirst) {

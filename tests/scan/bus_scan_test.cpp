@@ -185,7 +185,9 @@ TEST_F(BusScanTest, SaysWhatItMeetsOnTheLine) {
     options.last_address = 20;
     echoes = true;
     not_supported = "19200,N,8,1";
-    EXPECT_EQ(run(options).finds.size(), 2U);
+    const ScanResult echoed = run(options);
+    EXPECT_EQ(std::ranges::count(echoed.finds, true, &ScanFind::echo), 2);
+    EXPECT_EQ(unfinished_text(echoed), "");
     EXPECT_EQ(notes.remarks,
               (Texts{"The line echoes what is sent: a two-wire converter, or a plug.",
                      "The port does not have the settings 19200,N,8,1."}));
@@ -194,6 +196,11 @@ TEST_F(BusScanTest, SaysWhatItMeetsOnTheLine) {
     notes.remarks.clear();
     const ScanResult busy = run(options);
     EXPECT_TRUE(busy.finds.empty());
+    EXPECT_GT(busy.unasked, 30U);
+    EXPECT_EQ(unfinished_text(busy),
+              "Not finished: somebody else sends on this line (9600,N,8,1), so that " +
+                  std::to_string(busy.unasked) +
+                  " requests were not sent. Silence whoever sends, and scan again.");
     EXPECT_LT(busy.taken_ms, 15'000);
     ASSERT_FALSE(notes.remarks.empty());
     EXPECT_EQ(notes.remarks.back(),
@@ -260,6 +267,11 @@ TEST(ScanPlan, BeginsWithWhatIsLikely) {
     EXPECT_EQ(settings_text(plan.back().line), "4800,O,7,1");
     EXPECT_EQ(plan.back().addresses.front(), 2);
     EXPECT_EQ(plan.back().addresses.back(), 0);
+    options.present = testing::line_of("1200,E,7,2");
+    EXPECT_EQ(settings_text(plan_scan(options).front().line), "1200,E,7,2")
+        << "although not chosen";
+    options.only_chosen = true;
+    EXPECT_EQ(settings_text(plan_scan(options).front().line), "9600,N,8,1");
     options.first_address = options.last_address = 0;
     options.protocols = {ScanProtocol::Modbus};
     EXPECT_TRUE(plan_scan(options).empty()); // everybody's address, which nobody answers
