@@ -82,6 +82,8 @@ void frm_BadRequests::connect_controls() {
         *save = [this] { cmdSave_Click(); };
     mnuClose.Click = [this] { Unload(); };
     mnuHelpContents.Click = [this] { services_.desktop.show_help(help_page()); };
+    for (TextBox* box : {&txt_Address, &txt_Read, &txt_Other, &txt_Wait})
+        box->GotFocus = [box] { box->select_all(); };
     for (Control* control : std::initializer_list<Control*>{&txt_Address, &txt_Read, &txt_Other,
                                                             &txt_Wait, &cmb_Protocol, &cmb_Check})
         control->KeyDown = [this](Key key) {
@@ -130,13 +132,26 @@ BadRequestOptions frm_BadRequests::options() const {
     return chosen;
 }
 
+/// Then to the box that was refused, its text selected: what is typed next replaces it.
+void frm_BadRequests::show_refusal(const std::string& refusal) {
+    services_.dialogs.message_box(refusal, {}, MessageButtons::Ok, MessageIcon::Exclamation);
+    const std::pair<const char*, TextBox*> boxes[] = {
+        {"The address", &txt_Address}, {"The register", &txt_Read},  {"The command", &txt_Read},
+        {"The parameter", &txt_Read},  {"The other ad", &txt_Other}, {"The time", &txt_Wait}};
+    for (const auto& [beginning, box] : boxes) {
+        if (!refusal.starts_with(beginning)) continue;
+        box->SetFocus();
+        box->select_all();
+    }
+}
+
 /// A wrong box is told before anything is asked.
 bool frm_BadRequests::confirmed(const BadRequestOptions& chosen) {
     std::string refusal = link_.refusal();
     const auto series =
         refusal.empty() ? make_series(chosen, link_, services_.dialogs, refusal) : nullptr;
     if (!series) {
-        services_.dialogs.message_box(refusal, {}, MessageButtons::Ok, MessageIcon::Exclamation);
+        show_refusal(refusal);
         return false;
     }
     return services_.dialogs.message_box(confirmation(*series), {},

@@ -71,6 +71,7 @@ class frm_BadRequests : public Form, private BadRequestListener {
     void connect_controls();
     void choose_protocol();
     [[nodiscard]] BadRequestOptions options() const;
+    void show_refusal(const std::string& refusal);
     [[nodiscard]] bool confirmed(const BadRequestOptions& options);
     void show_state();
     void sending(int number, int of, const std::string& name) override;

@@ -163,6 +163,7 @@ void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
     const std::vector<std::string> messages = objections(typed);
     for (const std::string& message : messages)
         services_.dialogs.message_box(message);
+    focus_wrong(index, wrong_fields(typed));
     if (!messages.empty()) return;
     if (!picker.accept()) {
         picker.cmb_Device.SetFocus();
@@ -181,6 +182,15 @@ void frm_CommsSettings::cmd_SaveChanges_Click(int index) {
         throw;
     }
     if (say_unless(stored, "The settings") && add_missing_channels(index)) Unload();
+}
+
+/// To the first box whose text was refused; what is typed next replaces it.
+void frm_CommsSettings::focus_wrong(int index, const std::vector<PortField>& wrong) {
+    if (wrong.empty()) return;
+    const std::array boxes{&txt_Port, &txt_Baud, &txt_Parity, &txt_DataBits, &txt_StopBits};
+    ControlArray<TextBox>& refused = *boxes[static_cast<std::size_t>(wrong.front())];
+    refused[checked_index(index, kFrames)].SetFocus();
+    select_whole(refused, index);
 }
 
 std::vector<std::string> frm_CommsSettings::objections(const PortFields& typed) const {

@@ -91,6 +91,7 @@ class frm_CommsSettings : public Form {
     [[nodiscard]] PortFields typed_fields(int index) const;
     void fill_frame(int index);
     void show_device(int index);
+    void focus_wrong(int index, const std::vector<PortField>& wrong);
     [[nodiscard]] std::vector<std::string> objections(const PortFields& typed) const;
     /// Whether the channels that are missing before this one get ports.
     [[nodiscard]] bool wants_missing(int index, const std::vector<int>& missing);

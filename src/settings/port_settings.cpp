@@ -46,20 +46,28 @@ void set_settings(PortFields& fields, const std::string& settings) {
     fields.stop_bits = pieces[3];
 }
 
-std::vector<std::string> ValidatePortSettings(const PortFields& fields) {
-    std::vector<std::string> messages;
-    const auto require = [&](bool holds, const char* message) {
-        if (!holds) messages.emplace_back(message);
+std::vector<PortField> wrong_fields(const PortFields& fields) {
+    std::vector<PortField> wrong;
+    const auto require = [&](bool holds, PortField field) {
+        if (!holds) wrong.push_back(field);
     };
-    require(is_port_number(leading_number(fields.port)), kBadPort);
+    require(is_port_number(leading_number(fields.port)), PortField::Port);
     require(one_of(leading_number(fields.baud), {300, 600, 1200, 2400, 4800, 9600, 19200, 38400}),
-            kBadBaud);
+            PortField::Baud);
     require(fields.parity.size() == 1 &&
                 std::string("NnOoEe").find(fields.parity) != std::string::npos,
-            kBadParity);
-    require(one_of(leading_number(fields.data_bits), {7, 8}), kBadDataBits);
+            PortField::Parity);
+    require(one_of(leading_number(fields.data_bits), {7, 8}), PortField::DataBits);
+    require(one_of(leading_number(fields.stop_bits), {1, 2}), PortField::StopBits);
+    return wrong;
+}
+
+std::vector<std::string> ValidatePortSettings(const PortFields& fields) {
     // Kept as it is: wrong stop bits are reported with the words for the data bits.
-    require(one_of(leading_number(fields.stop_bits), {1, 2}), kBadDataBits);
+    constexpr std::array kMessages{kBadPort, kBadBaud, kBadParity, kBadDataBits, kBadDataBits};
+    std::vector<std::string> messages;
+    for (const PortField field : wrong_fields(fields))
+        messages.emplace_back(kMessages[static_cast<std::size_t>(field)]);
     return messages;
 }
 

@@ -25,6 +25,11 @@ struct PortFields {
 [[nodiscard]] std::string settings_text(const PortFields& fields);
 void set_settings(PortFields& fields, const std::string& settings);
 
+/// The text fields of the settings, in the order in which they are judged.
+enum class PortField { Port, Baud, Parity, DataBits, StopBits };
+
+/// The fields that are not valid, in their order.
+[[nodiscard]] std::vector<PortField> wrong_fields(const PortFields& fields);
 /// A message for every field that is not valid, in a fixed order; none when all may be stored.
 [[nodiscard]] std::vector<std::string> ValidatePortSettings(const PortFields& fields);
 

@@ -31,7 +31,10 @@ TEST_F(BadRequestsForm, SendsAfterAQuestionListsAndSaves) {
     EXPECT_FALSE(form.cmb_Check.Visible());
     EXPECT_EQ(form.txt_Read.Text() + " " + form.txt_Other.Text(), "0 247");
     form.txt_Wait.set_Text("never");
+    int selected = 0; // what is typed next replaces it
+    const auto counted = form.txt_Wait.watch_select_all([&] { ++selected; });
     form.cmdStart.press();
+    EXPECT_GE(selected, 1);
     EXPECT_EQ(dialogs.texts().back(), "The time to wait is 0.1 to 10 seconds.");
     form.txt_Wait.set_Text("0.3");
     dialogs.answers = {MessageAnswer::No, MessageAnswer::Yes};

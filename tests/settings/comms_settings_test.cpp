@@ -120,6 +120,11 @@ TEST_F(CommsSettingsTest, NothingIsStoredThatIsNotValidOrWhileAToolHasTheLines) 
     build({"1;9600,N,8,1;0"});
     open(0);
     const std::string before = read_file(config.gIniFile);
+    int whole = 0; // what is typed next replaces it
+    const auto counted = form.txt_StopBits[0].watch_select_all([&] { ++whole; });
+    save(0, "1;9600;N;8;3");
+    EXPECT_GE(whole, 1);
+    dialogs.shown.clear();
     save(0, "0;7;N;8;3");
     const LineUser transfer{"Save/Restore Setup"};
     const LineClaim claim = table.line_use().claim(transfer);
