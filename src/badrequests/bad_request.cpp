@@ -3,6 +3,10 @@
 namespace pelvan {
 namespace {
 
+constexpr char kNoReply[] = "something came back that is no reply";
+constexpr char kNoise[] =
+    "bytes came that have nothing of a reply: from somebody else, or a disturbance";
+
 bool is_allowed(Expected expected, Reaction::Kind kind) {
     switch (kind) {
     case Reaction::Kind::Silence:
@@ -25,10 +29,18 @@ const char* reason_of(const BadRequest& request, Reaction::Kind kind) {
     case Reaction::Kind::Foreign:
         return request.foreign ? "answered with the other address, or a controller has it"
                                : "another address answered";
+    case Reaction::Kind::Noise:
+        return kNoise;
     case Reaction::Kind::Damaged:
         break;
     }
-    return "something came back that is no reply";
+    return kNoReply;
+}
+
+void set(Trial& trial, ReactionVerdict verdict, TrialCause cause, std::string reason) {
+    trial.verdict = verdict;
+    trial.cause = cause;
+    trial.reason = std::move(reason);
 }
 
 } // namespace
@@ -64,12 +76,69 @@ const char* expected_text(Expected expected) {
     return "silence or a refusal";
 }
 
-BadRequestLine judged(const BadRequest& request, const Reaction& reaction) {
-    BadRequestLine line;
-    line.verdict = is_allowed(request.expected, reaction.kind) ? ReactionVerdict::Passed
-                                                               : ReactionVerdict::Failed;
-    if (line.verdict == ReactionVerdict::Failed) line.reason = reason_of(request, reaction.kind);
-    return line;
+bool is_own(Reaction::Kind kind) {
+    return kind == Reaction::Kind::Answer || kind == Reaction::Kind::Refusal ||
+           kind == Reaction::Kind::Damaged;
+}
+
+Trial judged(const BadRequest& request, const Reaction& reaction) {
+    using enum ReactionVerdict;
+    Trial trial;
+    if (!reaction.text.empty()) trial.answer = reaction.text;
+    trial.verdict = Passed;
+    if (is_allowed(request.expected, reaction.kind)) return trial;
+    const bool silent = reaction.kind == Reaction::Kind::Silence;
+    TrialCause cause = silent ? TrialCause::Lost : TrialCause::Other;
+    if (reaction.kind == Reaction::Kind::Noise) cause = TrialCause::Bytes;
+    set(trial, silent || is_own(reaction.kind) ? Failed : Unclear, cause,
+        reason_of(request, reaction.kind));
+    return trial;
+}
+
+Trial with_behind(Trial trial, const Behind& behind) {
+    using enum ReactionVerdict;
+    using Kind = Reaction::Kind;
+    if (trial.verdict == NotTested) return trial;
+    if (!behind.remark.empty()) {
+        set(trial, Unclear, TrialCause::Other, behind.remark);
+        return trial;
+    }
+    if (trial.verdict != Passed) return trial;
+    const bool silent = trial.answer == Trial().answer;
+    if (!behind.rest.text.empty())
+        trial.answer += (silent ? " in time, then " : ", then ") + behind.rest.text;
+    if (behind.first == Kind::Silence && behind.rest.kind != Kind::Silence)
+        set(trial, Unclear, TrialCause::Other,
+            "the good request behind it was answered late, or more than once");
+    else if (is_own(behind.rest.kind))
+        set(trial, Failed, TrialCause::Late, silent ? "answered late" : kMoreCame);
+    else if (behind.first == Kind::Silence)
+        set(trial, Failed, TrialCause::Lost,
+            "the good request behind it was answered only when it was sent again");
+    else if (behind.first == Kind::Refusal)
+        set(trial, Failed, TrialCause::Late,
+            "a refusal came late, or to the good request behind it");
+    else if (behind.first != Kind::Answer)
+        set(trial, Unclear, TrialCause::Other,
+            "the good request behind it was answered with something damaged");
+    else if (behind.rest.kind != Kind::Silence)
+        set(trial, Unclear, TrialCause::Bytes, kNoise);
+    return trial;
+}
+
+Trial together(const Trial& first, const Trial& second) {
+    using enum ReactionVerdict;
+    Trial both = first.verdict == Unclear ? first : second;
+    if (second.verdict == Passed) {
+        both = first;
+        both.verdict = Unclear;
+        both.reason += ", but only once of twice; the line, or a late answer to another";
+    } else if (first.cause == TrialCause::Bytes && second.cause == TrialCause::Bytes &&
+               first.answer == second.answer) {
+        // A disturbance has other bytes each time.
+        set(both, Failed, TrialCause::Other, kNoReply);
+    }
+    return both;
 }
 
 } // namespace pelvan

@@ -38,7 +38,8 @@ struct Reaction {
         Refusal,
         Answer,  // as to a good request
         Foreign, // somebody with another address
-        Damaged  // nothing that the protocol knows
+        Damaged, // begins like a reply, and is none
+        Noise    // has nothing of a reply
     };
     Kind kind = Kind::Silence;
     /// What the reply says, in words or bytes; empty for silence.
@@ -46,6 +47,33 @@ struct Reaction {
 };
 
 enum class ReactionVerdict { Passed, Failed, Unclear, NotTested };
+
+/// Why a trial did not pass, as far as it matters to what others say.
+enum class TrialCause {
+    Other,
+    Late, // more came than was asked for, behind the time
+    Lost, // what was due did not come
+    Bytes // noise
+};
+
+/// What one sending of a bad request, with a good one behind it, says of the controller.
+struct Trial {
+    ReactionVerdict verdict = ReactionVerdict::NotTested;
+    std::string reason = {};
+    TrialCause cause = TrialCause::Other;
+    std::string answer = "nothing"; // or what came
+    bool sent = true;
+};
+
+/// How the good request behind a bad one went.
+struct Behind {
+    /// Everything that came besides its answer.
+    Reaction rest = {};
+    /// What its first sending got; `Noise` for nothing that fits. A later one was answered.
+    Reaction::Kind first = Reaction::Kind::Answer;
+    /// What the line has to say of itself; nothing is known of the controller then.
+    std::string remark = {};
+};
 
 /// One line of the report.
 struct BadRequestLine {
@@ -60,11 +88,21 @@ struct BadRequestLine {
     [[nodiscard]] std::string verdict_text() const;
 };
 
+/// Why a good request counts for little: its answer has company.
+inline constexpr char kMoreCame[] = "more came than one answer";
+
 /// "passed", "failed", "unclear", "not tested".
 [[nodiscard]] const char* word_of(ReactionVerdict verdict);
 [[nodiscard]] const char* expected_text(Expected expected);
 
-/// What a reaction means for the controller; verdict and reason only.
-[[nodiscard]] BadRequestLine judged(const BadRequest& request, const Reaction& reaction);
+/// Whether a controller that was asked may have sent this, and nobody else.
+[[nodiscard]] bool is_own(Reaction::Kind kind);
+/// What a reaction means for the controller. It fails by what nobody else can have done: bytes of
+/// others, and such as may be anybody's, leave it unclear.
+[[nodiscard]] Trial judged(const BadRequest& request, const Reaction& reaction);
+/// The trial with what the good request behind it has shown.
+[[nodiscard]] Trial with_behind(Trial trial, const Behind& behind);
+/// What two trials say together: it fails when both do.
+[[nodiscard]] Trial together(const Trial& first, const Trial& second);
 
 } // namespace pelvan

@@ -1,22 +1,35 @@
 #include "badrequests/bad_request_run.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 
 #include "platform/run_time_error.h"
 #include "serial/other_parity.h"
+#include "text/numbers.h"
 
 namespace pelvan {
 namespace {
 
-constexpr int kGoodTries = 3;
+constexpr int kOpeningTries = 3;
 constexpr double kOpeningMs = 500;
 /// Converters that live on the modem lines come back when the port has been opened.
 constexpr double kAfterOpeningMs = 250;
+constexpr double kMsPerHundredth = 10;
+constexpr double kHundredths = 100;
 constexpr char kCanceled[] = "Cancelled.";
 constexpr char kNoLine[] = "there is no line";
 constexpr char kNothing[] = "nothing";
-constexpr char kMoreCame[] = "more came than one answer";
+constexpr char kBegin[] = "Good request at the beginning";
+constexpr char kNotJudged[] = ": nothing can be judged.";
+/// What could come into both tries of one request is heard in the time of two.
+constexpr double kListenTries = 2;
+constexpr double kListenMoreMs = 1000;
+
+/// To a hundredth of a second.
+std::string seconds_text(double ms) {
+    return plain_number(std::round(ms / kMsPerHundredth) / kHundredths) + " s";
+}
 
 const char* text_of(GoodReply::Kind kind) {
     switch (kind) {
@@ -33,9 +46,9 @@ const char* text_of(GoodReply::Kind kind) {
 
 /// One sending of a bad request.
 struct BadRequestRun::Attempt {
-    Reaction reaction;
-    /// Nothing can be said of the controller.
-    std::optional<BadRequestLine> instead = {};
+    Reaction reaction = {};
+    /// Nothing was sent, and nothing can be said of the controller.
+    std::optional<Trial> instead = {};
 };
 
 bool BadRequestResult::all_good() const {
@@ -47,7 +60,7 @@ bool BadRequestResult::all_good() const {
 
 BadRequestResult BadRequestRun::run(const BadRequestOptions& options) {
     result_ = {};
-    result_.wait_ms = options.wait_ms;
+    result_.wait_ms = wait_ms_ = options.wait_ms;
     const LineClaim claim = link_.claim();
     if (!claim) {
         result_.end = link_.refusal();
@@ -66,17 +79,20 @@ BadRequestResult BadRequestRun::run(const BadRequestOptions& options) {
             canceled_ = canceled_ || !listener_.go_on();
             return !canceled_;
         });
+    good_ = std::make_unique<GoodRequest>(*series_, *talk_, link_);
     result_.port =
         "port " +
         std::to_string(port_in_use(link_.channels(), series_->whom().channel).CommPort()) + ", " +
         talk_->settings();
-    canceled_ = false;
+    canceled_ = line_adds_ = line_loses_ = false;
     number_ = 0;
     trouble_.clear();
+    static_cast<void>(link_.take_remark());
     const MessageRouter::Diversion kept(messages_, [this](const std::string& text) {
         if (trouble_.empty()) trouble_ = text; // what follows comes of it
     });
-    run_series(options.wait_ms);
+    run_series();
+    result_.wait_ms = wait_ms_;
     if (canceled_) result_.end = kCanceled;
     // The request that was sent last may still be answered, to whoever uses the line next.
     if (!result_.end.empty())
@@ -84,15 +100,15 @@ BadRequestResult BadRequestRun::run(const BadRequestOptions& options) {
     return result_;
 }
 
-void BadRequestRun::run_series(double wait_ms) {
+void BadRequestRun::run_series() {
     const std::vector<BadRequest> requests = series_->requests(talk_->settings());
     const auto sent = std::ranges::count_if(
         requests, [](const BadRequest& request) { return request.not_applicable.empty(); });
     count_ = static_cast<int>(sent) + 2;
-    if (!begin("Good request at the beginning")) return;
+    if (!begin()) return;
     for (const BadRequest& request : requests)
-        if (!test(request, wait_ms)) return;
-    static_cast<void>(begin("Good request at the end"));
+        if (!test(request)) return;
+    end();
 }
 
 void BadRequestRun::announce(const std::string& name) {
@@ -113,135 +129,206 @@ bool BadRequestRun::has_ended() {
     return true;
 }
 
-/// Sends the good request, again where a single reply was lost. `late` when more came than its
-/// answer.
-GoodReply BadRequestRun::good(bool& late) {
-    GoodReply reply;
-    for (int i = 0; i < kGoodTries && !canceled_; ++i) {
-        reply = series_->ask([this](const std::string& bytes, double timeout_ms) {
-            return talk_->ask({bytes}, timeout_ms);
-        });
-        const std::size_t more = talk_->let_fall_silent();
-        late = late || reply.more || more > 0 || link_.stray_bytes() > 0;
-        const bool again =
-            reply.kind == GoodReply::Kind::Nothing || reply.kind == GoodReply::Kind::Damaged;
-        if (!again || talk_->is_lost()) break;
-    }
-    return reply;
+/// An answer that takes longer than is waited for would be taken for one to the next request.
+GoodOutcome BadRequestRun::good() {
+    GoodOutcome outcome = good_->send();
+    wait_ms_ = std::max(wait_ms_, good_->needed_wait_ms());
+    return outcome;
 }
 
-bool BadRequestRun::begin(const char* name) {
-    announce(name);
-    if (canceled_) return false;
-    bool late = false;
-    const GoodReply reply = good(late);
+BadRequestLine BadRequestRun::good_line(const char* name, const GoodOutcome& good) {
     BadRequestLine line{name, series_->good_text(), "an answer",
-                        reply.text.empty() ? kNothing : reply.text};
-    if (canceled_) return false;
-    const bool answered = reply.kind == GoodReply::Kind::Answered;
-    line.verdict = answered ? ReactionVerdict::Passed : ReactionVerdict::Failed;
-    if (!answered) line.reason = text_of(reply.kind);
-    if (talk_->is_lost()) line.reason = kNoLine;
-    if (answered && late) {
-        line.verdict = ReactionVerdict::Unclear;
+                        good.reply.text.empty() ? kNothing : good.reply.text};
+    line.verdict = ReactionVerdict::Unclear; // of the line, or of what was asked for
+    if (talk_->is_lost())
+        line.reason = kNoLine;
+    else if (!good.answered() && !good.remark.empty())
+        line.reason = good.remark;
+    else if (!good.answered())
+        line.reason = text_of(good.reply.kind);
+    else if (!good.rest.empty())
         line.reason = kMoreCame;
+    else
+        line.verdict = ReactionVerdict::Passed;
+    return line;
+}
+
+/// What comes while nothing is sent. The answer to a request that was sent twice may be that to
+/// the first, and its own one still to come.
+std::string BadRequestRun::listen(const GoodOutcome& first) {
+    listener_.sending(number_, count_, "Listening");
+    const bool again = first.answered() && first.repeated();
+    return talk_->listen_for(
+        std::max(kListenTries * wait_ms_ + kListenMoreMs, again ? LateAnswers::kDoubtMs : 0));
+}
+
+/// False when nothing can be judged, which the result says.
+bool BadRequestRun::begin() {
+    announce(kBegin);
+    const double chosen_ms = wait_ms_;
+    talk_->open();
+    GoodOutcome first = good();
+    // What an earlier request left on the line comes once.
+    if (first.answered() && !first.rest.empty()) first = good();
+    if (canceled_) return false;
+    BadRequestLine line = good_line(kBegin, first);
+    const std::string heard = talk_->is_lost() ? std::string() : listen(first);
+    if (canceled_) return false;
+    if (!heard.empty()) {
+        line.verdict = ReactionVerdict::Unclear;
+        line.reason = "bytes came while nothing was sent: " + series_->shown(heard);
+        result_.end = is_own(series_->reaction(heard).kind)
+                          ? "It answers later than is waited for, or somebody else asks it"
+                          : "Somebody else sends on this line, or it is disturbed";
+        result_.end += kNotJudged;
+    } else if (!first.answered()) {
+        if (is_own(series_->reaction(first.rest).kind)) line.reason = "it was answered too late";
+        result_.end = "The controller does not answer a good request as it should.";
+    } else if (!first.rest.empty()) {
+        line.reason += ": " + series_->shown(first.rest);
+        result_.end = series_->shown(first.rest).starts_with(series_->good_text())
+                          ? "The line echoes what is sent, and Port Settings (F9) do not say so"
+                          : "More comes than one answer to a good request";
+        result_.end += kNotJudged;
+    } else if (wait_ms_ > chosen_ms) {
+        line.reason = "it took " + seconds_text(good_->slowest_ms()) +
+                      ", so answers are waited for " + seconds_text(wait_ms_);
     }
     add(std::move(line));
-    if (has_ended()) return false;
-    if (!answered) result_.end = "The controller does not answer a good request as it should.";
-    return answered;
+    return !has_ended() && result_.end.empty();
+}
+
+void BadRequestRun::end() {
+    announce("Good request at the end");
+    const GoodOutcome last = good();
+    if (canceled_) return;
+    add(good_line("Good request at the end", last));
+    if (!has_ended() && !last.answered())
+        result_.end = "The controller does not answer good requests any more.";
 }
 
 /// Selects the controller, where the request needs that.
 bool BadRequestRun::open(const BadRequest& request, Attempt& result) {
     if (request.opening.empty()) return true;
-    for (int i = 0; i < kGoodTries && !canceled_; ++i) {
+    for (int i = 0; i < kOpeningTries && !canceled_; ++i) {
         if (talk_->ask({request.opening}, kOpeningMs) == request.opening_reply) return true;
-        static_cast<void>(talk_->let_fall_silent());
+        static_cast<void>(talk_->hear_out());
     }
-    result.instead = BadRequestLine{};
-    result.instead->verdict = ReactionVerdict::Failed;
-    result.instead->reason = "the controller could not be selected";
+    result.instead = Trial{ReactionVerdict::Unclear, "the controller could not be selected"};
     return false;
 }
 
-BadRequestRun::Attempt BadRequestRun::attempt(const BadRequest& request, double wait_ms) {
+BadRequestRun::Attempt BadRequestRun::attempt(const BadRequest& request) {
     Attempt result;
     if (!open(request, result)) return result;
-    std::optional<OtherParity> other;
-    if (request.parity != '\0') {
-        try {
-            other.emplace(link_.channels(), series_->whom().channel, request.parity);
-        } catch (const RunTimeError& error) {
-            result.instead = BadRequestLine{};
-            if (error.number() == error_number::kCannotSetState)
-                result.instead->reason = "this line has no such parity";
-            return result;
+    {
+        std::optional<OtherParity> other;
+        if (request.parity != '\0') {
+            try {
+                other.emplace(link_.channels(), series_->whom().channel, request.parity);
+            } catch (const RunTimeError& error) {
+                result.instead = Trial{};
+                if (error.number() == error_number::kCannotSetState)
+                    result.instead->reason = "this line has no such parity";
+                return result;
+            }
+            talk_->rest(kAfterOpeningMs);
         }
-        talk_->rest(kAfterOpeningMs);
+        send(request, result);
     }
-    const std::string reply = canceled_ ? std::string() : talk_->ask(request.parts, wait_ms);
-    result.reaction = series_->reaction(reply);
-    if (!reply.empty()) static_cast<void>(talk_->let_fall_silent());
-    other.reset();
+    if (request.parity != '\0') talk_->rest(kAfterOpeningMs); // opened once more
     if (!request.closing.empty()) {
         static_cast<void>(talk_->ask({request.closing}, canceled_ ? 0 : kOpeningMs));
-        if (!canceled_) static_cast<void>(talk_->let_fall_silent());
+        if (!canceled_) static_cast<void>(talk_->hear_out());
     }
     return result;
 }
 
+void BadRequestRun::send(const BadRequest& request, Attempt& result) {
+    const std::string reply = canceled_ ? std::string() : talk_->ask(request.parts, wait_ms_);
+    result.reaction = series_->reaction(reply);
+    if (reply.empty() && talk_->unread() > 0)
+        result.reaction = {Reaction::Kind::Noise, "bytes that were lost"};
+    const std::string more = reply.empty() ? std::string() : talk_->hear_out();
+    if (series_->reaction(more).kind == Reaction::Kind::Answer) // a refusal does not undo it
+        result.reaction = {Reaction::Kind::Answer, series_->shown(reply + more)};
+}
+
 /// False when the series cannot go on.
-bool BadRequestRun::test(const BadRequest& request, double wait_ms) {
+bool BadRequestRun::test(const BadRequest& request) {
     if (!request.not_applicable.empty()) {
         add({request.name, {}, {}, {}, ReactionVerdict::NotTested, request.not_applicable});
         return true;
     }
-    BadRequestLine line{request.name, {}, expected_text(request.expected), kNothing};
     announce(request.name);
+    bool goes_on = true;
+    Trial trial = tried(request, goes_on);
     if (canceled_) return false;
+    note_losses(trial);
+    BadRequestLine line{request.name,  {},          expected_text(request.expected), trial.answer,
+                        trial.verdict, trial.reason};
     for (const std::string& part : request.parts)
-        line.sent += (line.sent.empty() ? "" : " (pause) ") + series_->shown(part);
-    // What should not have come may be a late answer to something before, and what did not come
-    // may have been lost: it counts when it happens twice.
-    bool goes_on = try_once(request, wait_ms, line);
-    if (goes_on && line.verdict == ReactionVerdict::Failed) {
-        const BadRequestLine first = line;
-        goes_on = try_once(request, wait_ms, line);
-        if (line.verdict == ReactionVerdict::Passed) {
-            line = first;
-            line.verdict = ReactionVerdict::Unclear;
-            line.reason += ", but only once of twice; the line, or a late answer to another";
-        }
-    }
-    if (canceled_) return false;
+        if (trial.sent) line.sent += (line.sent.empty() ? "" : " (pause) ") + series_->shown(part);
     add(std::move(line));
     return goes_on && !has_ended();
 }
 
-/// Sends a bad request and a good one behind it, and puts what came of that into the line; false
-/// when the series cannot go on.
-bool BadRequestRun::try_once(const BadRequest& request, double wait_ms, BadRequestLine& line) {
-    const Attempt made = attempt(request, wait_ms);
-    const BadRequestLine verdict = made.instead ? *made.instead : judged(request, made.reaction);
-    line.verdict = verdict.verdict;
-    line.reason = verdict.reason;
-    line.answer = made.reaction.text.empty() ? kNothing : made.reaction.text;
-    if (made.instead) line.sent.clear(); // it was not
-    bool late = false;
-    const GoodReply reply = talk_->is_lost() || canceled_ ? GoodReply{} : good(late);
-    if (canceled_) return false;
-    if (reply.kind == GoodReply::Kind::Answered) {
-        if (late && line.verdict == ReactionVerdict::Passed) {
-            line.verdict = ReactionVerdict::Failed;
-            line.reason = made.reaction.text.empty() ? "answered late" : kMoreCame;
-        }
-        return true;
+/// What should not have come may be a late answer to something before, and what did not come may
+/// have been lost: it counts when it happens twice.
+Trial BadRequestRun::tried(const BadRequest& request, bool& goes_on) {
+    Trial first = try_once(request, goes_on);
+    const bool is_clear =
+        first.verdict == ReactionVerdict::Passed || first.verdict == ReactionVerdict::NotTested;
+    if (is_clear || !goes_on || canceled_) return first;
+    if (first.cause == TrialCause::Late && adds_to_good()) {
+        first.verdict = ReactionVerdict::Unclear;
+        first.reason += ", but so it was with a good request alone";
+        return first;
     }
-    line.verdict = ReactionVerdict::Failed;
-    line.reason = talk_->is_lost() ? kNoLine : std::string("after it ") + text_of(reply.kind);
-    if (!has_ended()) result_.end = "The controller does not answer good requests any more.";
-    return false;
+    const Trial second = try_once(request, goes_on);
+    return goes_on ? together(first, second) : second;
+}
+
+bool BadRequestRun::adds_to_good() {
+    line_adds_ = line_adds_ || !good().rest.empty();
+    return line_adds_;
+}
+
+/// A line that was seen to lose something may have lost it twice, too.
+void BadRequestRun::note_losses(Trial& trial) {
+    if (trial.cause != TrialCause::Lost) return;
+    if (trial.verdict == ReactionVerdict::Failed && line_loses_) {
+        trial.verdict = ReactionVerdict::Unclear;
+        trial.reason += ", but this line has lost others, too";
+    }
+    line_loses_ = line_loses_ || trial.verdict == ReactionVerdict::Unclear;
+}
+
+/// Sends a bad request and a good one behind it; `goes_on` is false when the series cannot go on.
+Trial BadRequestRun::try_once(const BadRequest& request, bool& goes_on) {
+    const Attempt made = attempt(request);
+    Trial trial = made.instead ? *made.instead : judged(request, made.reaction);
+    trial.sent = !made.instead;
+    const GoodOutcome next = talk_->is_lost() || canceled_ ? GoodOutcome{} : good();
+    if (canceled_) return trial;
+    if (next.answered()) return with_behind(std::move(trial), good_->shown_by(next));
+    goes_on = false;
+    trial.verdict = ReactionVerdict::Unclear;
+    const bool damaged = next.reply.kind == GoodReply::Kind::Damaged;
+    if (talk_->is_lost()) {
+        trial.reason = kNoLine;
+    } else if (!next.remark.empty()) {
+        trial.reason = next.remark;
+    } else if (is_own(series_->reaction(next.rest).kind)) {
+        trial.reason = "after it the good request was answered too late";
+    } else {
+        trial.reason = std::string("after it ") + text_of(next.reply.kind);
+        if (!damaged) trial.verdict = ReactionVerdict::Failed;
+    }
+    if (!has_ended())
+        result_.end = damaged ? "Good requests get damaged answers now."
+                              : "The controller does not answer good requests any more.";
+    return trial;
 }
 
 } // namespace pelvan

@@ -21,11 +21,25 @@ class LineTalk {
     /// Sends the parts with pauses between them, longer than any protocol allows, and returns the
     /// first reply; empty when none comes in time. Blocks for the pauses and up to `wait_ms`.
     [[nodiscard]] std::string ask(const std::vector<std::string>& parts, double wait_ms);
+    /// How many bytes of its reply were dropped when the next part was sent.
+    [[nodiscard]] std::size_t unread() const { return unread_; }
+    /// Opens the port, so that the time of the first exchange is the controller's. What is wrong
+    /// with it the exchange shows.
+    void open() { static_cast<void>(link_.channels().open_port(channel_, true)); }
+
+    // These hear the line that was used last.
+
     /// Waits so long, and forgets what comes.
     void rest(double ms);
-    /// The number of bytes that came until the line was silent for 250 ms; blocks up to a second.
-    [[nodiscard]] std::size_t let_fall_silent() { return link_.let_fall_silent().discarded; }
+    /// What has come and was not read yet.
+    [[nodiscard]] std::string pending();
+    /// What comes within this time while nothing is sent, to its end; empty for a silent line.
+    [[nodiscard]] std::string listen_for(double ms);
+    /// What comes until the line was silent for 250 ms; blocks up to a second.
+    [[nodiscard]] std::string hear_out();
 
+    /// Lets events run; false when all is to end.
+    [[nodiscard]] bool goes_on() { return let_events_run_(); }
     /// Whether the port is closed or its line lost.
     [[nodiscard]] bool is_lost() const;
     /// Milliseconds that a character takes with the line's settings; 0 when they cannot be used.
@@ -41,6 +55,7 @@ class LineTalk {
     std::int16_t channel_;
     std::int16_t quiet_chars_;
     std::function<bool()> let_events_run_;
+    std::size_t unread_ = 0;
 };
 
 } // namespace pelvan

@@ -12,6 +12,7 @@ namespace {
 constexpr long kMaxAddress = 247;
 constexpr long kMaxRegister = 65535;
 constexpr char kReadRegisters = 3;
+constexpr char kRefusedRead = '\x83';
 /// What changes something in a controller: writes, and diagnostics, which may restart it.
 constexpr std::array<unsigned, 8> kWorkingFunctions{5, 6, 8, 15, 16, 21, 22, 23};
 constexpr std::size_t kMinFrame = 4;
@@ -78,6 +79,7 @@ class ModbusSeries : public ProtocolSeries {
     [[nodiscard]] GoodReply ask(const AskLine& line) override;
 
   private:
+    [[nodiscard]] bool has_own_head(const std::string& reply) const;
     [[nodiscard]] std::vector<BadRequest> all(const std::string& settings) const;
 
     long address_;
@@ -130,9 +132,17 @@ Reaction ModbusSeries::reaction(const std::string& reply) const {
         if (frame.size() < kExceptionSize || !has_valid_crc(frame)) continue;
         if (frame[0] != good_[0]) return {Foreign, text};
         if (!is_exception(frame)) return {Answer, text};
+        if (reaction(reply.substr(size)).kind == Answer) return {Answer, text};
         return {Refusal, exception_text(static_cast<unsigned char>(frame[2]))};
     }
-    return {Damaged, text};
+    return {has_own_head(reply) ? Damaged : Noise, text};
+}
+
+/// The address with the function, as every answer begins.
+bool ModbusSeries::has_own_head(const std::string& reply) const {
+    return std::ranges::any_of(std::array{kReadRegisters, kRefusedRead}, [&](char function) {
+        return reply.find(std::string{good_[0], function}) != reply.npos;
+    });
 }
 
 GoodReply ModbusSeries::ask(const AskLine& line) {
@@ -145,8 +155,9 @@ GoodReply ModbusSeries::ask(const AskLine& line) {
     if (fits(reply) && is_exception(reply)) return {Refused, reaction(reply).text};
     // An answer to something before may have come right with it.
     const std::size_t size = std::min(reply.size(), kReplySize);
-    for (const std::string& frame : {reply.substr(0, size), reply.substr(reply.size() - size)})
-        if (fits(frame)) return {Answered, hex_bytes(frame), reply.size() > size};
+    for (const std::size_t at : {std::size_t{0}, reply.size() - size})
+        if (const std::string frame = reply.substr(at, size); fits(frame))
+            return {Answered, hex_bytes(frame), reply.substr(0, at) + reply.substr(at + size)};
     return {Damaged, hex_bytes(reply)};
 }
 

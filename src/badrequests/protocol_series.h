@@ -41,8 +41,8 @@ struct GoodReply {
     enum class Kind { Answered, Refused, Damaged, Nothing };
     Kind kind = Kind::Nothing;
     std::string text = {};
-    /// More came than the answer.
-    bool more = false;
+    /// What came besides the answer.
+    std::string more = {};
 };
 
 /// Sends bytes and returns the first reply, as one piece; empty when none comes in time.

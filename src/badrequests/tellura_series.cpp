@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <array>
+
 #include "badrequests/protocol_series.h"
 #include "text/bytes.h"
 #include "text/control_characters.h"
@@ -10,6 +13,13 @@ constexpr long kMaxAddress = 32;
 constexpr int kBytesRead = 2;
 constexpr std::size_t kPairSize = 2;
 constexpr std::size_t kReplySource = 3; // behind DLE STX and the destination 0
+
+/// Whether there is the beginning of an answer in these.
+bool begins_reply(std::string_view bytes) {
+    return std::ranges::any_of(std::array{kStx, kAck, kNak}, [bytes](char sign) {
+        return bytes.find(std::string{kDle, sign}) != bytes.npos;
+    });
+}
 
 class TelluraSeries : public ProtocolSeries {
   public:
@@ -103,7 +113,7 @@ Reaction TelluraSeries::reaction(const std::string& reply) const {
     if (reply == acknowledged) return {Answer, text};
     const std::string packet = reply.starts_with(acknowledged) ? reply.substr(kPairSize) : reply;
     if (!packet.starts_with(std::string{kDle, kStx}) || !protocol_.CheckReply(packet))
-        return {Damaged, std::move(text)};
+        return {begins_reply(reply) ? Damaged : Noise, std::move(text)};
     if (!is_own(packet)) return {Foreign, std::move(text)};
     const TelluraReply said = protocol_.ReadReply(packet);
     if (said.status == 0) return {Answer, std::move(text)};

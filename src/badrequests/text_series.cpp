@@ -18,6 +18,7 @@ constexpr std::int16_t kQuietChars = 8;
 constexpr long kMaxFullAddress = 32;
 constexpr std::size_t kTooLong = 100; // characters; commands have a dozen
 constexpr char kXonRefusal[] = "ERROR";
+constexpr char kLineEnds[] = "\r\n";
 constexpr char kUnknown[] = "? ZZZZZ";
 
 constexpr char kNoCheck[] = "messages of this protocol have no check";
@@ -101,7 +102,9 @@ Reaction FullSeries::reaction(const std::string& reply) const {
     const std::string text = shown(reply);
     if (reply == std::string(1, kNak) || reply == std::string(1, kEot)) return {Refusal, text};
     if (reply == std::string(1, kAck) || reply[0] == kStx) return {Answer, text};
-    if (reply.size() != 2 || reply[1] != kAck) return {Damaged, text};
+    const bool begins = reply.find(kStx) != reply.npos ||
+                        reply.find({address_character(address_), kAck}) != reply.npos;
+    if (reply.size() != 2 || reply[1] != kAck) return {begins ? Damaged : Noise, text};
     return {reply[0] == address_character(address_) ? Answer : Foreign, text};
 }
 
@@ -162,7 +165,8 @@ Reaction XonSeries::reaction(const std::string& reply) const {
     while (!text.empty() && (text.back() == '\r' || text.back() == '\n'))
         text.pop_back();
     const bool printable = std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
-    if (!printable || text.size() == reply.size()) return {Damaged, shown(reply)};
+    // Text has no frame that a part of it could be told by.
+    if (!printable || text.size() == reply.size()) return {Noise, shown(reply)};
     const bool reads = !text.starts_with(kXonRefusal) && (is_numeric(text) || reply == good_);
     return {reads ? Answer : Refusal, text.empty() ? shown(reply) : text};
 }
@@ -171,11 +175,15 @@ GoodReply XonSeries::ask(const AskLine& line) {
     using enum GoodReply::Kind;
     const std::string reply = line(command_ + "\r", kReplyTimeoutMs);
     if (reply.empty()) return {};
-    const Reaction said = reaction(reply);
-    if (said.kind == Reaction::Kind::Damaged) return {Damaged, said.text};
-    if (said.text.starts_with(kXonRefusal)) return {Refused, said.text};
-    good_ = reply;
-    return {Answered, said.text};
+    const std::size_t last = reply.find_last_not_of(kLineEnds);
+    const std::size_t before = last == reply.npos ? last : reply.find_last_of(kLineEnds, last);
+    const std::string more = before == reply.npos ? std::string() : reply.substr(0, before + 1);
+    const std::string answer = reply.substr(more.size());
+    const Reaction said = reaction(answer);
+    if (said.kind == Reaction::Kind::Noise) return {Damaged, said.text, more};
+    if (said.text.starts_with(kXonRefusal)) return {Refused, said.text, more};
+    good_ = answer;
+    return {Answered, said.text, more};
 }
 
 } // namespace

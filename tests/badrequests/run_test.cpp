@@ -148,13 +148,13 @@ TEST_F(WrongSlavesTest, EachFaultIsFoundAtTheRequestThatItBelongsTo) {
     expect(at(bad_crc, {{20, good_reply.substr(0, 5) + "xy"}}),
            {"Wrong CRC: failed: something came back that is no reply"}, "damaged");
     expect(at(bad_crc, {{20, frame("05 03 02 02 E6")}}),
-           {"Wrong CRC: failed: another address answered"}, "foreign");
+           {"Wrong CRC: unclear: another address answered"}, "foreign");
     expect(at(frame("01 03 00 00 00 00"), {}),
            {"Count of 0: failed: said nothing where it should refuse"}, "silent");
     expect(at(frame("F7 03 00 00 00 01"), {{20, good_reply}}),
            {"Other address: failed: answered for another"}, "hears all");
     expect(at(frame("F7 03 00 00 00 01"), {{20, frame("F7 03 02 02 E6")}}),
-           {"Other address: failed: answered with the other address, or a controller has it"},
+           {"Other address: unclear: answered with the other address, or a controller has it"},
            "echoes the address");
     expect(
         [&](const std::string& request) {
@@ -200,7 +200,7 @@ TEST_F(WrongSlavesTest, AControllerThatIsSilentRefusesOrDiesEndsTheSeries) {
         EXPECT_FALSE(result.all_good());
         return requests.size();
     };
-    const std::string begin = "Good request at the beginning: failed: the good request was ";
+    const std::string begin = "Good request at the beginning: unclear: the good request was ";
     const std::string no_answer = "The controller does not answer a good request as it should.";
     EXPECT_EQ(
         expect([](const std::string&) { return kSilence; }, {begin + "not answered"}, no_answer),
@@ -230,6 +230,82 @@ TEST_F(WrongSlavesTest, AControllerThatIsSilentRefusesOrDiesEndsTheSeries) {
     EXPECT_EQ(result.end, "");
 }
 
+TEST_F(WrongSlavesTest, WhatTheLineOrARightControllerDoesByItselfIsNoFault) {
+    const auto answering = [&](double after_ms, const std::string& before,
+                               const std::string& behind) {
+        return [=, this](const std::string& request) {
+            return is_good(request) ? Answer({{after_ms, before + good_reply + behind}}) : Answer();
+        };
+    };
+    const auto expect_end = [&](const auto& slave, const std::string& reason,
+                                const std::string& end) {
+        const BadRequestResult result = against(slave);
+        EXPECT_EQ(findings(result), Texts{"Good request at the beginning: unclear: " + reason});
+        EXPECT_EQ(result.end, end + ": nothing can be judged.");
+    };
+    const std::string more = "More comes than one answer to a good request";
+    const std::string shown = hex_of(good_reply);
+    expect_end(answering(20, bytes("C3 5A"), {}), "more came than one answer: C3 5A", more);
+    expect_end(answering(20, {}, good_reply), "more came than one answer: " + shown, more);
+    expect_end(answering(20, good_request, {}),
+               "more came than one answer: " + hex_of(good_request),
+               "The line echoes what is sent, and Port Settings (F9) do not say so");
+    expect_end(answering(2500, {}, {}), "bytes came while nothing was sent: " + shown,
+               "It answers later than is waited for, or somebody else asks it");
+    double next = 0;
+    int number = 0;
+    std::string noisy_from = "Good request at the beginning";
+    listener.on_turn = [&] { // each time other bytes
+        if (listener.current == noisy_from) noisy_from.clear();
+        if (!noisy_from.empty() || tick.now() < next) return;
+        next = tick.now() + 700;
+        port().arrive({0, bytes("00 5A 80") + static_cast<char>(++number)});
+    };
+    const BadRequestResult noisy = against(answering(20, {}, {}));
+    EXPECT_EQ(noisy.end, "Somebody else sends on this line, or it is disturbed: nothing can be "
+                         "judged.");
+    noisy_from = "Wrong CRC";
+    const std::string later = report_sum(against(answering(20, {}, {})));
+    EXPECT_TRUE(later.find("unclear") != later.npos && later.find("failed") == later.npos) << later;
+    listener.on_turn = nullptr;
+    const auto from_now_on = [&](const std::string& request) { // the line, not the controller
+        if (!is_good(request) || listener.current == "Listening") return Answer();
+        return Answer({{20, good_reply + (requests.size() > 1 ? good_reply : "")}});
+    };
+    const Texts doubled = findings(against(from_now_on));
+    EXPECT_EQ(doubled.front(),
+              "Wrong CRC: unclear: answered late, but so it was with a good request alone");
+}
+
+TEST_F(WrongSlavesTest, WrongControllersAreFoundBySlowNoisyCutAndDoubleAnswers) {
+    const std::string bad_crc = good_request.substr(0, 7) + '\xFF';
+    const auto verdict_of = [&](const Answer& answer, double good_ms = 20) {
+        const BadRequestResult result = against([&](const std::string& request) {
+            return is_good(request)     ? Answer({{good_ms, good_reply}})
+                   : request == bad_crc ? answer
+                                        : Answer();
+        });
+        EXPECT_EQ(result.end, "");
+        EXPECT_GE(result.wait_ms, 2 * good_ms);
+        return result.lines[1].verdict_text();
+    };
+    const std::string as_good = "failed: answered as if it were good";
+    EXPECT_EQ(verdict_of(Answer({{1200, good_reply}}), 1200), as_good);
+    EXPECT_EQ(verdict_of(kSilence, 1200), "passed");
+    EXPECT_EQ(verdict_of(Answer({{20, frame("01 83 03")}, {150, good_reply}})), as_good);
+    EXPECT_EQ(verdict_of(Answer({{20, bytes("FF 55 11")}})),
+              "failed: something came back that is no reply");
+    EXPECT_EQ(verdict_of(Answer({{1050, frame("01 83 03")}})), "failed: answered late");
+    // A half request that is kept takes the next good one with it.
+    bool kept = false;
+    const Texts lines = findings(against([&](const std::string& request) {
+        if (!is_good(request)) kept = request.size() == 4 && request[0] == '\1';
+        return is_good(request) && std::exchange(kept, false) ? kSilence : Answer();
+    }));
+    EXPECT_EQ(lines, Texts{"Second half missing: failed: the good request behind it was answered "
+                           "only when it was sent again"});
+}
+
 TEST_F(WrongSlavesTest, ALostLineACancelAndAnErrorPutTheParityBack) {
     for (const char* const where : {"Wrong CRC", "Other parity"}) {
         listener.on_sending = [&](const std::string& name) {
@@ -239,7 +315,7 @@ TEST_F(WrongSlavesTest, ALostLineACancelAndAnErrorPutTheParityBack) {
                 port().fail_next("PortOpen", error_number::kInvalidPortNumber);
         };
         const BadRequestResult lost = against([](const std::string&) { return Answer(); });
-        EXPECT_EQ(findings(lost), Texts{std::string(where) + ": failed: there is no line"});
+        EXPECT_EQ(findings(lost), Texts{std::string(where) + ": unclear: there is no line"});
         EXPECT_NE(lost.end, "");
     }
     listener.on_sending = nullptr;
