@@ -60,8 +60,9 @@ SendOutcome Repeat::exchange() {
     std::string message;
     SendOutcome outcome;
     {
-        const MessageRouter::Diversion kept(
-            messages_, [&message](const std::string& text) { message = text; });
+        const MessageRouter::Diversion kept(messages_, [&message](const std::string& text) {
+            if (message.empty()) message = text; // the others follow from it
+        });
         sending_ = true;
         const ScopeGuard done([this] { sending_ = false; });
         outcome = send();

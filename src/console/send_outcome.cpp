@@ -41,8 +41,11 @@ SendOutcome send_and_remark(Link& link, const std::function<SendOutcome()>& send
     outcome.remark = link.take_remark();
     if (outcome.remark.empty() && no_reply && link.echo() == Echo::Whole)
         outcome.remark = "The echo of the command came, but no answer.";
-    if (!outcome.remark.empty())
-        outcome.status += (outcome.status.empty() ? "" : ". ") + outcome.remark;
+    // That nothing came would be wrong, and what came is in the remark.
+    if (no_reply && link.echo() == Echo::Differs) outcome.status.clear();
+    if (!outcome.remark.empty() && !outcome.status.empty())
+        outcome.status += outcome.status.ends_with('.') ? " " : ". ";
+    outcome.status += outcome.remark;
     return outcome;
 }
 

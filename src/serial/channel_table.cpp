@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+#include "config/device_map.h"
+#include "network/network_address.h"
 #include "platform/run_time_error.h"
 #include "serial/channel_port.h"
 #include "serial/trap.h"
@@ -86,20 +88,21 @@ Resume after_open_error(const RunTimeError& error, std::int16_t port_number, Dia
     return Resume::Next;
 }
 
-/// Opens a port that is closed, or whose line is gone: it may have come back. Reopening a lost one
-/// that is still away raises 8020, which says better what has happened than what an opening says.
-void open_or_reopen(SerialPort& port, bool& was_lost) {
+/// Opens a port that is closed, or whose line is gone: it may have come back. Until a lost one has,
+/// opening it raises 8020, which says better what has happened than what an opening says.
+void open_or_reopen(SerialPort& port, bool& is_lost) {
     if (port.lost()) {
-        was_lost = true;
+        is_lost = true;
         port.set_PortOpen(false);
     }
     if (port.PortOpen()) return;
     try {
         port.set_PortOpen(true);
+        is_lost = false;
     } catch (const RunTimeError& error) {
         const bool away = error.number() == error_number::kInvalidPortNumber ||
                           error.number() == error_number::kDeviceUnavailable;
-        if (was_lost && away) throw RunTimeError(error_number::kCannotReadDevice, error.subject());
+        if (is_lost && away) throw RunTimeError(error_number::kCannotReadDevice, error.subject());
         throw;
     }
 }
@@ -210,6 +213,8 @@ void ChannelTable::set_way(int channel, SerialPort& device, const std::string& s
     ExchangeWay& way = ways_[static_cast<std::size_t>(channel)];
     way = pelvan::exchange_way(choice(ini_key::exchange(channel)), settings,
                                choice(ini_key::echo(channel)));
+    const auto behind = device_for_port(device.CommPort(), config_.gIniFile);
+    if (behind && is_network(*behind)) way.silence_ms = kNetworkSilenceMs;
     if (device.Handshaking() == kXonXoff && choice(ini_key::xon_xoff(channel)) == kByProgram) {
         device.set_Handshaking(0);
         way.own_handshake = true;
@@ -292,8 +297,8 @@ std::int16_t ChannelTable::open_target(std::int16_t channel, bool for_exchange) 
     };
     if (!trap.run(choose, table)) return target;
     if (!port) return -1;
-    bool was_lost = false;
-    if (!trap.run([&] { open_or_reopen(*port, was_lost); }, table)) return target;
+    bool& is_lost = line_record(target).lost;
+    if (!trap.run([&] { open_or_reopen(*port, is_lost); }, table)) return target;
     const ExchangeWay& way = exchange_way(channel);
     if (for_exchange && way.complete) return target;
     ChannelPort heard(*port, line_record(target), way);

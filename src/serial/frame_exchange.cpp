@@ -20,8 +20,6 @@ constexpr double kAwakeMs = 0.1;
 /// Before the end of it the line is looked at once more, and then the clock alone.
 constexpr double kLastLookMs = 0.02;
 
-/// Adapters deliver in lumps of up to 16 ms: a shorter silence does not end what is not complete.
-constexpr double kMinSilenceMs = 20;
 constexpr double kLongestFrame = 260; // characters
 constexpr std::size_t kMaxReplyBytes = std::size_t{1} << 20;
 
@@ -62,7 +60,7 @@ std::size_t FrameExchange::keep_distance() {
     while (port_.PortOpen() && !port_.lost()) { // else the write meets and reports it
         if (port_.InBufferCount() > 0) take(bytes);
         const double distance =
-            bytes.empty() ? way_.distance_ms : std::max(way_.distance_ms, kMinSilenceMs);
+            bytes.empty() ? way_.distance_ms : std::max(way_.distance_ms, kAdapterSilenceMs);
         const double until_ms = std::min(record_.last_byte_ms + distance, end_ms);
         const double left_ms = until_ms - tick_.precise_ms();
         if (left_ms > kAwakeMs) {
@@ -104,7 +102,7 @@ bool FrameExchange::bytes_wait(const std::string& reply) {
 }
 
 std::string FrameExchange::collect(double timeout_ms, double quiet_ms, const IsWhole& is_whole) {
-    const double silence_ms = std::max(quiet_ms, kMinSilenceMs);
+    const double silence_ms = std::max(quiet_ms, way_.silence_ms);
     double until_ms = tick_.precise_ms() + timeout_ms;
     const double end_ms = until_ms + kLongestFrame * way_.character_ms;
     bool whole = false;

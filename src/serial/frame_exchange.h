@@ -23,6 +23,11 @@ namespace pelvan {
 /// Whether the bytes of a reply so far are one whole frame and nothing else; any bytes will do.
 using IsWhole = std::function<bool(std::string_view received)>;
 
+/// Adapters deliver in lumps of up to 16 ms, networks when they come to it: a shorter silence does
+/// not end what is not whole.
+inline constexpr double kAdapterSilenceMs = 20;
+inline constexpr double kNetworkSilenceMs = 300;
+
 /// How a channel exchanges.
 struct ExchangeWay {
     /// Replies end with their frame, not with a pause.
@@ -34,6 +39,8 @@ struct ExchangeWay {
     double character_ms = 0;
     /// Silence that a request keeps from what was on the line before it.
     double distance_ms = 0;
+    /// Silence that ends a reply whose frame is not whole, unless the pause is longer.
+    double silence_ms = kAdapterSilenceMs;
 };
 
 /// The way of a channel with these values of its keys and these settings. Anything but "COMPLETE"
@@ -50,6 +57,7 @@ struct LineRecord {
     /// The shortest time from a request to the end of its reply; 0 while none is known.
     double fastest_ms = 0;
     std::size_t last_reply = 0; // bytes
+    bool lost = false;          // its device went, and no opening has succeeded since
     EchoFilter echo;
     Handshake handshake;
     // What came, and nobody has taken yet, without XON and XOFF, and without echoes.

@@ -124,7 +124,8 @@ std::string Link::exchange(const std::string& command, Reading reading) {
     // RTS stays raised between exchanges; it is down only while a reply is awaited.
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
     if (port.lost()) note_outage(port);
-    return way.echo && sent ? judged(std::move(reply), record.echo, reading) : reply;
+    return way.echo && sent && port.PortOpen() ? judged(std::move(reply), record.echo, reading)
+                                               : reply;
 }
 
 /// A port that was never open is none whose device has gone.

@@ -62,11 +62,19 @@ TEST_P(EchoingControllerTest, AnswersAllProtocolsAndADamagedEchoNeverCounts) {
     EXPECT_FALSE(broadcast().accepted);
     send();
     EXPECT_TRUE(counted.empty());
+    const SendOutcome differing = senders.modbus.send({2, "1", "0", "3", false}, {});
+    EXPECT_EQ(differing.status, differing.remark) << "something came";
+    tick.advance(LateAnswers::kDoubtMs + 1);
     for (const std::string& remark : refused)
         EXPECT_FALSE(remark.empty());
     start(",echo=1,lost=1,lost_ack=1");
     const SendOutcome silent = senders.modbus.send({2, "1", "0", "3", false}, {});
     EXPECT_EQ(silent.remark, "The echo of the command came, but no answer.");
+    configure_devices(dir, std::vector<std::string>(4, dir.file("unplugged")));
+    set_channels(ini_key::echo, "YES");
+    EXPECT_EQ(senders.modbus.send({2, "1", "0", "3", false}, {}).status,
+              "Not sent: the port is not open.")
+        << "so no echo is missed";
 }
 
 TEST_P(EchoingControllerTest, ACommandThatIsStoppedArrivesWholeOnlyWithTheProgramsHandshake) {

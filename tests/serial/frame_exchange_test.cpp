@@ -49,6 +49,16 @@ TEST_F(FrameExchangeTest, EndsWithTheFrameAndTheNextRequestKeepsItsDistance) {
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
+TEST_F(FrameExchangeTest, ANetworkMayKeepThePartsOfAFrameApart) {
+    const std::vector<Arrival> parts{{10, "a"}, {190, "b."}};
+    EXPECT_EQ(exchange(parts), "a");
+    ini_write_string(ini_key::kDevicesSection, ini_key::serial_device(1), "tcp://there:4001",
+                     config.gIniFile);
+    exchange_by("COMPLETE");
+    port().discards_future = false;
+    EXPECT_EQ(exchange(parts), "ab.");
+}
+
 TEST_F(FrameExchangeTest, WhatNeverCompletesEndsWithThePauseAndNotBefore20Ms) {
     std::vector<Arrival> endless;
     for (int i = 0; i < 400; ++i)

@@ -66,8 +66,8 @@ TEST_F(LostLineTest, TheNextCommandSaysThatTheDeviceIsGoneOrUsesTheOneThatCameBa
     EXPECT_EQ(arrived, "ask");
     pull();
     const std::string closed = "COMM ERROR NUMBER: 8018.  CHECK PORT/SETTINGS";
-    EXPECT_EQ(send(), (Texts{"ERROR READING COMM DEVICE", closed, closed, closed}));
-    EXPECT_EQ(send().at(0), "INVALID PORT NUMBER");
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(send(), (Texts{"ERROR READING COMM DEVICE", closed, closed, closed}));
     for (int i = 0; i < 2; ++i) { // back after a failure, and between two commands
         plug_in();
         EXPECT_EQ(send(), Texts{});

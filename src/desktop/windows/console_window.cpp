@@ -141,6 +141,7 @@ QWidget* send_column(const BindContext& context, frm_Pelvan5VB& form) {
 QHBoxLayout* status_line(const BindContext& context, frm_Pelvan5VB& form) {
     auto* status = bound<QLabel>(context, form.lbl_Status);
     status->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    status->setWordWrap(true); // the advice stands at the end of a sentence
     auto* repeated = bound<QLabel>(context, form.repeat.lbl_Repeat);
     repeated->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto* progress = bound<QProgressBar>(context, form.script.prg_SetupFile);
