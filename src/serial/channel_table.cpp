@@ -215,6 +215,9 @@ void ChannelTable::set_way(int channel, SerialPort& device, const std::string& s
                                choice(ini_key::echo(channel)));
     const auto behind = device_for_port(device.CommPort(), config_.gIniFile);
     if (behind && is_network(*behind)) way.silence_ms = kNetworkSilenceMs;
+    // What another device delivered says nothing of this one.
+    Seen& seen = seen_[device.CommPort()];
+    if (seen.device != behind.value_or("")) seen = {behind.value_or(""), {}};
     if (device.Handshaking() == kXonXoff && choice(ini_key::xon_xoff(channel)) == kByProgram) {
         device.set_Handshaking(0);
         way.own_handshake = true;

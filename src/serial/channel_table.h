@@ -87,8 +87,8 @@ class ChannelTable {
     [[nodiscard]] SerialState& state() { return state_; }
     /// How a channel exchanges; 9 outside 0..3.
     [[nodiscard]] const ExchangeWay& exchange_way(std::int16_t channel) const;
-    /// What was seen of a port number's adapter since the program started.
-    [[nodiscard]] Lumps& lumps(std::int16_t port_number) { return lumps_[port_number]; }
+    /// What was seen of the device behind a port number since the program started.
+    [[nodiscard]] Lumps& lumps(std::int16_t port_number) { return seen_[port_number].lumps; }
     /// What is remembered of a port object since the table was built; 9 outside 0..3.
     [[nodiscard]] LineRecord& line_record(std::int16_t port_index);
     [[nodiscard]] LineUse& line_use() { return line_use_; }
@@ -117,7 +117,11 @@ class ChannelTable {
     LateAnswers late_answers_;
     std::array<ExchangeWay, kChannelLimit> ways_{};
     std::array<LineRecord, kChannelLimit> records_{};
-    std::map<std::int16_t, Lumps> lumps_;
+    struct Seen {
+        std::string device;
+        Lumps lumps;
+    };
+    std::map<std::int16_t, Seen> seen_; // by port number
     std::size_t stray_bytes_ = 0;
     int keepers_ = 0; // exchanges and rebuilds under way, one in a message box of the other
     bool rebuild_wanted_ = false;

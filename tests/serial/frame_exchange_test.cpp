@@ -54,7 +54,9 @@ TEST_F(FrameExchangeTest, ANetworkMayKeepThePartsOfAFrameApart) {
     EXPECT_EQ(exchange(parts), "a");
     ini_write_string(ini_key::kDevicesSection, ini_key::serial_device(1), "tcp://there:4001",
                      config.gIniFile);
+    EXPECT_GT(table.lumps(1).bytes, 0U);
     exchange_by("COMPLETE");
+    EXPECT_EQ(table.lumps(1).bytes, 0U) << "another device";
     port().discards_future = false;
     EXPECT_EQ(exchange(parts), "ab.");
 }
