@@ -46,11 +46,15 @@ std::string use_scanned_settings(const ScanFind& find, std::int16_t port, int li
         return not_written;
     }
     const std::vector<int> missing = settings.missing_before(channel);
-    if (!missing.empty() &&
+    const bool add =
+        !missing.empty() &&
         dialogs.message_box(PortSettings::gap_question(channel, missing), {}, MessageButtons::YesNo,
-                            MessageIcon::Exclamation) == MessageAnswer::Yes)
-        if (!settings.add(missing)) return not_written;
+                            MessageIcon::Exclamation) == MessageAnswer::Yes;
+    if (add && !settings.add(missing)) return not_written;
     settings.rebuild();
+    if (!missing.empty() && !add)
+        return "Saved, but " + protocol_name(channel) +
+               " cannot be used before the protocols above it have ports too: see Port Settings.";
     return protocol_name(channel) + " uses port " + fields.port + " with " +
            settings_text(find.line) + " now. " + more_of(choices, find) +
            settings.sharing(channel, fields);

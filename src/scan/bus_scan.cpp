@@ -89,6 +89,7 @@ class BusScan::Run {
     void confirm(int address, ProbeAnswer first, double reply_ms);
     void look_again(int address, std::string bytes);
     void ask_again(int address, double patience_ms);
+    void tell_garbled(int address);
     [[nodiscard]] std::vector<int> asked_lately() const;
 
     BusScan& scan_;
@@ -114,6 +115,9 @@ class BusScan::Run {
 };
 
 void BusScan::Run::all() {
+    if (options_.fixed_settings)
+        remark_once("Behind tcp:// rate and format are the server's own: each address is asked "
+                    "once.");
     for (const ScanStep& next : plan_) {
         if (ended()) break;
         step_ = &next;
@@ -292,6 +296,16 @@ void BusScan::Run::ask_again(int address, double patience_ms) {
         std::string rest;
         static_cast<void>(line_.fall_silent(rest));
     }
+    if (!ended() && !is_settled(address)) tell_garbled(address);
+}
+
+/// What comes back every time is no noise.
+void BusScan::Run::tell_garbled(int address) {
+    if (std::exchange(result_.garbled, true)) return;
+    remark_once("At " + settings_text(step_->line) + " " + scan_protocol_name(step_->protocol) +
+                " address " + std::to_string(address) +
+                " something comes back that is no valid answer: another parity, two controllers "
+                "of one address, or bytes that a converter adds.");
 }
 
 ScanResult BusScan::run(const ScanOptions& options, ScanListener& listener) {

@@ -2,11 +2,16 @@
 
 #include <algorithm>
 
+#include "config/device_map.h"
+#include "network/network_address.h"
+
 namespace pelvan {
 
-void prepare_scan(ScanOptions& options, const SerialState& channels, std::int16_t port,
-                  int preferred_channel) {
+void prepare_scan(ScanOptions& options, const SerialState& channels, const ConfigState& config,
+                  std::int16_t port, int preferred_channel) {
     options.port = port;
+    const auto address = parse_network_address(device_for_port(port, config.gIniFile).value_or(""));
+    options.fixed_settings = address && !address->rfc2217;
     for (std::size_t i = channels.gCommDevice.size(); i-- > 0;) {
         const SerialPort& device = *channels.gCommDevice[i];
         const bool preferred = static_cast<int>(i) == preferred_channel;

@@ -14,6 +14,8 @@ constexpr char kReadsOnly[] = "A scan only reads: it changes nothing in a contro
 constexpr char kNothingFound[] =
     "No controller answered. Look at its supply, the cable, and whether the two wires of an RS-485 "
     "line are crossed; or try more rates and formats, or more patience.";
+constexpr char kNoValidAnswer[] =
+    "No controller was found, but something answers: see below, or try more rates and formats.";
 constexpr const char* kParityCaptions[] = {"No parit&y", "E&ven parity", "O&dd parity"};
 constexpr char kParityLetters[] = {'N', 'E', 'O'};
 constexpr std::ptrdiff_t kMostRemarks = 3; // lines
@@ -166,7 +168,8 @@ ScanOptions frm_BusScan::options() const {
     std::erase_if(options.protocols, [this](ScanProtocol protocol) {
         return !chk_Protocol[static_cast<std::size_t>(protocol)].checked();
     });
-    prepare_scan(options, link_.channels().state(), chosen_port(), host_.selected_protocol());
+    prepare_scan(options, link_.channels().state(), config_, chosen_port(),
+                 host_.selected_protocol());
     options.baud_rates.clear();
     for (std::size_t i = 0; i < chk_Baud.size(); ++i)
         if (chk_Baud[i].checked()) options.baud_rates.push_back(scan_baud_rates()[i]);
@@ -270,7 +273,7 @@ void frm_BusScan::show_result(const ScanResult& result) {
         if (result.unasked > 0)
             text = count + " found. " + unfinished_text(result);
         else if (finds_.empty())
-            text = kNothingFound;
+            text = result.garbled ? kNoValidAnswer : kNothingFound;
         break;
     case ScanEnd::FoundFirst:
         break;

@@ -33,6 +33,10 @@ bool same_settings(const LineSettings& a, const LineSettings& b) {
 /// chose anything, and the same format at the other rates (Modbus knows no other one here); then
 /// the parities, even first, because the Modbus standard asks for it; then what is rare.
 std::vector<LineSettings> settings_in_order(const ScanOptions& options) {
+    if (options.fixed_settings) {
+        const LineSettings line = options.present.value_or(LineSettings{});
+        return {line.data_bits == 8 ? line : LineSettings{}};
+    }
     std::vector<LineSettings> all;
     for (const int data : options.data_bits)
         for (const int stop : options.stop_bits)

@@ -40,6 +40,8 @@ struct ScanOptions {
     /// line that works must not be said to have no controller.
     std::optional<LineSettings> present = {};
     bool only_chosen = false; // not then
+    /// Rate and format are those of a server on the way, whatever is asked for: once is enough.
+    bool fixed_settings = false;
     /// In the order in which they are tried at one setting.
     std::vector<ScanProtocol> protocols = {ScanProtocol::Modbus, ScanProtocol::Full,
                                            ScanProtocol::Xon, ScanProtocol::Tellura};

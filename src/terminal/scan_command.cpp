@@ -120,7 +120,8 @@ void say_outcome(const ScanResult& result, int port, const std::string& director
     if (const std::string unfinished = unfinished_text(result); !unfinished.empty())
         scan.say(unfinished);
     else if (result.finds.empty() && result.how == ScanEnd::Completed)
-        scan.say("no controller answered in " + time);
+        scan.say((result.garbled ? "no valid answer came in " : "no controller answered in ") +
+                 time);
     if (result.finds.size() != 1) return;
     const ScanFind& find = result.finds.front();
     const auto& names = protocol_names();
@@ -144,7 +145,8 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
                          ? given.port
                          : devices[known ? static_cast<std::size_t>(selected) : 0]->CommPort();
     ScanOptions options = given.scan;
-    prepare_scan(options, app.session.serial, static_cast<std::int16_t>(port), selected);
+    prepare_scan(options, app.session.serial, app.session.config, static_cast<std::int16_t>(port),
+                 selected);
     TerminalScan listener(environment);
     const std::vector<ScanStep> plan = plan_scan(options);
     listener.say("port " + std::to_string(port) + ", " + std::to_string(probes_of(plan)) +

@@ -223,7 +223,9 @@ TEST_F(ApplicationTest, PutsFoundSettingsIntoTheirChannel) {
     scan.cmd_Start.press();
     desktop.on_turn = nullptr;
     EXPECT_EQ(scan.lst_Found.ListCount(), 1) << scan.lbl_Status.Caption();
-    dialogs.answers = {MessageAnswer::Yes}; // Modbus, before Xon, gets a port
+    dialogs.answers = {MessageAnswer::No, MessageAnswer::Yes}; // Modbus, before Xon, gets a port
+    scan.cmd_Use.press();
+    EXPECT_TRUE(scan.lbl_Status.Caption().starts_with("Saved, but Xon cannot be used before"));
     scan.cmd_Use.press();
     const std::string done = "Xon uses port 1 with 38400,N,8,1 now. The echo of the line is taken "
                              "out. Replies come cut at this rate unless they end with their frame: "

@@ -146,7 +146,11 @@ TEST_F(BusScanTest, TakesNothingElseForAnAnswer) {
         for (int protocol = 0; protocol < kScanProtocols; ++protocol) {
             ScanOptions options = plain(static_cast<ScanProtocol>(protocol));
             options.last_address = 8;
-            EXPECT_TRUE(run(options).finds.empty()) << name << ", protocol " << protocol;
+            const ScanResult result = run(options);
+            EXPECT_TRUE(result.finds.empty()) << name << ", protocol " << protocol;
+            if (protocol == 1 && name == "a damaged reply") {
+                EXPECT_TRUE(result.garbled);
+            }
         }
     }
     // An exception is an answer; one that came once is none.
@@ -270,6 +274,9 @@ TEST(ScanPlan, BeginsWithWhatIsLikely) {
     options.present = testing::line_of("1200,E,7,2");
     EXPECT_EQ(settings_text(plan_scan(options).front().line), "1200,E,7,2")
         << "although not chosen";
+    options.fixed_settings = true;
+    EXPECT_EQ(probes_of(plan_scan(options)), 247U + 33 + 1 + 2 * 32) << "each once";
+    options.fixed_settings = false;
     options.only_chosen = true;
     EXPECT_EQ(settings_text(plan_scan(options).front().line), "9600,N,8,1");
     options.first_address = options.last_address = 0;
