@@ -88,7 +88,8 @@ Trial judged(const BadRequest& request, const Reaction& reaction) {
     trial.verdict = Passed;
     if (is_allowed(request.expected, reaction.kind)) return trial;
     const bool silent = reaction.kind == Reaction::Kind::Silence;
-    TrialCause cause = silent ? TrialCause::Lost : TrialCause::Other;
+    TrialCause cause = TrialCause::Other;
+    if (silent || reaction.kind == Reaction::Kind::Damaged) cause = TrialCause::Line;
     if (reaction.kind == Reaction::Kind::Noise) cause = TrialCause::Bytes;
     set(trial, silent || is_own(reaction.kind) ? Failed : Unclear, cause,
         reason_of(request, reaction.kind));
@@ -107,20 +108,20 @@ Trial with_behind(Trial trial, const Behind& behind) {
     const bool silent = trial.answer == Trial().answer;
     if (!behind.rest.text.empty())
         trial.answer += (silent ? " in time, then " : ", then ") + behind.rest.text;
-    if (behind.first == Kind::Silence && behind.rest.kind != Kind::Silence)
-        set(trial, Unclear, TrialCause::Other,
+    if (behind.first == Kind::Noise)
+        set(trial, Unclear, TrialCause::Line,
+            "the good request behind it was answered with something damaged");
+    else if (behind.first == Kind::Silence && behind.rest.kind != Kind::Silence)
+        set(trial, Unclear, TrialCause::Line,
             "the good request behind it was answered late, or more than once");
     else if (is_own(behind.rest.kind))
-        set(trial, Failed, TrialCause::Late, silent ? "answered late" : kMoreCame);
+        set(trial, Failed, TrialCause::Line, silent ? "answered late" : kMoreCame);
     else if (behind.first == Kind::Silence)
-        set(trial, Failed, TrialCause::Lost,
+        set(trial, Failed, TrialCause::Line,
             "the good request behind it was answered only when it was sent again");
     else if (behind.first == Kind::Refusal)
-        set(trial, Failed, TrialCause::Late,
+        set(trial, Failed, TrialCause::Line,
             "a refusal came late, or to the good request behind it");
-    else if (behind.first != Kind::Answer)
-        set(trial, Unclear, TrialCause::Other,
-            "the good request behind it was answered with something damaged");
     else if (behind.rest.kind != Kind::Silence)
         set(trial, Unclear, TrialCause::Bytes, kNoise);
     return trial;
@@ -128,16 +129,13 @@ Trial with_behind(Trial trial, const Behind& behind) {
 
 Trial together(const Trial& first, const Trial& second) {
     using enum ReactionVerdict;
-    Trial both = first.verdict == Unclear ? first : second;
-    if (second.verdict == Passed) {
-        both = first;
-        both.verdict = Unclear;
-        both.reason += ", but only once of twice; the line, or a late answer to another";
-    } else if (first.cause == TrialCause::Bytes && second.cause == TrialCause::Bytes &&
-               first.answer == second.answer) {
-        // A disturbance has other bytes each time.
-        set(both, Failed, TrialCause::Other, kNoReply);
-    }
+    Trial both = first.verdict == Unclear || second.verdict == Passed ? first : second;
+    const bool only_bytes = first.cause == TrialCause::Bytes && second.cause == TrialCause::Bytes;
+    if (second.verdict == Passed)
+        set(both, Unclear, first.cause,
+            first.reason + ", but not each time; the line, or a late answer to another");
+    else if (only_bytes && first.answer == second.answer) // a disturbance has others each time
+        set(both, Failed, TrialCause::Bytes, kNoReply);
     return both;
 }
 

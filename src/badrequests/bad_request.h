@@ -48,12 +48,11 @@ struct Reaction {
 
 enum class ReactionVerdict { Passed, Failed, Unclear, NotTested };
 
-/// Why a trial did not pass, as far as it matters to what others say.
+/// Who may have made a trial not pass.
 enum class TrialCause {
     Other,
-    Late, // more came than was asked for, behind the time
-    Lost, // what was due did not come
-    Bytes // noise
+    Line, // or the controller: something is missing, damaged or at the wrong time
+    Bytes // anybody: they have nothing of a reply
 };
 
 /// What one sending of a bad request, with a good one behind it, says of the controller.
@@ -102,7 +101,7 @@ inline constexpr char kMoreCame[] = "more came than one answer";
 [[nodiscard]] Trial judged(const BadRequest& request, const Reaction& reaction);
 /// The trial with what the good request behind it has shown.
 [[nodiscard]] Trial with_behind(Trial trial, const Behind& behind);
-/// What two trials say together: it fails when both do.
+/// What several trials say together: they fail when all do.
 [[nodiscard]] Trial together(const Trial& first, const Trial& second);
 
 } // namespace pelvan

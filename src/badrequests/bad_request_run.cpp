@@ -12,6 +12,11 @@ namespace pelvan {
 namespace {
 
 constexpr int kOpeningTries = 3;
+constexpr int kTries = 3; // of what fails
+constexpr int kUnclearTries = 2;
+/// Of the good request: the first of all, and before a controller counts as dead.
+constexpr int kFirstTries = 3;
+constexpr int kGoodTries = 6;
 constexpr double kOpeningMs = 500;
 /// Converters that live on the modem lines come back when the port has been opened.
 constexpr double kAfterOpeningMs = 250;
@@ -22,7 +27,7 @@ constexpr char kNoLine[] = "there is no line";
 constexpr char kNothing[] = "nothing";
 constexpr char kBegin[] = "Good request at the beginning";
 constexpr char kNotJudged[] = ": nothing can be judged.";
-/// What could come into both tries of one request is heard in the time of two.
+/// What could come into two tries of one request is heard in the time of two.
 constexpr double kListenTries = 2;
 constexpr double kListenMoreMs = 1000;
 
@@ -84,7 +89,7 @@ BadRequestResult BadRequestRun::run(const BadRequestOptions& options) {
         "port " +
         std::to_string(port_in_use(link_.channels(), series_->whom().channel).CommPort()) + ", " +
         talk_->settings();
-    canceled_ = line_adds_ = line_loses_ = false;
+    canceled_ = line_spoils_ = false;
     number_ = 0;
     trouble_.clear();
     static_cast<void>(link_.take_remark());
@@ -130,8 +135,8 @@ bool BadRequestRun::has_ended() {
 }
 
 /// An answer that takes longer than is waited for would be taken for one to the next request.
-GoodOutcome BadRequestRun::good() {
-    GoodOutcome outcome = good_->send();
+GoodOutcome BadRequestRun::good(int tries) {
+    GoodOutcome outcome = good_->send(tries);
     wait_ms_ = std::max(wait_ms_, good_->needed_wait_ms());
     return outcome;
 }
@@ -167,9 +172,9 @@ bool BadRequestRun::begin() {
     announce(kBegin);
     const double chosen_ms = wait_ms_;
     talk_->open();
-    GoodOutcome first = good();
+    GoodOutcome first = good(kFirstTries);
     // What an earlier request left on the line comes once.
-    if (first.answered() && !first.rest.empty()) first = good();
+    if (first.answered() && !first.rest.empty()) first = good(kFirstTries);
     if (canceled_) return false;
     BadRequestLine line = good_line(kBegin, first);
     const std::string heard = talk_->is_lost() ? std::string() : listen(first);
@@ -200,7 +205,7 @@ bool BadRequestRun::begin() {
 
 void BadRequestRun::end() {
     announce("Good request at the end");
-    const GoodOutcome last = good();
+    const GoodOutcome last = good(kGoodTries);
     if (canceled_) return;
     add(good_line("Good request at the end", last));
     if (!has_ended() && !last.answered())
@@ -246,10 +251,15 @@ BadRequestRun::Attempt BadRequestRun::attempt(const BadRequest& request) {
 
 void BadRequestRun::send(const BadRequest& request, Attempt& result) {
     const std::string reply = canceled_ ? std::string() : talk_->ask(request.parts, wait_ms_);
+    if (reply.empty()) {
+        if (talk_->unread() > 0) result.reaction = {Reaction::Kind::Noise, "bytes that were lost"};
+        return;
+    }
     result.reaction = series_->reaction(reply);
-    if (reply.empty() && talk_->unread() > 0)
-        result.reaction = {Reaction::Kind::Noise, "bytes that were lost"};
-    const std::string more = reply.empty() ? std::string() : talk_->hear_out();
+    const std::string more = talk_->hear_out();
+    const Reaction::Kind kind = result.reaction.kind;
+    if (kind == Reaction::Kind::Damaged || kind == Reaction::Kind::Noise) // it comes in parts
+        result.reaction = series_->reaction(reply + more);
     if (series_->reaction(more).kind == Reaction::Kind::Answer) // a refusal does not undo it
         result.reaction = {Reaction::Kind::Answer, series_->shown(reply + more)};
 }
@@ -263,8 +273,8 @@ bool BadRequestRun::test(const BadRequest& request) {
     announce(request.name);
     bool goes_on = true;
     Trial trial = tried(request, goes_on);
+    weigh_line(trial, goes_on);
     if (canceled_) return false;
-    note_losses(trial);
     BadRequestLine line{request.name,  {},          expected_text(request.expected), trial.answer,
                         trial.verdict, trial.reason};
     for (const std::string& part : request.parts)
@@ -274,34 +284,33 @@ bool BadRequestRun::test(const BadRequest& request) {
 }
 
 /// What should not have come may be a late answer to something before, and what did not come may
-/// have been lost: it counts when it happens twice.
+/// have been lost: it counts when it happens each time.
 Trial BadRequestRun::tried(const BadRequest& request, bool& goes_on) {
-    Trial first = try_once(request, goes_on);
-    const bool is_clear =
-        first.verdict == ReactionVerdict::Passed || first.verdict == ReactionVerdict::NotTested;
-    if (is_clear || !goes_on || canceled_) return first;
-    if (first.cause == TrialCause::Late && adds_to_good()) {
-        first.verdict = ReactionVerdict::Unclear;
-        first.reason += ", but so it was with a good request alone";
-        return first;
+    using enum ReactionVerdict;
+    Trial all = try_once(request, goes_on);
+    for (int tries = 1; goes_on && !canceled_; ++tries) {
+        const bool again = all.verdict == Failed ? tries < kTries
+                                                 : all.verdict == Unclear && tries < kUnclearTries;
+        if (!again) break;
+        const Trial next = try_once(request, goes_on);
+        all = goes_on ? together(all, next) : next;
     }
-    const Trial second = try_once(request, goes_on);
-    return goes_on ? together(first, second) : second;
+    return all;
 }
 
-bool BadRequestRun::adds_to_good() {
-    line_adds_ = line_adds_ || !good().rest.empty();
-    return line_adds_;
-}
-
-/// A line that was seen to lose something may have lost it twice, too.
-void BadRequestRun::note_losses(Trial& trial) {
-    if (trial.cause != TrialCause::Lost) return;
-    if (trial.verdict == ReactionVerdict::Failed && line_loses_) {
-        trial.verdict = ReactionVerdict::Unclear;
-        trial.reason += ", but this line has lost others, too";
+/// A line that spoils good requests, too, may have done so each time.
+void BadRequestRun::weigh_line(Trial& trial, bool goes_on) {
+    using enum ReactionVerdict;
+    if (trial.cause == TrialCause::Other || !goes_on) return;
+    for (int i = 0; trial.verdict == Failed && i < kTries && !line_spoils_ && !canceled_; ++i) {
+        const GoodOutcome alone = good(kGoodTries);
+        line_spoils_ = alone.repeated() || !alone.rest.empty();
     }
-    line_loses_ = line_loses_ || trial.verdict == ReactionVerdict::Unclear;
+    if (trial.verdict == Failed && line_spoils_) {
+        trial.verdict = Unclear;
+        trial.reason += ", but this line spoils good requests, too";
+    }
+    line_spoils_ = line_spoils_ || trial.verdict == Unclear;
 }
 
 /// Sends a bad request and a good one behind it; `goes_on` is false when the series cannot go on.
@@ -309,7 +318,7 @@ Trial BadRequestRun::try_once(const BadRequest& request, bool& goes_on) {
     const Attempt made = attempt(request);
     Trial trial = made.instead ? *made.instead : judged(request, made.reaction);
     trial.sent = !made.instead;
-    const GoodOutcome next = talk_->is_lost() || canceled_ ? GoodOutcome{} : good();
+    const GoodOutcome next = talk_->is_lost() || canceled_ ? GoodOutcome{} : good(kGoodTries);
     if (canceled_) return trial;
     if (next.answered()) return with_behind(std::move(trial), good_->shown_by(next));
     goes_on = false;

@@ -65,14 +65,13 @@ class BadRequestRun {
     [[nodiscard]] Attempt attempt(const BadRequest& request);
     [[nodiscard]] bool open(const BadRequest& request, Attempt& result);
     void send(const BadRequest& request, Attempt& result);
-    [[nodiscard]] GoodOutcome good();
+    [[nodiscard]] GoodOutcome good(int tries);
     [[nodiscard]] BadRequestLine good_line(const char* name, const GoodOutcome& good);
-    [[nodiscard]] bool adds_to_good();
     [[nodiscard]] std::string listen(const GoodOutcome& first);
     [[nodiscard]] bool has_ended();
     void add(BadRequestLine line);
     void announce(const std::string& name);
-    void note_losses(Trial& trial);
+    void weigh_line(Trial& trial, bool goes_on);
 
     Link& link_;
     MessageRouter& messages_;
@@ -83,9 +82,7 @@ class BadRequestRun {
     BadRequestResult result_;
     std::string trouble_; // what the port had to say
     double wait_ms_ = 0;
-    /// What the line was seen to do with good requests: it adds to the answers, it loses some.
-    bool line_adds_ = false;
-    bool line_loses_ = false;
+    bool line_spoils_ = false; // good requests or their answers, as was seen
     bool canceled_ = false;
     int number_ = 0;
     int count_ = 0;

@@ -6,17 +6,16 @@
 namespace pelvan {
 namespace {
 
-constexpr int kTries = 3;
 /// Answers to bad requests may take so many times as long as those to good ones.
 constexpr double kTimes = 2;
 constexpr double kWaitStepMs = 100;
 
 } // namespace
 
-GoodOutcome GoodRequest::send() {
+GoodOutcome GoodRequest::send(int tries) {
     CountdownPool& ticks = link_.countdowns();
     GoodOutcome good;
-    for (int i = 0; i < kTries && !good.answered() && (i == 0 || talk_.goes_on()); ++i) {
+    for (int i = 0; i < tries && !good.answered() && (i == 0 || talk_.goes_on()); ++i) {
         if (sent_) good.rest += talk_.pending();
         const double begun = ticks.read_tick();
         good.reply = series_.ask([this](const std::string& bytes, double timeout_ms) {

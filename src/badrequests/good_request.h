@@ -26,8 +26,8 @@ class GoodRequest {
     GoodRequest(ProtocolSeries& series, LineTalk& talk, Link& link)
         : series_(series), talk_(talk), link_(link) {}
 
-    /// Sends it up to three times. Blocks until the line was silent behind it.
-    [[nodiscard]] GoodOutcome send();
+    /// Sends it so often at most. Blocks until the line was silent behind it.
+    [[nodiscard]] GoodOutcome send(int tries);
     /// The longest that an answer has taken, in milliseconds.
     [[nodiscard]] double slowest_ms() const { return slowest_ms_; }
     /// How long an answer to a bad request must be waited for, by that; 10 seconds at most.

@@ -108,11 +108,9 @@ Reaction TelluraSeries::reaction(const std::string& reply) const {
     using enum Reaction::Kind;
     if (reply.empty()) return {};
     std::string text = hex_bytes(reply);
-    const std::string acknowledged{kDle, kAck};
     if (reply == std::string{kDle, kNak}) return {Refusal, "NAK"};
-    if (reply == acknowledged) return {Answer, text};
-    const std::string packet = reply.starts_with(acknowledged) ? reply.substr(kPairSize) : reply;
-    if (!packet.starts_with(std::string{kDle, kStx}) || !protocol_.CheckReply(packet))
+    const std::string packet(protocol_.FirstPacket(reply)); // an acknowledgement alone is no answer
+    if (packet.empty() || !protocol_.CheckReply(packet))
         return {begins_reply(reply) ? Damaged : Noise, std::move(text)};
     if (!is_own(packet)) return {Foreign, std::move(text)};
     const TelluraReply said = protocol_.ReadReply(packet);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "badrequests/report.h"
+#include "support/configuration.h"
 #include "support/frames.h"
 #include "support/serial_rig.h"
 #include "support/simulated_ports.h"
@@ -67,6 +68,23 @@ TEST_F(BadRequestsTest, SimulatedControllersPassInEveryProtocol) {
         }
     }
     EXPECT_EQ(dialogs.texts(), Texts{});
+}
+
+TEST_F(BadRequestsTest, ALineThatSpoilsEachTenthReplyFailsNoController) {
+    SimulatedPorts simulated(*this);
+    tick.step_ms = 1;
+    for (const char* const fault : {"lost", "flip", "crc", "gap", "noise", "late", "other",
+                                    "lost_ack", "nak", "no_etx", "xoff"})
+        for (int seed = 1; seed <= 10; ++seed) {
+            const std::string device =
+                std::string("simulated:742,") + fault + "=0.1,seed=" + std::to_string(seed);
+            configure_devices(dir, std::vector<std::string>(4, device));
+            rebuild();
+            for (int protocol = 0; protocol < 4; ++protocol) {
+                const std::string sum = report_sum(run(protocol));
+                EXPECT_EQ(sum.find("failed"), sum.npos) << device << protocol << sum;
+            }
+        }
 }
 
 /// A Modbus controller at address 1 that does what the standard says, but for what a test makes it
@@ -170,7 +188,7 @@ TEST_F(WrongSlavesTest, EachFaultIsFoundAtTheRequestThatItBelongsTo) {
             return request == bad_crc && std::exchange(first, false) ? Answer({{2500, good_reply}})
                                                                      : Answer();
         },
-        {"CRC bytes exchanged: unclear: answered late, but only once of twice; the line, or a late "
+        {"CRC bytes exchanged: unclear: answered late, but not each time; the line, or a late "
          "answer to another"},
         "too late to be told whose");
     expect(
@@ -274,7 +292,7 @@ TEST_F(WrongSlavesTest, WhatTheLineOrARightControllerDoesByItselfIsNoFault) {
     };
     const Texts doubled = findings(against(from_now_on));
     EXPECT_EQ(doubled.front(),
-              "Wrong CRC: unclear: answered late, but so it was with a good request alone");
+              "Wrong CRC: unclear: answered late, but this line spoils good requests, too");
 }
 
 TEST_F(WrongSlavesTest, WrongControllersAreFoundBySlowNoisyCutAndDoubleAnswers) {
