@@ -1,7 +1,12 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <set>
+
 #include "logging/logging_rig.h"
+#include "logging/row_value.h"
+#include "support/cases.h"
+#include "support/simulated_ports.h"
 
 static int syncs = 0; // calls of fsync so far
 
@@ -15,6 +20,7 @@ namespace pelvan {
 namespace {
 
 using Texts = std::vector<std::string>;
+using testing::cases;
 using testing::error_of;
 using testing::frame;
 
@@ -22,6 +28,33 @@ const std::string kToFile = "LOG TO FILE=TRUE\r\n";
 const std::string kDamaged = "\1\3\2\2\1\1\1";
 const std::string kBadCheck = "RESPONSE FROM CONTROLLER HAS CRC ERROR!";
 const std::string kBadCount = "Character Count error occurred.  Verify Communications.";
+
+TEST(RowValue, ExceptionsAndPairsOfWordsBecomeNumbers) {
+    // One digit of an exception's code is read. The last two are too short to hold a number.
+    for (const auto& [text, number] :
+         cases("Exception Error: 131 2->-32002|Exception Error: 131 11->-32001|"
+               "Exception Error: ->-65536|Error:->-65536"))
+        EXPECT_EQ(exception_value(text), number) << text;
+    for (const auto& [text, number] :
+         cases("1 5->65541| 1 5->65541|0 -1->65535|1 -31072 ->100000|32767 -1->2147483647|"
+               "-32768 0->-2147483648|-32002->-32002|->|NO NUMBER 1->NO NUMBER 1|1 ->1 "))
+        EXPECT_EQ(join_32_bit(text), number) << "\"" << text << "\"";
+    EXPECT_EQ(error_of(join_32_bit, "32768 0"), 6);
+}
+
+TEST(RowValue, DecimalPlacesScale) {
+    const std::pair<double, const char*> tables[] = {
+        {0, "->|-->-|2147483647-> 2147483647"},
+        // No 0 that would pass for a reading.
+        {1, "725-> 72.5|5-> 0.5| -.5 x->-0.05|no number->no number"},
+        {5, "1-> 0.00001"},
+        {-4, "-7->-70000"},
+    };
+    for (const auto& [decimals, table] : tables)
+        for (const auto& [text, scaled] : cases(table))
+            EXPECT_EQ(scaled_value(text, decimals), scaled) << text;
+    EXPECT_EQ(error_of(scaled_value, "1", -400), 6);
+}
 
 class DataLoggerTest : public testing::LoggingTest {
   protected:
@@ -32,7 +65,7 @@ class DataLoggerTest : public testing::LoggingTest {
 TEST_F(DataLoggerTest, EachKindOfReplyHasItsValueAndMark) {
     using enum RowState;
     using Reply = std::optional<std::string>;
-    const std::vector<std::tuple<std::string, Reply, std::string, RowState>> cases{
+    const std::vector<std::tuple<std::string, Reply, std::string, RowState>> kinds{
         {"1,3,100,1", {}, " 72.5", Answered},
         {"1,32,200,0", {}, " 65541", Answered},
         {"1,3,999,2", {}, "-320.02", Exception},
@@ -51,7 +84,7 @@ TEST_F(DataLoggerTest, EachKindOfReplyHasItsValueAndMark) {
         {"300,3,100,", {}, "-99999", Nothing},
         {"1,7,100,", {}, "-99999", Nothing},
     };
-    for (const auto& [row, reply, text, mark] : cases) {
+    for (const auto& [row, reply, text, mark] : kinds) {
         instead = reply;
         load({row});
         logger.RunLoggingPass();
@@ -212,6 +245,91 @@ TEST_F(DataLoggerTest, AFileThatCannotBeWrittenWarnsAndKeepsTheLines) {
     EXPECT_TRUE(logger.stop());
     EXPECT_EQ(lines(), 102);
     EXPECT_EQ(log_text().find("16:30"), std::string::npos);
+}
+
+/// Through the night: the real link on simulated controllers.
+class OvernightTest : public testing::LoggingTest {
+  protected:
+    void start(const std::string& device, int seconds) {
+        testing::configure_devices(dir, {"simulated:loopback", device});
+        table.init_comms();
+        load({"1,3", "1,3,300"}, kToFile);
+        LoggingTest::start(seconds);
+    }
+
+    testing::SimulatedPorts simulated{*this};
+};
+
+TEST_F(OvernightTest, TwelveHoursWithLostRepliesLoseNoPass) {
+    constexpr int kTicks = 12 * 3600;
+    tick.step_ms = 5;
+    tick.advance(4294967295.0 - 3600000); // wraps in the first hour
+    int passes = 0;
+    int silent = 0;
+    const auto counted = logger.pass_done.subscribe([&] {
+        ++passes;
+        for (const int row : {1, 2})
+            silent += reading(row).state == RowState::Nothing ? 1 : 0;
+    });
+    start("simulated:742,lost=0.01,seed=7", 30);
+    run(60);
+    const std::size_t slots = state.gTimerStart.size();
+    run(kTicks - 60);
+    EXPECT_EQ(passes, kTicks / 30 + 1);
+    EXPECT_EQ(lines(), passes * 2);
+    EXPECT_NEAR(silent, passes * 2 * 0.01, passes * 0.01);
+    EXPECT_EQ(state.gTimerStart.size(), slots);
+    EXPECT_TRUE(dialogs.shown.empty());
+    // The trend's time goes on across the wrap of the tick.
+    const TrendSpan span = logger.trend().span();
+    EXPECT_GT(span.to_ms - span.from_ms, kTicks * 1000.0 - 10000);
+}
+
+TEST_F(OvernightTest, ALateReplyIsNotTakenForTheNextRows) {
+    using Values = std::set<std::string>;
+    for (const std::string lateness : {"late=1,only=3", "late=1", "late=0.3,seed=7"}) {
+        Values first;
+        Values second;
+        const auto watched = logger.pass_done.subscribe([&] {
+            first.insert(reading(1).value);
+            second.insert(reading(2).value);
+        });
+        // It answers each request in turn, after the time-out of 2000 ms.
+        start("simulated:742,queue=1,late_ms=2100," + lateness, 6);
+        run(6 * 40);
+        const bool answers = lateness != "late=1";
+        EXPECT_EQ(first, answers ? Values({"", " 742"}) : Values({""})) << lateness;
+        second.erase("");
+        EXPECT_EQ(second.size(), answers ? 1U : 0U) << lateness;
+        EXPECT_EQ(second.count(" 742"), 0U) << lateness;
+    }
+}
+
+TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
+    int error = 0; // of the device; 0: there is a controller
+    simulated.open_line = [&](const std::string&, const LineSettings& settings) {
+        if (error != 0) throw RunTimeError(error);
+        return simulated.simulators.open("simulated:742", settings);
+    };
+    start("/dev/adapter", 6);
+    // The device's node may outlive the device, and opening it then is worth a try at any time.
+    for (const int cause : {error_number::kInvalidPortNumber, error_number::kDeviceUnavailable}) {
+        EXPECT_EQ(reading(1), (LogReading{" 742", RowState::Answered}));
+        EXPECT_EQ(logger.port_message(), "");
+        error = cause;
+        table.init_comms(); // the port has to be opened again
+        run(12);
+        EXPECT_TRUE(dialogs.shown.empty()); // a box would hold the logging until it is answered
+        EXPECT_NE(logger.port_message(), "");
+        EXPECT_EQ(reading(1).state, RowState::Nothing);
+        error = 0;
+        run(6);
+        EXPECT_EQ(logger.port_message(), "Port: The device was gone for 12 s.");
+        run(6);
+        EXPECT_EQ(logger.outage(), "The device was gone for 12 s, until 16:30:05.");
+    }
+    EXPECT_EQ(reading(1), (LogReading{" 742", RowState::Answered}));
+    EXPECT_EQ(logger.port_message(), "");
 }
 
 } // namespace

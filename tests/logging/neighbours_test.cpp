@@ -1,108 +1,39 @@
-// Rows that are read together, against the same rows read singly.
-#include <set>
-
+// Rows that are read together, against the same rows read singly; and single rows of a slave that
+// answers late or twice.
 #include "logging/logging_rig.h"
+#include "support/faulty_slave.h"
 #include "text/numbers.h"
 
 namespace pelvan::testing {
 namespace {
 
-enum class Fault {
-    None,
-    Silent,
-    Late,
-    Cut,
-    Doubled,
-    Damaged,
-    Foreign,
-    Fewer,
-    NoSuchRegister,
-    NotAllowed,
-    Busy
-};
+Fault refused(char code) {
+    return {"exception " + std::to_string(code), [code](const std::string& reply) {
+                return sealed({reply[0], static_cast<char>(reply[1] | '\x80'), code});
+            }};
+}
 
-/// Answers reads of any number of registers, one request after another. A register holds its number
-/// or what was written to it; every reply with a faulty register in it has that register's fault.
-class FaultySlave {
-  public:
-    explicit FaultySlave(FakeTick& tick) : tick_(&tick) {}
-
-    std::vector<Arrival> answer(const std::string& request) {
-        const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(request[i]); };
-        const int first = byte(2) * 256 + byte(3);
-        const int count = byte(1) == 6 ? 1 : byte(4) * 256 + byte(5);
-        asked += std::to_string(first) + "x" + std::to_string(count) + " ";
-        if (byte(0) != 1) return {};
-        if (byte(1) == 6) {
-            held_[first] = byte(5);
-            return at(kTurnaroundMs, request);
-        }
-        Fault fault = Fault::None;
-        for (int i = first; i < first + count; ++i)
-            if (faults.contains(i)) fault = faults[i];
-        const bool fits = count <= most;
-        if (!fits) fault = too_many;
-        return at(kTurnaroundMs + count * 2, reply(request, first, count), fault);
-    }
-
-    std::map<int, Fault> faults; // by register
-    double late_ms = 0;
-    int most = 125;
-    Fault too_many = Fault::Silent;
-    std::string asked;
-
-  private:
-    static constexpr double kTurnaroundMs = 20;
-
-    std::string reply(const std::string& request, int first, int count) {
-        std::string frame = request.substr(0, 2) + static_cast<char>(2 * count);
-        for (int i = first; i < first + count; ++i) {
-            const int value = held_.contains(i) ? held_[i] : i;
-            frame += {static_cast<char>(value / 256), static_cast<char>(value % 256)};
-        }
-        return sealed(frame);
-    }
-    std::vector<Arrival> at(double after_ms, const std::string& reply, Fault fault = Fault::None) {
-        if (fault == Fault::Late) after_ms = late_ms;
-        busy_until_ = std::max(tick_->now(), busy_until_) + after_ms;
-        const double due = busy_until_ - tick_->now();
-        const auto refused = [&](char code) {
-            return sealed({reply[0], static_cast<char>(reply[1] | '\x80'), code});
-        };
-        std::string damaged = reply;
-        damaged.back() = static_cast<char>(damaged.back() ^ 1);
-        const std::string body = reply.substr(1, reply.size() - 3);
-        switch (fault) {
-        case Fault::Silent:
-            return {};
-        case Fault::Cut:
-            return {{due, reply.substr(0, reply.size() / 2)}};
-        case Fault::Doubled:
-            return {{due, reply}, {due + 10, reply}};
-        case Fault::Damaged:
-            return {{due, damaged}};
-        case Fault::Foreign:
-            return {{due, sealed("\2" + body)}};
-        case Fault::Fewer:
-            return {{due, sealed(reply.substr(0, 2) + static_cast<char>(reply[2] - 2) +
-                                 reply.substr(5, reply.size() - 7))}};
-        case Fault::NoSuchRegister:
-            return {{due, refused('\2')}};
-        case Fault::NotAllowed:
-            return {{due, refused('\3')}};
-        case Fault::Busy:
-            return {{due, refused('\6')}};
-        case Fault::None:
-        case Fault::Late:
-            break;
-        }
-        return {{due, reply}};
-    }
-
-    FakeTick* tick_;
-    double busy_until_ = 0;
-    std::map<int, int> held_;
-};
+const Fault kSilent{"silent", [](const auto&) { return std::string(); }};
+const std::vector<Fault> kFaults{
+    {},
+    kSilent,
+    {.name = "late", .late_ms = 2100},
+    {.name = "doubled", .again_ms = 10},
+    refused(2),
+    refused(3),
+    refused(6),
+    {"cut", [](const auto& reply) { return reply.substr(0, reply.size() / 2); }},
+    {"damaged",
+     [](std::string reply) {
+         reply.back() = static_cast<char>(reply.back() ^ 1);
+         return reply;
+     }},
+    {"from another address",
+     [](const auto& reply) { return sealed("\2" + reply.substr(1, reply.size() - 3)); }},
+    {"a register too few", [](const auto& reply) {
+         return sealed(reply.substr(0, 2) + static_cast<char>(reply[2] - 2) +
+                       reply.substr(5, reply.size() - 7));
+     }}};
 
 class NeighboursTest : public LoggingTest, public ::testing::WithParamInterface<const char*> {
   protected:
@@ -112,8 +43,8 @@ class NeighboursTest : public LoggingTest, public ::testing::WithParamInterface<
     }
     [[nodiscard]] bool complete() const { return table.exchange_way(1).complete; }
 
-    /// Loads rows of one command from a register on.
-    static void add(std::vector<std::string>& rows, const std::string& begin, int first, int last) {
+    /// Rows of one command from a register on, every third with a decimal place.
+    void add(const std::string& begin, int first, int last) {
         for (int number = first; number <= last; ++number)
             rows.push_back(begin + std::to_string(number) + (number % 3 == 0 ? ",1" : ",0"));
     }
@@ -123,9 +54,9 @@ class NeighboursTest : public LoggingTest, public ::testing::WithParamInterface<
         tick.advance(LateAnswers::kDoubtMs);
         rebuild();
         slave = FaultySlave(tick);
+        slave.turnaround_ms = 20;
+        slave.answer_on(*ports[1]);
         prepare();
-        ports[1]->discards_future = false;
-        ports[1]->responder = [this](const std::string& request) { return slave.answer(request); };
         modbus_state.neighbours = {};
         write_file(log_file, "");
         load(rows, "LOG TO FILE=TRUE\r\n");
@@ -147,13 +78,19 @@ class NeighboursTest : public LoggingTest, public ::testing::WithParamInterface<
         return slave.asked;
     }
 
-    /// Whether the row has a reading; one that is not its register's fails.
-    bool has(int row, int number) {
-        const bool answered = reading(row).state == RowState::Answered;
-        const double value = number / (number % 3 == 0 ? 10.0 : 1.0);
-        EXPECT_TRUE(!answered || reading(row).value == signed_number(value))
-            << number << ": " << reading(row).value;
-        return answered;
+    /// The registers of rows without a reading. A reading that is not its register's fails.
+    std::string missing() {
+        std::string out;
+        for (int row = 1; row <= std::ssize(rows); ++row) {
+            const std::string number = split(rows[static_cast<std::size_t>(row - 1)], ',')[2];
+            const double scale = std::stoi(number) % 3 == 0 ? 10 : 1;
+            const LogReading& there = reading(row);
+            if (there.state != RowState::Answered)
+                out += number + " ";
+            else
+                EXPECT_EQ(there.value, signed_number(std::stoi(number) / scale)) << number;
+        }
+        return out;
     }
 
     std::vector<std::string> rows;
@@ -164,70 +101,68 @@ class NeighboursTest : public LoggingTest, public ::testing::WithParamInterface<
 INSTANTIATE_TEST_SUITE_P(, NeighboursTest, ::testing::Values("QUIET", "COMPLETE"));
 
 TEST_P(NeighboursTest, EveryFaultLeavesFileAndGridAsTheyAreWithSingleReads) {
-    add(rows, "1,3,", 100, 109);
-    add(rows, "1,4,", 110, 111);
-    add(rows, "1,3,", 130, 139);
-    for (const Fault fault :
-         {Fault::None, Fault::Silent, Fault::Late, Fault::Cut, Fault::Doubled, Fault::Damaged,
-          Fault::Foreign, Fault::Fewer, Fault::NoSuchRegister, Fault::NotAllowed, Fault::Busy})
+    add("1,3,", 100, 109);
+    add("1,4,", 110, 111);
+    add("1,3,", 130, 139);
+    for (const Fault& fault : kFaults)
         for (const int at : {100, 105, 109, 111, 130}) {
-            if (fault == Fault::Doubled && complete()) continue; // see below
-            prepare = [&] {
-                slave.faults[at] = fault;
-                slave.late_ms = 2100;
-            };
-            EXPECT_EQ(seen(true), seen(false)) << static_cast<int>(fault) << " at " << at;
+            if (fault.again_ms > 0 && complete()) continue; // see below
+            prepare = [&] { slave.faults[at] = fault; };
+            EXPECT_EQ(seen(true), seen(false)) << fault.name << " at " << at;
         }
 }
 
 /// Which rows a very late answer spoils, or one that comes twice behind its frame, depends on what
 /// it meets. None takes it for its own.
 TEST_P(NeighboursTest, LateAndDoubledAnswersSpoilFewRowsAndGiveNoneAWrongValue) {
-    add(rows, "1,3,", 100, 109);
-    add(rows, "1,3,", 130, 139);
-    const auto missing = [&](bool together) {
+    add("1,3,", 100, 109);
+    add("1,3,", 130, 139);
+    const auto spoiled = [&](bool together) {
         static_cast<void>(seen(together));
-        std::ptrdiff_t count = 0;
-        for (int row = 1; row <= 20; ++row)
-            count += has(row, row <= 10 ? 99 + row : 119 + row) ? 0 : 1;
-        return count;
+        return std::ranges::count(missing(), ' ');
     };
     for (const int at : {100, 105, 109, 130, 139})
         for (const double late_ms : {0.0, 2300.0, 3100.0, 4200.0, 4700.0}) {
-            prepare = [&] {
-                slave.faults[at] = late_ms > 0 ? Fault::Late : Fault::Doubled;
-                slave.late_ms = late_ms;
-            };
-            EXPECT_LE(missing(true), missing(false) + 2) << at << ", " << late_ms;
+            SCOPED_TRACE(std::to_string(at) + ", late by " + std::to_string(late_ms));
+            const double again_ms = late_ms > 0 ? 0 : 10;
+            prepare = [&] { slave.faults[at] = {.late_ms = late_ms, .again_ms = again_ms}; };
+            EXPECT_LE(spoiled(true), spoiled(false) + 2);
         }
+}
+
+TEST_P(NeighboursTest, AReplyThatComesTwiceGivesNoRowAnothersValue) {
+    for (const int first : {100, 200, 300})
+        add("1,3,", first, first + 9);
+    for (const double again_ms : {1.0, 30.0, 80.0, 200.0}) {
+        SCOPED_TRACE(again_ms);
+        prepare = [&] { slave.faults[200] = {.again_ms = again_ms}; };
+        static_cast<void>(seen(true, 1));
+        static_cast<void>(missing());
+    }
 }
 
 /// A controller that refuses, or does not answer, what is too long for it.
 TEST_P(NeighboursTest, WhatIsTooLongForAControllerIsReadInPieces) {
-    add(rows, "1,3,", 100, 199);
-    for (const int most : {1, 5, 16, 99})
-        for (const Fault too_many : {Fault::NotAllowed, Fault::NoSuchRegister, Fault::Silent}) {
-            prepare = [&] {
+    add("1,3,", 100, 199);
+    for (const auto& [most, requests] : {std::pair{1, 100}, {5, 50}, {16, 11}, {99, 11}})
+        for (const Fault& too_many : {refused(3), refused(2), kSilent}) {
+            SCOPED_TRACE(too_many.name + " beyond " + std::to_string(most));
+            prepare = [&, most = most] {
                 slave.most = most;
                 slave.too_many = too_many;
             };
-            static_cast<void>(asked(9));
-            for (int row = 1; row <= 100; ++row)
-                EXPECT_TRUE(has(row, 99 + row)) << most << ", " << static_cast<int>(too_many);
-            const auto requests = std::ranges::count(slave.asked, ' ');
-            EXPECT_LE(requests, most == 1   ? 100
-                                : most == 5 ? 50
-                                            : 11)
-                << most << ", " << static_cast<int>(too_many) << ": " << slave.asked;
+            const std::string pass = asked(9);
+            EXPECT_EQ(missing(), "");
+            EXPECT_LE(std::ranges::count(pass, ' '), requests) << pass;
         }
 }
 
 TEST_P(NeighboursTest, OnlyNeighboursAreAskedForTogetherAndRefusedOnesNotAgain) {
-    add(rows, "1,3,", 100, 105);
+    add("1,3,", 100, 105);
     EXPECT_EQ(asked(), "100x6 ");
-    add(rows, "1,3,", 200, 205); // as many: the reply must not pass for that to the one before
+    add("1,3,", 200, 205); // as many: the reply must not pass for that to the one before
     EXPECT_EQ(asked(), "100x6 200x5 205x1 ");
-    prepare = [&] { slave.faults[103] = Fault::NoSuchRegister; };
+    prepare = [&] { slave.faults[103] = refused(2); };
     EXPECT_EQ(asked(1), "100x6 100x1 101x1 102x1 103x1 104x1 105x1 200x6 ");
     EXPECT_EQ(asked(), "100x3 103x1 104x2 200x6 ");
     prepare = [] {};
@@ -241,10 +176,10 @@ TEST_P(NeighboursTest, OnlyNeighboursAreAskedForTogetherAndRefusedOnesNotAgain) 
 }
 
 TEST_P(NeighboursTest, AControllerThatIsOffCostsOneRequestMore) {
-    add(rows, "1,3,", 100, 103);
+    add("1,3,", 100, 103);
     prepare = [&] {
         for (int number = 100; number < 104; ++number)
-            slave.faults[number] = Fault::Silent;
+            slave.faults[number] = kSilent;
     };
     EXPECT_EQ(asked(1), "100x4 100x1 101x1 102x1 103x1 ");
     EXPECT_EQ(asked(2), "100x1 101x1 102x1 103x1 ");
@@ -252,30 +187,75 @@ TEST_P(NeighboursTest, AControllerThatIsOffCostsOneRequestMore) {
     slave.asked.clear();
     logger.RunLoggingPass();
     EXPECT_EQ(slave.asked, "100x1 101x3 ") << "it is back";
-    EXPECT_EQ(reading(4).value, " 103");
+    EXPECT_EQ(missing(), "");
 }
 
-TEST_P(NeighboursTest, AReplyThatComesTwiceGivesNoRowAnothersValue) {
-    add(rows, "1,3,", 100, 109);
-    add(rows, "1,3,", 200, 209);
-    add(rows, "1,3,", 300, 309);
-    load(rows);
-    logger.set_together(true);
-    for (const double again_ms : {1.0, 30.0, 80.0, 200.0}) {
-        int requests = 0;
-        slave = FaultySlave(tick);
-        ports[1]->discards_future = false;
-        ports[1]->responder = [&](const std::string& request) {
-            auto arrivals = slave.answer(request);
-            if (++requests == 2)
-                arrivals.push_back({arrivals[0].after_ms + again_ms, arrivals[0].bytes});
-            return arrivals;
-        };
+/// The same rows singly, on a slave that answers one request after another.
+class LateRowsTest : public NeighboursTest {
+  protected:
+    LateRowsTest() {
+        tick.step_ms = 0.05;
+        add("1,3,", 300, 307);
+        load(rows);
+        slave.answer_on(*ports[1]);
+    }
+    /// The registers without a reading in the next pass.
+    std::string pass() {
         logger.RunLoggingPass();
-        for (int row = 1; row <= 30; ++row) {
-            SCOPED_TRACE(again_ms);
-            static_cast<void>(has(row, (row - 1) / 10 * 100 + 100 + (row - 1) % 10));
-        }
+        return missing();
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(, LateRowsTest, ::testing::Values("QUIET", "COMPLETE"));
+
+TEST_P(LateRowsTest, OneLateAnswerShiftsNoRow) {
+    for (const double late_ms : {2100.0, 2300.0, 2500.0, 3000.0, 4200.0, 7000.0}) {
+        rebuild();
+        slave = FaultySlave(tick);
+        slave.answer_on(*ports[1]);
+        slave.fault_once[3].late_ms = late_ms;
+        const std::string without = pass();
+        EXPECT_TRUE(without.starts_with("302 ")) << late_ms;
+        EXPECT_LE(without.size(), late_ms < 4000 ? 8U : 12U) << late_ms;
+        EXPECT_EQ(pass(), "") << late_ms;
+        tick.advance(LateAnswers::kDoubtMs);
+    }
+}
+
+TEST_P(LateRowsTest, ADoubledReplyShiftsNoRowOfTheNextPass) {
+    slave.fault_once[3].again_ms = 100;
+    if (complete()) { // it comes much sooner than the slave answers
+        EXPECT_EQ(pass(), "303 ");
+        EXPECT_EQ(pass(), "");
+        return;
+    }
+    logger.RunLoggingPass(); // nothing tells the two replies apart
+    tick.advance(1000);
+    EXPECT_EQ(pass(), "");
+    EXPECT_TRUE(reading(1).after_strays && !reading(2).after_strays);
+    EXPECT_TRUE(logger.port_message().starts_with("Bytes came between two requests"));
+}
+
+TEST_P(LateRowsTest, ARowThatIsOffSlowsItsOwnAddressAlone) {
+    load({"2,3,300,0"});
+    logger.RunLoggingPass();
+    EXPECT_EQ(reading(1), (LogReading{"", RowState::Nothing}));
+    load(rows);
+    const double begun = tick.now();
+    EXPECT_EQ(pass(), "");
+    const double pause_ms = complete() ? 3.5 * 10 / 9.6 : 30 * 2;
+    EXPECT_NEAR(tick.now() - begun, 8 * (slave.turnaround_ms + 2 + pause_ms), 20);
+    EXPECT_EQ(slave.requests, 9);
+}
+
+TEST_P(LateRowsTest, AReplyOfAnotherLengthIsNoReading) {
+    for (const auto& [row, reply] : {std::pair{"1,3,300,0", "01 03 04 00 00 03 E8"},
+                                     {"1,32,300,0", "01 03 02 00 09"},
+                                     {"1,3,300,0", "01 03 00"}}) {
+        slave.faults[300].change = [hex = reply](const auto&) { return frame(hex); };
+        load({row});
+        logger.RunLoggingPass();
+        EXPECT_EQ(reading(1), (LogReading{"", RowState::Nothing})) << reply;
         tick.advance(LateAnswers::kDoubtMs);
     }
 }
@@ -284,17 +264,15 @@ TEST_F(LoggingTest, ASetRemembersThatNeighboursAreReadTogetherAndAFileWithoutItS
     load({"1,3,100,0"});
     logger.WriteLogSet(set_file);
     EXPECT_EQ(read_file(set_file).find("TOGETHER"), std::string::npos);
-    EXPECT_TRUE(logger.agrees_with(set_file));
-    logger.set_together(true);
-    EXPECT_FALSE(logger.agrees_with(set_file));
-    logger.WriteLogSet(set_file);
-    logger.read_set(set_file);
-    EXPECT_TRUE(logger.set().together);
-    logger.set_together(false);
-    logger.WriteLogSet(set_file);
+    for (const bool together : {true, false}) {
+        EXPECT_TRUE(logger.agrees_with(set_file));
+        logger.set_together(together);
+        EXPECT_FALSE(logger.agrees_with(set_file)) << together;
+        logger.WriteLogSet(set_file);
+        logger.read_set(set_file);
+        EXPECT_EQ(logger.set().together, together);
+    }
     EXPECT_NE(read_file(set_file).find("NEIGHBOURS TOGETHER=FALSE"), std::string::npos);
-    logger.read_set(set_file);
-    EXPECT_FALSE(logger.set().together);
 }
 
 } // namespace
