@@ -8,10 +8,23 @@
 
 namespace pelvan::testing {
 
-struct ConsoleRig : SerialRig {
-    ConsoleRig() = default;
-    /// `devices` stand behind channels 0, 1 ... at 9600.
-    ConsoleRig(const std::vector<std::string>& devices, int protocol_number) {
+/// What sends commands, without a window.
+struct SendersRig : SerialRig {
+    SendOutcome send_modbus(std::size_t type, const std::string& start, const std::string& values) {
+        return senders.modbus.send({type, "1", start, values, false}, {DataFormat::SmartDec});
+    }
+    /// Until no answer is late any more.
+    void let_doubts_pass() { tick.advance(LateAnswers::kDoubtMs + 1); }
+
+    ModbusState modbus_state;
+    Modbus modbus{modbus_state};
+    Link link{table, countdowns, gate, log, "Command Center"};
+    Senders senders{link, modbus, clock, dialogs};
+};
+
+struct ConsoleRig : SendersRig {
+    /// Loads the console with `devices` behind channels 0, 1 ... at 9600.
+    void start(const std::vector<std::string>& devices, int protocol_number) {
         simulated.emplace(*this);
         config.gIniFile.clear(); // the console finds it
         configure_devices(dir, devices,
@@ -40,11 +53,7 @@ struct ConsoleRig : SerialRig {
     }
 
     std::optional<SimulatedPorts> simulated;
-    ModbusState modbus_state;
-    Modbus modbus{modbus_state};
-    Link link{table, countdowns, gate, log, "Command Center"};
     History history{services};
-    Senders senders{link, modbus, clock, dialogs};
     Repeat repeat{link, tick, gate};
     frm_Pelvan5VB console{services, config, table, link, senders, history, repeat};
     Subscription jumper = console.simulated_jumper_moved.subscribe(

@@ -63,41 +63,29 @@ TEST_F(ConsoleTest, RefusedRequestsShowTheirTextAndSendNothing) {
 }
 
 TEST_F(ConsoleTest, ARefusedBoxHasTheFocusAndItsTextSelected) {
-    ModbusPanel& fields = console.modbus;
-    TelluraPanel& tellura = console.tellura;
-    std::string focused;
-    std::vector<Subscription> watches;
-    for (TextBox* box :
-         {&fields.txt_Address, &fields.txt_Register, &fields.txt_Values, &tellura.TxtTelluraAddress,
-          &tellura.TxtParameterAddress, &tellura.TxtNoBytes, &tellura.TxtData}) {
-        watches.push_back(box->watch_focus([&, box](bool& moved) {
-            focused = box->Name();
+    const auto expect_focus = [&](TextBox& box, const std::string& wrong) {
+        std::string seen;
+        const Subscription focus = box.watch_focus([&](bool& moved) {
+            seen += "focused ";
             moved = true; // as a window whose focus is there already
-        }));
-        watches.push_back(box->watch_select_all([&, box] { focused += box->Name() + "!"; }));
-    }
-    const auto expect = [&](const TextBox& box) {
-        focused.clear();
+        });
+        const Subscription selection = box.watch_select_all([&] { seen += "selected"; });
+        const std::string right = box.Text();
+        box.set_Text(wrong);
         send();
-        EXPECT_EQ(focused, box.Name() + box.Name() + "!");
+        EXPECT_EQ(seen, "focused selected") << box.Name();
+        box.set_Text(right);
     };
-    enter("2;500;1;1");
-    expect(fields.txt_Address);
-    enter("2;1;x;1");
-    expect(fields.txt_Register);
-    enter("5;1;1;x");
-    expect(fields.txt_Values);
+    expect_focus(console.modbus.txt_Address, "500");
+    expect_focus(console.modbus.txt_Register, "x");
+    expect_focus(console.modbus.txt_Values, "x");
     build({"1;9600,N,8,1;1", "2;9600,N,8,1;1", "3;9600,N,8,1;1", "4;9600,N,8,1;1"});
     console.opt_Protocol.set_Value(protocol::kTellura);
-    const std::vector<std::pair<TelluraEntry, TextBox*>> wrong{
-        {{"33", "01ca", "2", "", false, TelluraCheck::Bcc}, &tellura.TxtTelluraAddress},
-        {{"1", "01c", "2", "", false, TelluraCheck::Bcc}, &tellura.TxtParameterAddress},
-        {{"1", "01ca", "0", "", false, TelluraCheck::Bcc}, &tellura.TxtNoBytes},
-        {{"1", "01ca", "2", "xy", true, TelluraCheck::Bcc}, &tellura.TxtData}};
-    for (const auto& [entry, box] : wrong) {
-        tellura.set_entry(entry);
-        expect(*box);
-    }
+    expect_focus(console.tellura.TxtTelluraAddress, "33");
+    expect_focus(console.tellura.TxtParameterAddress, "01c");
+    expect_focus(console.tellura.TxtNoBytes, "0");
+    console.tellura.OptReadWrite.set_Value(1);
+    expect_focus(console.tellura.TxtData, "xy");
 }
 
 TEST_F(ConsoleTest, ACountNeverBecomesAValue) {
@@ -153,13 +141,11 @@ TEST_F(ConsoleTest, SaysSendingWhenItSendsAndWhatBecameOfIt) {
     port().replies.push_back({{5, frame("01 83 02")}});
     enter("2;1;100;2");
     send();
-    EXPECT_EQ(told, (Texts{"Sending ...", "painted before output 0",
-                           "refused: no such register (exception 2)"}));
-    told.clear();
+    EXPECT_EQ(std::exchange(told, {}), (Texts{"Sending ...", "painted before output 0",
+                                              "refused: no such register (exception 2)"}));
     enter("2;248;100;2");
     send();
-    EXPECT_EQ(told, Texts{"Bad ADDRESS entered."});
-    told.clear();
+    EXPECT_EQ(std::exchange(told, {}), Texts{"Bad ADDRESS entered."});
     rebuild();
     port().fail_next("PortOpen", 8002);
     enter("2;1;100;2");
@@ -171,22 +157,13 @@ TEST_F(ConsoleTest, SaysSendingWhenItSendsAndWhatBecameOfIt) {
     const std::pair<SendOutcome, std::string> others[] = {
         {senders.text.send(TextProtocol::Full, {"1", "? C1"}), "COULDN'T CONNECT TO DEVICE"},
         {senders.text.send(TextProtocol::Xon, {"", "? C1"}), "Not sent: the port is not open."},
-        {senders.tellura.send({"1", "01ca", "2", "", false, TelluraCheck::Bcc}),
-         "Bad or incomplete Packet!"}};
+        {senders.tellura.send({}), "Bad or incomplete Packet!"}};
     for (const auto& [outcome, listed] : others) {
         EXPECT_EQ(outcome.kind, SendOutcome::Kind::NotSent);
         EXPECT_EQ(outcome.status, "Not sent: the port is not open.");
         EXPECT_EQ(outcome.row->response, listed);
     }
     EXPECT_FALSE(table.late_answers().any_doubtful(tick.now()));
-}
-
-TEST_F(ConsoleTest, AFullResponseThatTwiceLacksItsEndIsNoReply) {
-    for (const char* answer : {"1^", "^", "{7", "}", "{7"})
-        ports[0]->replies.push_back({{1, testing::wire(answer)}});
-    const SendOutcome outcome = senders.text.send(TextProtocol::Full, {"1", "? C1"});
-    EXPECT_EQ(outcome.row->response, "NOT RECEIVED");
-    EXPECT_EQ(outcome.kind, SendOutcome::Kind::NoReply);
 }
 
 TEST_F(ConsoleTest, ArrowKeysRecallAndEnterSends) {
@@ -208,72 +185,27 @@ TEST_F(ConsoleTest, ArrowKeysRecallAndEnterSends) {
     EXPECT_EQ(shown(Down), "4x");
 }
 
-TEST(ConsoleHistory, ALineComesBackIntoTheFieldsOrIsSentAgain) {
-    testing::ConsoleRig rig(std::vector<std::string>(4, "simulated:742"), protocol::kFull);
-    frm_Pelvan5VB& console = rig.console;
-    ListBox& lines = rig.history.frmCommand.list;
-    HistoryForm& replies = rig.history.frmResponse;
-    const TextEntry full{"1", "? MODEL"};
-    const ModbusEntry modbus{9, "1", "0", "1", false};
-    console.text.set_entry(full);
-    rig.send();
-    console.opt_Protocol.set_Value(protocol::kModbus);
-    console.modbus.set_entry(modbus);
-    console.modbus.opt_DataFormat.set_Value(2);
-    rig.send();
-    console.modbus.set_entry({2, "1", "5", "1", false});
-    lines.set_ListIndex(0);
-    replies.mnuSendAgain.choose();
-    EXPECT_EQ(rig.pairs().back(), "? MODEL > 742");
-    EXPECT_EQ(console.opt_Protocol.Value(), protocol::kModbus) << "the fields stay as they are";
-    EXPECT_EQ(console.modbus.txt_Register.Text(), "5");
-    lines.set_ListIndex(1);
-    replies.list.DblClick();
-    EXPECT_EQ(console.modbus.entry(), modbus);
-    EXPECT_TRUE(console.Visible());
-    lines.set_ListIndex(2); // the line that was sent again
-    console.text.txt_CommsCommand.set_Text("");
-    EXPECT_TRUE(lines.KeyDown(Key::Enter));
-    EXPECT_EQ(console.opt_Protocol.Value(), protocol::kFull);
-    EXPECT_EQ(console.text.entry(), full);
-
-    Link other{rig.table, rig.countdowns, rig.dialogs, rig.log, "Save/Restore Setup"};
-    const LineClaim claim = other.claim();
-    rig.said();
-    lines.set_ListIndex(1);
-    replies.mnuSendAgain.choose();
-    replies.mnuRecall.choose();
-    EXPECT_EQ(rig.said(), Texts(2, "The line is in use by Save/Restore Setup."));
-    EXPECT_EQ(rig.pairs().size(), 3U);
-    EXPECT_EQ(console.opt_Protocol.Value(), protocol::kFull);
-    rig.history.add(
-        {"", std::string(3000, 'x'), "", "", 0, {0, TextEntry{"1", std::string(3000, 'x')}}});
-    replies.mnuRecall.choose();
-    EXPECT_EQ(rig.said().size(), 1U) << "too long to be kept";
-}
-
 TEST_F(ConsoleTest, LoadingSelectsTheSavedProtocolAndWritesItBack) {
     const std::string ini = dir.file("pelvan7.ini");
-    for (const auto& [saved, expected] : std::vector<std::pair<std::string, int>>{
-             {"", 1}, {"DEFAULT PROTOCOL=3\r\n", 3}, {"DEFAULT PROTOCOL=words\r\n", 0}}) {
-        testing::write_file(ini, "[COMMS CONTROLS]\r\n" + saved);
+    const std::string section = "[COMMS CONTROLS]\r\n";
+    for (const auto& [saved, expected] :
+         {std::pair{"", 1}, {"DEFAULT PROTOCOL=3\r\n", 3}, {"DEFAULT PROTOCOL=words\r\n", 0}}) {
+        testing::write_file(ini, section + saved);
         frm_Pelvan5VB fresh(services, config, table, link, senders, history, repeat);
         fresh.Load();
         EXPECT_EQ(fresh.opt_Protocol.Value(), expected);
         EXPECT_EQ(fresh.text.txt_CommsCommand.Text(), "? C1");
         EXPECT_EQ(fresh.modbus.Fram_Modbus.Visible(), expected == 1);
         EXPECT_EQ(testing::read_file(ini),
-                  "[COMMS CONTROLS]\r\nDEFAULT PROTOCOL=" + std::to_string(expected) + "\r\n");
+                  section + "DEFAULT PROTOCOL=" + std::to_string(expected) + "\r\n");
     }
 }
 
 TEST_F(ConsoleTest, AFifthChannelKeepsNothingElseFromHappening) {
     const std::string channel = ";9600,N,8,1;1";
     dialogs.shown.clear();
-    EXPECT_EQ(error_of([&] {
-                  build({"1" + channel, "2" + channel, "3" + channel, "4" + channel, "5;x;1"});
-              }),
-              9);
+    const Texts five{"1" + channel, "2" + channel, "3" + channel, "4" + channel, "5;x;1"};
+    EXPECT_EQ(error_of([&] { build(five); }), 9);
     EXPECT_EQ(dialogs.texts(), Texts{"Port settings are not valid in 'sub init_comms**'"});
     EXPECT_EQ(error_of([&] { console.Load(); }), 9);
     EXPECT_EQ(console.text.txt_CommsCommand.Text(), "? C1");
@@ -286,14 +218,105 @@ TEST_F(ConsoleTest, ChoosingAProtocolRebuildsBeforeItWrites) {
     enter("2;1;0;1");
     send();
     EXPECT_TRUE(port().PortOpen());
-    const auto written = [&] {
-        return ini_read_string("COMMS CONTROLS", "DEFAULT PROTOCOL", "none", config.gIniFile);
-    };
     const Subscription rebuilding =
-        table.before_rebuild.subscribe([&] { EXPECT_EQ(written(), "none"); });
+        table.before_rebuild.subscribe([&] { EXPECT_EQ(saved_protocol(config), 1); });
     console.opt_Protocol.set_Value(2);
     EXPECT_EQ(closings, Texts{"port 2"});
-    EXPECT_EQ(written(), "2");
+    EXPECT_EQ(saved_protocol(config), 2);
+}
+
+/// Sending a command again and again: the engine, and the console's controls.
+class RepeatTest : public ConsoleTest {
+  protected:
+    RepeatTest() {
+        console.Load();
+        enter("2;1;100;1");
+    }
+    /// Loading the console has built the channels anew: the last one made is that of channel 1.
+    testing::FakeSerialPort& port() { return *ports.back(); }
+    /// The window's timer runs until that much time has passed.
+    void run_for(double ms) {
+        const double end = tick.now() + ms;
+        while (tick.now() < end && panel.tmr_Repeat.running()) {
+            tick.advance(panel.tmr_Repeat.Interval());
+            panel.tmr_Repeat.Tick();
+        }
+    }
+    [[nodiscard]] const RepeatCounts& counts() const { return repeat.counts(); }
+    /// The line of the counts, without the times.
+    [[nodiscard]] std::string shown() const {
+        return panel.lbl_Repeat.Caption().substr(0, panel.lbl_Repeat.Caption().find(';'));
+    }
+
+    RepeatPanel& panel = console.repeat;
+};
+
+TEST_F(RepeatTest, CountsRepliesFailuresAndTimesAtItsInterval) {
+    for (const double ms : {5.0, 15.0, 10.0})
+        port().replies.push_back({{ms, frame("01 03 02 02 D5")}});
+    port().replies.push_back({{1, frame("01 83 02")}});
+    const double begin = tick.now();
+    panel.txt_RepeatInterval.set_Text("0,5");
+    console.mnuFile.children[1]->choose();
+    run_for(1300);
+    const auto& times = counts().replies;
+    EXPECT_NEAR(times.maximum - times.minimum, 10, 2);
+    EXPECT_NEAR(times.mean(), (times.maximum + times.minimum) / 2, 2);
+    EXPECT_EQ(pairs().size(), 4U);
+    EXPECT_NEAR(port().events.back().at_ms - begin, 1500, 20);
+    EXPECT_TRUE(console.lbl_Status.Caption().find("exception 2") != std::string::npos);
+    EXPECT_EQ(shown(), "Repeating: 3 replies, 1 failure");
+    EXPECT_TRUE(dialogs.shown.empty());
+    EXPECT_TRUE(console.modbus.txt_Register.KeyDown(Key::Escape));
+    EXPECT_FALSE(panel.running() || panel.tmr_Repeat.running());
+    EXPECT_EQ(shown(), "Repeat stopped: 3 replies, 1 failure");
+}
+
+TEST_F(RepeatTest, OthersSendBetweenAndAClaimPausesIt) {
+    panel.cmd_Repeat.press();
+    console.modbus.txt_Register.set_Text("7");
+    send();
+    run_for(1000);
+    ASSERT_EQ(port().outputs.size(), 3U);
+    EXPECT_EQ(port().outputs[0], port().outputs[2]) << "not what the fields hold now";
+    EXPECT_NE(port().outputs[0], port().outputs[1]);
+    Link other{table, countdowns, gate, log, "Save/Restore Setup"};
+    LineClaim claim = other.claim();
+    run_for(5000);
+    EXPECT_EQ(port().outputs.size(), 3U);
+    EXPECT_EQ(shown(),
+              "Repeat paused. The line is in use by Save/Restore Setup. 0 replies, 2 failures");
+    EXPECT_TRUE(panel.cmd_Repeat.Enabled()) << "it can be stopped";
+    claim.release();
+    run_for(1000);
+    EXPECT_EQ(port().outputs.size(), 4U);
+    console.set_Enabled(false); // while the port settings are open
+    run_for(3000);
+    EXPECT_EQ(port().outputs.size(), 4U);
+    console.set_Enabled(true);
+    console.Unload();
+    EXPECT_FALSE(panel.running());
+    claim = other.claim();
+    EXPECT_FALSE(panel.cmd_Repeat.Enabled());
+}
+
+TEST_F(RepeatTest, SaysWhatItCannotRepeatAndPutsNoBoxInItsWay) {
+    for (const char* interval : {"", "0.05", "one", "3601"}) {
+        panel.txt_RepeatInterval.set_Text(interval);
+        panel.cmd_Repeat.press();
+    }
+    EXPECT_EQ(said(), Texts(4, "Enter an interval of 0.1 to 3600 seconds."));
+    panel.txt_RepeatInterval.set_Text("1");
+    console.modbus.txt_Values.set_Text("x");
+    panel.cmd_Repeat.press();
+    EXPECT_EQ(said(), Texts{"Bad DATA VALUE entered."});
+    EXPECT_FALSE(panel.running());
+    console.modbus.txt_Values.set_Text("1");
+    port().fail_next("PortOpen", error_number::kInvalidPortNumber);
+    panel.cmd_Repeat.press();
+    EXPECT_TRUE(said().empty());
+    EXPECT_EQ(shown(), "Repeating: 0 replies, 1 failure");
+    EXPECT_FALSE(counts().last_failure.starts_with("No response")) << counts().last_failure;
 }
 
 } // namespace

@@ -21,6 +21,8 @@ class HistoryTest : public ::testing::Test, protected testing::SerialRig {
     }
 
     History history{services};
+    HistoryForm& command = history.frmCommand;
+    HistoryForm& response = history.frmResponse;
 };
 
 TEST_F(HistoryTest, SavesBothListsSideBySide) {
@@ -31,7 +33,7 @@ TEST_F(HistoryTest, SavesBothListsSideBySide) {
                            " | 1 3 2 725\r\n" + pad("? C1") + " | OK<0D><0A><06>\r\n" +
                            std::string(70, 'x') + " | long\r\n");
     EXPECT_TRUE(dialogs.requests[0].overwrite_prompt);
-    history.frmResponse.mnuTimes.choose();
+    response.mnuTimes.choose();
     EXPECT_NE(saved().find("16:30:05.007  " + pad("1 3 100 1") + " | 16:30:05.250  1 3 2 725\r\n"),
               std::string::npos);
 }
@@ -57,31 +59,29 @@ TEST_F(HistoryTest, SavesAndPrintsNothingWhenThereIsNothingOrNobodyNamesAFile) {
 
 TEST_F(HistoryTest, LinesAndTimesStandInPairsUntilThereAreMoreThanTenThousand) {
     fill();
-    EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
-    history.frmCommand.mnuTimes.choose();
-    EXPECT_TRUE(history.frmResponse.lst_Times.Visible()) << "both at once";
-    EXPECT_EQ(history.frmCommand.lst_Times.List(0), "16:30:05.007");
-    EXPECT_EQ(history.frmResponse.lst_Times.List(0), "16:30:05.250");
-    history.frmCommand.lst_Times.set_ListIndex(0);
-    EXPECT_EQ(history.frmResponse.list.ListIndex(), 0);
-    history.frmCommand.mnuCopyLine.choose();
+    EXPECT_FALSE(command.lst_Times.Visible());
+    command.mnuTimes.choose();
+    EXPECT_TRUE(response.lst_Times.Visible()) << "both at once";
+    EXPECT_EQ(command.lst_Times.List(0), "16:30:05.007");
+    EXPECT_EQ(response.lst_Times.List(0), "16:30:05.250");
+    command.lst_Times.set_ListIndex(0);
+    EXPECT_EQ(response.list.ListIndex(), 0);
+    command.mnuCopyLine.choose();
     EXPECT_EQ(desktop.clipboard, "1 3 100 1");
-    history.frmResponse.mnuTimes.choose();
-    EXPECT_FALSE(history.frmCommand.lst_Times.Visible());
+    response.mnuTimes.choose();
+    EXPECT_FALSE(command.lst_Times.Visible());
     for (int lines = 3; lines < 10001; ++lines)
         history.add({"", "ask", "", "answer"});
-    EXPECT_EQ(history.frmCommand.list.ListCount(), 10001);
+    EXPECT_EQ(command.list.ListCount(), 10001);
     history.add({"", "next", "", "reply"});
-    EXPECT_EQ(history.frmCommand.list.ListCount(), 1);
-    EXPECT_EQ(history.frmCommand.lst_Times.ListCount(), 1);
-    history.frmResponse.mnuCopyAll.choose();
+    EXPECT_EQ(command.list.ListCount(), 1);
+    EXPECT_EQ(command.lst_Times.ListCount(), 1);
+    response.mnuCopyAll.choose();
     EXPECT_EQ(desktop.clipboard, "reply\r\n");
 }
 
 TEST_F(HistoryTest, SeveralLinesAreSelectedInBothListsAndCopied) {
     fill();
-    HistoryForm& command = history.frmCommand;
-    HistoryForm& response = history.frmResponse;
     const std::vector<LineRange> two{{0, 0}, {2, 2}};
     command.list.set_Selected(two, 2);
     EXPECT_EQ(response.list.Selected(), two);
@@ -108,68 +108,65 @@ TEST_F(HistoryTest, ProtocolsStandBesideTheLinesWhereThereAreSeveral) {
     const auto add = [&](int protocol_number) {
         row.entry.protocol = protocol_number;
         history.add(row);
-        return history.frmCommand.lst_Protocols.Visible() &&
-               history.frmResponse.lst_Protocols.Visible();
+        return command.lst_Protocols.Visible() && response.lst_Protocols.Visible();
     };
     EXPECT_FALSE(add(protocol::kModbus) || add(protocol::kModbus));
     EXPECT_TRUE(add(protocol::kTellura));
-    EXPECT_EQ(history.frmCommand.lst_Protocols.List(2), "Tellura");
-    EXPECT_EQ(history.frmCommand.list.List(2), "ask");
+    EXPECT_EQ(command.lst_Protocols.List(2), "Tellura");
+    EXPECT_EQ(command.list.List(2), "ask");
     history.clear();
     EXPECT_FALSE(add(protocol::kFull));
     history.undo_clear();
-    EXPECT_TRUE(history.frmResponse.lst_Protocols.Visible());
+    EXPECT_TRUE(response.lst_Protocols.Visible());
 }
 
 TEST_F(HistoryTest, ClearedLinesComeBackInFrontOfThoseSince) {
     fill();
-    history.frmCommand.mnuClear.choose();
-    history.frmCommand.mnuClear.choose(); // of nothing: the lines before stay within reach
+    command.mnuClear.choose();
+    command.mnuClear.choose(); // of nothing: the lines before stay within reach
     history.add({"", "next", "", "reply"});
     history.mnuEdit.children.back()->choose();
-    EXPECT_EQ(history.frmCommand.list.ListCount(), 4);
-    EXPECT_EQ(history.frmCommand.lst_Times.List(0), "16:30:05.007");
-    EXPECT_EQ(history.frmResponse.list.List(3), "reply");
-    EXPECT_EQ(history.frmResponse.list.ListIndex(), 3);
-    EXPECT_FALSE(history.frmCommand.mnuUndoClear.Enabled());
+    EXPECT_EQ(command.list.ListCount(), 4);
+    EXPECT_EQ(command.lst_Times.List(0), "16:30:05.007");
+    EXPECT_EQ(response.list.List(3), "reply");
+    EXPECT_EQ(response.list.ListIndex(), 3);
+    EXPECT_FALSE(command.mnuUndoClear.Enabled());
 }
 
 TEST_F(HistoryTest, TheScrollBarReachesTheEndOfAnyLine) {
-    HistoryForm& form = history.frmResponse;
-    form.hscrl_List.set_Max(HistoryForm::kScrollMaximum);
+    ScrollBar& bar = response.hscrl_List;
+    bar.set_Max(HistoryForm::kScrollMaximum);
     for (const int reach : {3, 700, 19999, 123457}) {
-        form.hscrl_List.set_Value(-20000);
-        EXPECT_EQ(form.scrolled_pixels(reach), reach);
+        bar.set_Value(-20000);
+        EXPECT_EQ(response.scrolled_pixels(reach), reach);
         for (const int pixels : {0, 1, reach / 2, reach}) {
-            form.list_scrolled(pixels, reach);
-            EXPECT_NEAR(form.scrolled_pixels(reach), pixels, reach / 20000);
+            response.list_scrolled(pixels, reach);
+            EXPECT_NEAR(response.scrolled_pixels(reach), pixels, reach / 20000);
         }
     }
-    form.list_scrolled(700, 650); // a view whose range has just become smaller
-    EXPECT_EQ(form.hscrl_List.Value(), -20000);
-    EXPECT_TRUE(form.hscrl_List.Enabled());
-    form.list_scrolled(0, 0);
-    EXPECT_FALSE(form.hscrl_List.Enabled()) << "nothing to scroll";
-    EXPECT_EQ(form.hscrl_List.Value(), 0);
+    response.list_scrolled(700, 650); // a view whose range has just become smaller
+    EXPECT_EQ(bar.Value(), -20000);
+    EXPECT_TRUE(bar.Enabled());
+    response.list_scrolled(0, 0);
+    EXPECT_FALSE(bar.Enabled()) << "nothing to scroll";
+    EXPECT_EQ(bar.Value(), 0);
 }
 
 TEST_F(HistoryTest, FindGoesRoundAndSaysWhenThereIsNone) {
     for (const char* line : {"alpha", "beta", "Alphabet", "gamma"})
         history.add({"", line, "", line});
-    HistoryForm& form = history.frmResponse;
-    form.mnuFindNext.choose(); // asks, and is cancelled
-    EXPECT_EQ(form.list.ListIndex(), 3);
+    response.mnuFindNext.choose(); // asks, and is cancelled
+    EXPECT_EQ(response.list.ListIndex(), 3);
     dialogs.inputs = {"ALPHA", "nowhere"};
-    form.mnuFind.choose();
-    EXPECT_EQ(form.list.ListIndex(), 0);
-    form.mnuFindNext.choose();
-    EXPECT_EQ(history.frmCommand.list.ListIndex(), 2) << "the twin is selected too";
-    form.mnuFindNext.choose();
-    EXPECT_EQ(form.list.ListIndex(), 0);
+    response.mnuFind.choose();
+    EXPECT_EQ(response.list.ListIndex(), 0);
+    response.mnuFindNext.choose();
+    EXPECT_EQ(command.list.ListIndex(), 2) << "the twin is selected too";
+    response.mnuFindNext.choose();
+    EXPECT_EQ(response.list.ListIndex(), 0);
     EXPECT_TRUE(dialogs.shown.empty());
-    form.mnuFind.choose();
-    EXPECT_EQ(dialogs.texts(),
-              std::vector<std::string>{"\"nowhere\" was not found in Command Response."});
+    response.mnuFind.choose();
+    EXPECT_EQ(dialogs.texts().back(), "\"nowhere\" was not found in Command Response.");
     EXPECT_EQ(dialogs.last_default, "ALPHA");
 }
 
