@@ -11,11 +11,28 @@ constexpr char kCanceled[] = "Download Canceled: Download was Canceled.";
 class DownloadTest : public ScriptedController {
   protected:
     DownloadTest() { registers.insert({{5, 1}, {6, -12}, {1060, 65}, {1061, 66}}); }
+    /// Registers that hold their own numbers, a sequence that names them, and their lines.
+    void hold(int first, int count) {
+        for (int number = first; number < first + count; ++number) {
+            registers[number] = number;
+            sequence += std::to_string(number) + "\r\n";
+            lines += std::to_string(number) + " " + std::to_string(number) + "\r\n";
+        }
+        write_sequence("742.cds", kHead + sequence);
+    }
+    /// The messages of a download that does not complete.
+    Lines refused_with(std::deque<bool> answers = {}) {
+        EXPECT_FALSE(download(std::move(answers)).completed);
+        return ui.messages;
+    }
     /// The file behind its header.
     [[nodiscard]] std::string body() const {
         const std::string text = saved(file_name);
         return text.substr(text.rfind("*\r\n") + 3);
     }
+
+    std::string sequence;
+    std::string lines;
 };
 
 TEST_F(DownloadTest, WritesTheFileByteForByte) {
@@ -39,28 +56,23 @@ TEST_F(DownloadTest, WritesTheFileByteForByte) {
 }
 
 TEST_F(DownloadTest, StopsBeforeAnythingIsCreated) {
-    const auto messages = [&](std::deque<bool> answers = {}) {
-        EXPECT_FALSE(download(std::move(answers)).completed);
-        return ui.messages;
-    };
-    EXPECT_EQ(messages(),
+    EXPECT_EQ(refused_with(),
               Lines{"Do not have correct download file sequence for this model of control!"});
     write_sequence("742.cds", kHead);
     instead[0] = "xy"; // shorter than a frame: an empty value
-    EXPECT_EQ(messages(), Lines{kCheckPort});
+    EXPECT_EQ(refused_with(), Lines{kCheckPort});
     instead.clear();
     silent[0] = 3;
-    EXPECT_EQ(messages(), (Lines{"Comm Error!", kCheckPort}));
+    EXPECT_EQ(refused_with(), (Lines{"Comm Error!", kCheckPort}));
     silent[2] = 6; // both reads of the second half of the serial number
-    EXPECT_EQ(messages({true}), (Lines{"Comm error!", "Comm error!", kCheckPort}));
+    EXPECT_EQ(refused_with({true}), (Lines{"Comm error!", "Comm error!", kCheckPort}));
     EXPECT_FALSE(exists("a.txt"));
     EXPECT_EQ(ui.phases, "");
     write_file(path("a.txt"), "old");
-    EXPECT_EQ(messages(), Lines{"File already exists. Do you want to overwrite this file?"});
+    EXPECT_EQ(refused_with(), Lines{"File already exists. Do you want to overwrite this file?"});
     EXPECT_EQ(saved("a.txt"), "old");
-    EXPECT_FALSE(download({true}).completed);
+    EXPECT_EQ(refused_with({true}).back(), "The file 742.cds names no register: none was saved.");
     EXPECT_EQ(body(), "25 0\r\n");
-    EXPECT_EQ(ui.messages.back(), "The file 742.cds names no register: none was saved.");
 }
 
 TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
@@ -97,46 +109,34 @@ INSTANTIATE_TEST_SUITE_P(, LateDownloadTest,
 TEST_P(LateDownloadTest, LateAnswersGoToNoOtherRegister) {
     constexpr int kRegisters = 60;
     rig.tick.step_ms = 1; // many waits
-    std::string list, expected;
-    for (int number = 100; number < 100 + kRegisters; ++number) {
-        registers[number] = number;
-        list += std::to_string(number) + "\r\n";
-        expected += std::to_string(number) + " " + std::to_string(number) + "\r\n";
-    }
-    write_sequence("742.cds", kHead + list);
+    hold(100, kRegisters);
+    const std::string whole = lines + "25 0\r\n";
     const std::deque<bool> retries(1001, true); // and one for the file that is there
     const double begun = rig.tick.now();
     download(retries);
     EXPECT_LT(rig.tick.now() - begun, (kRegisters + 11) * 70 + 250)
         << "a clean exchange pays nothing";
-    EXPECT_EQ(body(), expected + "25 0\r\n");
+    EXPECT_EQ(body(), whole);
 
     for (const double late : {251.0, 300.0, 480.0, 600.0, 740.0}) {
         reads.clear();
         delay_ms = [&](int number) { return number == 130 && reads[130] == 1 ? late : 5; };
         download(retries);
-        EXPECT_EQ(body(), expected + "25 0\r\n") << "once, " << late;
+        EXPECT_EQ(body(), whole) << "once, " << late;
         delay_ms = [&](int number) { return number < 130 ? 5 : late; };
         download({true});
-        EXPECT_TRUE((expected + "25 0\r\n").starts_with(body())) << "always, " << late << "\n"
-                                                                 << body();
+        EXPECT_TRUE(whole.starts_with(body())) << "always, " << late << "\n" << body();
         for (unsigned seed = 1; seed <= 5; ++seed) {
             std::minstd_rand random(seed);
             delay_ms = [&](int number) { return number >= 100 && random() % 4 == 0 ? late : 5; };
             download(retries);
-            EXPECT_EQ(body(), expected + "25 0\r\n") << "at random, " << late;
+            EXPECT_EQ(body(), whole) << "at random, " << late;
         }
     }
 }
 
 TEST_P(LateDownloadTest, AReplyThatComesTwiceMakesNoWrongSetup) {
-    std::string list, expected;
-    for (int number = 100; number < 120; ++number) {
-        registers[number] = number;
-        list += std::to_string(number) + "\r\n";
-        expected += std::to_string(number) + " " + std::to_string(number) + "\r\n";
-    }
-    write_sequence("742.cds", kHead + list);
+    hold(100, 20);
     for (const double turnaround : {5.0, 40.0, 150.0})
         for (const double later :
              {0.5, 2.0, 5.0, 16.0, 30.0, 50.0, 70.0, 80.0, 140.0, 160.0, 240.0}) {
@@ -145,19 +145,14 @@ TEST_P(LateDownloadTest, AReplyThatComesTwiceMakesNoWrongSetup) {
             if (!download({true}).completed) continue;
             std::string values = body();
             if (const auto mark = values.find("<--CRC"); mark != values.npos) values.erase(mark, 6);
-            EXPECT_EQ(values, expected + "25 0\r\n") << turnaround << ", " << later;
+            EXPECT_EQ(values, lines + "25 0\r\n") << turnaround << ", " << later;
         }
 }
 
 /// The second one is taken for the answer to the next request, and so on to the end.
 TEST_F(DownloadTest, AReplyThatComesTwiceMakesNoSetup) {
-    std::string list;
-    for (int number = 100; number < 120; ++number) {
-        registers[number] = number;
-        list += std::to_string(number) + "\r\n";
-    }
+    hold(100, 20);
     registers[25] = 0;
-    write_sequence("742.cds", kHead + list);
     delay_ms = [](int) { return 150; };
     EXPECT_TRUE(download().completed);
     const std::string good = saved("a.txt");
@@ -167,13 +162,11 @@ TEST_F(DownloadTest, AReplyThatComesTwiceMakesNoSetup) {
     EXPECT_FALSE(download({true}).completed);
     EXPECT_FALSE(body().ends_with("25 0\r\n"));
     EXPECT_EQ(saved("a.txt.OLD"), good);
-    EXPECT_EQ(
-        ui.messages,
-        (Lines{
-            "File already exists. Do you want to overwrite this file?",
-            "What was in the file before is kept as " + path("a.txt.OLD") + ".",
-            "Answers were not those to their own requests, so that values may stand at the wrong "
-            "registers. The file was not completed: save the setup again."}));
+    EXPECT_EQ(ui.messages.at(1),
+              "What was in the file before is kept as " + path("a.txt.OLD") + ".");
+    EXPECT_EQ(ui.messages.at(2),
+              "Answers were not those to their own requests, so that values may stand at the wrong "
+              "registers. The file was not completed: save the setup again.");
     EXPECT_EQ(ui.errors.size(), 1U);
     doubled = {{25, 80}};
     write_file(path("a.txt"), good);
@@ -203,28 +196,28 @@ TEST_F(DownloadTest, DamagedRepliesAreStoredAsTheyAreAndListed) {
 /// With registers that give no value, whatever the reason, and with doubts about the line.
 TEST_P(LateDownloadTest, NeighboursReadTogetherMakeTheSameFilesAndLists) {
     if (std::get<1>(GetParam())) return; // it compares both ways
-    std::string list;
-    for (int number = 100; number < 140; ++number) {
-        if (number != 120) registers[number] = number == 107 ? -32001 : number - 120;
-        list += std::to_string(number) + "\r\n";
-    }
-    write_sequence("742.cds", kHead + list + "5\r\n6\r\n6\r\n5\r\n");
+    hold(100, 40);
+    registers.erase(120);
+    registers[107] = -32001;
+    registers[110] = -10;
+    write_sequence("742.cds", kHead + sequence + "5\r\n6\r\n6\r\n5\r\n");
     std::string cut = frame("01 03 02 00 07"), damaged = cut;
     cut.pop_back();
     damaged.back() ^= 1;
+    const auto told = [&] {
+        Lines all = ui.steps;
+        all.insert(all.end(), ui.errors.begin(), ui.errors.end());
+        all.insert(all.end(), ui.messages.begin(), ui.messages.end());
+        return all;
+    };
     const auto outcome = [&](bool all) {
         together = all;
         modbus.state().neighbours = {};
         std::filesystem::remove(path(file_name));
-        port().outputs.clear();
         const bool completed = download({true, true, false}).completed;
-        Lines seen{saved(file_name), completed ? "completed" : "not"};
-        for (const Lines* lines : {&ui.steps, &ui.errors, &ui.messages})
-            seen.insert(seen.end(), lines->begin(), lines->end());
+        const Lines downloaded = told();
         compare();
-        for (const Lines* lines : {&ui.steps, &ui.errors, &ui.messages})
-            seen.insert(seen.end(), lines->begin(), lines->end());
-        return seen;
+        return std::tuple(completed, saved(file_name), downloaded, told());
     };
     for (const std::string& reply : {cut, damaged, frame("02 03 02 00 07"), frame("01 03 00"),
                                      frame("01 83 03"), frame("01 03 04 00 01 00 02")})
@@ -235,7 +228,7 @@ TEST_P(LateDownloadTest, NeighboursReadTogetherMakeTheSameFilesAndLists) {
     instead.clear();
     for (const auto& [number, times] : {std::pair{100, 1}, {110, 2}, {121, 3}, {139, 1000}}) {
         silent = {{number, times}};
-        const Lines singly = outcome(false);
+        const auto singly = outcome(false);
         silent = {{number, times + 1}}; // the request for all is not answered, either
         EXPECT_EQ(outcome(true), singly) << number << ", " << times;
     }
@@ -246,12 +239,7 @@ TEST_P(LateDownloadTest, NeighboursReadTogetherMakeTheSameFilesAndLists) {
 
 /// A server between here and the controller that had one answer left over, from the eighth on.
 TEST_P(LateDownloadTest, AnswersThatAreOneBehindMakeNoSetup) {
-    std::string list;
-    for (int number = 100; number < 160; ++number) {
-        registers[number] = number;
-        list += std::to_string(number) + "\r\n";
-    }
-    write_sequence("742.cds", kHead + list);
+    hold(100, 60);
     const auto own = port().responder;
     std::vector<Arrival> left_over;
     int requests = 0;
@@ -274,14 +262,8 @@ TEST_P(LateDownloadTest, AnswersThatAreOneBehindMakeNoSetup) {
 }
 
 TEST_F(DownloadTest, ALateAnswerToNeighboursFitsNoOtherNeighbours) {
-    std::string list, expected;
     for (const auto& [first, count] : {std::pair{300, 10}, {500, 5}, {700, 10}})
-        for (int number = first; number < first + count; ++number) {
-            registers[number] = number;
-            list += std::to_string(number) + "\r\n";
-            expected += std::to_string(number) + " " + std::to_string(number) + "\r\n";
-        }
-    write_sequence("742.cds", kHead + list);
+        hold(first, count);
     together = true;
     const auto own = port().responder;
     std::vector<Arrival> held_back;
@@ -294,38 +276,21 @@ TEST_F(DownloadTest, ALateAnswerToNeighboursFitsNoOtherNeighbours) {
         return std::vector<Arrival>{};
     };
     EXPECT_TRUE(download().completed);
-    EXPECT_EQ(body(), expected + "25 0\r\n");
+    EXPECT_EQ(body(), lines + "25 0\r\n");
     EXPECT_TRUE(held_back.empty());
 }
 
 TEST_F(DownloadTest, NeighboursAreAskedForTogetherUpTo125) {
-    std::string list;
-    for (int number = 100; number < 360; ++number) {
-        registers[number] = number;
-        list += std::to_string(number) + "\r\n";
-    }
-    write_sequence("742.cds", kHead + list);
+    hold(100, 260);
     together = true;
     EXPECT_TRUE(download().completed);
-    const auto asked = [&] {
-        std::string ranges;
-        for (const std::string& request : port().outputs) {
-            const auto word = [&](std::size_t i) {
-                return static_cast<unsigned char>(request[i]) * 256 +
-                       static_cast<unsigned char>(request[i + 1]);
-            };
-            ranges += std::to_string(word(2)) + "x" + std::to_string(word(4)) + " ";
-        }
-        port().outputs.clear();
-        return ranges;
-    };
-    EXPECT_EQ(asked(), "0x1 1x1 2x1 0x1 1x1 2x1 3x1 4x1 100x125 225x124 349x11 0x1 1x1 0x1 ");
+    EXPECT_EQ(asked, "0x1 1x1 2x1 0x1 1x1 2x1 3x1 4x1 100x125 225x124 349x11 0x1 1x1 0x1 ");
     EXPECT_EQ(compare().faults, 1) << "register 25 cannot be read";
-    EXPECT_EQ(asked(), "0x1 0x1 1x1 2x1 100x125 225x124 349x11 25x1 0x1 1x1 0x1 ");
+    EXPECT_EQ(asked, "0x1 0x1 1x1 2x1 100x125 225x124 349x11 25x1 0x1 1x1 0x1 ");
     rig.build({"1;1200,N,8,1;0", "2;1200,N,8,1;0"});
     connect();
     compare();
-    EXPECT_TRUE(asked().starts_with("0x1 0x1 1x1 2x1 100x20 120x19 139x20 "))
+    EXPECT_TRUE(asked.starts_with("0x1 0x1 1x1 2x1 100x20 120x19 139x20 "))
         << "a slow line is not held for longer than half a second";
 }
 
@@ -357,8 +322,7 @@ TEST_F(DownloadTest, WhatCancelsItWithProfiles) {
     const auto messages = [&](const std::string& list) {
         write_sequence("742.cds", kProfileHead + list);
         std::filesystem::remove(path("a.txt"));
-        EXPECT_FALSE(download().completed);
-        return ui.messages;
+        return refused_with();
     };
     std::string eighteen; // one more than can be held back and told
     for (int i = 0; i < 18; ++i)

@@ -1,9 +1,6 @@
 // A whole setup from a simulated controller and back.
-#include "support/recording_listener.h"
+#include "scripted_controller.h"
 #include "support/simulated_rig.h"
-#include "transfer/comparison.h"
-#include "transfer/download.h"
-#include "transfer/upload.h"
 
 namespace pelvan::testing {
 
@@ -94,12 +91,11 @@ TEST_P(RoundTrip, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
 
     set({{1500, 500}, {4000, 3}, {4002, 2}, {4000, 1}, {4001, 5}, {4017, 1234}});
     EXPECT_EQ(run<Comparison>(file), "The controller differs from the file in 3 registers.");
-    const auto entry = [](const std::string& held, const std::string& line) {
-        return "Controller holds: " + held + "               " + line + "    Different";
-    };
-    EXPECT_EQ(ui.errors, (Lines{entry("500", "1500           " + std::to_string(before.at(1500))),
-                                entry("1234", "4017           -5"),
-                                entry("no such profile", "4000           3")}));
+    const std::string salted = std::to_string(before.at(1500));
+    EXPECT_EQ(ui.errors,
+              (Lines{entry("Controller holds: 500", "1500", salted, "Different"),
+                     entry("Controller holds: 1234", "4017", "-5", "Different"),
+                     entry("Controller holds: no such profile", "4000", "3", "Different")}));
 }
 
 INSTANTIATE_TEST_SUITE_P(

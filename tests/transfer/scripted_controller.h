@@ -63,6 +63,7 @@ class ScriptedController : public ::testing::Test {
         ui.file = path(file_name);
         cancel = {};
         writes.clear();
+        asked.clear();
         return Transfer(TransferContext{rig.link, modbus, rig.clock, rig.dir.path(),
                                         DeviceAddress(address), ui, cancel, together})
             .run(file...);
@@ -93,6 +94,7 @@ class ScriptedController : public ::testing::Test {
     std::map<int, int> silent;          // requests to a register that stay unanswered yet
     std::map<int, std::string> instead; // replies (whole) to a read of a register
     std::map<int, int> reads;           // requests to read a register
+    std::string asked;                  // "first x count" of each read of a transfer
     Writes writes;
     std::function<void(int number, int value)> on_write;
     std::function<double(int number)> delay_ms = [](int) { return 5; };
@@ -111,6 +113,7 @@ class ScriptedController : public ::testing::Test {
         const bool is_write = byte(1) == 6;
         if (is_write) writes.emplace_back(number, value);
         if (is_write && on_write) on_write(number, value);
+        if (!is_write) asked += std::to_string(number) + "x" + std::to_string(value) + " ";
         const int end = number + (is_write ? 1 : value);
         const std::string reply =
             is_write ? written(request, number, value) : held(request[0], number, end);

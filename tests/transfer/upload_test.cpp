@@ -23,8 +23,16 @@ static std::string partly(int done, int of) {
 
 class UploadTest : public ScriptedController {
   protected:
-    UploadTest() { write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n"); }
-
+    UploadTest() {
+        write_sequence("742.cds", "NO\r\n-\r\n-\r\n-\r\n");
+        write_setup("5 1\r\n");
+    }
+    /// The messages of an upload that writes nothing.
+    Lines refused_with(std::deque<bool> answers) {
+        EXPECT_FALSE(upload(std::move(answers)).completed);
+        EXPECT_EQ(writes, Writes{});
+        return ui.messages;
+    }
     /// Writes between the erase and the last line.
     Writes restored() {
         EXPECT_GE(writes.size(), kErase.size());
@@ -47,9 +55,8 @@ TEST_F(UploadTest, WritesEveryLineInOrder) {
                                "25 0 Successful", "*******Upload Complete*******"}));
     EXPECT_EQ(ui.messages, (Lines{kEraseQuestion, "Upload Complete"}));
     EXPECT_EQ(ui.share, 1);
-    EXPECT_EQ(ui.errors, (Lines{entry("Value is no whole number: ", "7", "0"),
-                                entry("Value is no whole number: 77<--CRC", "8", "77"),
-                                entry("Value is no whole number: cter", "9", "0")}));
+    EXPECT_EQ(ui.errors.size(), 3U); // without the old one
+    EXPECT_EQ(ui.errors.at(1), entry("Value is no whole number: 77<--CRC", "8", "77"));
     EXPECT_EQ(saved("742_Upload_Error.TXT"),
               kHeader + "Value is no whole number: \t7\t0\tError\r\n"
                         "Value is no whole number: 77<--CRC\t8\t77\tError\r\n"
@@ -97,37 +104,25 @@ TEST_F(UploadTest, ErasesBeforeItFindsTheModelsDifferent) {
 }
 
 TEST_F(UploadTest, NothingIsWrittenUnlessTheModelIsReadAndTheUserAgrees) {
-    write_setup("5 1\r\n");
-    const auto messages = [&](std::deque<bool> answers) {
-        EXPECT_FALSE(upload(std::move(answers)).completed);
-        EXPECT_EQ(writes, Writes{});
-        return ui.messages;
-    };
     silent[0] = 3;
-    EXPECT_EQ(messages({false}), (Lines{"Comm Error!", kCheckPort}));
+    EXPECT_EQ(refused_with({false}), (Lines{"Comm Error!", kCheckPort}));
     EXPECT_FALSE(exists("742_Upload_Error.TXT"));
-    EXPECT_EQ(messages({false}), (Lines{kEraseQuestion, "Upload Canceled!"}));
+    EXPECT_EQ(refused_with({false}), (Lines{kEraseQuestion, "Upload Canceled!"}));
     std::filesystem::remove(rig.dir.file("Download Sequences/742.cds"));
     const std::string missing = "Can not find the 742.cds file to check whether this model has "
                                 "Profiles. Do you want to continue with the upload?";
-    EXPECT_EQ(messages({false}), (Lines{missing, "Upload Canceled!"}));
-    EXPECT_EQ(messages({true, false, false}), (Lines{missing, "Does model 742 have Profiles?",
-                                                     kEraseQuestion, "Upload Canceled!"}));
+    EXPECT_EQ(refused_with({false}), (Lines{missing, "Upload Canceled!"}));
+    EXPECT_EQ(refused_with({true, false, false}), (Lines{missing, "Does model 742 have Profiles?",
+                                                         kEraseQuestion, "Upload Canceled!"}));
     EXPECT_EQ(ui.steps, Lines{"*******Upload Canceled*******"});
     EXPECT_EQ(ui.phases, "begun ");
-}
-
-TEST_F(UploadTest, NothingIsErasedOnALineThatDoesNotEchoAsItShould) {
-    write_setup("5 1\r\n");
     rig.set_channels(ini_key::echo, "YES");
-    connect();
-    EXPECT_FALSE(upload().completed);
-    EXPECT_EQ(writes, Writes{});
-    EXPECT_TRUE(ui.messages.back().starts_with("This line does not echo, ")) << ui.messages.back();
+    connect(); // of a line that does not echo
+    const std::string message = refused_with({true, true, true}).back();
+    EXPECT_TRUE(message.starts_with("This line does not echo, ")) << message;
 }
 
 TEST_F(UploadTest, AControllerSilentAfterTheEraseIsAskedAgain) {
-    write_setup("5 1\r\n");
     on_write = [&](int number, int) {
         if (number != 1602) return;
         silent[0] = 1000;
@@ -151,11 +146,10 @@ TEST_F(UploadTest, AWriteWithoutAReplyIsRepeatedAndThenAskedFor) {
 }
 
 TEST_F(UploadTest, FilesAndFoldersThatAreMissing) {
+    std::filesystem::rename(path("a.txt"), rig.dir.file("b.txt"));
     EXPECT_EQ(error_of([&] { upload(); }), error_number::kFileNotFound);
     EXPECT_EQ(error_of([&] { compare(); }), error_number::kFileNotFound);
     EXPECT_EQ(ui.messages, Lines{}) << "found out before any question";
-    write_setup("5 1\r\n");
-    std::filesystem::rename(path("a.txt"), rig.dir.file("b.txt"));
     std::filesystem::remove_all(rig.dir.file("Reg Downloads"));
     const auto restore = [&] {
         ui.answers = {true};
@@ -180,13 +174,11 @@ TEST_F(UploadTest, AFullDiskUnderTheErrorFileDoesNotEndIt) {
 }
 
 TEST_F(UploadTest, ADamagedReplyToTheModelErasesNothing) {
-    write_setup("5 1\r\n");
     for (const std::string& reply :
          {bytes("01 03 02 02 E7 00 00"), frame("01 03 02 02"), frame("01 83 02")}) {
         instead[0] = reply;
-        EXPECT_FALSE(upload({true, false, true, true}).completed);
-        EXPECT_EQ(writes, Writes{});
-        EXPECT_EQ(ui.messages, (Lines{"Comm Error!", "Comm Error!", kCheckPort}));
+        EXPECT_EQ(refused_with({true, false, true, true}),
+                  (Lines{"Comm Error!", "Comm Error!", kCheckPort}));
         EXPECT_EQ(ui.errors.size(), 1U);
         EXPECT_FALSE(compare().completed);
     }
@@ -201,10 +193,8 @@ TEST_F(UploadTest, WhatIsMissingInTheFileIsToldBeforeTheErase) {
                     "does not have its whole header."},
           std::pair{head.substr(0, 20), "does not have its whole header."}}) {
         write_file(path("a.txt"), text);
-        upload({false});
-        EXPECT_EQ(ui.messages,
+        EXPECT_EQ(refused_with({false}),
                   (Lines{std::string("The setup file ") + what + again, "Upload Canceled!"}));
-        EXPECT_EQ(writes, Writes{});
         upload({true, true});
         EXPECT_EQ(ui.messages[1], kEraseQuestion);
     }
@@ -213,8 +203,7 @@ TEST_F(UploadTest, WhatIsMissingInTheFileIsToldBeforeTheErase) {
     EXPECT_EQ(ui.messages, Lines{"The setup file does not end with the line 25 0. The controller "
                                  "holds what the file says."});
     write_file(path("a.txt"), head + std::string("5 \0001\n25 0\n", 11));
-    upload();
-    EXPECT_EQ(ui.messages, Lines{"The setup file is no text file."});
+    EXPECT_EQ(refused_with({}), Lines{"The setup file is no text file."});
     compare();
     EXPECT_EQ(ui.messages, Lines{"The setup file is no text file."});
 }
