@@ -5,33 +5,25 @@
 
 namespace pelvan::testing {
 
-using Texts = std::vector<std::string>;
-
-class ChannelTableTest : public ::testing::Test, public SerialRig {
-  protected:
+struct ChannelTableTest : ::testing::Test, SerialRig {
     /// What a channel was built with: "port settings settle-time [toggles] events".
     std::string channel(std::size_t n) {
         return std::to_string(ports[n]->CommPort()) + " " + ports[n]->Settings() + " " +
                std::to_string(state.gCharTime[n]) + " " + (state.gRtsToggle[n] ? "toggles " : "") +
                ports[n]->history();
     }
-    std::int16_t open(std::int16_t wanted) { return table.open_port(wanted); }
 };
-using OpenPortTest = ChannelTableTest;
 
-TEST_F(ChannelTableTest, MissingOrEmptyFileGivesOneDefaultChannel) {
+TEST_F(ChannelTableTest, ReadsChannelsUpToTheFirstGapAndGivesOneDefaultForNone) {
     for (const bool empty_file : {false, true}) {
         empty_file ? build({}) : rebuild();
         EXPECT_EQ(state.gCommDevice.size(), 1U);
         EXPECT_EQ(channel(0), "2 9600,N,8,1 2 DTREnable 1, RTSEnable 1, Handshaking 0");
     }
-    EXPECT_TRUE(dialogs.shown.empty());
-}
-
-TEST_F(ChannelTableTest, ReadsChannelsUpToTheFirstGap) {
     build({"1;9600,N,8,1;0", "16;300,E,7,2;2", "0;9600,N,8,1;1", "4;9600,N,8,1;1"});
     EXPECT_EQ(state.gCommDevice.size(), 2U);
     EXPECT_EQ(channel(1), "16 300,E,7,2 50 toggles DTREnable 1, RTSEnable 0, Handshaking 0");
+    EXPECT_TRUE(dialogs.shown.empty());
 }
 
 TEST_F(ChannelTableTest, SettleTimesFollowTheBaudRateAndLinesTheMode) {
@@ -76,15 +68,7 @@ TEST_F(ChannelTableTest, DefineChecksItsArguments) {
               (Texts{"port_number% can only be (1 to 16) in sub define_comms_control", bad, bad}));
 }
 
-TEST_F(ChannelTableTest, RebuildingClosesEveryPort) {
-    build({"1;9600,N,8,1;1", "2;9600,N,8,1;1"});
-    open(0);
-    open(1);
-    rebuild();
-    EXPECT_EQ(closings, (Texts{"port 1", "port 2"}));
-}
-
-TEST_F(OpenPortTest, SharesOneOpenTwinAndClosesTheOthers) {
+TEST_F(ChannelTableTest, SharesOneOpenTwinAndClosesTheOthers) {
     const std::string same = "1;9600,N,8,1;1";
     // The fourth channel, what is open before, the wanted one, the used one, what is open then.
     const std::tuple<std::string, std::string, std::int16_t, int, std::string> twins[] = {
@@ -96,7 +80,7 @@ TEST_F(OpenPortTest, SharesOneOpenTwinAndClosesTheOthers) {
         build({same, same, same, fourth});
         for (std::size_t i = 0; i < ports.size(); ++i)
             if (before[i] == '1') ports[i]->set_PortOpen(true);
-        EXPECT_EQ(open(wanted), used);
+        EXPECT_EQ(open_port(wanted), used);
         std::string now;
         for (const auto* port : ports)
             now += port->PortOpen() ? '1' : '0';
@@ -104,7 +88,7 @@ TEST_F(OpenPortTest, SharesOneOpenTwinAndClosesTheOthers) {
     }
 }
 
-TEST_F(OpenPortTest, UnknownChannelIsSaidAndBecomesZero) {
+TEST_F(ChannelTableTest, UnknownChannelIsSaidAndBecomesZero) {
     build({"1;9600,N,8,1;1"});
     for (std::int16_t wrong : {std::int16_t{7}, std::int16_t{-1}}) {
         EXPECT_EQ(table.open_port(wrong), 0);
@@ -114,7 +98,7 @@ TEST_F(OpenPortTest, UnknownChannelIsSaidAndBecomesZero) {
               Texts(2, "This device/protocol has not been initialized. Check Pelvax6.ini."));
 }
 
-TEST_F(OpenPortTest, SaysEachErrorInItsOwnWords) {
+TEST_F(ChannelTableTest, SaysEachErrorInItsOwnWords) {
     for (const auto& [number, text] :
          cases("8000->OPERATION NOT VALID WHILE THE PORT IS OPEN|"
                "8001->TIMEOUT VALUE MUST BE GREATER THAN ZERO|8002->INVALID PORT NUMBER|"
@@ -133,17 +117,17 @@ TEST_F(OpenPortTest, SaysEachErrorInItsOwnWords) {
         build({"3;9600,N,8,1;1"});
         dialogs.shown.clear();
         ports[0]->fail_next("PortOpen", std::stoi(number));
-        EXPECT_EQ(open(0), 0);
+        EXPECT_EQ(open_port(0), 0);
         EXPECT_EQ(dialogs.texts().at(0), text);
         EXPECT_NE(log_text().find("open_port, ERROR #,  " + number), std::string::npos);
     }
 }
 
-TEST_F(OpenPortTest, UnavailableDeviceIsTriedAgainAfterEveryWarning) {
+TEST_F(ChannelTableTest, UnavailableDeviceIsTriedAgainAfterEveryWarning) {
     build({"3;9600,N,8,1;1"});
     ports[0]->fail_next("PortOpen", 68);
     ports[0]->fail_next("PortOpen", 68);
-    open(0);
+    open_port(0);
     EXPECT_EQ(dialogs.texts(), Texts(2, "Cannot open comm port #3, it is not available"));
     EXPECT_EQ(dialogs.shown[0].title, "WARNING");
     EXPECT_TRUE(ports[0]->PortOpen());

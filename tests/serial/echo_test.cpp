@@ -6,11 +6,8 @@
 
 namespace pelvan::testing {
 
-class EchoTest : public ::testing::TestWithParam<std::pair<const char*, const char*>>,
-                 public SerialRig {
-  protected:
-    EchoTest() { start(); }
-    void start() {
+struct EchoTest : ::testing::TestWithParam<std::pair<const char*, const char*>>, SerialRig {
+    EchoTest() {
         build({std::string("1;9600,N,8,1;") + GetParam().second});
         exchange_by(GetParam().first);
         set_channels(ini_key::echo, "YES");

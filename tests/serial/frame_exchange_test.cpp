@@ -5,8 +5,7 @@
 
 namespace pelvan::testing {
 
-class FrameExchangeTest : public ::testing::Test, public SerialRig {
-  protected:
+struct FrameExchangeTest : ::testing::Test, SerialRig {
     FrameExchangeTest() { start("9600,N,8,1"); }
     void start(const std::string& settings, const std::string& mode = "1") {
         build({"1;" + settings + ";" + mode});

@@ -8,8 +8,7 @@ namespace pelvan::testing {
 const std::string kXon = "\x11";
 const std::string kXoff = "\x13";
 
-class HandshakeTest : public ::testing::TestWithParam<const char*>, public SerialRig {
-  protected:
+struct HandshakeTest : ::testing::TestWithParam<const char*>, SerialRig {
     HandshakeTest() { start("4"); }
     void start(const std::string& mode) {
         build({"1;9600,N,8,1;" + mode});
@@ -31,12 +30,6 @@ class HandshakeTest : public ::testing::TestWithParam<const char*>, public Seria
         taken_ms = tick.now() - begun;
         return reply;
     }
-    [[nodiscard]] std::string sent() const {
-        std::string all;
-        for (const std::string& each : ports[0]->outputs)
-            all += each;
-        return all;
-    }
     double begun = 0;
     double taken_ms = 0;
     std::vector<double> out_ms;                         // when each character went out
@@ -52,7 +45,7 @@ TEST_P(HandshakeTest, StopsWithinOneCharacterAndGoesOn) {
         // While the third character is on the line; the reply comes in pieces round another pair.
         script = {{3, {{0.5, kXoff}, {100, kXon}}}, {6, {{5, "O" + kXoff}, {5.2, kXon + "K\r"}}}};
         EXPECT_EQ(send("= SP1\r"), "OK\r");
-        EXPECT_EQ(sent(), "= SP1\r");
+        EXPECT_EQ(ports[0]->sent(), "= SP1\r");
         ASSERT_EQ(out_ms.size(), 6U);
         EXPECT_NEAR(out_ms[2], 2 * 1.042, 0.1);
         EXPECT_NEAR(out_ms[3], out_ms[2] + 100, 0.1);
@@ -64,7 +57,7 @@ TEST_P(HandshakeTest, StopsWithinOneCharacterAndGoesOn) {
 TEST_P(HandshakeTest, AStopThatIsNeverLiftedEndsAtTheTimeOutAndIsForgotten) {
     script = {{2, {{0.5, kXoff}}}};
     EXPECT_EQ(send("? C1\r"), "");
-    EXPECT_EQ(sent(), "? ");
+    EXPECT_EQ(ports[0]->sent(), "? ");
     EXPECT_NEAR(taken_ms, 200 + 2 * 1.042, 2);
     EXPECT_EQ(link.take_remark(), "The device has stopped the sending (XOFF) and not let it go on "
                                   "within 0.2 s: 2 of 5 bytes were sent.");
@@ -78,7 +71,7 @@ TEST_P(HandshakeTest, AStopThatIsNeverLiftedEndsAtTheTimeOutAndIsForgotten) {
     // Several stops have one time-out together.
     script = {{1, {{0.5, kXoff}, {150, kXon}}}, {2, {{0.5, kXoff}, {150, kXon}}}};
     EXPECT_EQ(send("? C1\r"), "");
-    EXPECT_EQ(sent(), "? ");
+    EXPECT_EQ(ports[0]->sent(), "? ");
     EXPECT_TRUE(dialogs.shown.empty());
 }
 

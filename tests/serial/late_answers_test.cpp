@@ -6,8 +6,7 @@
 
 namespace pelvan::testing {
 
-class LateAnswersTest : public ::testing::Test, public SerialRig {
-  protected:
+struct LateAnswersTest : ::testing::Test, SerialRig {
     LateAnswersTest() {
         build({"1;9600,N,8,1;1"});
         ports[0]->discards_future = false;

@@ -11,6 +11,8 @@
 
 namespace pelvan::testing {
 
+using Texts = std::vector<std::string>;
+
 class FakeDialogs : public Dialogs {
   public:
     struct Shown {
@@ -48,8 +50,8 @@ class FakeDialogs : public Dialogs {
     }
 
     /// Texts of all messages so far, in order.
-    [[nodiscard]] std::vector<std::string> texts() const {
-        std::vector<std::string> out;
+    [[nodiscard]] Texts texts() const {
+        Texts out;
         for (const auto& message : shown)
             out.push_back(message.text);
         return out;

@@ -125,6 +125,14 @@ class FakeSerialPort : public SerialPort {
         return out;
     }
 
+    /// What was sent, with this behind each output.
+    [[nodiscard]] std::string sent(const std::string& behind = {}) const {
+        std::string all;
+        for (const std::string& output : outputs)
+            all += output + behind;
+        return all;
+    }
+
     std::vector<Event> events;
     std::vector<std::string> outputs;
     std::deque<std::vector<Arrival>> replies;                          // one an output

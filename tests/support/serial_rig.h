@@ -48,6 +48,7 @@ class SerialRig {
         ports.clear();
         table.init_comms();
     }
+    std::int16_t open_port(std::int16_t channel) { return table.open_port(channel); }
     [[nodiscard]] std::string log_text() const { return read_file(dir.file("errors")); }
 
     TempDir dir;
