@@ -7,8 +7,7 @@
 namespace pelvan::testing {
 
 /// A script's pieces between strokes answer one message each.
-class FullTest : public ::testing::Test, public SerialRig {
-  protected:
+struct FullTest : ::testing::Test, SerialRig {
     FullTest() { build({"1;9600,N,8,1;1"}); }
 
     /// The reply's text, a "+" before that of a command that was completed.
@@ -22,12 +21,7 @@ class FullTest : public ::testing::Test, public SerialRig {
         return (reply.completed ? "+" : "") + reply.text;
     }
     /// What was sent since `run` began, a stroke behind each message.
-    std::string sent() {
-        std::string all;
-        for (const std::string& output : ports[0]->outputs)
-            all += output + "|";
-        return all;
-    }
+    std::string sent() { return ports[0]->sent("|"); }
 
     FullProtocol full{link, dialogs};
 };

@@ -12,16 +12,13 @@ namespace pelvan::testing {
 constexpr std::array kRenderings{&Modbus::ModbusDecodeDecimal, &Modbus::ModbusDecodeHex,
                                  &Modbus::ModbusDecodeSmartDecimal};
 
-class ModbusDecode : public ::testing::Test {
-  protected:
+struct ModbusDecode : ::testing::Test {
     /// Decodes a frame in all renderings; each leaves `first` in the first element of the table.
-    void check(int is_request, const std::string& any, const std::array<std::string, 3>& texts,
+    void check(bool is_request, const std::string& any, const std::array<std::string, 3>& texts,
                float first = kNoReplyValue) {
         for (std::size_t i = 0; i < texts.size(); ++i) {
             state.gReplyValues[1] = 0;
-            EXPECT_EQ((modbus.*kRenderings[i])(static_cast<std::int16_t>(is_request), any),
-                      texts[i])
-                << hex_of(any);
+            EXPECT_EQ((modbus.*kRenderings[i])(is_request ? 1 : 0, any), texts[i]) << hex_of(any);
             EXPECT_EQ(state.gReplyValues[1], first) << hex_of(any);
         }
     }
@@ -38,25 +35,25 @@ class ModbusDecode : public ::testing::Test {
 TEST_F(ModbusDecode, RightFramesInAllRenderings) {
     const float none = kNotFilled;
     // Of the first two texts the CRC is left away and worked out; the last is the first value.
-    const std::tuple<int, const char*, std::string, std::string, const char*, float> frames[] = {
-        {1, "01 01 9C 40 00 08", "1 1 40000 8", "01 01 9C40 0008", "40000 8", none},
-        {0, "01 02 02 FF 07", "1 2 2 255 7", "01 02 02 FF 07", "255 7", 255},
-        {0, "01 03 04 FF FF 02 D5", "1 3 4 -1 725", "01 03 04 FFFF 02D5", "-1 725", -1},
-        {0, "01 04 03 80 00 09", "1 4 3 -32768 9", "01 04 03 8000 09", "-32768 9", -32768},
-        {0, "01 03 00", "1 3 0", "01 03 00", "", none},
-        {0, "01 05 FF FE FF 00", "1 5 65534 -256", "01 05 FFFE FF00", "65534 -256", none},
-        {1, "01 06 00 01 7F FF", "1 6 1 32767", "01 06 0001 7FFF", "1 32767", none},
-        {1, "01 08 00 00 FF FF", "1 8 0 65535", "01 08 0000 FFFF", "0 65535", none},
-        {0, "01 08 00 00 FF FF", "1 8 0 65535", "01 08 0000 FFFF", "65535", none},
+    const std::tuple<bool, const char*, std::string, std::string, const char*, float> frames[] = {
+        {true, "01 01 9C 40 00 08", "1 1 40000 8", "01 01 9C40 0008", "40000 8", none},
+        {false, "01 02 02 FF 07", "1 2 2 255 7", "01 02 02 FF 07", "255 7", 255},
+        {false, "01 03 04 FF FF 02 D5", "1 3 4 -1 725", "01 03 04 FFFF 02D5", "-1 725", -1},
+        {false, "01 04 03 80 00 09", "1 4 3 -32768 9", "01 04 03 8000 09", "-32768 9", -32768},
+        {false, "01 03 00", "1 3 0", "01 03 00", "", none},
+        {false, "01 05 FF FE FF 00", "1 5 65534 -256", "01 05 FFFE FF00", "65534 -256", none},
+        {true, "01 06 00 01 7F FF", "1 6 1 32767", "01 06 0001 7FFF", "1 32767", none},
+        {true, "01 08 00 00 FF FF", "1 8 0 65535", "01 08 0000 FFFF", "0 65535", none},
+        {false, "01 08 00 00 FF FF", "1 8 0 65535", "01 08 0000 FFFF", "65535", none},
         // The first data word alone is signed.
-        {1, "01 10 00 09 00 02 04 FF FF FF FE", "1 16 9 2 4 -1 65534",
+        {true, "01 10 00 09 00 02 04 FF FF FF FE", "1 16 9 2 4 -1 65534",
          "01 10 0009 0002 04 FFFF FFFE", "9 -1 65534", none},
-        {1, "01 0F 00 09 00 03 01 05", "1 15 9 3 1 5", "01 0F 0009 0003 01 05", "9 5", none},
-        {1, "01 10 00 09 00 00 00", "1 16 9 0 0", "01 10 0009 0000 00", "9", none},
-        {0, "01 10 00 09 80 00", "1 16 9 32768", "01 10 0009 8000", "9 32768", none},
+        {true, "01 0F 00 09 00 03 01 05", "1 15 9 3 1 5", "01 0F 0009 0003 01 05", "9 5", none},
+        {true, "01 10 00 09 00 00 00", "1 16 9 0 0", "01 10 0009 0000 00", "9", none},
+        {false, "01 10 00 09 80 00", "1 16 9 32768", "01 10 0009 8000", "9 32768", none},
         // Exceptions, of five bytes; also of a function that is not known.
-        {0, "01 83 02", "1 131 2", "01 83 02", "Exception Error: 131 2", 2},
-        {0, "F7 FF 0B", "247 255 11", "F7 FF 0B", "Exception Error: 255 11", 11}};
+        {false, "01 83 02", "1 131 2", "01 83 02", "Exception Error: 131 2", 2},
+        {false, "F7 FF 0B", "247 255 11", "F7 FF 0B", "Exception Error: 255 11", 11}};
     for (const auto& [is_request, body, decimal, hex, smart, first] : frames) {
         const std::string whole = frame(body);
         const std::string crc = whole.substr(whole.size() - 2);
@@ -69,11 +66,11 @@ TEST_F(ModbusDecode, RightFramesInAllRenderings) {
 
 TEST_F(ModbusDecode, FaultyFramesInAllRenderings) {
     const std::string cut = bytes("01 03 FF 00");
-    for (const int is_request : {0, 1})
+    for (const bool is_request : {false, true})
         check(is_request, cut, {cut, "01 03 FF 00 ", ""});
-    check(0, "", {});
-    check(1, bytes("01 07 09 09 09 09"), {"1 7 ", "01 07 ", "1 7"});
-    check(0, bytes("01 83 02 FF FE"),
+    check(false, "", {});
+    check(true, bytes("01 07 09 09 09 09"), {"1 7 ", "01 07 ", "1 7"});
+    check(false, bytes("01 83 02 FF FE"),
           {"1 131 2 65534<--CRC ERROR!", "01 83 02 FFFE<--CRC ERROR!",
            "RESPONSE FROM CONTROLLER HAS CRC ERROR!"},
           2);
@@ -84,7 +81,7 @@ TEST_F(ModbusDecode, FaultyFramesInAllRenderings) {
                     "1 01 10 00 09 00 01 02 07|0 01 0F 00 09 00 01 00|1 01 10 00"},
           std::pair{"-32100", "0 01 05 00 09 00|0 01 06 00 09 00 01 00|1 01 08 00 09"}})
         for (const std::string& one : split(frames, '|'))
-            check(one[0] - '0', frame(one.substr(2)), {text, text, text});
+            check(one[0] == '1', frame(one.substr(2)), {text, text, text});
 }
 
 TEST_F(ModbusDecode, ValuesAreStoredAndTheRestCleared) {

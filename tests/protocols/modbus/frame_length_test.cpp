@@ -7,8 +7,7 @@
 #include "support/cases.h"
 #include "support/frames.h"
 
-namespace pelvan {
-namespace {
+namespace pelvan::testing {
 
 using State = ExpectedLength::State;
 
@@ -27,21 +26,20 @@ TEST(FrameLengthTest, IsToldByTheFirstBytesAndNeverAnother) {
          "01 17 02 00 FE->3|01 18 00 06 00 02 01 B8 12 84->4|01 81 02->2|01 AB 01->2"},
     };
     for (const auto& [length, table] : tables)
-        for (const auto& [hex, needed] : testing::cases(table)) {
-            const std::string frame = testing::frame(hex);
+        for (const auto& [hex, needed] : cases(table)) {
+            const std::string whole = frame(hex);
             const auto enough = static_cast<std::size_t>(std::stoi(needed));
-            for (std::size_t size = 0; size <= frame.size(); ++size) {
-                const ExpectedLength told = length(std::string_view(frame).substr(0, size));
+            for (std::size_t size = 0; size <= whole.size(); ++size) {
+                const ExpectedLength told = length(std::string_view(whole).substr(0, size));
                 EXPECT_EQ(told.known(), size >= enough) << hex << " " << size;
-                EXPECT_EQ(told.bytes, size < 2 ? 2 : size < enough ? enough : frame.size()) << hex;
+                EXPECT_EQ(told.bytes, size < 2 ? 2 : size < enough ? enough : whole.size()) << hex;
             }
         }
     const ExpectedLength unknown{State::Unknown, 0};
-    EXPECT_EQ(expected_request_length(testing::bytes("01 41 00 00")), unknown);
-    EXPECT_EQ(expected_request_length(testing::bytes("01 83 02")), unknown);
-    EXPECT_EQ(expected_reply_length(testing::bytes("01 2B 0E 01 01")), unknown);
-    EXPECT_EQ(expected_reply_length(testing::bytes("01 18 01 00")), unknown); // 256 bytes counted
+    EXPECT_EQ(expected_request_length(bytes("01 41 00 00")), unknown);
+    EXPECT_EQ(expected_request_length(bytes("01 83 02")), unknown);
+    EXPECT_EQ(expected_reply_length(bytes("01 2B 0E 01 01")), unknown);
+    EXPECT_EQ(expected_reply_length(bytes("01 18 01 00")), unknown); // 256 bytes counted
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing

@@ -35,8 +35,7 @@ TEST(LongWords, SplitAndJoin) {
     EXPECT_EQ(error_of(SplitLongToWords, "4294967296"), 6);
 }
 
-class ModbusBuildRequest : public ::testing::Test {
-  protected:
+struct ModbusBuildRequest : ::testing::Test {
     std::string build(int function, int address, float start, std::vector<float> values) {
         list = std::move(values);
         list.insert(list.begin(), 0);
@@ -90,8 +89,7 @@ TEST_F(ModbusBuildRequest, RewritesNegativeValuesUpToTheBadOne) {
 }
 
 /// A slave built on libmodbus takes the builder's frames; the decoder takes its replies.
-class LibmodbusSlave : public ModbusBuildRequest {
-  protected:
+struct LibmodbusSlave : ModbusBuildRequest {
     std::string exchange(int function, float start, const std::vector<float>& values,
                          std::size_t reply_bytes) {
         line_.send(build(function, 1, start, values));

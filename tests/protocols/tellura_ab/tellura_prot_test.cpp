@@ -8,10 +8,7 @@
 
 namespace pelvan::testing {
 
-using Texts = std::vector<std::string>;
-
-class TelluraTest : public ::testing::Test, public SerialRig {
-  protected:
+struct TelluraTest : ::testing::Test, SerialRig {
     TelluraTest() { SerialRig::build(Texts(4, "1;9600,N,8,1;1")); }
 
     /// The request packet in hexadecimal, or the message that refused it.
