@@ -1,13 +1,12 @@
 #include "settings_rig.h"
+#include "support/cases.h"
 #include "text/strings.h"
 
-namespace pelvan {
-namespace {
+namespace pelvan::testing {
 
-using Texts = std::vector<std::string>;
-using testing::read_file;
+using std::string_literals::operator""s;
 
-class CommsSettingsTest : public testing::SettingsTest, private SettingsHost {
+class CommsSettingsTest : public SettingsTest, private SettingsHost {
   protected:
     [[nodiscard]] int selected_protocol() const override { return selected; }
     void hold_windows(bool held) override { holds += held ? "+" : "-"; }
@@ -19,13 +18,10 @@ class CommsSettingsTest : public testing::SettingsTest, private SettingsHost {
         return {&form.txt_Port[frame], &form.txt_Baud[frame], &form.txt_Parity[frame],
                 &form.txt_DataBits[frame], &form.txt_StopBits[frame]};
     }
-    /// "port;baud;parity;data bits;stop bits".
-    void type(std::size_t frame, const std::string& fields) {
+    /// Types "port;baud;parity;data bits;stop bits" and saves.
+    void save(std::size_t frame, const std::string& fields) {
         for (std::size_t i = 0; const std::string& text : split(fields, ';'))
             boxes(frame)[i++]->set_Text(text);
-    }
-    void save(std::size_t frame, const std::string& fields) {
-        type(frame, fields);
         form.cmd_SaveChanges[frame].press();
     }
     std::string shown(std::size_t frame) {
@@ -44,51 +40,56 @@ class CommsSettingsTest : public testing::SettingsTest, private SettingsHost {
     frm_CommsSettings form{services, config, table, *this, lookup};
 };
 
-TEST_F(CommsSettingsTest, TheEndOfRepliesIsSavedForItsChannelAloneAndRecommended) {
+TEST_F(CommsSettingsTest, HowALineIsUsedIsRecommendedAndSavedForItsChannelAlone) {
     plugged.clear();
     build({"1;9600,N,8,1;0", "2;9600,N,8,1;1"});
     const std::string file = read_file(config.gIniFile);
     open(1);
-    ExchangePanel& panel = form.exchange;
-    EXPECT_EQ(panel.chk_Complete.Value(), 0);
-    EXPECT_EQ(panel.lbl_Advice.Caption(), "");
     form.cmd_SaveChanges[1].press();
     EXPECT_EQ(read_file(config.gIniFile), file) << "nothing is written that was not chosen";
     open(1);
+    const Label& advice = form.exchange.lbl_Advice;
+    EXPECT_EQ(advice.Caption(), "");
     form.txt_Baud[1].set_Text("38400");
-    EXPECT_TRUE(panel.lbl_Advice.Caption().starts_with("Recommended: at this baud rate"));
-    panel.chk_Complete.set_Value(1);
-    EXPECT_EQ(panel.lbl_Advice.Caption(), "");
-    EXPECT_TRUE(form.changed(1));
-    form.cmd_SaveChanges[1].press();
-    EXPECT_EQ(device_key("1 EXCHANGE"), "COMPLETE");
-    EXPECT_TRUE(table.exchange_way(1).complete);
-    EXPECT_FALSE(table.exchange_way(0).complete);
-    open(0);
-    EXPECT_EQ(panel.chk_Complete.Value(), 0);
-    open(1);
-    EXPECT_EQ(panel.chk_Complete.Value(), 1);
-    panel.chk_Complete.set_Value(0);
-    form.cmd_SaveChanges[1].press();
-    EXPECT_EQ(device_key("1 EXCHANGE"), "QUIET");
-    EXPECT_FALSE(table.exchange_way(1).complete);
+    EXPECT_TRUE(advice.Caption().starts_with("Recommended: at this baud rate"));
+    form.exchange.chk_Complete.set_Value(1);
+    EXPECT_EQ(advice.Caption(), "");
+    const std::tuple<CheckBox&, std::string, const char*, const char*, bool ExchangeWay::*>
+        choices[] = {
+            {form.exchange.chk_Complete, "EXCHANGE", "COMPLETE", "QUIET", &ExchangeWay::complete},
+            {form.exchange.chk_Echo, "ECHO", "YES", "NO", &ExchangeWay::echo}};
+    for (const auto& [box, name, on, off, used] : choices)
+        for (const char* const value : {on, off}) {
+            open(0);
+            EXPECT_EQ(box.Value(), 0) << name;
+            open(1);
+            EXPECT_EQ(box.Value(), value == off) << name;
+            box.set_Value(value == on);
+            EXPECT_TRUE(form.changed(1)) << name;
+            form.cmd_SaveChanges[1].press();
+            EXPECT_EQ(device_key("1 " + name) + device_key("0 " + name), value + "(none)"s);
+            EXPECT_EQ(table.exchange_way(1).*used, value == on) << name;
+            EXPECT_FALSE(table.exchange_way(0).*used) << name;
+        }
 }
 
-TEST_F(CommsSettingsTest, ALineThatEchoesIsSavedForItsChannelAlone) {
-    build({"1;9600,N,8,1;0", "2;9600,N,8,1;1"});
-    open(1);
-    form.exchange.chk_Echo.set_Value(1);
-    EXPECT_TRUE(form.changed(1));
-    form.cmd_SaveChanges[1].press();
-    EXPECT_EQ(device_key("1 ECHO") + device_key("1 EXCHANGE") + device_key("0 ECHO"),
-              "YES(none)(none)");
-    EXPECT_TRUE(table.exchange_way(1).echo);
-    open(0);
-    EXPECT_EQ(form.exchange.chk_Echo.Value(), 0);
-    open(1);
-    form.exchange.chk_Echo.set_Value(0);
-    form.cmd_SaveChanges[1].press();
-    EXPECT_EQ(device_key("1 ECHO"), "NO");
+TEST(PortSettings, EachFieldIsCheckedInOrder) {
+    // Port, baud, parity, data bits, stop bits; what the messages call not valid: data bits also
+    // for the stop bits. 1.5 lies between 1 and 16.
+    for (const auto& [typed, wrong] :
+         cases("16;38400;e;7;2->| 1 ;300;O;8;1->|1.5;1200;E;8;1->|17;9600;N;8;1->,Comm Port|"
+               "x;9600;n;8;1->,Comm Port|1;14400;n;8;1->,Baud Rate|1;115200;n;8;1->,Baud Rate|"
+               "1;300;none;8;1->,Parity|1;300;;8;1->,Parity|1;300;O;8;1.5->,Data Bits|"
+               "0;7;x;9;3->,Comm Port,Baud Rate,Parity,Data Bits,Data Bits")) {
+        const auto field = split(typed, ';');
+        auto messages = split(wrong, ',');
+        messages.erase(messages.begin());
+        for (std::string& message : messages)
+            message = " The " + message + " specified is not valid, data will not be saved";
+        EXPECT_EQ(ValidatePortSettings({field[0], field[1], field[2], field[3], field[4], 0}),
+                  messages)
+            << typed;
+    }
 }
 
 TEST(ExchangeAdvice, SaysWhyAndWhatIsKnown) {
@@ -101,8 +102,7 @@ TEST(ExchangeAdvice, SaysWhyAndWhatIsKnown) {
 
 TEST_F(CommsSettingsTest, ActivationRebuildsAndShowsTheSelectedProtocolsFrameFilled) {
     build({"1;9600,N,8,1;0", "2;19200,E,7,2;1", "5;300,O,8,1;5"});
-    std::int16_t channel = 0;
-    static_cast<void>(table.open_port(channel));
+    open_port(0);
     const Texts filled{"1;9600;N;8;1;", "2;19200;E;7;2;", "5;300;O;8;1;"};
     for (std::size_t protocol = 0; protocol < filled.size(); ++protocol) {
         const int number = static_cast<int>(protocol);
@@ -186,12 +186,10 @@ TEST_F(CommsSettingsTest, AnUnknownChannelBeginsWithTheOnlyDeviceAndAFreeNumber)
     const SerialDevice board{"/dev/ttyS0", "/dev/ttyS0", "", true};
     states[other.path] = states[board.path] = DeviceState::Openable;
     const std::string defaults = ";9600;N;8;1;";
-    struct Case {
-        std::vector<SerialDevice> plugged;
-        std::string file;   // behind the section of the devices
-        std::string shown;  // boxes
-        std::string device; // in the box
-    } const cases[] = {
+    const std::string channel_on_4 =
+        "\n[COMMS CONTROLS]\nDEVICE 0 COMM PORT=4\nDEVICE 0 PORT SETTING=1200,E,7,2";
+    // Devices; the file behind the section of the devices; boxes; the device in the box.
+    const std::tuple<std::vector<SerialDevice>, std::string, std::string, std::string> cases[] = {
         {{}, "", "1" + defaults, ""},
         {{maker}, "", "1" + defaults, maker.path},
         {{board}, "", "1" + defaults, board.path},
@@ -199,23 +197,18 @@ TEST_F(CommsSettingsTest, AnUnknownChannelBeginsWithTheOnlyDeviceAndAFreeNumber)
         {{maker, other}, "", "1" + defaults, ""},
         {{maker}, "PORT 7=" + maker.path, "7" + defaults, maker.path},
         {{maker}, "PORT 1=simulated:742", "3" + defaults, maker.path},
-        {{maker},
-         "PORT 4=" + maker.path +
-             "\n[COMMS CONTROLS]\nDEVICE 0 COMM PORT=4\n"
-             "DEVICE 0 PORT SETTING=1200,E,7,2",
-         "4;1200;E;7;2;",
-         maker.path}};
-    for (const Case& each : cases) {
-        plugged = each.plugged;
+        {{maker}, "PORT 4=" + maker.path + channel_on_4, "4;1200;E;7;2;", maker.path}};
+    for (const auto& [devices, file, fields, device] : cases) {
+        plugged = devices;
         built_in = !plugged.empty() && plugged.back().built_in ? board.path : "";
-        testing::write_file(config.gIniFile, "[SERIAL DEVICES]\n" + each.file + "\n");
+        write_file(config.gIniFile, "[SERIAL DEVICES]\n" + file + "\n");
         open(1);
-        EXPECT_EQ(shown(1) + form.picker.device(), each.shown + each.device) << each.file;
+        EXPECT_EQ(shown(1) + form.picker.device(), fields + device) << file;
         EXPECT_FALSE(form.changed(1));
         form.cmd_SaveChanges[1].press();
         EXPECT_FALSE(form.Visible());
         const int port = state.gCommDevice.at(1)->CommPort();
-        EXPECT_EQ(form.picker.devices().standing(port), each.device);
+        EXPECT_EQ(form.picker.devices().standing(port), device);
         EXPECT_EQ(state.gCommDevice[0]->Settings(), state.gCommDevice[1]->Settings());
     }
     EXPECT_TRUE(dialogs.shown.empty());
@@ -316,7 +309,7 @@ TEST_F(CommsSettingsTest, OffersPortsToTheChannelsThatHideASavedOne) {
     EXPECT_TRUE(dialogs.shown.empty());
 
     open(2); // without a gap, which somebody makes meanwhile
-    testing::write_file(config.gIniFile, "");
+    write_file(config.gIniFile, "");
     dialogs.answers = {MessageAnswer::Yes};
     save(2, "5;4800;e;7;2");
     EXPECT_EQ(dialogs.texts(), Texts{question});
@@ -374,5 +367,4 @@ TEST_F(CommsSettingsTest, AFifthChannelIsReportedAndTheWindowWorksAllTheSame) {
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing

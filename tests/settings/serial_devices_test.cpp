@@ -3,11 +3,9 @@
 #include "settings_rig.h"
 #include "support/cases.h"
 
-namespace pelvan {
-namespace {
+namespace pelvan::testing {
 
-class SerialDevicesTest : public testing::SettingsTest {
-  protected:
+struct SerialDevicesTest : SettingsTest {
     SerialDevicesTest() {
         build({"3;9600,N,8,1;0"});
         form.Show();
@@ -34,8 +32,7 @@ class SerialDevicesTest : public testing::SettingsTest {
 };
 
 TEST_F(SerialDevicesTest, AssignsDevicesToAnyNumberAndClosesTheOpenPorts) {
-    std::int16_t channel = 0;
-    static_cast<void>(table.open_port(channel));
+    open_port(0);
     EXPECT_EQ(form.lst_Ports.ListCount(), 16);
     const std::string device = plugged[0].path;
     assign(16, device + " (/dev/ttyUSB7), Maker");
@@ -49,13 +46,19 @@ TEST_F(SerialDevicesTest, AssignsDevicesToAnyNumberAndClosesTheOpenPorts) {
     }
     assign(16, "(no assignment)");
     EXPECT_EQ(shown(16), ", PORT 16  no device");
+    EXPECT_TRUE(dialogs.shown.empty());
+    config.gIniFile = dir.file("no/such/directory.ini");
+    assign(2, "simulated:742");
+    EXPECT_EQ(dialogs.shown.size(), 1U) << "it could not be written";
+    EXPECT_TRUE(form.picker.lbl_DeviceState.Caption().starts_with("Port 2: no device"));
+    EXPECT_TRUE(form.picker.pending());
 }
 
 TEST_F(SerialDevicesTest, AHandWrittenDeviceStaysInTheList) {
     states["/dev/null"] = DeviceState::NotSerial;
-    for (const auto& [device, meaning] : testing::cases(
-             "/nowhere->not there|/dev/null->not a serial device|"
-             "simulated:742,address=5->simulated, may be opened|simulated:900->not understood")) {
+    for (const auto& [device, meaning] :
+         cases("/nowhere->not there|/dev/null->not a serial device|"
+               "simulated:742,address=5->simulated, may be opened|simulated:900->not understood")) {
         ini_write_string("SERIAL DEVICES", "PORT 4", device, config.gIniFile);
         form.picker.cmd_RefreshDevices.press();
         form.lst_Ports.set_ListIndex(3);
@@ -63,14 +66,6 @@ TEST_F(SerialDevicesTest, AHandWrittenDeviceStaysInTheList) {
         EXPECT_EQ(shown(4), device + ", PORT 4   " + device + ": " + meaning);
         form.lst_Ports.set_ListIndex(0);
     }
-}
-
-TEST_F(SerialDevicesTest, SaysThatAnAssignmentCouldNotBeWritten) {
-    config.gIniFile = dir.file("no/such/directory.ini");
-    assign(2, "simulated:742");
-    EXPECT_EQ(dialogs.shown.size(), 1U);
-    EXPECT_TRUE(form.picker.lbl_DeviceState.Caption().starts_with("Port 2: no device"));
-    EXPECT_TRUE(form.picker.pending());
 }
 
 TEST_F(SerialDevicesTest, ClosingDropsNoDeviceThatWasChosen) {
@@ -105,5 +100,4 @@ TEST_F(SerialDevicesTest, ClosingDropsNoDeviceThatWasChosen) {
     EXPECT_EQ(key("SERIAL DEVICES", "PORT 6"), plugged[0].path);
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing
