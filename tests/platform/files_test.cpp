@@ -29,8 +29,7 @@ namespace pelvan::testing {
 namespace fs = std::filesystem;
 using std::string_literals::operator""s;
 
-class FilesTest : public ::testing::Test {
-  protected:
+struct FilesTest : ::testing::Test {
     std::string read(const std::string& bytes, const std::string& section = "S",
                      const std::string& key = "K", const std::string& default_value = "none") {
         write_file(file_, bytes);
@@ -137,9 +136,7 @@ TEST_F(SectionedFile, ReadsAndKeepsUtf16WithItsMark) {
 }
 
 TEST_F(SectionedFile, KeepsEveryByteOfALongFileAndPutsItOnTheDisk) {
-    std::string bytes = "[T]\r\n";
-    for (int i = 0; bytes.size() < 200'000; ++i)
-        bytes += "Key " + std::to_string(i) + "=value\r\n";
+    const std::string bytes = "[T]\r\nK=" + std::string(200'000, 'x') + "\r\n";
     const int synced = syncs;
     EXPECT_EQ(written(bytes), bytes + "[S]\r\nK=v\r\n");
     EXPECT_EQ(GetPrivateProfileStringA("S", "K", "", 255, file_), "v");
@@ -268,17 +265,14 @@ TEST_F(TextFile, FailsWithTheClassicNumbers) {
     write_file(file_, "x");
     const std::string directory = directory_.path();
     const std::string missing = directory_.file("missing");
-    const std::pair<std::string, int> opening[] = {
-        {missing, 53}, {file_ + "/file", 76}, {directory, 75}, {"/dev/zero", 75}};
-    for (const auto& [path, number] : opening)
+    for (const auto& [path, number] :
+         {std::pair(missing, 53), {file_ + "/file", 76}, {directory, 75}, {"/dev/zero", 75}})
         EXPECT_EQ(error_of(opentextfile, path), number) << path;
-    const std::pair<std::string, int> writing[] = {
-        {missing + "/file", 76}, {directory, 75}, {"/dev/full", 61}};
-    for (const auto& [path, number] : writing) {
+    const auto write = [](const std::string& path) { CreateTextFile(path, true)->writeline("x"); };
+    for (const auto& [path, number] :
+         {std::pair(missing + "/file", 76), {directory, 75}, {"/dev/full"s, 61}}) {
         EXPECT_EQ(error_of(append_line, path, "x"), number) << path;
-        EXPECT_EQ(error_of([&, path = path] { CreateTextFile(path, true)->writeline("x"); }),
-                  number)
-            << path;
+        EXPECT_EQ(error_of(write, path), number) << path;
     }
     EXPECT_EQ(error_of(CreateTextFile, file_, false), 58);
     {

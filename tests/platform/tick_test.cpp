@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace pelvan {
-namespace {
+namespace pelvan::testing {
 
 TEST(Tick, SpansAndMomentsGoOnAcrossTheWrap) {
     EXPECT_EQ(tick_span(1000, 1250), 250);
@@ -29,5 +28,4 @@ TEST(SystemTickTest, BeginsWithTheProgram) {
     EXPECT_GE(make_system_tick()->timeGetTime(), first) << "one tick for the whole program";
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing
