@@ -8,46 +8,37 @@
 
 #include "support/frames.h"
 
-namespace pelvan {
-namespace {
-
-using testing::bytes;
-using testing::frame;
-using testing::hex_of;
-
-/// Cuts everything that can be cut; each piece as kind ("?" noise, "q" request, "r" reply, "x"
-/// exception) and bytes. A request waits for the reply behind it.
-class Splitting {
-  public:
-    void add(double ms, std::string_view lump) { splitter_.add(ms, ms, lump); }
-    std::vector<std::string> take(bool is_rest = false) {
-        std::vector<std::string> pieces;
-        const auto next = [&] {
-            return is_rest ? splitter_.next_of_rest(pending_) : splitter_.next(pending_);
-        };
-        for (auto cut = next(); cut; cut = next()) {
-            pieces.push_back("?qrx"[static_cast<int>(cut->info.kind)] + (" " + hex_of(cut->bytes)));
-            if (cut->info.kind == FrameKind::Request) pending_ = cut->bytes;
-            if (is_reply(cut->info.kind)) pending_.clear();
-        }
-        return pieces;
-    }
-    /// The stream in one lump, and what comes out of it.
-    std::vector<std::string> all(const std::string& stream) {
-        add(now_ += 1000, stream);
-        return take(true);
-    }
-
-  private:
-    FrameSplitter splitter_;
-    std::string pending_;
-    double now_ = 0;
-};
+namespace pelvan::testing {
 
 using Pieces = std::vector<std::string>;
 
+struct Splitting {
+    void add(double ms, std::string_view lump) { splitter.add(ms, ms, lump); }
+    /// Everything that can be cut. A request waits for the reply behind it.
+    std::vector<CutFrame> cut(bool is_rest) {
+        std::vector<CutFrame> all;
+        while (auto next = is_rest ? splitter.next_of_rest(pending) : splitter.next(pending)) {
+            if (next->info.kind == FrameKind::Request) pending = next->bytes;
+            if (is_reply(next->info.kind)) pending.clear();
+            all.push_back(std::move(*next));
+        }
+        return all;
+    }
+    /// Each piece as kind ("?" noise, "q" request, "r" reply, "x" exception) and bytes.
+    Pieces take(bool is_rest = false) {
+        Pieces pieces;
+        for (const CutFrame& each : cut(is_rest))
+            pieces.push_back("?qrx"[static_cast<int>(each.info.kind)] + (" " + hex_of(each.bytes)));
+        return pieces;
+    }
+
+    FrameSplitter splitter;
+    std::string pending;
+};
+
 TEST(FrameSplitterTest, CutsBothDirectionsWhereOneLengthWouldLieOrMislead) {
     Splitting line;
+    double now = 0;
     const auto check = [&](const Pieces& hex_with_kind) {
         std::string stream;
         Pieces wanted;
@@ -57,7 +48,8 @@ TEST(FrameSplitterTest, CutsBothDirectionsWhereOneLengthWouldLieOrMislead) {
             stream += piece;
             wanted.push_back(each.substr(0, 2) + hex_of(piece));
         }
-        EXPECT_EQ(line.all(stream), wanted);
+        line.add(now += 1000, stream);
+        EXPECT_EQ(line.take(true), wanted);
     };
     check({"q 01 03 00 64 00 02", "r 01 03 04 02 D5 FF FF", "q 01 06 00 07 00 01",
            "r 01 06 00 07 00 01"});
@@ -114,7 +106,7 @@ std::string random_frame(std::mt19937& random, bool reply) {
     if (counted) body += static_cast<char>(2 * words);
     for (std::size_t i = 0; counted && i < 2 * words; ++i)
         body += byte(random() % 2 == 0 ? 4 : 256);
-    return testing::sealed(body);
+    return sealed(body);
 }
 
 TEST(FrameSplitterTest, GivesEveryByteOnceWhateverComesInWhateverLumps) {
@@ -129,23 +121,19 @@ TEST(FrameSplitterTest, GivesEveryByteOnceWhateverComesInWhateverLumps) {
             frames.push_back(random_frame(random, i % 2 == 1));
             stream += frames.back();
         }
-        FrameSplitter splitter;
+        Splitting line;
         std::string all;
         Pieces found;
         const auto take = [&](bool is_rest) {
-            const auto next = [&] {
-                return is_rest ? splitter.next_of_rest("") : splitter.next("");
-            };
-            for (auto cut = next(); cut; cut = next()) {
-                all += cut->bytes;
-                if (cut->info.kind != FrameKind::Damaged) found.push_back(cut->bytes);
-                EXPECT_LE(cut->first_lump, cut->last_lump);
+            for (const CutFrame& cut : line.cut(is_rest)) {
+                all += cut.bytes;
+                if (cut.info.kind != FrameKind::Damaged) found.push_back(cut.bytes);
+                EXPECT_LE(cut.first_lump, cut.last_lump);
             }
         };
         for (std::size_t at = 0, size = 0; at < stream.size(); at += size) {
             size = 1 + random() % 64;
-            splitter.add(static_cast<double>(at), static_cast<double>(at + size),
-                         std::string_view(stream).substr(at, size));
+            line.add(static_cast<double>(at), std::string_view(stream).substr(at, size));
             take(false);
         }
         take(true);
@@ -177,5 +165,4 @@ TEST(FrameSplitterTest, HostileBytesCostAMomentAndNoRoom) {
     }
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing

@@ -9,11 +9,7 @@
 #include "support/frames.h"
 #include "support/serial_rig.h"
 
-namespace pelvan {
-namespace {
-
-using testing::error_of;
-using Texts = std::vector<std::string>;
+namespace pelvan::testing {
 
 // Worked out apart from the program, ticks rounded to single precision where they are kept so.
 TEST(ListenStatisticsTest, AreWorkedOutAndWrittenOverSeveralSessions) {
@@ -47,16 +43,13 @@ TEST(ListenStatisticsTest, AreWorkedOutAndWrittenOverSeveralSessions) {
     EXPECT_EQ(after(6, 7), "7|1|0.007|60000|60000|60000|");
 }
 
-class ListenTest : public ::testing::Test, public testing::SerialRig {
-  protected:
+struct ListenTest : ::testing::Test, SerialRig {
     ListenTest() {
         tick.step_ms = 0.001;
         build({"1;9600,N,8,1;1", "2;9600,N,8,1;1", "3;9600,N,8,1;1"});
         form.Load();
     }
-    testing::FakeSerialPort& port() {
-        return static_cast<testing::FakeSerialPort&>(*listen.gListenDevice);
-    }
+    FakeSerialPort& port() { return static_cast<FakeSerialPort&>(*listen.gListenDevice); }
     /// A burst that arrives whole at this moment of the tick.
     void burst_at(double ms, const std::string& bytes) {
         tick.advance(ms - tick.now());
@@ -89,8 +82,8 @@ class ListenTest : public ::testing::Test, public testing::SerialRig {
     Subscription added = monitor.line_added.subscribe(
         [this](const std::string& line, const Burst&) { lines.push_back(line); });
     frm_Listen form{services, monitor, [] { return std::int16_t{1}; }};
-    const std::string request = testing::frame("01 03 00 64 00 02");
-    const std::string reply = testing::frame("01 03 04 02 D5 FF FF");
+    const std::string request = frame("01 03 00 64 00 02");
+    const std::string reply = frame("01 03 04 02 D5 FF FF");
 };
 
 TEST_F(ListenTest, RendersByFormatAndDirectionAndSendsNothing) {
@@ -141,8 +134,8 @@ TEST_F(ListenTest, WindowShowsCopiesAndBeginsAgainWhenOpenedAgain) {
     EXPECT_EQ(form.lst_Times.ListIndex(), 1);
     EXPECT_EQ(form.lbl_BurstHitRate.Caption() + form.txt_BurstHitRate.Text(), "Burst Hit Rate240");
     EXPECT_EQ(form.lbl_HitCount.Caption() + form.txt_HitCount.Text(), "Hits2");
-    EXPECT_FALSE(form.lst_CommsCommand_KeyDown(true, 'x') ||
-                 form.lst_CommsCommand_KeyDown(false, 'c'));
+    EXPECT_FALSE(form.lst_CommsCommand_KeyDown(true, 'x'));
+    EXPECT_FALSE(form.lst_CommsCommand_KeyDown(false, 'c'));
     EXPECT_TRUE(form.lst_CommsCommand_KeyDown(true, 'C'));
     EXPECT_EQ(desktop.clipboard, "1 3 100 2 133 212 \r\nx\r\n");
     // The lists begin again when they hold more than ten thousand lines, or 32 MB.
@@ -183,7 +176,7 @@ TEST_F(ListenTest, RightButtonsMenuLogsTheModbusChannelAsLongAsItCan) {
     burst_at(2000, request);
     burst_at(2100, "x");
     const std::string file = dir.file(ListenMonitor::kLogFileName);
-    EXPECT_EQ(testing::read_file(file), "1 3 100 2 133 212 \r\nx\r\n");
+    EXPECT_EQ(read_file(file), "1 3 100 2 133 212 \r\nx\r\n");
     std::filesystem::remove(file);
     std::filesystem::create_directory(file);
     EXPECT_EQ(error_of([&] { burst_at(2200, "y"); }), error_number::kPathFileAccess);
@@ -238,8 +231,7 @@ TEST_F(ListenTest, ADeviceThatGoesIsWaitedForAndItsLineErrorsAreCountedOn) {
     };
     for (int i = 0; i < 4; ++i)
         port().fail_next("PortOpen", error_number::kInvalidPortNumber);
-    LineClaim claim = link.claim();
-    claim.release();
+    static_cast<void>(link.claim()); // and let go
     for (int i = 0; i < 4; ++i)
         EXPECT_EQ(look(1000), waits);
     port().errors = {0, 0, 0, 0}; // of the new opening
@@ -251,10 +243,9 @@ TEST_F(ListenTest, ADeviceThatGoesIsWaitedForAndItsLineErrorsAreCountedOn) {
     // Another tool's command meets the loss first, and the device when it is back.
     port().line_lost = true;
     port().fail_next("PortOpen", error_number::kInvalidPortNumber);
-    std::int16_t one = 1;
-    table.open_port(one);
+    open_port(1);
     EXPECT_EQ(look(10), waits);
-    table.open_port(one);
+    open_port(1);
     EXPECT_EQ(look(61000), listening + " The device was gone for 1 min 1 s.");
     lose();
     monitor.ListenStop();
@@ -301,16 +292,15 @@ TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
         EXPECT_EQ(status(), "Not listening: there is no such channel.");
         EXPECT_EQ(ports[1]->RThreshold(), 0);
     }
-    using Heard = std::pair<int, SerialPort*>;
-    const auto heard = [&] { return Heard(listen.gListenChannel, &port()); };
     listen_on(3);
-    EXPECT_EQ(heard(), Heard(0, ports[0]));
+    EXPECT_EQ(listen.gListenChannel, 0);
+    EXPECT_EQ(&port(), ports[0]);
     build({"1;9600,N,8,1;1", "1;9600,N,8,1;1"});
-    std::int16_t zero = 0;
-    table.open_port(zero);
+    open_port(0);
     const std::string listening = listen_on(1);
-    EXPECT_EQ(heard(), Heard(1, ports[0]));
-    EXPECT_EQ(ports[0]->RThreshold(), 1);
+    EXPECT_EQ(listen.gListenChannel, 1);
+    EXPECT_EQ(&port(), ports[0]);
+    EXPECT_EQ(port().RThreshold(), 1);
     // Lost while nobody listened: opened again.
     monitor.ListenStop();
     ports[0]->line_lost = true;
@@ -319,7 +309,7 @@ TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
     // A channel with other settings takes the port, and this one takes it back.
     build({"1;9600,N,8,1;1", "1;4800,N,8,1;1"});
     listen_on(1);
-    table.open_port(zero);
+    open_port(0);
     EXPECT_EQ(status(), "Listening stopped: another channel took the port over.");
     listen_on(1);
     table.before_close.raise(*ports[0]); // not the one that is listened on
@@ -327,14 +317,11 @@ TEST_F(ListenTest, UnknownChannelListensOnChannelZeroAndTwinsOnTheOpenPort) {
 }
 
 TEST_F(ListenTest, BurstsMayBeHugeBrokenAndEndless) {
-    const auto last_size = [this] {
-        return static_cast<std::size_t>(std::count(lines.back().begin(), lines.back().end(), ' ')) +
-               1;
-    };
+    const auto last_size = [this] { return std::ranges::count(lines.back(), ' ') + 1; };
     listen_on(1);
     form.opt_DataFormat.set_Value(2); // a number a byte
     burst_at(2000, std::string(5000, '\1'));
-    EXPECT_EQ(last_size(), 5000U);
+    EXPECT_EQ(last_size(), 5000);
     port().arrive({0, request.substr(0, 4)});
     port().arrive({7, request.substr(4)}); // shorter than the quiet pause
     port().check_receive();
@@ -350,16 +337,15 @@ TEST_F(ListenTest, BurstsMayBeHugeBrokenAndEndless) {
         port().Input();
     }
     // A flood becomes several bursts, none of which grows without end, and loses nothing.
-    std::size_t received = 0;
+    std::ptrdiff_t received = 0;
     for (int i = 0; i < 10; ++i)
         port().arrive({i * 5.0, std::string(1 << 18, 'n')});
     while (port().InBufferCount() > 0) {
         port().check_receive();
-        EXPECT_LE(last_size(), std::size_t{2} << 20);
+        EXPECT_LE(last_size(), 2 << 20);
         received += last_size();
     }
-    EXPECT_EQ(received, std::size_t{10} << 18);
+    EXPECT_EQ(received, 10 << 18);
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing

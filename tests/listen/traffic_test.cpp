@@ -8,10 +8,7 @@
 #include "support/cases.h"
 #include "support/frames.h"
 
-namespace pelvan {
-namespace {
-
-using testing::frame;
+namespace pelvan::testing {
 
 TEST(FrameKindTest, LayoutDecidesAndThePendingRequestWhereItCannot) {
     using enum FrameKind;
@@ -28,7 +25,7 @@ TEST(FrameKindTest, LayoutDecidesAndThePendingRequestWhereItCannot) {
         {ExceptionReply, "01 83 02->"},
     };
     for (const auto& [kind, table] : tables)
-        for (const auto& [bytes, pending] : testing::cases(table)) {
+        for (const auto& [bytes, pending] : cases(table)) {
             const std::string before = pending.empty() ? "" : frame(pending);
             EXPECT_EQ(classify_frame(frame(bytes), before).kind, kind) << bytes << " " << pending;
         }
@@ -63,8 +60,7 @@ TEST(BurstTimesTest, PairsRepliesWithTheRequestBefore) {
     EXPECT_EQ(times.add(104, 7, answer).gap_ms, 200);
 }
 
-class TrafficTest : public ::testing::Test {
-  protected:
+struct TrafficTest : ::testing::Test {
     TrafficTest() { traffic.start(); }
     void hear(double ms, const std::string& bytes) { traffic.hear(ms, ms + 8, bytes); }
     /// The columns behind the time.
@@ -105,7 +101,7 @@ TEST_F(TrafficTest, PairsSaysTheValuesAndLeavesTimesOutThatALumpHides) {
                            "400\t\tbroken\t\t\t01 03 00 00 00 02 C4 3F\tCRC wrong",
                        }));
     EXPECT_EQ(frame_csv_line(traffic.frame(1)).substr(24),
-              "38,30,reply,1,3,\"0 = 742, 1 = -5\",CRC ok," + testing::hex_of(answer));
+              "38,30,reply,1,3,\"0 = 742, 1 = -5\",CRC ok," + hex_of(answer));
 }
 
 TEST_F(TrafficTest, CountsByAddressAndFunctionAndTellsWhatStayedUnanswered) {
@@ -132,16 +128,15 @@ TEST_F(TrafficTest, CountsByAddressAndFunctionAndTellsWhatStayedUnanswered) {
     EXPECT_EQ(traffic.frame(13).answer, Answer::Missing);
     hear(20000, read);
     hear(31000, answer); // too late
-    EXPECT_EQ(counts.by_address().at(1).requests, 5);
-    EXPECT_EQ(counts.by_address().at(1).unanswered, 2);
+    const TrafficRow& one = counts.by_address().at(1);
+    EXPECT_EQ(std::tuple(one.requests, one.replies, one.unanswered), std::tuple(5, 5, 2));
+    EXPECT_EQ(one.reply.mean(), 20);
     EXPECT_EQ(counts.by_function().at(6).unanswered, 1);
-    EXPECT_EQ(counts.all().unanswered, 3);
-    EXPECT_EQ(counts.by_address().at(1).replies, 5);
-    EXPECT_EQ(counts.by_address().at(1).reply.mean(), 20);
     EXPECT_EQ(counts.by_function().at(16).exceptions, 1);
+    EXPECT_EQ(counts.all().unanswered, 3);
     EXPECT_EQ(counts.reply_times().count(4), 2);
-    EXPECT_EQ(Histogram::label(4), "10-20");
-    EXPECT_EQ(Histogram::label(Histogram::kClasses - 1), "10000+");
+    EXPECT_EQ(Histogram::label(4) + ", " + Histogram::label(Histogram::kClasses - 1),
+              "10-20, 10000+");
     traffic.clear();
     EXPECT_TRUE(counts.by_address().empty());
     EXPECT_EQ(traffic.first_number(), traffic.next_number());
@@ -176,5 +171,4 @@ TEST_F(TrafficTest, ASelectionFollowsFiltersPausesAndForgetsWhatIsNotKept) {
     EXPECT_EQ(selection.row(0)->bytes, frame("02 06 00 07 00 02"));
 }
 
-} // namespace
-} // namespace pelvan
+} // namespace pelvan::testing
