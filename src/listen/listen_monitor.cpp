@@ -5,8 +5,8 @@
 #include "listen/timed_port.h"
 #include "platform/serial_line.h"
 #include "platform/text_file.h"
+#include "serial/outage.h"
 #include "text/bytes.h"
-#include "text/duration.h"
 
 namespace pelvan {
 namespace {
@@ -185,7 +185,7 @@ void ListenMonitor::look_for_device() {
     state_.gListenDevice = port;
     line_errors_.look(*port);
     hear_port(*port);
-    tell_listening(" The device was gone for " + time_span_text(away) + ".");
+    tell_listening(" " + outage_sentence(away));
 }
 
 /// The port that stands for the device again: another tool's command may have opened it, too.

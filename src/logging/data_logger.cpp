@@ -5,7 +5,7 @@
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
 #include "serial/errors.h"
-#include "text/duration.h"
+#include "serial/outage.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -57,8 +57,7 @@ DataLogger::DataLogger(const Services& services, MessageRouter& messages, const 
       poller_(link, modbus), buffer_(state, services.dialogs),
       timer_changes_(timer_.changed.subscribe([this] { timer_changed.raise(); })),
       device_back_(link_.device_back.subscribe([this](double away_ms) {
-          outage_ = "The device was gone for " + time_span_text(away_ms) + ", until " +
-                    time_text(services_.clock.now()) + ".";
+          outage_ = outage_sentence(away_ms, time_text(services_.clock.now()));
       })) {
     reset();
 }

@@ -1,6 +1,7 @@
 #include "serial/link.h"
 
 #include "platform/run_time_error.h"
+#include "serial/outage.h"
 #include "serial/trap.h"
 #include "text/duration.h"
 
@@ -139,7 +140,7 @@ void Link::note_outage(SerialPort& port) {
     usage.was_open = true;
     if (!usage.gone_since_ms) return;
     const double away_ms = now_ms - *std::exchange(usage.gone_since_ms, {});
-    if (remark_.empty()) remark_ = "The device was gone for " + time_span_text(away_ms) + ".";
+    if (remark_.empty()) remark_ = outage_sentence(away_ms);
     device_back.raise(away_ms);
 }
 

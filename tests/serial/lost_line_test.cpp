@@ -78,6 +78,11 @@ TEST_F(LostLineTest, TheNextCommandSaysThatTheDeviceIsGoneOrUsesTheOneThatCameBa
         pull();
     }
     EXPECT_EQ(outages.size(), 1U);
+    pull();
+    send();
+    plug_in();
+    send();
+    EXPECT_EQ(link.take_remark(), "The device was lost and opened again.");
 }
 
 // Nodes are links here, too: what they lead to is another pseudo-terminal each time.
