@@ -185,7 +185,7 @@ void ListenMonitor::look_for_device() {
     state_.gListenDevice = port;
     line_errors_.look(*port);
     hear_port(*port);
-    tell_listening(" " + outage_sentence(away));
+    tell_listening(" " + outage_sentence({away}));
 }
 
 /// The port that stands for the device again: another tool's command may have opened it, too.

@@ -5,7 +5,6 @@
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
 #include "serial/errors.h"
-#include "serial/outage.h"
 #include "text/numbers.h"
 
 namespace pelvan {
@@ -56,9 +55,8 @@ DataLogger::DataLogger(const Services& services, MessageRouter& messages, const 
     : services_(services), messages_(messages), config_(config), state_(state), link_(link),
       poller_(link, modbus), buffer_(state, services.dialogs),
       timer_changes_(timer_.changed.subscribe([this] { timer_changed.raise(); })),
-      device_back_(link_.device_back.subscribe([this](double away_ms) {
-          outage_ = outage_sentence(away_ms, time_text(services_.clock.now()));
-      })) {
+      device_back_(
+          link_.device_back.subscribe([this](const Outage& outage) { note_outage(outage); })) {
     reset();
 }
 
@@ -331,6 +329,15 @@ void DataLogger::set_port_message(const std::string& text) {
     if (port_message_ == text) return;
     port_message_ = text;
     status_changed.raise();
+}
+
+/// Behind what the same pass has said of the device before.
+void DataLogger::note_outage(const Outage& outage) {
+    outage_ = outage_sentence(outage, time_text(services_.clock.now()));
+    const std::string sentence = outage_sentence(outage);
+    if (port_message_.find(sentence) != std::string::npos) return;
+    const char* const joint = port_message_.ends_with('.') ? " " : ". ";
+    set_port_message((port_message_.empty() ? "Port: " : port_message_ + joint) + sentence);
 }
 
 LoggingStatus DataLogger::status() const {

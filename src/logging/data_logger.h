@@ -86,10 +86,11 @@ class DataLogger {
     [[nodiscard]] bool in_pass() const { return in_pass_; }
     [[nodiscard]] const LogReading& reading(int row) const; // 9 outside
     [[nodiscard]] LoggingStatus status() const;
-    /// What the port had to say first during the last pass; empty when nothing.
+    /// What the port had to say first during the last pass, and that it is there again; empty when
+    /// nothing.
     [[nodiscard]] const std::string& port_message() const { return port_message_; }
-    /// For how long, and until when, the device was gone last since the logging began; empty when
-    /// it was not.
+    /// For how long, and until when, the device was gone last since the logging began, or did not
+    /// open; empty when neither was so.
     [[nodiscard]] const std::string& outage() const { return outage_; }
     [[nodiscard]] Trend& trend() { return trend_; }
 
@@ -117,6 +118,7 @@ class DataLogger {
     void poll_row(int row, int neighbours, std::string& record);
     void set_reading(int row, const LogReading& reading);
     void set_port_message(const std::string& text);
+    void note_outage(const Outage& outage);
     void end_logging();
     void pass_ended();
 

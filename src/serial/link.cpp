@@ -1,7 +1,6 @@
 #include "serial/link.h"
 
 #include "platform/run_time_error.h"
-#include "serial/outage.h"
 #include "serial/trap.h"
 #include "text/duration.h"
 
@@ -129,19 +128,18 @@ std::string Link::exchange(const std::string& command, Reading reading) {
                                                : reply;
 }
 
-/// A port that was never open is none whose device has gone.
 void Link::note_outage(SerialPort& port) {
     Usage& usage = usage_[port.CommPort()];
     const double now_ms = countdowns_.tick().precise_ms();
     if (!port.PortOpen() || port.lost()) {
-        if (usage.was_open && !usage.gone_since_ms) usage.gone_since_ms = now_ms;
+        if (!usage.gone_since_ms) usage.gone_since_ms = now_ms;
         return;
     }
-    usage.was_open = true;
+    const bool was_open = std::exchange(usage.was_open, true);
     if (!usage.gone_since_ms) return;
-    const double away_ms = now_ms - *std::exchange(usage.gone_since_ms, {});
-    if (remark_.empty()) remark_ = outage_sentence(away_ms);
-    device_back.raise(away_ms);
+    const Outage outage{now_ms - *std::exchange(usage.gone_since_ms, {}), was_open};
+    if (remark_.empty()) remark_ = outage_sentence(outage);
+    device_back.raise(outage);
 }
 
 /// What came of earlier echoes is looked at before it is said that the rest comes no more.

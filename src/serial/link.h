@@ -12,6 +12,7 @@
 #include "serial/channel_port.h"
 #include "serial/channel_table.h"
 #include "serial/countdown.h"
+#include "serial/outage.h"
 
 namespace pelvan {
 
@@ -79,9 +80,9 @@ class Link {
     /// Raised by `transmit` before its bytes go out, when the port is open for them: whoever shows
     /// that something is sent does it here. Whoever subscribes makes the exchange wait for it.
     Event<> sending;
-    /// Raised by `transmit` when it finds a device back that earlier ones found gone, with the time
-    /// between in milliseconds. The remark says so too.
-    Event<double> device_back;
+    /// Raised by `transmit` when it finds a port open that earlier ones could not use. The remark
+    /// says so too.
+    Event<const Outage&> device_back;
     /// How often `transmit` has written to a port. Unchanged by one that found none open.
     [[nodiscard]] unsigned long writes() const { return writes_; }
 
@@ -149,9 +150,12 @@ class Link {
         std::optional<double> gone_since_ms; // by the precise time
     };
     std::map<std::int16_t, Usage> usage_; // by port number
-    std::size_t first_bytes_ = 0;         // that came at once, of the last reply that a pause ended
-    std::int16_t last_channel_ = 0;       // of the last `transmit`
-    std::int16_t last_port_ = 0;          // index of the object that it used
+    // A number that has never opened may stand for another device then.
+    Subscription rebuilding_ = channels_.before_rebuild.subscribe(
+        [this] { std::erase_if(usage_, [](const auto& each) { return !each.second.was_open; }); });
+    std::size_t first_bytes_ = 0;   // that came at once, of the last reply that a pause ended
+    std::int16_t last_channel_ = 0; // of the last `transmit`
+    std::int16_t last_port_ = 0;    // index of the object that it used
 };
 
 } // namespace pelvan

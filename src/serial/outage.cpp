@@ -9,11 +9,15 @@ constexpr double kShortestMs = 100; // less would read as 0.0 s
 
 } // namespace
 
-std::string outage_sentence(double away_ms, const std::string& time) {
-    const bool at_once = away_ms < kShortestMs;
-    const std::string text = at_once ? std::string("The device was lost and opened again")
-                                     : "The device was gone for " + time_span_text(away_ms);
-    return text + (time.empty() ? "" : (at_once ? " at " : ", until ") + time) + ".";
+std::string outage_sentence(const Outage& outage, const std::string& time) {
+    const bool at_once = outage.ms < kShortestMs;
+    if (outage.was_open && at_once)
+        return "The device was lost and opened again" + (time.empty() ? "" : " at " + time) + ".";
+    const std::string span = at_once ? "at first" : "for " + time_span_text(outage.ms);
+    const std::string text =
+        (outage.was_open ? "The device was gone " : "The port could not be opened ") + span;
+    if (!time.empty()) return text + ", until " + time + ".";
+    return text + (outage.was_open ? "." : "; it is open now.");
 }
 
 } // namespace pelvan

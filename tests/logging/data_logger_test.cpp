@@ -332,5 +332,19 @@ TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
     EXPECT_EQ(logger.port_message(), "");
 }
 
+TEST_F(OvernightTest, APortThatOpensInTheMiddleOfAPassSaysSoBehindItsError) {
+    int openings = 0;
+    simulated.open_line = [&](const std::string&, const LineSettings& settings) {
+        if (++openings <= 3) throw RunTimeError(error_number::kInvalidPortNumber);
+        return simulated.simulators.open("simulated:742", settings);
+    };
+    start("/dev/adapter", 6); // two rows
+    EXPECT_EQ(logger.port_message(), "Port: INVALID PORT NUMBER");
+    run(6);
+    EXPECT_EQ(logger.port_message(), "Port: INVALID PORT NUMBER. The port could not be opened for "
+                                     "6 s; it is open now.");
+    EXPECT_EQ(logger.outage(), "The port could not be opened for 6 s, until 16:30:05.");
+}
+
 } // namespace
 } // namespace pelvan

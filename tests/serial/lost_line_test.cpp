@@ -58,8 +58,8 @@ struct LostLineTest : ::testing::Test, SerialRig {
 };
 
 TEST_F(LostLineTest, TheNextCommandSaysThatTheDeviceIsGoneOrUsesTheOneThatCameBack) {
-    std::vector<double> outages;
-    const Subscription back = link.device_back.subscribe([&](double ms) { outages.push_back(ms); });
+    int outages = 0;
+    const Subscription back = link.device_back.subscribe([&](const Outage&) { ++outages; });
     EXPECT_EQ(send(), Texts{});
     EXPECT_EQ(arrived, "ask");
     pull();
@@ -77,12 +77,29 @@ TEST_F(LostLineTest, TheNextCommandSaysThatTheDeviceIsGoneOrUsesTheOneThatCameBa
         EXPECT_EQ(link.take_remark(), remark);
         pull();
     }
-    EXPECT_EQ(outages.size(), 1U);
+    EXPECT_EQ(outages, 1);
     pull();
     send();
     plug_in();
     send();
     EXPECT_EQ(link.take_remark(), "The device was lost and opened again.");
+}
+
+TEST_F(LostLineTest, APortThatOpensLaterIsSaidToBeThereUnlessItWasSetUpAnew) {
+    for (const bool set_up_anew : {false, true}) {
+        pull();
+        rebuild();
+        Link other(table, countdowns, dialogs, log);
+        const auto send_by_other = [&] { other.transmit(0, "ask", 20, 8); };
+        send_by_other();
+        tick.advance(12000);
+        send_by_other();
+        plug_in();
+        if (set_up_anew) rebuild();
+        send_by_other();
+        EXPECT_EQ(other.take_remark(),
+                  set_up_anew ? "" : "The port could not be opened for 12 s; it is open now.");
+    }
 }
 
 // Nodes are links here, too: what they lead to is another pseudo-terminal each time.
