@@ -115,7 +115,7 @@ std::unique_ptr<SerialLine> NetworkLines::open(const std::string& device,
     if (result->late) silent_since_.try_emplace(device, tick_.timeGetTime());
     if (!result->line) fail(device, result->error, result->reason);
     silent_since_.erase(device);
-    troubles_->erase(device);
+    troubles_->now.erase(device);
     return std::move(result->line);
 }
 
@@ -127,7 +127,7 @@ std::shared_ptr<NetworkLines::Opening> NetworkLines::begin(const std::string& de
     wanted.settings = settings;
     wanted.timeout_ms = timeout_ms * 9 / 10; // it knows best what it has waited for
     wanted.lost = [device, troubles = troubles_](const std::string& reason) {
-        (*troubles)[device] = reason;
+        troubles->tell_loss(device, reason);
     };
     auto opening_now = std::make_shared<Opening>(wanted);
     try {
@@ -148,13 +148,20 @@ int NetworkLines::patience_for(const std::string& device) {
 }
 
 std::string NetworkLines::trouble(const std::string& device) const {
-    const auto found = troubles_->find(device);
-    return found == troubles_->end() ? "" : found->second;
+    const auto found = troubles_->now.find(device);
+    return found == troubles_->now.end() ? "" : found->second;
+}
+
+/// Once in all: a server may close after each reply, or at once, and each command opens it anew.
+void NetworkLines::Troubles::tell_loss(const std::string& device, const std::string& reason) {
+    now[device] = reason;
+    if (std::exchange(last_loss[device], reason) != reason) told.raise(device + ": " + reason);
 }
 
 void NetworkLines::fail(const std::string& device, int error, const std::string& reason) {
     // Once for an outage: a tool may ask for hundreds of registers meanwhile.
-    if (std::exchange((*troubles_)[device], reason) != reason) failed.raise(device + ": " + reason);
+    if (std::exchange(troubles_->now[device], reason) != reason)
+        troubles_->told.raise(device + ": " + reason);
     throw RunTimeError(error, device + ": " + reason);
 }
 

@@ -45,12 +45,19 @@ class NetworkLines {
 
     /// Raised before an opening, which blocks, with the device.
     Event<const std::string&> opening;
-    /// Raised when one has failed for another reason than before, with a sentence on the device.
-    Event<const std::string&> failed;
+    /// Raised when one has failed for another reason than before, or a line was lost for another
+    /// reason than the one lost before, with a sentence on the device.
+    [[nodiscard]] Event<const std::string&>& failed() { return troubles_->told; }
 
   private:
     class Opening;
-    using Troubles = std::map<std::string, std::string>;
+    /// By device. Lines may outlive the object that has opened them.
+    struct Troubles {
+        void tell_loss(const std::string& device, const std::string& reason);
+        std::map<std::string, std::string> now;
+        std::map<std::string, std::string> last_loss;
+        Event<const std::string&> told;
+    };
 
     [[noreturn]] void fail(const std::string& device, int error, const std::string& reason);
     [[nodiscard]] int patience_for(const std::string& device);
@@ -63,7 +70,7 @@ class NetworkLines {
     NetworkPatience patience_;
     std::map<std::string, std::uint32_t> silent_since_;        // hosts that did not answer in time
     std::map<std::string, std::shared_ptr<Opening>> given_up_; // that may still be running
-    std::shared_ptr<Troubles> troubles_ = std::make_shared<Troubles>(); // lines may outlive this
+    std::shared_ptr<Troubles> troubles_ = std::make_shared<Troubles>();
 };
 
 } // namespace pelvan

@@ -25,9 +25,10 @@ struct TerminalApplication::Parts {
         : dialogs(environment.err), app(Services{environment.tick, environment.clock, dialogs,
                                                  desktop, environment.directory},
                                         environment.open_device),
-          network_failed(app.network.failed.subscribe([&environment](const std::string& sentence) {
-              environment.err << "pelvan7: " << sentence << "\n";
-          })) {}
+          network_failed(
+              app.network.failed().subscribe([&environment](const std::string& sentence) {
+                  environment.err << "pelvan7: " << sentence << "\n";
+              })) {}
     TerminalDialogs dialogs;
     TerminalDesktop desktop;
     Core app;

@@ -57,7 +57,7 @@ struct NetworkLinesTest : ::testing::Test {
                        },
                        {400, 300, 10000}};
     std::vector<std::string> sentences;
-    Subscription failed = lines.failed.subscribe(
+    Subscription failed = lines.failed().subscribe(
         [this](const std::string& sentence) { sentences.push_back(sentence); });
 };
 
@@ -74,8 +74,20 @@ TEST_F(NetworkLinesTest, SaysWhyAnOpeningFailsUntilOneSucceeds) {
     EXPECT_NE(lines.trouble(kDevice).find("libgensio4"), std::string::npos);
     EXPECT_EQ(open("tcp://host:0"), error_number::kInvalidPortNumber);
     EXPECT_NE(sentences.back().find("names no port from 1"), std::string::npos);
-    FakeModule::current->lost("the server closed it");
-    EXPECT_EQ(lines.trouble(kDevice), "the server closed it");
+}
+
+TEST_F(NetworkLinesTest, TheReasonOfALossIsToldOnce) {
+    renew();
+    open();
+    for (int i = 0; i < 2; ++i) {
+        FakeModule::current->lost("the server closed it");
+        EXPECT_EQ(lines.trouble(kDevice), "the server closed it");
+        EXPECT_EQ(sentences.size(), 2U);
+        EXPECT_EQ(sentences.back(), "tcp://host:1: the server closed it");
+    }
+    renew();
+    open(); // which fails, for another reason
+    EXPECT_EQ(sentences.size(), 3U);
 }
 
 TEST_F(NetworkLinesTest, GivesUpAnOpeningThatNeverEndsAndBeginsNoSecond) {
