@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "text/numbers.h"
 #include "text/strings.h"
@@ -29,8 +30,8 @@ struct Reading {
     std::string fault;
 };
 
-Reading faulty(const char* fault) {
-    return {{}, fault};
+Reading faulty(std::string fault) {
+    return {{}, std::move(fault)};
 }
 
 /// The host and what stands behind it, which begins with the colon of the port or is empty.
@@ -53,18 +54,18 @@ std::optional<Parts> split_host(std::string_view text) {
 Reading read(const std::string& device) {
     const std::string scheme = upper_case(device.substr(0, kRfc2217.size()));
     const bool rfc2217 = scheme.starts_with(kRfc2217);
-    const auto parts =
-        split_host(std::string_view(device).substr(rfc2217 ? kRfc2217.size() : kTcp.size()));
+    const std::string form = rfc2217 ? "rfc2217://" : "tcp://";
+    const auto parts = split_host(std::string_view(device).substr(form.size()));
     if (!parts) return faulty("lacks the bracket behind the address");
     const auto& [host, rest, bracketed] = *parts;
     if (!bracketed && rest.find(':', 1) != std::string_view::npos)
-        return faulty("needs brackets round an IPv6 address, as in tcp://[::1]:4001");
-    if (host.empty()) return faulty("names no host: write tcp://host:port");
+        return faulty("needs brackets round an IPv6 address, as in " + form + "[::1]:4001");
+    if (host.empty()) return faulty("names no host: write " + form + "host:port");
     if (host.size() > kMaxHostLength || !consists_of(host, bracketed ? ":.%_-" : "._-"))
         return faulty("names a host that cannot be: names have letters, digits, dots and hyphens, "
                       "no blanks");
     if (rest.size() < 2 || rest.front() != ':')
-        return faulty("names no port: write tcp://host:port");
+        return faulty("names no port: write " + form + "host:port");
     const auto port = whole_number(rest.substr(1), 1, kMaxPort);
     if (!port) return faulty("names no port from 1 to 65535");
     return {{rfc2217, std::string(host), static_cast<int>(*port)}, ""};

@@ -47,6 +47,7 @@ class NetworkLines::Opening {
         attempt.address = std::move(wanted.address);
         attempt.settings = wanted.settings;
         attempt.timeout_ms = wanted.timeout_ms;
+        attempt.looked_up = std::move(wanted.looked_up);
         attempt.lost = std::move(wanted.lost);
     }
 
@@ -96,9 +97,8 @@ std::unique_ptr<SerialLine> NetworkLines::open(const std::string& device,
     const int timeout_ms = patience_for(device);
     // One at a time: a server for one client would take the next one for a second.
     if (const auto earlier = given_up_.find(device); earlier != given_up_.end()) {
-        if (!earlier->second->wait(timeout_ms))
-            fail(device, error_number::kHardwareNotAvailable,
-                 late_reason(earlier->second->attempt.phase));
+        if (!earlier->second->wait(timeout_ms)) fail_late(device, *earlier->second);
+        keep_addresses(device, *earlier->second);
         given_up_.erase(earlier);
     }
     const auto opening_now = begin(device, settings, timeout_ms, module);
@@ -106,12 +106,9 @@ std::unique_ptr<SerialLine> NetworkLines::open(const std::string& device,
     if (!result) {
         silent_since_.try_emplace(device, tick_.timeGetTime());
         given_up_[device] = opening_now;
-        const NetworkPhase phase = opening_now->attempt.phase;
-        fail(device,
-             phase == NetworkPhase::Setting ? error_number::kCannotSetState
-                                            : error_number::kHardwareNotAvailable,
-             late_reason(phase));
+        fail_late(device, *opening_now);
     }
+    keep_addresses(device, *opening_now);
     if (result->late) silent_since_.try_emplace(device, tick_.timeGetTime());
     if (!result->line) fail(device, result->error, result->reason);
     silent_since_.erase(device);
@@ -126,6 +123,7 @@ std::shared_ptr<NetworkLines::Opening> NetworkLines::begin(const std::string& de
     wanted.address = *parse_network_address(device);
     wanted.settings = settings;
     wanted.timeout_ms = timeout_ms * 9 / 10; // it knows best what it has waited for
+    wanted.looked_up = known_addresses(device);
     wanted.lost = [device, troubles = troubles_](const std::string& reason) {
         troubles->tell_loss(device, reason);
     };
@@ -136,6 +134,21 @@ std::shared_ptr<NetworkLines::Opening> NetworkLines::begin(const std::string& de
         fail(device, error_number::kHardwareNotAvailable, error.what());
     }
     return opening_now;
+}
+
+/// Of an opening that has ended, whatever its end.
+void NetworkLines::keep_addresses(const std::string& device, const Opening& one) {
+    if (one.attempt.looked_up)
+        looked_up_.try_emplace(device, LookUp{one.attempt.looked_up, tick_.timeGetTime()});
+}
+
+std::shared_ptr<const void> NetworkLines::known_addresses(const std::string& device) {
+    const auto known = looked_up_.find(device);
+    if (known == looked_up_.end()) return nullptr;
+    if (tick_span(known->second.at, tick_.timeGetTime()) < patience_.recent_ms)
+        return known->second.addresses;
+    looked_up_.erase(known);
+    return nullptr;
 }
 
 int NetworkLines::patience_for(const std::string& device) {
@@ -150,6 +163,14 @@ int NetworkLines::patience_for(const std::string& device) {
 std::string NetworkLines::trouble(const std::string& device) const {
     const auto found = troubles_->now.find(device);
     return found == troubles_->now.end() ? "" : found->second;
+}
+
+void NetworkLines::fail_late(const std::string& device, const Opening& one) {
+    const NetworkPhase phase = one.attempt.phase;
+    fail(device,
+         phase == NetworkPhase::Setting ? error_number::kCannotSetState
+                                        : error_number::kHardwareNotAvailable,
+         late_reason(phase));
 }
 
 /// Once in all: a server may close after each reply, or at once, and each command opens it anew.

@@ -25,6 +25,8 @@ struct NetworkPatience {
     /// For a host that has not answered in that time, or has answered too late, `recent_ms` ago: a
     /// tool that asks for a hundred registers would stand still for minutes.
     int again_ms = 500;
+    /// So long, too, a host's addresses count that were looked up: a slow name service would take
+    /// up all the time of each opening.
     int recent_ms = 10000;
 };
 
@@ -60,6 +62,9 @@ class NetworkLines {
     };
 
     [[noreturn]] void fail(const std::string& device, int error, const std::string& reason);
+    [[noreturn]] void fail_late(const std::string& device, const Opening& one);
+    void keep_addresses(const std::string& device, const Opening& one);
+    [[nodiscard]] std::shared_ptr<const void> known_addresses(const std::string& device);
     [[nodiscard]] int patience_for(const std::string& device);
     [[nodiscard]] std::shared_ptr<Opening> begin(const std::string& device,
                                                  const LineSettings& settings, int timeout_ms,
@@ -68,8 +73,13 @@ class NetworkLines {
     TickSource& tick_;
     FindNetworkModule find_module_;
     NetworkPatience patience_;
+    struct LookUp {
+        std::shared_ptr<const void> addresses;
+        std::uint32_t at;
+    };
     std::map<std::string, std::uint32_t> silent_since_;        // hosts that did not answer in time
     std::map<std::string, std::shared_ptr<Opening>> given_up_; // that may still be running
+    std::map<std::string, LookUp> looked_up_;
     std::shared_ptr<Troubles> troubles_ = std::make_shared<Troubles>();
 };
 

@@ -19,6 +19,9 @@ struct NetworkAttempt {
     NetworkAddress address;
     LineSettings settings;
     int timeout_ms = 0; // for connecting and setting together
+    /// The host's addresses, as the library has found them: an attempt that has them from one
+    /// before asks nobody.
+    std::shared_ptr<const void> looked_up;
     /// Called by a line that finds itself lost, with the reason, by the thread that uses it.
     std::function<void(const std::string& reason)> lost;
     std::atomic<NetworkPhase> phase{NetworkPhase::LookingUp};

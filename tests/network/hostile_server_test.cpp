@@ -93,6 +93,27 @@ TEST(HostileServer, OpeningsEndInTheRightNumberWithinTheirTime) {
     }
 }
 
+TEST(HostileServer, AnAttemptTellsThatItConnectedAndAsksForAKnownHostNoMore) {
+    const TcpServer server(wait_for_end);
+    std::string error;
+    const OpenNetworkLine open = network_module_in(PELVAN_MODULES)(error);
+    ASSERT_NE(open, nullptr) << error;
+    NetworkAttempt first;
+    first.address =
+        parse_network_address("rfc2217://localhost:" + std::to_string(server.port())).value();
+    first.timeout_ms = 200;
+    NetworkAttempt second;
+    second.address = {true, "no-such-host.invalid", server.port()};
+    second.timeout_ms = 200;
+    for (NetworkAttempt* attempt : {&first, &second}) {
+        NetworkOpening opening;
+        open(*attempt, opening);
+        EXPECT_EQ(attempt->phase, NetworkPhase::Setting) << opening.reason;
+        EXPECT_EQ(opening.error, 8015);
+        second.looked_up = first.looked_up;
+    }
+}
+
 TEST(HostileServer, HostsThatAreNotThereAreErrorsOfThePort) {
     // With its queue full a listener lets nobody in and sends nobody away, like a host that is
     // gone.

@@ -22,6 +22,9 @@ struct FakeModule {
         self->last_timeout_ms = attempt.timeout_ms;
         ++self->openings;
         self->lost = attempt.lost;
+        self->knew_address = attempt.looked_up != nullptr;
+        attempt.looked_up = self;
+        attempt.phase = self->reached;
         if (self->hangs) self->released.get_future().wait();
         opening.error = self->error;
         opening.reason = "as told";
@@ -34,6 +37,8 @@ struct FakeModule {
     std::atomic<int> openings{0};
     std::atomic<int> last_timeout_ms{0};
     std::function<void(const std::string&)> lost;
+    std::atomic<bool> knew_address{false};
+    NetworkPhase reached = NetworkPhase::LookingUp;
     std::promise<void> released;
     std::promise<void> ended;
 };
@@ -102,8 +107,16 @@ TEST_F(NetworkLinesTest, GivesUpAnOpeningThatNeverEndsAndBeginsNoSecond) {
     hanging->ended.get_future().wait();
     EXPECT_EQ(open(), error_number::kCannotSetState);
     EXPECT_EQ(next->last_timeout_ms, 270);
-    const auto later = renew();
+    EXPECT_TRUE(next->knew_address) << "it was looked up by the one that came too late";
+    const auto later = renew(true);
+    later->reached = NetworkPhase::Setting;
     tick.advance(10000);
-    EXPECT_EQ(open(), error_number::kCannotSetState);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(open(), error_number::kCannotSetState);
+        EXPECT_NE(lines.trouble(kDevice).find("does not answer in RFC 2217"), std::string::npos);
+    }
     EXPECT_EQ(later->last_timeout_ms, 360);
+    EXPECT_FALSE(later->knew_address);
+    later->released.set_value();
+    later->ended.get_future().wait();
 }

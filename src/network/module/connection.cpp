@@ -175,7 +175,8 @@ int Connection::read_commands(gensio_iod* socket, unsigned char* bytes, gensiods
     return error;
 }
 
-int Connection::open(const sockaddr_in6& address, bool rfc2217, Deadline deadline) {
+int Connection::open(const sockaddr_in6& address, bool rfc2217, Deadline deadline,
+                     const std::function<void()>& connecting_ended) {
     end_stream();
     opening_rfc2217_ = rfc2217;
     if (const int error = make_stream(system_, address, rfc2217, on_event, this, stream_))
@@ -187,8 +188,10 @@ int Connection::open(const sockaddr_in6& address, bool rfc2217, Deadline deadlin
         self.open_error_ = error;
     };
     if (const int error = gensio_open(stream_, note, this)) return error;
-    while (!opened_ && ms_until(deadline) > 0)
+    while (!opened_ && ms_until(deadline) > 0) {
         work(std::min(ms_until(deadline), kWorkMs));
+        if (connected()) connecting_ended();
+    }
     opening_rfc2217_ = false;
     if (!opened_) return GE_TIMEDOUT;
     if (open_error_ != 0) return open_error_;

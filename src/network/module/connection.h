@@ -26,8 +26,10 @@ class Connection {
 
     /// Connects to an address, which may be a sockaddr_in too; 0 or an error of the library,
     /// GE_TIMEDOUT when the deadline has passed. With RFC 2217 it is open when the server has
-    /// agreed to it, or refused.
-    [[nodiscard]] int open(const sockaddr_in6& address, bool rfc2217, Deadline deadline);
+    /// agreed to it, or refused; before that `connecting_ended` is called while the connection
+    /// stands.
+    [[nodiscard]] int open(const sockaddr_in6& address, bool rfc2217, Deadline deadline,
+                           const std::function<void()>& connecting_ended);
     /// Whether the network connection stands, agreed on or not.
     [[nodiscard]] bool connected() const;
 

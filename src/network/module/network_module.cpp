@@ -40,7 +40,6 @@ NetworkOpening finish(std::unique_ptr<Connection> connection, NetworkAttempt& at
     // Ends before the far port, on this way and in the line.
     std::unique_ptr<Connection> open = std::move(connection);
     if (attempt.address.rfc2217) {
-        attempt.phase = NetworkPhase::Setting;
         switch (far->set_up(*open, deadline)) {
         case FarPort::Outcome::Set:
             break;
@@ -57,18 +56,26 @@ NetworkOpening finish(std::unique_ptr<Connection> connection, NetworkAttempt& at
 }
 
 NetworkOpening open_line(NetworkAttempt& attempt) {
-    const Lookup lookup = look_up(attempt.address.host, attempt.address.port);
-    if (lookup.error != 0) return refusal(lookup.error, lookup.reason);
-    attempt.phase = NetworkPhase::Connecting;
+    auto lookup = std::static_pointer_cast<const Lookup>(attempt.looked_up);
+    if (!lookup) {
+        lookup =
+            std::make_shared<const Lookup>(look_up(attempt.address.host, attempt.address.port));
+        if (lookup->error != 0) return refusal(lookup->error, lookup->reason);
+        attempt.looked_up = lookup;
+    }
     const Deadline deadline = steady_clock::now() + std::chrono::milliseconds(attempt.timeout_ms);
     NetworkOpening result = refusal(error_number::kHardwareNotAvailable, "the host has no address");
-    auto addresses_left = static_cast<int>(lookup.addresses.size());
-    for (const sockaddr_in6& address : lookup.addresses) {
+    auto addresses_left = static_cast<int>(lookup->addresses.size());
+    const auto connected = [&attempt] {
+        if (attempt.address.rfc2217) attempt.phase = NetworkPhase::Setting;
+    };
+    for (const sockaddr_in6& address : lookup->addresses) {
+        attempt.phase = NetworkPhase::Connecting;
         // A share of the time each: a host may have an address that nothing leads to.
         const auto now = steady_clock::now();
         const Deadline end = now + std::max(deadline - now, {}) / addresses_left--;
         auto connection = std::make_unique<Connection>();
-        const int error = connection->open(address, attempt.address.rfc2217, end);
+        const int error = connection->open(address, attempt.address.rfc2217, end, connected);
         if (error == 0) return finish(std::move(connection), attempt, deadline);
         result = refusal_of(error, *connection, attempt);
     }
