@@ -33,11 +33,14 @@ SendOutcome ModbusSender::send_once(const ModbusEntry& entry, const ModbusSendOp
         if (!outcome.accepted) outcome.kind = NoReply;
         return outcome;
     }
-    outcome.objection = heard.unclear ? kUnclearReply : objection(frame, reply);
+    outcome.objection = heard.unclear     ? kUnclearReply
+                        : link_.cut_off() ? kCutReply
+                                          : objection(frame, reply);
     outcome.accepted = outcome.objection.empty();
     if (outcome.accepted)
         outcome.status = times.status(frame.size(), reply.size());
-    else if (heard.unclear || (has_valid_crc(reply) && !can_answer(frame, reply)))
+    else if (heard.unclear || link_.cut_off() ||
+             (has_valid_crc(reply) && !can_answer(frame, reply)))
         outcome.status = outcome.objection; // the reply itself does not show it
     else if (has_valid_crc(reply))
         outcome.status = "refused: " + exception_text(static_cast<unsigned char>(reply[2]));

@@ -31,6 +31,10 @@ struct SendOutcome {
     std::string remark{};
 };
 
+/// What to say of a reply that was cut off: it began too late, or the line sends without end.
+inline constexpr char kCutReply[] =
+    "Bytes were still coming when the waiting ended: what came until then is no answer.";
+
 /// Sends once through the link and adds to the outcome what was wrong with the line.
 [[nodiscard]] SendOutcome send_and_remark(Link& link, const std::function<SendOutcome()>& send);
 

@@ -1,5 +1,7 @@
 #include "console/text_sender.h"
 
+#include <algorithm>
+
 #include "serial/careful_exchange.h"
 #include "text/bytes.h"
 #include "text/numbers.h"
@@ -10,6 +12,7 @@ namespace {
 constexpr std::int16_t kXonChannel = 2;
 constexpr float kXonTimeoutMs = 2000;
 constexpr std::int16_t kXonQuietChars = 1;
+constexpr std::size_t kShownOfCut = 200; // bytes
 constexpr char kXonRefusal[] = "ERROR";
 constexpr char kNoData[] = "(an empty reply)";
 constexpr char kNoReadOrWrite[] = "Acknowledged; neither a read nor a write";
@@ -35,8 +38,15 @@ bool owes_an_answer(const std::string& result) {
     return says_nothing_came(result) || lacks_acknowledgement(result);
 }
 
-bool ends_line(std::string_view received) {
-    return received.ends_with('\r') || received.ends_with('\n');
+bool is_text(std::string_view received) {
+    return std::none_of(received.begin(), received.end(), [](unsigned char byte) {
+        return byte < ' ' && byte != '\r' && byte != '\n' && byte != '\t';
+    });
+}
+
+/// Of bytes that mean nothing one in a hundred ends a line, too.
+bool is_line(std::string_view received) {
+    return (received.ends_with('\r') || received.ends_with('\n')) && is_text(received);
 }
 
 bool is_command(const std::string& text) {
@@ -110,17 +120,19 @@ SendOutcome TextSender::send_xon(const std::string& command) {
     request.repeatable = command.starts_with('?');
     request.exchange = [&] {
         std::string reply =
-            link_.transmit(kXonChannel, command + "\r", kXonTimeoutMs, kXonQuietChars, ends_line);
+            link_.transmit(kXonChannel, command + "\r", kXonTimeoutMs, kXonQuietChars, is_line);
         times.end();
         return reply;
     };
-    request.fit = [](const std::string& reply) {
-        return reply.empty() ? Fit::Missing : Fit::Answers;
+    request.fit = [this](const std::string& reply) {
+        if (reply.empty() || link_.cut_off()) return Fit::Missing;
+        return is_text(reply) ? Fit::Answers : Fit::Damaged; // listened behind
     };
     const CarefulReply heard = exchange_carefully(link_, request);
     if (!heard.sent) return times.not_sent(link_, printable(command));
     const std::string& reply = heard.reply;
-    std::string shown = printable(reply);
+    const bool cut = link_.cut_off() || heard.discarded > 0;
+    std::string shown = cut ? printable(reply.substr(0, kShownOfCut)) + " ..." : printable(reply);
     if (reply.empty())
         shown = "No response from the controller.";
     else if (shown.empty())
@@ -132,9 +144,10 @@ SendOutcome TextSender::send_xon(const std::string& command) {
         return outcome;
     }
     const bool refused = reply.starts_with(kXonRefusal);
-    outcome.accepted = !refused && !heard.unclear;
+    outcome.accepted = !refused && !heard.unclear && !cut;
     if (refused) outcome.objection = "The controller refused the command.";
     if (heard.unclear) outcome.status = outcome.objection = kUnclearReply;
+    if (cut) outcome.status = outcome.objection = kCutReply;
     if (outcome.accepted) outcome.status = taken_text(times);
     return outcome;
 }

@@ -41,7 +41,7 @@ void ListenMonitor::ListenStart(std::int16_t channel) {
 
 void ListenMonitor::begin_listening(std::int16_t channel) {
     state_.gListening = true;
-    state_.gListenStarted = false;
+    state_.gListenStarted = cut_burst_ = false;
     try {
         open_channel(channel);
     } catch (const RunTimeError&) {
@@ -137,9 +137,19 @@ void ListenMonitor::ListenProcessEvent() {
     const bool begins = !state_.gListenStarted;
     if (begins) begin_session();
     const double start = ticks.read_tick();
-    if (const auto bytes = collect(port)) return take_in(start, *bytes);
+    if (const auto bytes = collect(port)) {
+        note_flow();
+        return take_in(start, *bytes);
+    }
     if (begins) state_.gListenStarted = false; // a loss is no burst
     lose_device(port);
+}
+
+/// Once, because on a busy line some bursts end and others do not.
+void ListenMonitor::note_flow() {
+    if (cut_burst_ || !link_.cut_off()) return;
+    cut_burst_ = true;
+    tell_listening(" Bytes came without a pause, so that a burst was cut.");
 }
 
 void ListenMonitor::take_in(double start, const std::string& bytes) {

@@ -68,6 +68,8 @@ class ListenMonitor {
     [[nodiscard]] std::optional<LineErrors> line_errors() const { return line_errors_.total(); }
     /// Whether the device that is listened on is gone: the listening goes on when it is back.
     [[nodiscard]] bool device_gone() const { return gone_.has_value(); }
+    /// Whether a burst of this session ended with its time or its room, bytes still coming.
+    [[nodiscard]] bool has_cut_burst() const { return cut_burst_; }
     /// The channel that is listened on, or was last.
     [[nodiscard]] int channel() const { return state_.gListenChannel; }
     [[nodiscard]] std::string log_path() const;
@@ -104,6 +106,7 @@ class ListenMonitor {
     void look_for_device();
     [[nodiscard]] SerialPort* reopened();
     [[nodiscard]] std::optional<std::string> collect(SerialPort& port);
+    void note_flow();
     void take_in(double start_tick, const std::string& bytes);
     Burst record(double start_tick, double spent_ms, const std::string& bytes);
     void hear(double start_tick, const Burst& burst, double length_ms, const std::string& bytes);
@@ -133,6 +136,7 @@ class ListenMonitor {
         link_.channels().line_use().changed.subscribe([this] { claim_changed(); });
     Subscription received_;
     bool waiting_ = false; // for the end of another tool's claim
+    bool cut_burst_ = false;
     LineErrorCount line_errors_;
     struct Gone {
         double tick;        // at which it was noticed

@@ -126,6 +126,8 @@ std::string FrameExchange::collect(double timeout_ms, double quiet_ms, const IsW
         if (left_ms <= 0 || lost_) break;
         port_.wait_for_input(left_ms);
     }
+    cut_off_ = !reply.empty() && !whole && !lost_ &&
+               tick_.precise_ms() < record_.last_byte_ms + silence_ms;
     record_.last_reply = reply.size();
     if (whole && asked_) {
         const double taken_ms = record_.last_byte_ms - sent_ms_;

@@ -94,6 +94,8 @@ class FrameExchange {
     [[nodiscard]] std::string collect(double timeout_ms, double quiet_ms, const IsWhole& is_whole);
 
     [[nodiscard]] const Lumps& lumps() const { return lumps_; }
+    /// Whether bytes were still coming when the last `collect` ended, behind no whole frame.
+    [[nodiscard]] bool cut_off() const { return cut_off_; }
 
   private:
     void take(std::string& bytes);
@@ -107,6 +109,7 @@ class FrameExchange {
     bool asked_ = false; // else it is the rest of an answer that is collected
     double sent_ms_ = 0;
     bool lost_ = false;
+    bool cut_off_ = false;
     Lumps lumps_;
 };
 

@@ -77,7 +77,7 @@ ExchangeWay Link::way_of(std::int16_t channel) const {
 std::string Link::exchange(const std::string& command, Reading reading) {
     const std::int16_t port_index = channels_.open_port(reading.channel, true);
     stray_bytes_ = channels_.stray_bytes();
-    answered_twice_ = false;
+    answered_twice_ = cut_off_ = false;
     echo_ = Echo::None;
     if (port_index < 0) return {};
     last_port_ = port_index;
@@ -203,6 +203,7 @@ std::string Link::collect(SerialPort& port, FrameExchange& frames, const Exchang
     std::string reply = frames.collect(static_cast<double>(reading.timeout_ms),
                                        static_cast<double>(quiet_ms), reading.is_whole);
     lumps.add(frames.lumps());
+    cut_off_ = frames.cut_off();
     return reply;
 }
 
@@ -260,14 +261,17 @@ std::string Link::receive_reply(SerialPort& port, float char_time, float timeout
     CountdownSlot overall(countdowns_, timeout_ms);
     const float quiet_ms = static_cast<float>(quiet_chars) * char_time;
     std::string reply;
+    bool more = cut_off_ = false;
     while (reply.empty() && !overall.expired()) {
-        while (port.InBufferCount() >= 1 && reply.size() < kMaxReplyBytes && !overall.expired()) {
+        while ((more = port.InBufferCount() >= 1) && reply.size() < kMaxReplyBytes &&
+               !overall.expired()) {
             const bool first = reply.empty();
             reply += port.Input();
             if (first) first_bytes_ = reply.size();
             countdowns_.wait(quiet_ms);
         }
     }
+    cut_off_ = more && !reply.empty();
     return reply;
 }
 

@@ -103,6 +103,10 @@ class Link {
         Link& link_;
     };
 
+    /// Whether the reply that was collected last ended because its time or its room did, and not
+    /// with a pause or its frame: bytes were still coming.
+    [[nodiscard]] bool cut_off() const { return cut_off_; }
+
     /// How many bytes stood unread when the last `transmit` began: an answer that came too late or
     /// twice.
     [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
@@ -143,6 +147,7 @@ class Link {
     unsigned long writes_ = 0;
     bool answered_twice_ = false;
     bool keeps_echo_ = false;
+    bool cut_off_ = false;
     Echo echo_ = Echo::None;
     std::string remark_;
     struct Usage {

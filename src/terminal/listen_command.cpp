@@ -1,6 +1,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "listen/burst.h"
 #include "listen/capture_file.h"
@@ -149,11 +150,12 @@ int listen(const ListenCommand& command, TerminalEnvironment& environment) {
             environment.out << ascii_with_escapes(line) << std::endl;
         });
     monitor.ListenStart(static_cast<std::int16_t>(command.channel));
-    bool gone = false;
+    const auto trouble = [&] { return std::pair(monitor.device_gone(), monitor.has_cut_burst()); };
+    auto known = trouble();
     const Subscription told = monitor.status_changed.subscribe([&](const std::string& status) {
-        if (monitor.listening() && monitor.device_gone() != gone)
+        if (monitor.listening() && trouble() != known)
             environment.err << "pelvan7: " << status << std::endl;
-        gone = monitor.device_gone();
+        known = trouble();
     });
     if (!monitor.listening()) return exit_code::kFailed; // its message was shown
     bool well = listen_on(app, command, frames, environment);

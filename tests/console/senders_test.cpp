@@ -114,6 +114,50 @@ TEST_P(SimulatedLineTest, At38400RepliesComeWholeInFramesOnlyAndFaultyOnesNever)
     EXPECT_EQ(read_often(), 20U) << "within the time-out";
 }
 
+/// A line on which bytes come and come, two a millisecond, in lumps, that now and then end a text.
+class EndlessLine : public SerialLine {
+  public:
+    EndlessLine(FakeTick& tick, std::size_t lump) : tick_(tick), lump_(lump) {}
+    bool read_into(std::string& buffer) override {
+        const auto count = static_cast<std::size_t>(2 * (tick_.now() - read_ms_));
+        if (count < lump_) return true;
+        for (std::size_t i = 0; i < count; ++i)
+            buffer += "\x01\xC8\r"[next_++ % 3];
+        read_ms_ = tick_.now();
+        return true;
+    }
+    void wait_for_input(double timeout_ms) override {
+        tick_.sleep_for_ms(std::min(timeout_ms, 1.0));
+    }
+    void discard_input() override { read_ms_ = tick_.now(); }
+    void write(const std::string&) override {}
+    void set_rts(bool) override {}
+    void set_dtr(bool) override {}
+    [[nodiscard]] int descriptor() const override { return -1; }
+
+  private:
+    FakeTick& tick_;
+    std::size_t lump_;
+    double read_ms_ = tick_.now();
+    std::size_t next_ = 0;
+};
+
+TEST_P(SimulatedLineTest, AFlowWithoutEndIsNoAnswer) {
+    for (const std::size_t lump : {1U, 20U}) { // 20: with pauses that end a reply of Xon
+        simulated.open_line = [&](const std::string&, const LineSettings&) {
+            return std::make_unique<EndlessLine>(tick, lump);
+        };
+        configure_devices(dir, std::vector<std::string>(4, "/dev/flow"));
+        exchange_by(GetParam());
+        for (const SendOutcome& sent : {senders.text.send(TextProtocol::Xon, {"1", "? C1"}),
+                                        send_modbus(kRead, "0", "3")}) {
+            EXPECT_FALSE(sent.accepted) << lump;
+            EXPECT_EQ(sent.objection, kCutReply);
+            EXPECT_EQ(sent.status, kCutReply);
+        }
+    }
+}
+
 /// Scripted controllers, that of Modbus answering one request after another.
 class LateCommandsTest : public ::testing::TestWithParam<const char*>, public SendersRig {
   protected:

@@ -254,6 +254,18 @@ TEST_F(ListenTest, ADeviceThatGoesIsWaitedForAndItsLineErrorsAreCountedOn) {
     EXPECT_EQ(listen_on(1), listening);
 }
 
+TEST_F(ListenTest, BytesThatComeWithoutAPauseAreToldOnce) {
+    const std::string listening = listen_on(1);
+    for (int ms = 0; ms < 3000; ++ms)
+        port().arrive({double(ms), "x"});
+    tick.advance(1);
+    port().check_receive();
+    EXPECT_EQ(status(), listening + " Bytes came without a pause, so that a burst was cut.");
+    port().check_receive();
+    EXPECT_EQ(hits(), 2);
+    EXPECT_EQ(listen_on(1), listening);
+}
+
 TEST_F(ListenTest, KeepsOffClaimedLinesAndHoldsItsPortsWhileItsMessageStands) {
     LineClaim claim = link.claim();
     EXPECT_EQ(listen_on(1), "Not listening. The line is in use by another window.");
