@@ -10,6 +10,9 @@ namespace {
 
 constexpr float kRefused = -99999;
 constexpr char kRefusedText[] = "-99999";
+/// A port over the network takes its time to say no. One of this machine says it at once, and may
+/// be there for the next row.
+constexpr double kSlowRefusalMs = 100;
 
 Fit fit_of(const std::string& request, const std::string& reply) {
     if (!can_answer(request, reply)) return Fit::Missing;
@@ -35,6 +38,7 @@ RowState state_of(const std::string& text) {
 void LogPoller::begin_pass() {
     values_ = {0, kValueListEnd, kValueListEnd};
     ahead_.begin();
+    gave_up_ = false;
 }
 
 LogReading LogPoller::poll(const LogRow& row, int neighbours) {
@@ -77,7 +81,17 @@ CarefulReply LogPoller::exchange(const std::string& frame, float more_ms) {
             [&](std::string_view received) { return is_whole_reply(frame, received); });
     };
     request.fit = [&](const std::string& reply) { return fit_of(frame, reply); };
-    return exchange_carefully(link_, request);
+    return try_port(request);
+}
+
+CarefulReply LogPoller::try_port(const CarefulRequest& request) {
+    CarefulReply heard;
+    heard.sent = false;
+    if (gave_up_) return heard;
+    const double begun_ms = link_.tick().precise_ms();
+    heard = exchange_carefully(link_, request);
+    gave_up_ = !heard.sent && link_.tick().precise_ms() - begun_ms >= kSlowRefusalMs;
+    return heard;
 }
 
 CarefulReply LogPoller::exchange_with_neighbours(const std::string& frame, int neighbours) {

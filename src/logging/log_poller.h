@@ -26,9 +26,11 @@ class LogPoller {
   public:
     LogPoller(Link& link, Modbus& modbus) : link_(link), modbus_(modbus), ahead_(link, modbus) {}
 
-    /// Forgets what earlier rows put into the value array, and what was read ahead.
+    /// Forgets what earlier rows put into the value array, what was read ahead, and that the port
+    /// did not open.
     void begin_pass();
-    /// Blocks as `exchange_carefully` does. No reading, and an empty value, for a whole reply that
+    /// Blocks as `exchange_carefully` does, but not again in a pass in which it took time to find
+    /// that the port does not open. No reading, and an empty value, for a whole reply that
     /// answers another request or may do so. 6 (overflow) for a command or value outside its
     /// integer range.
     ///
@@ -39,11 +41,13 @@ class LogPoller {
   private:
     [[nodiscard]] LogReading read(const std::string& frame, int neighbours);
     [[nodiscard]] CarefulReply exchange(const std::string& frame, float more_ms = 0);
+    [[nodiscard]] CarefulReply try_port(const CarefulRequest& request);
     [[nodiscard]] CarefulReply exchange_with_neighbours(const std::string& frame, int neighbours);
 
     Link& link_;
     Modbus& modbus_;
     ReadAhead ahead_;
+    bool gave_up_ = false;
     std::array<float, 3> values_{0, kValueListEnd, kValueListEnd};
 };
 

@@ -332,6 +332,25 @@ TEST_F(OvernightTest, APortThatIsUnpluggedHoldsNothingAndComesBack) {
     EXPECT_EQ(logger.port_message(), "");
 }
 
+TEST_F(OvernightTest, AHostThatTakesTimeToSayNoIsAskedOnceAPass) {
+    int openings = 0;
+    simulated.open_line = [&](const std::string&, const LineSettings& settings) {
+        if (++openings > 2) return simulated.simulators.open("simulated:742", settings);
+        tick.advance(2000);
+        throw RunTimeError(error_number::kHardwareNotAvailable);
+    };
+    start("tcp://host:4001", 6);
+    for (const int pass : {1, 2}) {
+        EXPECT_EQ(openings, pass);
+        for (const int row : {1, 2})
+            EXPECT_EQ(reading(row), LogReading{}) << "row " << row << " of pass " << pass;
+        EXPECT_TRUE(logger.port_message().starts_with("Port: THE HARDWARE IS NOT AVAILABLE"));
+        run(6);
+    }
+    EXPECT_EQ(reading(1), (LogReading{" 742", RowState::Answered}));
+    EXPECT_EQ(reading(2).state, RowState::Answered);
+}
+
 TEST_F(OvernightTest, APortThatOpensInTheMiddleOfAPassSaysSoBehindItsError) {
     int openings = 0;
     simulated.open_line = [&](const std::string&, const LineSettings& settings) {
