@@ -4,6 +4,13 @@
 #include "protocols/modbus/whole_reply.h"
 
 namespace pelvan {
+namespace {
+
+constexpr char kEchoOrAnswer[] =
+    "The command itself came back: its echo, or the answer on a line that does not echo. "
+    "A read tells which.";
+
+} // namespace
 
 void corrupt_last_byte(std::string& frame) {
     if (!frame.empty()) frame.back() = frame.back() == '\xFF' ? '\0' : '\xFF';
@@ -30,7 +37,10 @@ SendOutcome ModbusSender::send_once(const ModbusEntry& entry, const ModbusSendOp
         // Nobody answers a broadcast, but an echo shows whether it went out.
         const bool went_out = link_.echo() == Echo::None || link_.echo() == Echo::Whole;
         outcome.accepted = is_broadcast(entry) && went_out;
-        if (!outcome.accepted) outcome.kind = NoReply;
+        if (outcome.accepted) return outcome;
+        outcome.kind = NoReply;
+        if (link_.echo() == Echo::Whole && !link_.surely_echoes() && can_answer(frame, frame))
+            outcome.remark = kEchoOrAnswer;
         return outcome;
     }
     outcome.objection = heard.unclear     ? kUnclearReply

@@ -38,8 +38,10 @@ SendOutcome send_and_remark(Link& link, const std::function<SendOutcome()>& send
     static_cast<void>(link.take_remark()); // of earlier exchanges
     SendOutcome outcome = send();
     const bool no_reply = outcome.kind == SendOutcome::Kind::NoReply;
-    outcome.remark = link.take_remark();
-    if (outcome.remark.empty() && no_reply && link.echo() == Echo::Whole)
+    const std::string remark = link.take_remark();
+    if (!remark.empty())
+        outcome.remark = remark;
+    else if (outcome.remark.empty() && no_reply && link.echo() == Echo::Whole)
         outcome.remark = "The echo of the command came, but no answer.";
     // That nothing came would be wrong, and what came is in the remark.
     if (no_reply && link.echo() == Echo::Differs) outcome.status.clear();

@@ -77,11 +77,12 @@ bool EchoFilter::judge(std::string_view reply, bool whole_frame, double now_ms) 
     if (differs_)
         echo_ = unechoed && !resembles_echo(reply) ? Echo::Missing : Echo::Differs;
     else if (came_whole_)
-        echo_ = Echo::Whole;
+        echo_ = reply.empty() && unechoed_ && !echoes_ ? Echo::Missing : Echo::Whole;
     else if (awaited_.empty() || now_ms < due_ms_)
         echo_ = Echo::None;
     else
         echo_ = matched_ == 0 ? Echo::Silent : Echo::Cut;
+    unechoed_ = unechoed_ || echo_ == Echo::Missing;
     if (echo_ == Echo::Cut) difference_.at = matched_ < earlier_ ? 0 : matched_ - earlier_;
     return echo_ != Echo::Differs;
 }
@@ -89,6 +90,9 @@ bool EchoFilter::judge(std::string_view reply, bool whole_frame, double now_ms) 
 std::string EchoFilter::remark() const {
     switch (echo_) {
     case Echo::Missing:
+        if (came_whole_)
+            return "This line does not seem to echo, as its settings say: an answer that is like "
+                   "its command is taken for the echo. What was sent may have been carried out.";
         return "The reply came without an echo: this line does not seem to echo, as its settings "
                "say.";
     case Echo::Silent:

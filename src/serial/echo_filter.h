@@ -15,7 +15,8 @@ namespace pelvan {
 enum class Echo {
     None,    // nothing was expected, or it may still come
     Whole,   // as it was sent
-    Missing, // a whole reply came without it, on a line that has not echoed yet
+    Missing, // a whole reply came without it, on a line that has not echoed yet; or what came is as
+             // it was sent, behind such a reply
     Silent,  // nothing came at all
     Cut,     // it broke off
     Differs  // other bytes came: two were sending, or noise
@@ -38,6 +39,8 @@ class EchoFilter {
     /// when the reply must not count. What there is to tell is `remark` then.
     [[nodiscard]] bool judge(std::string_view reply, bool whole_frame, double now_ms);
     [[nodiscard]] Echo echo() const { return echo_; }
+    /// Whether the line echoes for sure. Else what is like a command may be its answer.
+    [[nodiscard]] bool echoes() const { return echoes_; }
     /// What was wrong with the echo, in sentences; empty when nothing was.
     [[nodiscard]] std::string remark() const;
 
@@ -51,7 +54,8 @@ class EchoFilter {
     double due_ms_ = 0;
     bool came_whole_ = false;
     bool differs_ = false;
-    bool echoes_ = false; // an echo with something behind it was heard on this line
+    bool echoes_ = false;   // an echo with something behind it was heard on this line
+    bool unechoed_ = false; // a reply without an echo was
     Echo echo_ = Echo::None;
     struct Difference {
         std::size_t at = 0; // counted from 1 in what was sent; 0: in what was sent before

@@ -157,6 +157,7 @@ std::string Link::judged(std::string reply, EchoFilter& echo, const Reading& rea
     const bool whole = reading.is_whole && reading.is_whole(reply);
     const bool counts = echo.judge(reply, whole, countdowns_.tick().precise_ms());
     echo_ = echo.echo();
+    surely_echoes_ = echo.echoes();
     if (remark_.empty()) remark_ = echo.remark();
     return counts ? std::move(reply) : std::string();
 }

@@ -91,6 +91,8 @@ class Link {
     [[nodiscard]] std::string take_remark() { return std::exchange(remark_, {}); }
     /// What became of the echo in the last `transmit`; `None` on a channel that is set to none.
     [[nodiscard]] Echo echo() const { return echo_; }
+    /// Whether the line of the last `transmit` that expected an echo has proved to give one.
+    [[nodiscard]] bool surely_echoes() const { return surely_echoes_; }
     /// While it lives, echoes are left in what comes: for whoever tests for them.
     class EchoKept {
       public:
@@ -149,6 +151,7 @@ class Link {
     bool keeps_echo_ = false;
     bool cut_off_ = false;
     Echo echo_ = Echo::None;
+    bool surely_echoes_ = false;
     std::string remark_;
     struct Usage {
         bool was_open = false;

@@ -75,6 +75,21 @@ TEST_P(SimulatedLineTest, AnswersAllProtocolsAndADamagedEchoNeverCounts) {
         << "so no echo is missed";
 }
 
+TEST_P(SimulatedLineTest, AWriteThatIsAnsweredWithoutAnEchoIsNotCalledUnanswered) {
+    const auto write = [this] {
+        const SendOutcome sent = send_modbus(kWriteRegister, "300", "3");
+        EXPECT_FALSE(sent.accepted);
+        let_doubts_pass();
+        return sent.remark.substr(0, sent.remark.find_first_of(",:"));
+    };
+    start("", "YES");
+    EXPECT_EQ(write(), "The command itself came back"); // nothing is known of the line
+    take(send_modbus(kRead, "0", "3"));
+    EXPECT_EQ(write(), "This line does not seem to echo");
+    start(",echo=1,lost=1,lost_ack=1", "YES");
+    EXPECT_EQ(write(), "The command itself came back");
+}
+
 TEST_P(SimulatedLineTest, ACommandThatIsStoppedArrivesWholeOnlyWithTheProgramsHandshake) {
     for (const auto& [way, answered] : {std::pair("DRIVER", false), {"PROGRAM", true}}) {
         start(",xoff_after=3");

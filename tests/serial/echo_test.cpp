@@ -76,9 +76,13 @@ TEST_P(EchoTest, AWholeReplyWithoutItCountsOnALineThatHasNeverEchoed) {
     EXPECT_EQ(send("question", {{30, "quastionok."}}), "") << "a damaged echo before a reply";
     EXPECT_TRUE(link.take_remark().starts_with("The echo differs"));
     // What might be the echo is: a write's reply is like its request.
+    static_cast<void>(link.take_remark());
     EXPECT_EQ(send("ask.", {{30, "ask."}}), "");
+    EXPECT_TRUE(link.take_remark().starts_with("This line does not seem to echo"));
+    EXPECT_FALSE(link.surely_echoes());
     expect_good();
     EXPECT_EQ(send("ask", {{30, "ok."}}), "") << "it echoes now";
+    EXPECT_TRUE(link.surely_echoes());
 }
 
 TEST_P(EchoTest, ComesAfterAnExchangeThatWaitsForNothing) {
