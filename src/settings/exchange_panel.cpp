@@ -1,6 +1,7 @@
 #include "settings/exchange_panel.h"
 
 #include "config/device_map.h"
+#include "network/network_address.h"
 #include "platform/serial_devices.h"
 #include "settings/channel_choices.h"
 #include "text/numbers.h"
@@ -12,7 +13,7 @@ constexpr int kXonChannel = 2;
 
 } // namespace
 
-std::string exchange_advice(double baud_rate, bool complete, const Lumps& lumps,
+std::string exchange_advice(double baud_rate, bool complete, bool networked, const Lumps& lumps,
                             std::optional<int> latency_timer_ms) {
     std::string text;
     const auto add = [&](const std::string& sentence) {
@@ -20,6 +21,8 @@ std::string exchange_advice(double baud_rate, bool complete, const Lumps& lumps,
     };
     if (!complete && baud_rate >= kNoPauseBaud)
         add("Recommended: at this baud rate the pause is 0 ms, and replies come cut.");
+    else if (!complete && networked)
+        add("Recommended: over a network replies come in pieces, and pauses cut them.");
     else if (!complete && lumps.seen())
         add("Recommended: the adapter delivers in lumps.");
     if (lumps.seen()) {
@@ -62,15 +65,17 @@ void ExchangePanel::advise(const std::string& port, const std::string& baud_rate
 
 void ExchangePanel::show_advice() {
     Lumps lumps;
+    bool networked = false;
     std::optional<int> latency;
     if (const double number = leading_number(port_); is_port_number(number)) {
         const auto port = static_cast<std::int16_t>(number);
         lumps = channels_.lumps(port);
         const auto device = device_for_port(port, config_.gIniFile);
-        if (device) latency = latency_timer_ms(*device);
+        networked = device && is_network(*device);
+        if (device && !networked) latency = latency_timer_ms(*device);
     }
-    lbl_Advice.set_Caption(
-        exchange_advice(leading_number(baud_rate_), chk_Complete.checked(), lumps, latency));
+    lbl_Advice.set_Caption(exchange_advice(leading_number(baud_rate_), chk_Complete.checked(),
+                                           networked, lumps, latency));
 }
 
 bool ExchangePanel::store(int channel) const {

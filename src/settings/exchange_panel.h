@@ -13,8 +13,8 @@ namespace pelvan {
 
 /// What to say about a line of this baud rate: whether frames are recommended and why, and what is
 /// known of its adapter. Empty when there is nothing to say.
-[[nodiscard]] std::string exchange_advice(double baud_rate, bool complete, const Lumps& lumps,
-                                          std::optional<int> latency_timer_ms);
+[[nodiscard]] std::string exchange_advice(double baud_rate, bool complete, bool networked,
+                                          const Lumps& lumps, std::optional<int> latency_timer_ms);
 
 class ExchangePanel {
   public:

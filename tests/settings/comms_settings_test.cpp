@@ -92,12 +92,21 @@ TEST(PortSettings, EachFieldIsCheckedInOrder) {
     }
 }
 
+TEST_F(CommsSettingsTest, FramesAreRecommendedOverANetwork) {
+    build({"1;9600,N,8,1;0", "2;9600,N,8,1;1"});
+    ini_write_string("SERIAL DEVICES", "PORT 2", "tcp://host:4001", config.gIniFile);
+    open(1);
+    EXPECT_TRUE(form.exchange.lbl_Advice.Caption().starts_with("Recommended: over a network"));
+    form.exchange.chk_Complete.set_Value(1);
+    EXPECT_EQ(form.exchange.lbl_Advice.Caption(), "");
+}
+
 TEST(ExchangeAdvice, SaysWhyAndWhatIsKnown) {
-    EXPECT_EQ(exchange_advice(9600, false, {16, 12}, {}), "");
-    EXPECT_EQ(exchange_advice(9600, false, {23, 16.2}, 16),
+    EXPECT_EQ(exchange_advice(9600, false, false, {16, 12}, {}), "");
+    EXPECT_EQ(exchange_advice(9600, false, false, {23, 16.2}, 16),
               "Recommended: the adapter delivers in lumps. Up to 23 bytes came at once, with up to "
               "16 ms between two lumps of a reply. The adapter's latency timer is 16 ms.");
-    EXPECT_EQ(exchange_advice(38400, true, {23, 0}, {}), "Up to 23 bytes came at once.");
+    EXPECT_EQ(exchange_advice(38400, true, false, {23, 0}, {}), "Up to 23 bytes came at once.");
 }
 
 TEST_F(CommsSettingsTest, ActivationRebuildsAndShowsTheSelectedProtocolsFrameFilled) {
