@@ -185,6 +185,13 @@ bool same_device(const std::string& one, const std::string& other) {
     return one == other || fs::equivalent(one, other, error);
 }
 
+bool is_open_on(int handle, const std::string& path) {
+    struct stat open {};
+    struct stat node {};
+    return ::fstat(handle, &open) == 0 && ::stat(path.c_str(), &node) == 0 &&
+           S_ISCHR(open.st_mode) && S_ISCHR(node.st_mode) && open.st_rdev == node.st_rdev;
+}
+
 std::string device_state_text(DeviceState state, const std::string& path) {
     switch (state) {
     case DeviceState::Openable:

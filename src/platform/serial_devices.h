@@ -30,6 +30,9 @@ enum class DeviceState { Openable, Missing, NoHardware, NoPermission, NotSerial 
 /// Whether two paths lead to the same node, links followed.
 [[nodiscard]] bool same_device(const std::string& one, const std::string& other);
 
+/// Whether an open handle, as of `SerialPort::CommID`, is one on the device that a path leads to.
+[[nodiscard]] bool is_open_on(int handle, const std::string& path);
+
 /// One sentence for a person: "may be opened", "not there", "no permission: join group dialout" ...
 [[nodiscard]] std::string device_state_text(DeviceState state, const std::string& path);
 

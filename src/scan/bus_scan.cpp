@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/run_time_error.h"
+#include "platform/serial_devices.h"
 #include "scan/port_loan.h"
 #include "serial/trap.h"
 
@@ -24,12 +25,23 @@ constexpr int kBusyLimit = 3;
 constexpr std::ptrdiff_t kSettingsOfOne = 2;
 constexpr double kPaceMs = 3000; // so long the estimate is believed
 
-std::string failure_sentence(const RunTimeError& error, bool opened, std::int16_t port) {
+/// The number of the port that has the device open here, 0 when none has.
+int number_in_use(const std::string& device, const SerialState& channels) {
+    for (const SerialPort* port : channels.gCommDevice)
+        if (port->PortOpen() && is_open_on(port->CommID(), device)) return port->CommPort();
+    return 0;
+}
+
+std::string failure_sentence(const RunTimeError& error, bool opened, std::int16_t port,
+                             const SerialState& channels) {
     const std::string number = std::to_string(port);
     switch (error.number()) {
     case error_number::kInvalidPortNumber:
         return "Port " + number + " stands for no device that is there.";
     case error_number::kPortAlreadyOpen:
+        if (const int other = number_in_use(error.subject(), channels); other != 0)
+            return "Port " + number + " is in use by this program as port " +
+                   std::to_string(other) + ": both numbers stand for one device.";
         return "Port " + number + " is in use by another program.";
     case error_number::kHardwareNotAvailable:
         return "Port " + number + " may not be opened: it is locked, or not permitted.";
@@ -329,7 +341,8 @@ ScanResult BusScan::run(const ScanOptions& options, ScanListener& listener) {
     } catch (const RunTimeError& error) {
         ErrorTrap(log_, dialogs_, "bus_scan").record(error);
         result.how = ScanEnd::Failed;
-        result.reason = failure_sentence(error, run.opened(), options.port);
+        result.reason =
+            failure_sentence(error, run.opened(), options.port, link_.channels().state());
     }
     result.taken_ms = tick_.precise_ms() - begun_ms;
     return result;

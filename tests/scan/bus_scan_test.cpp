@@ -1,8 +1,10 @@
 #include "scan/bus_scan.h"
 
+#include <filesystem>
 #include <set>
 
 #include "bus_rig.h"
+#include "support/pty_pair.h"
 
 namespace pelvan {
 namespace {
@@ -282,6 +284,21 @@ TEST(ScanPlan, BeginsWithWhatIsLikely) {
     options.first_address = options.last_address = 0;
     options.protocols = {ScanProtocol::Modbus};
     EXPECT_TRUE(plan_scan(options).empty()); // everybody's address, which nobody answers
+}
+
+TEST_F(BusScanTest, ADeviceThatIsOpenHereUnderAnotherNumberIsTold) {
+    const testing::PtyPair wire(testing::PtyPair::Slave::KeepOpen);
+    std::filesystem::create_symlink(wire.path(), dir.file("by-id"));
+    make_port = [&] {
+        return std::make_unique<LinePort>(
+            [&](int number) { return number == 1 ? dir.file("by-id") : wire.path(); },
+            open_serial_device);
+    };
+    build({"1;9600,N,8,1;1"});
+    std::int16_t channel = 0;
+    table.open_port(channel);
+    EXPECT_EQ(run(plain(ScanProtocol::Modbus)).reason,
+              "Port 2 is in use by this program as port 1: both numbers stand for one device.");
 }
 
 } // namespace
