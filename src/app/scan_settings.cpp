@@ -33,8 +33,8 @@ std::string use_scanned_settings(const ScanFind& find, std::int16_t port, int li
     PortSettings settings(config, channels);
     if (std::string refusal = settings.refusal(); !refusal.empty()) return refusal;
     const int channel = static_cast<int>(find.protocol);
-    const auto known = settings.read(channel);
-    const PortFields fields = fields_of(find, port, known ? known->mode : line_mode);
+    // With which it was found: an adapter may be fed by these wires.
+    const PortFields fields = fields_of(find, port, line_mode);
     for (const std::string& message : ValidatePortSettings(fields))
         return "The settings cannot be used:" + message + ".";
     std::string not_written = "The settings could not be written to " + config.gIniFile + ".";

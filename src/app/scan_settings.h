@@ -10,8 +10,7 @@
 namespace pelvan {
 
 /// Saves and rebuilds the channels; what was done, or why not, in a sentence. Asks whether channels
-/// before this one that have no port get one. `line_mode` is for a channel that has none of its
-/// own.
+/// before this one that have no port get one. `line_mode` is what DTR and RTS did in the scan.
 [[nodiscard]] std::string use_scanned_settings(const ScanFind& find, std::int16_t port,
                                                int line_mode, const ConfigState& config,
                                                ChannelTable& channels, Dialogs& dialogs);

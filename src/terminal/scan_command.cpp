@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kProgressStep = 10; // percent
 constexpr double kQuietMs = 2000; // between two lines of progress
+constexpr const char* kLineModes[] = {"clear", "set", "toggle"};
 
 struct ScanCommandOptions {
     ScanOptions scan;
@@ -112,7 +113,7 @@ void print_table(const std::vector<ScanFind>& finds, std::ostream& out) {
 }
 
 /// `directory`: that of --directory, which a command that is typed later needs again.
-void say_outcome(const ScanResult& result, int port, const std::string& directory,
+void say_outcome(const ScanResult& result, const ScanOptions& options, const std::string& directory,
                  TerminalScan& scan) {
     const std::string time = scan_time_text(result.taken_ms);
     if (!result.reason.empty()) scan.say(result.reason);
@@ -130,8 +131,8 @@ void say_outcome(const ScanResult& result, int port, const std::string& director
     });
     const std::string place = directory.empty() ? "" : "--directory '" + directory + "' ";
     scan.say("to use it: pelvan7 " + place + "ports set " + name->first + " --port " +
-             std::to_string(port) + " --settings " + settings_text(find.line) +
-             (find.echo ? " --echo yes" : ""));
+             std::to_string(options.port) + " --settings " + settings_text(find.line) +
+             " --lines " + kLineModes[options.line_mode] + (find.echo ? " --echo yes" : ""));
 }
 
 int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment) {
@@ -156,7 +157,7 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
         print_json(result, port, listener, environment.out);
     else if (!result.finds.empty())
         print_table(result.finds, environment.out);
-    say_outcome(result, port, environment.directory, listener);
+    say_outcome(result, options, environment.directory, listener);
     const bool ended = result.how == ScanEnd::Completed || result.how == ScanEnd::FoundFirst;
     return ended && result.unasked == 0 && !result.finds.empty() ? exit_code::kDone
                                                                  : exit_code::kFailed;

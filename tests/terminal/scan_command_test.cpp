@@ -15,7 +15,7 @@ TEST_F(ScanCommandTest, PrintsWhatAnswersAndHowToUseIt) {
            "pelvan7: 40 %, about 3 s left\n"
            "pelvan7: 90 %, about 1 s left\n"
            "pelvan7: to use it: pelvan7 --directory '" +
-               dir.path() + "' ports set modbus --port 4 --settings 19200,E,8,1\n");
+               dir.path() + "' ports set modbus --port 4 --settings 19200,E,8,1 --lines clear\n");
     configure("simulated:742");
     EXPECT_EQ(run("scan --json --first --port 2 --protocol full,tellura --addresses 1"), 0);
     EXPECT_TRUE(out.str().starts_with("{\"port\":2,\"end\":\"found\",\"reason\":\"\",\"finds\":[{"

@@ -40,12 +40,30 @@ class OptionBinding : public QObject {
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::FocusIn)
+            lead_to_choice(static_cast<QFocusEvent*>(event)->reason());
         if (event->type() != QEvent::KeyPress) return QObject::eventFilter(watched, event);
         return hand_key(model_, *static_cast<QKeyEvent*>(event),
                         [this](const std::function<void()>& action) { tell(action); });
     }
 
   private:
+    /// Keys lead into the group to the option that is chosen, not to the first one, or the one that
+    /// had the focus before the model chose another.
+    void lead_to_choice(Qt::FocusReason reason) {
+        if (reason != Qt::TabFocusReason && reason != Qt::BacktabFocusReason &&
+            reason != Qt::ShortcutFocusReason)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, reason] {
+                QAbstractButton* chosen = group_->checkedButton();
+                if (chosen != nullptr && chosen->isEnabled() && !chosen->hasFocus())
+                    chosen->setFocus(reason);
+            },
+            Qt::QueuedConnection);
+    }
+
     void adopt(QRadioButton* radio, int index) {
         const OptionGroup::Option& option = model_.option(index);
         radio->setObjectName(to_qt(control_name(model_.Name(), index)));
