@@ -18,7 +18,7 @@ namespace pelvan {
 /// A device address as it was entered.
 class DeviceAddress {
   public:
-    /// 6 (overflow) for a number beyond 16 bits.
+    /// 6 (overflow) for a number beyond 16 bits; what is no number is an address that is refused.
     explicit DeviceAddress(const std::string& text);
     [[nodiscard]] std::int16_t number() const { return number_; }
     /// Characters of the text: where the value stands in a reply is counted from them.

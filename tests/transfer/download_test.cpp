@@ -340,9 +340,11 @@ TEST_F(DownloadTest, WhatCancelsItWithProfiles) {
 
 TEST_F(DownloadTest, ARefusedRequestIsToldAndNotSent) {
     write_sequence("742.cds", kHead + "5\r\n");
-    address = "300";
-    download();
-    EXPECT_EQ(ui.messages, (Lines{"Bad ADDRESS entered.", "Comm Error!", kCheckPort}));
+    for (const char* wrong : {"300", "1O", "abc", ""}) {
+        address = wrong;
+        download();
+        EXPECT_EQ(ui.messages, (Lines{"Bad ADDRESS entered.", "Comm Error!", kCheckPort}));
+    }
     EXPECT_EQ(port().outputs.size(), 0U);
     address = "12"; // two characters: the value stands one further on
     EXPECT_TRUE(download().completed);
