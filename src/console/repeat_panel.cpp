@@ -67,13 +67,14 @@ void RepeatPanel::tmr_Repeat_Timer() {
     }
     const auto outcome = repeat_.tick();
     if (outcome && outcome->row) history_.add(*outcome->row, History::Select::IfAtEnd);
-    if (outcome && (!outcome->accepted || !outcome->remark.empty()))
+    const bool refused_entry = outcome && outcome->kind == SendOutcome::Kind::Refused;
+    if (outcome && !refused_entry && (!outcome->accepted || !outcome->remark.empty()))
         status_.set_Caption(time_text(services_.clock.now()) + " " +
                             (outcome->accepted ? outcome->remark : repeat_.counts().last_failure));
     if (!running()) tmr_Repeat.stop();
     tmr_Repeat.set_Interval(std::max(1, static_cast<int>(std::ceil(repeat_.wait_ms()))));
     show();
-    if (outcome && outcome->kind == SendOutcome::Kind::Refused) refused(outcome->refusal);
+    if (refused_entry) refused(outcome->refusal);
 }
 
 void RepeatPanel::hold(const std::string& holder) {

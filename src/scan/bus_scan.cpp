@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "network/network_address.h"
 #include "platform/run_time_error.h"
 #include "platform/serial_devices.h"
 #include "scan/port_loan.h"
@@ -44,6 +45,8 @@ std::string failure_sentence(const RunTimeError& error, bool opened, std::int16_
                    std::to_string(other) + ": both numbers stand for one device.";
         return "Port " + number + " is in use by another program.";
     case error_number::kHardwareNotAvailable:
+        if (is_network(error.subject()))
+            return "Port " + number + " does not open: " + error.subject() + ".";
         return "Port " + number + " may not be opened: it is locked, or not permitted.";
     default:
         return (opened ? "The line was lost (error "

@@ -164,8 +164,8 @@ TEST_P(SimulatedLineTest, AFlowWithoutEndIsNoAnswer) {
         };
         configure_devices(dir, std::vector<std::string>(4, "/dev/flow"));
         exchange_by(GetParam());
-        for (const SendOutcome& sent : {senders.text.send(TextProtocol::Xon, {"1", "? C1"}),
-                                        send_modbus(kRead, "0", "3")}) {
+        for (const SendOutcome& sent :
+             {senders.text.send(TextProtocol::Xon, {"1", "? C1"}), send_modbus(kRead, "0", "3")}) {
             EXPECT_FALSE(sent.accepted) << lump;
             EXPECT_EQ(sent.objection, kCutReply);
             EXPECT_EQ(sent.status, kCutReply);

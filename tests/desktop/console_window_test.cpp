@@ -71,6 +71,9 @@ TEST_F(ConsoleWindowTest, AWindowHasTheFocusItHadWheneverOneComesBack) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Up);
     EXPECT_EQ(app().console.opt_Protocol.Value(), 1);
     EXPECT_TRUE(values->hasFocus());
+    find("opt_Protocol(0)")->setFocus(Qt::ShortcutFocusReason);
+    testing::run_events();
+    EXPECT_TRUE(find("opt_Protocol(1)")->hasFocus()) << "the one that is chosen";
 }
 
 TEST_F(ConsoleWindowTest, TabStopsOnceInAGroupAtWhatIsChosen) {

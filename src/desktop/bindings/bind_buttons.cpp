@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QRadioButton>
+#include <algorithm>
 
 #include "desktop/bindings/bind.h"
 #include "desktop/bindings/qt_text.h"
@@ -57,9 +58,12 @@ class OptionBinding : public QObject {
         QMetaObject::invokeMethod(
             this,
             [this, reason] {
+                // It may only have passed through, on its way back to where it was.
+                const bool stays =
+                    std::any_of(radios_.begin(), radios_.end(),
+                                [](QRadioButton* radio) { return radio->hasFocus(); });
                 QAbstractButton* chosen = group_->checkedButton();
-                if (chosen != nullptr && chosen->isEnabled() && !chosen->hasFocus())
-                    chosen->setFocus(reason);
+                if (stays && chosen != nullptr && chosen->isEnabled()) chosen->setFocus(reason);
             },
             Qt::QueuedConnection);
     }
