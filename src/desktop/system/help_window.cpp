@@ -155,7 +155,12 @@ void HelpWindow::list_pages(const QString& wanted) {
             if (page.file == shown_) contents_->setCurrentItem(item);
         }
     }
-    const bool first = contents_->currentRow() < 0 && !shown_.isEmpty() && contents_->count() > 0;
+    const bool any = contents_->count() > 0;
+    if (!any) {
+        auto* none = new QListWidgetItem(QStringLiteral("No page holds this text."), contents_);
+        none->setFlags(Qt::NoItemFlags);
+    }
+    const bool first = any && contents_->currentRow() < 0 && !shown_.isEmpty();
     if (first) contents_->setCurrentRow(0);
     mark_found();
 }
