@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "platform/run_time_error.h"
-#include "protocols/modbus/crc.h"
 #include "protocols/modbus/whole_reply.h"
 #include "registers/setup_file.h"
 #include "text/numbers.h"
@@ -30,49 +29,11 @@ constexpr float kEraseValue2 = 1600;
 constexpr float kEraseRegister = 1602;
 constexpr float kEraseValue = 800;
 
-/// Longest replies to a read, beside two bytes a register, and to a write of one register.
-constexpr std::size_t kReadReply = 5;
-constexpr std::size_t kWriteReply = 8;
-
 /// How often the line must fall silent (for 250 ms each time) before another request follows one
 /// that may still be answered.
 constexpr int kSilences = 3;
 
 constexpr char kCrcMark[] = "<--CRC ERROR!";
-
-unsigned byte_at(const std::string& frame, std::size_t at) {
-    return static_cast<unsigned char>(frame[at]);
-}
-
-std::size_t registers_in(const std::string& request) {
-    return byte_at(request, 5);
-}
-
-std::size_t longest_reply(const std::string& request) {
-    return byte_at(request, 1) == kReadHolding ? kReadReply + 2 * registers_in(request)
-                                               : kWriteReply;
-}
-
-float register_in(const std::string& request) {
-    return static_cast<float>(byte_at(request, 2) * 256 + byte_at(request, 3));
-}
-
-/// Whether the reply is one to this request, exceptions included; else it is a late one to an
-/// earlier request.
-bool answers(const std::string& reply, const std::string& request) {
-    constexpr unsigned kExceptionBit = 0x80;
-    if (reply.size() < 2 || reply[0] != request[0]) return false;
-    return (byte_at(reply, 1) & ~kExceptionBit) == byte_at(request, 1) &&
-           reply.size() <= longest_reply(request);
-}
-
-/// An undamaged answer. What is shorter than the answer to a read of several registers may be that
-/// to a read of one.
-bool is_sound(const std::string& reply, const std::string& request) {
-    const bool of_several = byte_at(request, 1) == kReadHolding && registers_in(request) > 1;
-    const bool fits = of_several ? can_answer(request, reply) : answers(reply, request);
-    return fits && has_valid_crc(reply);
-}
 
 std::string whole_number(float value) {
     return std::to_string(static_cast<long>(round_half_even(static_cast<double>(value))));

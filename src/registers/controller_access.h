@@ -3,12 +3,12 @@
 // and in which order, is the business of the transfers.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
 
 #include "protocols/modbus/modbus.h"
+#include "registers/answers.h"
 #include "registers/read_ahead.h"
 #include "registers/transfer_errors.h"
 #include "serial/link.h"
@@ -56,29 +56,6 @@ struct Reading {
 
 /// Model and serial number of a controller as texts of their registers; empty where unknown.
 using Identity = std::array<std::string, 3>;
-
-/// Whether more bytes of answers came than the requests so far account for: a reply that comes
-/// twice is taken for the answer to the next request, and from there on every value is that of the
-/// register before.
-class AnswerBalance {
-  public:
-    /// A request of which `reply` came back; a sound reply of `longest` bytes or less is its whole
-    /// answer.
-    void exchanged(std::size_t longest, std::size_t reply, bool sound) {
-        const auto owed = static_cast<long>(longest);
-        owed_ += sound ? 0 : owed - static_cast<long>(reply);
-    }
-    /// Bytes that came while the line fell silent; true when nobody asked for them.
-    [[nodiscard]] bool surplus(std::size_t discarded) {
-        owed_ = std::max(owed_, 0L) - static_cast<long>(discarded);
-        return owed_ < 0;
-    }
-    /// Nothing can be under way any more.
-    void settle() { owed_ = 0; }
-
-  private:
-    long owed_ = 0; // bytes that may still come
-};
 
 class ControllerAccess {
   public:
