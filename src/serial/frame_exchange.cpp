@@ -16,7 +16,7 @@ constexpr int kFixedDistanceBaud = 19200;
 constexpr double kFixedDistanceMs = 1.75;
 constexpr double kMaxDistanceMs = 1000;
 /// The system wakes a sleeper later than it was asked to; so much is waited awake.
-constexpr double kAwakeMs = 0.1;
+constexpr double kAwakeMs = 0.07;
 /// Before the end of it the line is looked at once more, and then the clock alone.
 constexpr double kLastLookMs = 0.02;
 
@@ -30,7 +30,7 @@ constexpr double kMaxListeningMs = 250;
 /// To wake for every byte is most of what an exchange costs the processor. The rest of a reply as
 /// long as the one before is slept for, in parts, so that a shorter one is not noticed much later.
 double gathering_ms(std::size_t received, const LineRecord& record, const ExchangeWay& way) {
-    constexpr std::size_t kMostAtOnce = 5;
+    constexpr std::size_t kMostAtOnce = 6;
     constexpr double kMargin = 0.5;
     if (received + 1 >= record.last_reply) return 0;
     const std::size_t missing = std::min(record.last_reply - received, kMostAtOnce);
@@ -49,16 +49,19 @@ ExchangeWay exchange_way(const std::string& exchange, const std::string& setting
             is_fixed ? kFixedDistanceMs : kDistanceCharacters * character_ms};
 }
 
-void FrameExchange::take(std::string& bytes) {
-    bytes += port_.Input();
+/// What was counted has arrived by now: taking it out is no part of the distance behind it.
+void FrameExchange::take(std::string& bytes, std::size_t counted) {
     record_.last_byte_ms = tick_.precise_ms();
+    const std::string taken = port_.Input();
+    if (taken.size() > counted) record_.last_byte_ms = tick_.precise_ms();
+    bytes += taken;
 }
 
 std::size_t FrameExchange::keep_distance() {
     const double end_ms = tick_.precise_ms() + kMaxDistanceMs;
     std::string bytes;
     while (port_.PortOpen() && !port_.lost()) { // else the write meets and reports it
-        if (port_.InBufferCount() > 0) take(bytes);
+        if (const std::size_t count = counted(); count > 0) take(bytes, count);
         const double distance =
             bytes.empty() ? way_.distance_ms : std::max(way_.distance_ms, kAdapterSilenceMs);
         const double until_ms = std::min(record_.last_byte_ms + distance, end_ms);
@@ -91,13 +94,13 @@ double FrameExchange::listening_ms() const {
 }
 
 /// What a lost line had sent is the reply; the next use meets the loss.
-bool FrameExchange::bytes_wait(const std::string& reply) {
+std::size_t FrameExchange::bytes_waiting(const std::string& reply) {
     try {
-        return port_.InBufferCount() > 0;
+        return counted();
     } catch (const RunTimeError& error) {
         lost_ = error.number() == error_number::kCannotReadDevice;
         if (!lost_ || reply.empty()) throw;
-        return false;
+        return 0;
     }
 }
 
@@ -108,10 +111,10 @@ std::string FrameExchange::collect(double timeout_ms, double quiet_ms, const IsW
     bool whole = false;
     std::string reply;
     for (;;) {
-        if (bytes_wait(reply)) {
+        if (const std::size_t count = bytes_waiting(reply); count > 0) {
             const std::size_t before = reply.size();
             const double last_ms = record_.last_byte_ms;
-            take(reply);
+            take(reply, count);
             lumps_.add({reply.size() - before, before > 0 ? record_.last_byte_ms - last_ms : 0});
             whole = is_whole && is_whole(reply);
             const double more_ms = whole ? listening_ms() : silence_ms;

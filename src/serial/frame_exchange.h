@@ -98,8 +98,9 @@ class FrameExchange {
     [[nodiscard]] bool cut_off() const { return cut_off_; }
 
   private:
-    void take(std::string& bytes);
-    [[nodiscard]] bool bytes_wait(const std::string& reply);
+    [[nodiscard]] std::size_t counted() { return static_cast<std::size_t>(port_.InBufferCount()); }
+    void take(std::string& bytes, std::size_t counted);
+    [[nodiscard]] std::size_t bytes_waiting(const std::string& reply);
     [[nodiscard]] double listening_ms() const;
 
     SerialPort& port_;
