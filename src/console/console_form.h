@@ -58,6 +58,8 @@ class frm_Pelvan5VB : public Form {
     void Form_Load() override;
     /// Closing the console ends the program at once: no questions, no saving.
     bool Form_Unload() override;
+    /// A key that closes every other window is pressed too easily for the end of the program.
+    [[nodiscard]] bool closes_by_key() const override { return false; }
 
     void opt_Protocol_Click(int index);
     void cmd_SendCommand_Click();

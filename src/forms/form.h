@@ -59,6 +59,8 @@ class Form : public Control {
     virtual void Form_Activate() {}
     /// False keeps the window open.
     virtual bool Form_Unload() { return true; }
+    /// Whether the keys that close a child window close this one as well.
+    [[nodiscard]] virtual bool closes_by_key() const { return true; }
 
     /// A file was dropped on the window; without a handler the window takes none.
     std::function<void(const std::string& path)> FileDropped;

@@ -14,6 +14,7 @@ struct RecordingForm : Form {
     }
     void Form_Activate() override { log += Name() + ";"; }
     bool Form_Unload() override { return may_unload; }
+    bool closes_by_key() const override { return Name() != "console"; }
 
     std::string& log;
     MenuEntry menu{"mnu" + Name(), "&" + Name()};
@@ -144,6 +145,12 @@ TEST_F(FrameTest, MenusAndKeysFollowTheActiveChild) {
     EXPECT_EQ(window_menu->actions()[3]->text(), "history &&1");
     window_menu->actions()[3]->trigger();
     EXPECT_EQ(area()->activeSubWindow(), child(history_));
+    window_menu->close();
+    for (RecordingForm* form : {&history_, &console_}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_F4, Qt::ControlModifier);
+        testing::run_events();
+        EXPECT_EQ(form->loaded(), !form->closes_by_key());
+    }
     frame_.reset(); // before the entry of this test
 }
 

@@ -13,6 +13,18 @@
 #include "desktop/bindings/qt_text.h"
 
 namespace pelvan::desktop {
+namespace {
+
+/// A key that a menu has as well would run neither the one nor the other.
+bool has_key(const std::vector<QMenu*>& menus, const QKeySequence& key) {
+    return std::any_of(menus.begin(), menus.end(), [&key](const QMenu* menu) {
+        const auto entries = menu->actions();
+        return std::any_of(entries.begin(), entries.end(),
+                           [&key](const QAction* entry) { return entry->shortcut() == key; });
+    });
+}
+
+} // namespace
 
 MdiFrame::MdiFrame(const BindContext& context, Form& form, DesktopServices& services,
                    WindowPlaces& places)
@@ -51,7 +63,7 @@ QMdiSubWindow* MdiFrame::add_child(Form& form, QWidget* content, const QRect& pl
     auto* child = new QMdiSubWindow(area_);
     child->setWidget(content);
     child->hide(); // until the form is shown
-    // A key that a form's menu has as well would run neither the one nor the other.
+    // The keys are the frame's or a menu's.
     for (QAction* action : child->systemMenu()->actions())
         action->setShortcuts(QList<QKeySequence>());
     area_->addSubWindow(child);
@@ -181,6 +193,9 @@ void MdiFrame::show_menus() {
         menuBar()->removeAction(action);
     for (QMenu* menu : menus)
         menuBar()->addMenu(menu);
+    for (QShortcut* key : close_keys_)
+        key->setEnabled(found != children_.end() && found->second.form->closes_by_key() &&
+                        !has_key(menus, key->key()));
 }
 
 bool MdiFrame::has_entry(const QMdiSubWindow& child) const {
@@ -207,9 +222,14 @@ void MdiFrame::list_children() {
 
 void MdiFrame::add_keys() {
     const auto on = [this](const char* key, auto handler) {
-        connect(new QShortcut(QKeySequence(QLatin1String(key)), this), &QShortcut::activated, this,
-                handler);
+        auto* shortcut = new QShortcut(QKeySequence(QLatin1String(key)), this);
+        connect(shortcut, &QShortcut::activated, this, handler);
+        return shortcut;
     };
+    for (const char* key : {"Ctrl+F4", "Ctrl+W"})
+        close_keys_.push_back(on(key, [this] {
+            if (QMdiSubWindow* child = area_->activeSubWindow()) child->close();
+        }));
     on("Ctrl+F6", [this] { area_->activateNextSubWindow(); });
     on("Ctrl+Shift+F6", [this] { area_->activatePreviousSubWindow(); });
     on("F1", [this] {

@@ -17,6 +17,7 @@
 
 class QMdiArea;
 class QMdiSubWindow;
+class QShortcut;
 
 namespace pelvan::desktop {
 
@@ -100,6 +101,7 @@ class MdiFrame : public QMainWindow {
     std::vector<QAction*> entries_; // of the Window menu
     std::vector<QAction*> listed_;
     std::optional<QMdiSubWindow*> menus_of_; // whose menus are shown
+    std::vector<QShortcut*> close_keys_;     // of the active child
     bool becoming_visible_ = false;
     Subscription changes_;
 };
