@@ -157,7 +157,8 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
         print_json(result, port, listener, environment.out);
     else if (!result.finds.empty())
         print_table(result.finds, environment.out);
-    say_outcome(result, options, environment.directory, listener);
+    say_outcome(result, options, environment.directory_found ? "" : environment.directory,
+                listener);
     const bool ended = result.how == ScanEnd::Completed || result.how == ScanEnd::FoundFirst;
     return ended && result.unasked == 0 && !result.finds.empty() ? exit_code::kDone
                                                                  : exit_code::kFailed;

@@ -129,6 +129,7 @@ void find_directory(TerminalEnvironment& environment) {
         environment.directory = found.path;
         environment.directory_reason = found.reason;
         environment.directory_notes = found.notes;
+        environment.directory_found = true;
     } catch (const RunTimeError& error) {
         throw CommandAborted{"PELVAN_DIRECTORY names " + error.subject() +
                              ", which is no directory"};

@@ -42,6 +42,8 @@ struct TerminalEnvironment {
     /// Why it is this one, and what a person may wonder about.
     std::string directory_reason = "--directory names it";
     std::vector<std::string> directory_notes = {};
+    /// Whether nobody named it: a command that is typed later finds it as well.
+    bool directory_found = false;
 };
 
 /// Ends a command from inside a message box or a question that nobody is there to answer.
