@@ -113,7 +113,7 @@ GoodReply FullSeries::ask(const AskLine&) {
     const FullReply reply = full_.full_command(command_, static_cast<std::int16_t>(address_),
                                                static_cast<float>(kReplyTimeoutMs));
     const std::string text = ascii_in_brackets(reply.text);
-    if (reply.completed) return {Answered, text};
+    if (reply.completed) return {reply.damaged ? Damaged : Answered, text};
     if (reply.text == kFullNotConnected) return {Nothing, text};
     const bool damaged = reply.text == kFullNoError || reply.text == kFullNoErrorCode ||
                          reply.text == kFullNakNotReceived;

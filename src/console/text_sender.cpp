@@ -14,6 +14,8 @@ constexpr float kXonTimeoutMs = 2000;
 constexpr std::int16_t kXonQuietChars = 1;
 constexpr std::size_t kShownOfCut = 200; // bytes
 constexpr char kXonRefusal[] = "ERROR";
+constexpr char kDamagedResponse[] =
+    "The response is damaged: characters of it may be missing, or not belong to it.";
 constexpr char kNoData[] = "(an empty reply)";
 constexpr char kNoReadOrWrite[] = "Acknowledged; neither a read nor a write";
 
@@ -103,13 +105,16 @@ SendOutcome TextSender::send_full(const TextEntry& entry) {
         outcome.kind = SendOutcome::Kind::NoReply;
         return outcome;
     }
-    outcome.accepted = reply.completed && !heard.unclear;
+    outcome.accepted = reply.completed && !reply.damaged && !heard.unclear;
     if (outcome.accepted) {
         outcome.status = taken_text(times);
         return outcome;
     }
-    outcome.objection = heard.unclear ? kUnclearReply : full_objection(entry.command, reply.text);
-    if (heard.unclear || lacks_acknowledgement(reply.text)) outcome.status = outcome.objection;
+    outcome.objection = heard.unclear   ? kUnclearReply
+                        : reply.damaged ? kDamagedResponse
+                                        : full_objection(entry.command, reply.text);
+    if (heard.unclear || reply.damaged || lacks_acknowledgement(reply.text))
+        outcome.status = outcome.objection;
     return outcome;
 }
 

@@ -236,6 +236,14 @@ TEST_P(LateCommandsTest, AFullResponseThatTwiceLacksItsEndIsNoReply) {
     EXPECT_EQ(outcome.kind, SendOutcome::Kind::NoReply);
 }
 
+TEST_P(LateCommandsTest, AFullResponseWithoutItsBeginningIsShownAndDoesNotCount) {
+    for (const char* step : {"1^", "^", "25.0}"})
+        ports[0]->replies.push_back({{1, wire(step)}});
+    EXPECT_EQ(
+        told(senders.text.send(TextProtocol::Full, {"1", "? C1"})),
+        "5.0 - The response is damaged: characters of it may be missing, or not belong to it.");
+}
+
 TEST_P(LateCommandsTest, RepliesThatAreNoAnswerAreShownWithTheReason) {
     const std::tuple<std::size_t, std::string, std::string> cases[] = {
         {kRead, frame("02 03 02 00 07"), "7 - The reply came from another address."},

@@ -67,6 +67,13 @@ bool ends_response(const std::string& reply) {
     return !reply.empty() && reply.back() == kEtx;
 }
 
+/// That of a response whose end is there. Only the end decides what is done with it.
+bool is_damaged(std::string_view response) {
+    constexpr char kFraming[] = {kStx, kEtx};
+    const std::size_t next = response.find_first_of({kFraming, sizeof kFraming}, 1);
+    return response.front() != kStx || next != response.size() - 1;
+}
+
 std::string framed(const std::string& command) {
     return kStx + command + kEtx;
 }
@@ -114,6 +121,7 @@ bool FullProtocol::full_send_message(const std::string& command, float timeout_m
 std::string FullProtocol::full_read_response() {
     const std::string reply = send({kEot}, kReplyTimeoutMs, kQuietChars);
     if (!ends_response(reply)) return kFullNotReceived;
+    response_damaged_ = is_damaged(reply);
     static_cast<void>(send({kEot}, kNoReplyTimeoutMs, kEndOfResponseQuietChars));
     return reply.size() < 2 ? std::string() : reply.substr(1, reply.size() - 2);
 }
@@ -158,7 +166,7 @@ FullReply FullProtocol::answer_of(const std::string& command) {
     std::string response = full_read_response();
     if (response == kFullNotReceived) response = full_nak_retry();
     const bool came = response != kFullNakNotReceived && response != kFullNotReceived;
-    return {std::move(response), came};
+    return {std::move(response), came, came && response_damaged_};
 }
 
 } // namespace pelvan

@@ -39,6 +39,9 @@ struct FullReply {
     /// The write was acknowledged or the read answered: a text that a controller returns may look
     /// like an outcome.
     bool completed = false;
+    /// A read was answered, but not with one STX, text and ETX: the text may lack characters, or
+    /// hold those of another response.
+    bool damaged = false;
 };
 
 /// Whether the bytes are a whole message of a device: a response ends with its ETX, all else with
@@ -80,6 +83,7 @@ class FullProtocol {
 
     Link& link_;
     Dialogs& dialogs_;
+    bool response_damaged_ = false; // the last one
 };
 
 } // namespace pelvan

@@ -10,7 +10,8 @@ namespace pelvan::testing {
 struct FullTest : ::testing::Test, SerialRig {
     FullTest() { build({"1;9600,N,8,1;1"}); }
 
-    /// The reply's text, a "+" before that of a command that was completed.
+    /// The reply's text, a "+" before that of a command that was completed, a "*" before a damaged
+    /// one.
     std::string run(const std::string& command, const std::string& script, int address = 1) {
         ports[0]->outputs.clear();
         ports[0]->replies.clear();
@@ -18,7 +19,7 @@ struct FullTest : ::testing::Test, SerialRig {
             ports[0]->replies.push_back({{0.5, reply}});
         const auto device = static_cast<std::int16_t>(address);
         const FullReply reply = full.full_command(command, device, 5000);
-        return (reply.completed ? "+" : "") + reply.text;
+        return (reply.damaged ? "*" : reply.completed ? "+" : "") + reply.text;
     }
     /// What was sent since `run` began, a stroke behind each message.
     std::string sent() { return ports[0]->sent("|"); }
@@ -31,7 +32,10 @@ TEST_F(FullTest, DialoguesAndTheirOutcomes) {
     // Command, answers, what was sent, result.
     const std::tuple<const char*, const char*, const char*, const char*> dialogues[] = {
         {"? C1", "1^|^|{25.0}", "1#|{? C1}|$|$|~$|", "+25.0"},
-        {"? C1", "1^|^|}", "1#|{? C1}|$|$|~$|", "+"},
+        // Only the end decides; that the rest is damaged is told.
+        {"? C1", "1^|^|}", "1#|{? C1}|$|$|~$|", "*"},
+        {"? C1", "1^|^|25.0}", "1#|{? C1}|$|$|~$|", "*5.0"},
+        {"? C1", "1^|^|{2{25.0}", "1#|{? C1}|$|$|~$|", "*2\00225.0"},
         {"= SP1 5", "1^|^", "1#|{= SP1 5}|~$|", "+MESSAGE COMPLETED"},
         // A response without its end: then whole, never whole, whole only for the NAK.
         {"? C1", "1^|^|{25|{25}|{25.0}", "1#|{? C1}|$|!|$|$|~$|", "+25.0"},
