@@ -43,10 +43,24 @@ std::unique_ptr<SerialPort> Core::make_port() {
         [this](const std::string& device, const LineSettings& settings) {
             if (simulator::is_simulated(device)) return simulators.open(device, settings);
             if (is_network(device)) return network.open(device, settings);
-            auto line = opener_(adapters.path_of(device), settings);
-            adapters.opened(device);
-            return line;
+            return open_device(device, settings);
         });
+}
+
+std::unique_ptr<SerialLine> Core::open_device(const std::string& device,
+                                              const LineSettings& settings) {
+    const std::string path = adapters.path_of(device);
+    try {
+        auto line = opener_(path, settings);
+        adapters.opened(device);
+        not_permitted_.erase(path);
+        return line;
+    } catch (const RunTimeError&) {
+        const DeviceState state = probe_device(path);
+        if (state == DeviceState::NoPermission && not_permitted_.insert(path).second)
+            not_permitted.raise(path + ": " + device_state_text(state, path));
+        throw;
+    }
 }
 
 DeviceLookup Core::device_lookup() const {

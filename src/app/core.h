@@ -3,6 +3,8 @@
 // puts the forms on top of it.
 #pragma once
 
+#include <set>
+
 #include "app/error_boundary.h"
 #include "app/session.h"
 #include "console/repeat.h"
@@ -56,10 +58,16 @@ class Core {
 
     /// The machine's devices, and what became of ports over the network.
     [[nodiscard]] DeviceLookup device_lookup() const;
+    /// A device of this machine may not be opened for want of a permission: which one, and what
+    /// helps. Raised once until it opens.
+    Event<const std::string&> not_permitted;
 
   private:
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();
+    [[nodiscard]] std::unique_ptr<SerialLine> open_device(const std::string& device,
+                                                          const LineSettings& settings);
     LineOpener opener_;
+    std::set<std::string> not_permitted_; // told
 };
 
 } // namespace pelvan

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -102,7 +103,7 @@ ApplicationDirectory named_by_variable(const std::string& variable) {
     std::error_code error;
     const fs::path path = fs::absolute(variable, error);
     if (error || !is_folder(path)) throw RunTimeError(error_number::kPathNotFound, variable);
-    return {path.string(), "PELVAN_DIRECTORY names it", {}};
+    return {path.string(), "PELVAN_DIRECTORY names it", directory_faults(path.string())};
 }
 
 ApplicationDirectory read_only(const Installation& installation, const std::string& cause) {
@@ -122,8 +123,8 @@ ApplicationDirectory personal(const fs::path& folder, const Installation& instal
     if (!installation.portable) chosen.reason = "the folder of your data";
     const fs::path old = fs::path(installation.folder) / kConfiguration;
     if (is_folder(folder)) {
+        chosen.notes = directory_faults(folder.string());
         if (is_there(old)) chosen.notes.push_back(unused_note(installation.folder));
-        if (!may_write(folder)) chosen.notes.push_back("Nothing can be saved there.");
         return chosen;
     }
     try {
@@ -140,6 +141,20 @@ ApplicationDirectory personal(const fs::path& folder, const Installation& instal
 }
 
 } // namespace
+
+std::string configuration_fault(const std::string& directory) {
+    const fs::path file = fs::path(directory) / kConfiguration;
+    if (access(file.c_str(), R_OK) == 0 || errno != EACCES) return {};
+    return file.string() + " may not be read: it counts as empty.";
+}
+
+std::vector<std::string> directory_faults(const std::string& directory) {
+    std::vector<std::string> faults;
+    if (std::string fault = configuration_fault(directory); !fault.empty())
+        faults.push_back(std::move(fault));
+    if (!may_write(directory)) faults.emplace_back("Nothing can be saved there.");
+    return faults;
+}
 
 Installation find_installation(const std::string& executable_folder) {
     const fs::path folder = executable_folder;
@@ -165,7 +180,8 @@ ApplicationDirectory choose_application_directory(const DirectoryFacts& facts) {
     const auto folder = personal_folder(facts);
     // The folder of all the system's programs is nobody's own, even where root may write it.
     if (installation.portable && may_write(installation.folder)) {
-        ApplicationDirectory chosen{installation.folder, "the program's own folder", {}};
+        ApplicationDirectory chosen{installation.folder, "the program's own folder",
+                                    directory_faults(installation.folder)};
         if (folder && is_there(*folder / kConfiguration))
             chosen.notes.push_back(unused_note(*folder));
         return chosen;

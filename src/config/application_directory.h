@@ -48,4 +48,10 @@ struct ApplicationDirectory {
 /// directory.
 [[nodiscard]] ApplicationDirectory choose_application_directory(const DirectoryFacts& facts);
 
+/// What hinders the program in the directory, in sentences: a configuration that is there and may
+/// not be read counts as empty, and where nothing may be written nothing is saved.
+[[nodiscard]] std::vector<std::string> directory_faults(const std::string& directory);
+/// The first of them alone, naming the file; empty when it may be read or is not there.
+[[nodiscard]] std::string configuration_fault(const std::string& directory);
+
 } // namespace pelvan

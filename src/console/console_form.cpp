@@ -1,5 +1,6 @@
 #include "console/console_form.h"
 
+#include "config/application_directory.h"
 #include "console/loopback_test.h"
 #include "console/start_up.h"
 #include "platform/deferred_error.h"
@@ -93,6 +94,9 @@ void frm_Pelvan5VB::connect_repeat() {
 void frm_Pelvan5VB::Form_Load() {
     // Four channels work also when the file has a fifth, so that its error waits for the rest.
     DeferredError error;
+    if (const std::string fault = configuration_fault(services_.application_directory);
+        !fault.empty())
+        services_.dialogs.message_box(fault);
     error.run([&] { start_session(config_, channels_, services_.application_directory); });
     text.txt_CommsCommand.set_Text(kInitialCommand);
     const int saved = saved_protocol(config_);

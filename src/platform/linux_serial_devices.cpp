@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <grp.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -173,11 +174,16 @@ std::optional<std::string> built_in_device(int number) {
     return built_in_device(number, DeviceRoots{});
 }
 
-std::string owning_group(const std::string& path) {
+std::string joining_text(const std::string& path) {
     struct stat node {};
-    if (::stat(path.c_str(), &node) < 0 || (node.st_mode & 060) != 060) return {};
+    if (::stat(path.c_str(), &node) < 0 || (node.st_mode & 060) != 060 || node.st_gid == 0)
+        return {};
     const group* const owner = ::getgrgid(node.st_gid);
-    return owner != nullptr && node.st_gid != 0 ? owner->gr_name : std::string();
+    if (owner == nullptr) return {};
+    const std::string name = owner->gr_name;
+    const passwd* const person = ::getpwuid(::geteuid());
+    const std::string who = person != nullptr ? person->pw_name : "$USER";
+    return "join group " + name + " (sudo usermod -aG " + name + " " + who + "), then log in again";
 }
 
 bool same_device(const std::string& one, const std::string& other) {
@@ -205,8 +211,8 @@ std::string device_state_text(DeviceState state, const std::string& path) {
     case DeviceState::NoPermission:
         break;
     }
-    const std::string group = owning_group(path);
-    return group.empty() ? "no permission" : "no permission: join group " + group;
+    const std::string joining = joining_text(path);
+    return joining.empty() ? "no permission" : "no permission: " + joining;
 }
 
 } // namespace pelvan

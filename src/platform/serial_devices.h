@@ -24,8 +24,10 @@ enum class DeviceState { Openable, Missing, NoHardware, NoPermission, NotSerial 
 /// another program has open still counts as openable: only an opening would tell.
 [[nodiscard]] DeviceState probe_device(const std::string& path);
 
-/// The group whose members may read and write the node; empty when there is none to be joined.
-[[nodiscard]] std::string owning_group(const std::string& path);
+/// How a person who may not open the node is let in, as the end of a sentence without its full
+/// stop: "join group dialout (sudo usermod -aG dialout anna), then log in again". Empty when there
+/// is no group whose members may.
+[[nodiscard]] std::string joining_text(const std::string& path);
 
 /// Whether two paths lead to the same node, links followed.
 [[nodiscard]] bool same_device(const std::string& one, const std::string& other);
@@ -33,7 +35,7 @@ enum class DeviceState { Openable, Missing, NoHardware, NoPermission, NotSerial 
 /// Whether an open handle, as of `SerialPort::CommID`, is one on the device that a path leads to.
 [[nodiscard]] bool is_open_on(int handle, const std::string& path);
 
-/// One sentence for a person: "may be opened", "not there", "no permission: join group dialout" ...
+/// For a person: "may be opened", "not there", "no permission: join group dialout (sudo ..." ...
 [[nodiscard]] std::string device_state_text(DeviceState state, const std::string& path);
 
 /// For how long a USB adapter gathers bytes before it delivers them, in milliseconds; nothing where

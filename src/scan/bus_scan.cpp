@@ -47,6 +47,9 @@ std::string failure_sentence(const RunTimeError& error, bool opened, std::int16_
     case error_number::kHardwareNotAvailable:
         if (is_network(error.subject()))
             return "Port " + number + " does not open: " + error.subject() + ".";
+        if (probe_device(error.subject()) == DeviceState::NoPermission)
+            return "Port " + number + " does not open: " + error.subject() + ": " +
+                   device_state_text(DeviceState::NoPermission, error.subject()) + ".";
         return "Port " + number + " may not be opened: it is locked, or not permitted.";
     default:
         return (opened ? "The line was lost (error "

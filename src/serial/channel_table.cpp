@@ -6,6 +6,7 @@
 #include "config/device_map.h"
 #include "network/network_address.h"
 #include "platform/run_time_error.h"
+#include "platform/serial_line.h"
 #include "serial/channel_port.h"
 #include "serial/trap.h"
 #include "text/numbers.h"
@@ -69,6 +70,10 @@ constexpr std::array kPortErrorTexts{
     PortErrorText{8020, "ERROR READING COMM DEVICE"},
 };
 
+bool is_wrong_length(const std::string& settings) {
+    return settings.size() < kMinSettingsLength || settings.size() > kMaxSettingsLength;
+}
+
 /// What `open_port` does after a trapped error of the port with this number.
 Resume after_open_error(const RunTimeError& error, std::int16_t port_number, Dialogs& dialogs) {
     if (error.number() == error_number::kDeviceUnavailable) {
@@ -117,6 +122,24 @@ std::size_t waiting_bytes(SerialPort& port) {
 }
 
 } // namespace
+
+std::vector<ChannelText> channel_texts(const ConfigState& config) {
+    std::vector<ChannelText> channels;
+    const auto text = [&](const std::string& key) {
+        return ini_read_string(ini_key::kCommsSection, key, {}, config.gIniFile);
+    };
+    for (int n = 0; n < static_cast<int>(kChannelLimit); ++n) {
+        ChannelText channel{n, text(ini_key::comm_port(n)), text(ini_key::port_setting(n)), {}};
+        if (channel.port.empty() || channel.port == "0") break;
+        if (is_wrong_length(channel.settings))
+            channel.fault =
+                std::string("not 9 to 11 characters, so ") + kDefaultSettings + " is used";
+        else if (!parse_line_settings(channel.settings))
+            channel.fault = "not understood, so the port will not open";
+        channels.push_back(std::move(channel));
+    }
+    return channels;
+}
 
 void frm_Comms::load() {
     if (com_Device.empty()) extend();
@@ -192,7 +215,7 @@ bool ChannelTable::build_channel(int n) {
                                            kNoPortData, config_.gIniFile);
     const std::string rts_mode = ini_read_string(ini_key::kCommsSection, ini_key::rts_mode(n),
                                                  kNoPortData, config_.gIniFile);
-    if (settings.size() < kMinSettingsLength || settings.size() > kMaxSettingsLength) {
+    if (is_wrong_length(settings)) {
         dialogs_.message_box("Port settings are not valid in 'sub init_comms**'");
         settings = kDefaultSettings;
     }

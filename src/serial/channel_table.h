@@ -21,6 +21,18 @@
 
 namespace pelvan {
 
+/// A channel of the configuration file as it stands there.
+struct ChannelText {
+    int number = 0;
+    std::string port;
+    std::string settings;
+    /// What is wrong with the settings, and what comes of it; empty when nothing is.
+    std::string fault;
+};
+
+/// Those that `init_comms` builds, four at most, up to the first without a port.
+[[nodiscard]] std::vector<ChannelText> channel_texts(const ConfigState& config);
+
 using PortFactory = std::function<std::unique_ptr<SerialPort>()>;
 
 /// The hidden form that holds the serial control array: element 0 exists from its loading on.

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <utility>
 
+#include "platform/run_time_error.h"
 #include "platform/text_file.h"
 #include "text/date_time.h"
 #include "text/numbers.h"
@@ -83,6 +85,19 @@ void ErrorLog::log_comm_error(const std::string& routine, int error_number) {
     const LocalTime now = clock_.now();
     append_line(path_, date_text(now) + ", " + time_text(now) + ", " + routine + ", " +
                            "ERROR #, " + signed_number(error_number) + " ");
+}
+
+void ErrorLog::record(const std::string& routine, int error_number, Dialogs& dialogs) {
+    try {
+        log_comm_error(routine, error_number);
+        unwritable_ = false;
+    } catch (const RunTimeError& failure) {
+        if (std::exchange(unwritable_, true)) return;
+        std::error_code error;
+        const auto place = std::filesystem::absolute(path_, error);
+        dialogs.message_box("The error log " + (error ? path_ : place.string()) +
+                            " cannot be written: " + general_text(failure.number()) + ".");
+    }
 }
 
 } // namespace pelvan

@@ -25,10 +25,14 @@ class ErrorLog {
     /// Appends one line; opens and closes the file. A log that cannot be written raises its file
     /// error. A log of 10 MB is kept as ".OLD" instead of an older one and begun again.
     void log_comm_error(const std::string& routine, int error_number);
+    /// The same for an error in whose handling no other one may be raised. That the log cannot be
+    /// written is told, and told again only after it could be written.
+    void record(const std::string& routine, int error_number, Dialogs& dialogs);
 
   private:
     Clock& clock_;
     std::string path_;
+    bool unwritable_ = false;
 };
 
 } // namespace pelvan

@@ -40,7 +40,7 @@ class ErrorTrap {
         }
     }
 
-    /// Logs an error; one that cannot be logged is shown instead, and never thrown on.
+    /// Logs an error, and raises none.
     void record(const RunTimeError& error);
 
   private:

@@ -47,10 +47,8 @@ DeviceObjection path_objection(DeviceState state, const std::string& path) {
     case DeviceState::NoPermission:
         break;
     }
-    const std::string group = owning_group(path);
-    return {"You may not open " + path +
-                (group.empty() ? "." : ": join group " + group + ", then log in again."),
-            false};
+    const std::string joining = joining_text(path);
+    return {"You may not open " + path + (joining.empty() ? "." : ": " + joining + "."), false};
 }
 
 } // namespace

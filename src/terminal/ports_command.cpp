@@ -71,18 +71,13 @@ std::string choices_text(const ChannelChoices& choices) {
 /// The channels of the configuration file, as they will be built.
 void list_channels(std::ostream& out, const ConfigState& config) {
     out << "Channels:\n";
-    const auto text = [&](const std::string& key) {
-        return ini_read_string(ini_key::kCommsSection, key, {}, config.gIniFile);
-    };
-    int n = 0;
-    for (; n < protocol::kCount; ++n) {
-        const std::string port = text(ini_key::comm_port(n));
-        if (port.empty() || port == "0") break;
-        const std::string settings = text(ini_key::port_setting(n));
-        out << "  DEVICE " << n << ": PORT " << port << ", " << settings << ", "
-            << choices_text(read_choices(config, n)) << "\n";
+    const auto channels = channel_texts(config);
+    for (const ChannelText& channel : channels) {
+        out << "  DEVICE " << channel.number << ": PORT " << channel.port << ", "
+            << channel.settings << (channel.fault.empty() ? "" : " (" + channel.fault + ")") << ", "
+            << choices_text(read_choices(config, channel.number)) << "\n";
     }
-    if (n == 0) out << "  none is configured\n";
+    if (channels.empty()) out << "  none is configured\n";
 }
 
 void list_details(std::ostream& out, const SerialDevice& device) {

@@ -116,7 +116,6 @@ void print_table(const std::vector<ScanFind>& finds, std::ostream& out) {
 void say_outcome(const ScanResult& result, const ScanOptions& options, const std::string& directory,
                  TerminalScan& scan) {
     const std::string time = scan_time_text(result.taken_ms);
-    if (!result.reason.empty()) scan.say(result.reason);
     if (result.how == ScanEnd::Cancelled) scan.say("interrupted after " + time);
     if (const std::string unfinished = unfinished_text(result); !unfinished.empty())
         scan.say(unfinished);
@@ -157,6 +156,7 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
         print_json(result, port, listener, environment.out);
     else if (!result.finds.empty())
         print_table(result.finds, environment.out);
+    if (!result.reason.empty() && !terminal.has_told(result.reason)) listener.say(result.reason);
     say_outcome(result, options, environment.directory_found ? "" : environment.directory,
                 listener);
     const bool ended = result.how == ScanEnd::Completed || result.how == ScanEnd::FoundFirst;

@@ -1,6 +1,7 @@
 #include "terminal/terminal.h"
 
 #include <algorithm>
+#include <array>
 
 #include "console/start_up.h"
 #include "terminal/commands.h"
@@ -25,14 +26,19 @@ struct TerminalApplication::Parts {
         : dialogs(environment.err), app(Services{environment.tick, environment.clock, dialogs,
                                                  desktop, environment.directory},
                                         environment.open_device),
-          network_failed(
-              app.network.failed().subscribe([&environment](const std::string& sentence) {
-                  environment.err << "pelvan7: " << sentence << "\n";
-              })) {}
+          err(environment.err) {
+        const auto tell = [this](const std::string& sentence) {
+            told = sentence;
+            err << "pelvan7: " << sentence << "\n";
+        };
+        troubles = {app.network.failed().subscribe(tell), app.not_permitted.subscribe(tell)};
+    }
     TerminalDialogs dialogs;
     TerminalDesktop desktop;
     Core app;
-    Subscription network_failed;
+    std::ostream& err;
+    std::string told; // of a device that does not open
+    std::array<Subscription, 2> troubles;
 };
 
 TerminalApplication::TerminalApplication(TerminalEnvironment& environment)
@@ -46,11 +52,25 @@ Core& TerminalApplication::app() {
 
 bool TerminalApplication::start() {
     Core& app = parts_->app;
+    const auto say = [this](const std::string& text) {
+        parts_->err << "pelvan7: " << text << "\n";
+    };
+    if (const std::string fault = configuration_fault(app.services.application_directory);
+        !fault.empty())
+        say(fault);
     // A fifth channel in the file is an error that leaves four to work with.
     app.events.run([&] {
         start_session(app.session.config, app.channels, app.services.application_directory);
     });
+    for (const ChannelText& channel : channel_texts(app.session.config))
+        if (!channel.fault.empty())
+            say("DEVICE " + std::to_string(channel.number) + ", \"" + channel.settings +
+                "\": " + channel.fault);
     return !app.session.serial.gCommDevice.empty();
+}
+
+bool TerminalApplication::has_told(const std::string& sentence) const {
+    return !parts_->told.empty() && sentence.find(parts_->told) != sentence.npos;
 }
 
 void TerminalApplication::answer_questions_yes(bool yes) {
@@ -123,7 +143,11 @@ namespace {
 
 /// Says on standard error only what has just been done: the rest is `ports`' business.
 void find_directory(TerminalEnvironment& environment) {
-    if (!environment.directory.empty() || !environment.find_directory) return;
+    if (!environment.directory.empty()) {
+        environment.directory_notes = directory_faults(environment.directory);
+        return;
+    }
+    if (!environment.find_directory) return;
     try {
         const ApplicationDirectory found = environment.find_directory();
         environment.directory = found.path;

@@ -69,6 +69,8 @@ class TerminalApplication {
     void answer_retries(int count);
     /// What open and save dialogs choose.
     void choose_file(const std::string& path);
+    /// Whether the sentence says why a device does not open, and that stands there already.
+    [[nodiscard]] bool has_told(const std::string& sentence) const;
     /// Called whenever long work lets events run.
     void on_events(std::function<void()> handler);
 

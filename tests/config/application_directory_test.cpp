@@ -1,6 +1,7 @@
 #include "config/application_directory.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "platform/run_time_error.h"
 #include "support/temp_dir.h"
@@ -57,6 +58,19 @@ TEST_F(ApplicationDirectoryTest, AVariableWinsAndItsMistakesAreToldAndNotWorkedA
     for (const char* wrong : {"nowhere", "usr/share/pelvan7/samples/pelvan7.ini"})
         EXPECT_THROW(choose("opt", wrong), RunTimeError) << wrong;
     EXPECT_FALSE(fs::exists(root_.file("nowhere")));
+}
+
+TEST_F(ApplicationDirectoryTest, WhatMayNotBeReadOrWrittenIsSaid) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root may be somebody else for a moment";
+    const std::string file = root_.file("home/pelvan7.ini");
+    testing::write_file(file, "[COMMS CONTROLS]\r\n");
+    fs::permissions(file, fs::perms::owner_read);
+    ASSERT_EQ(::setresuid(65534, 0, 0), 0); // asks for the rights of the real user
+    const std::string chosen = choose("opt", "home");
+    ASSERT_EQ(::setresuid(0, 0, 0), 0);
+    EXPECT_EQ(chosen, "home: PELVAN_DIRECTORY names it\n"
+                      "home/pelvan7.ini may not be read: it counts as empty.\n"
+                      "Nothing can be saved there.");
 }
 
 TEST_F(ApplicationDirectoryTest, APortableFolderIsItsOwnDirectoryWhileItMayBeWritten) {

@@ -321,7 +321,8 @@ TEST_F(SerialDevicesTest, NamesTheGroupToJoin) {
         GTEST_SKIP() << "only root may give a file to group dialout";
     ASSERT_EQ(::chmod(path.c_str(), 0660), 0);
     const auto text = [&] { return device_state_text(DeviceState::NoPermission, path); };
-    EXPECT_EQ(text(), "no permission: join group dialout");
+    EXPECT_EQ(text(), "no permission: join group dialout (sudo usermod -aG dialout root), then log "
+                      "in again");
     ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
     EXPECT_EQ(text(), "no permission");
 }

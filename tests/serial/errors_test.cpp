@@ -59,4 +59,23 @@ TEST(ErrorLogFile, AppendsOneLineAnErrorAndBeginsAgainAtTenMegabytes) {
     EXPECT_EQ(read_file(path), second);
 }
 
+TEST(ErrorLogFile, ALogThatCannotBeWrittenIsToldOnceUntilItCan) {
+    const TempDir dir;
+    const std::string path = dir.file("folder/log");
+    FakeClock clock;
+    FakeDialogs dialogs;
+    ErrorLog log(clock, path);
+    for (const bool may : {false, true, false}) {
+        if (may)
+            std::filesystem::create_directory(dir.file("folder"));
+        else
+            std::filesystem::remove_all(dir.file("folder"));
+        for (int i = 0; i < 2; ++i)
+            log.record("transmit", 57, dialogs);
+    }
+    ASSERT_EQ(dialogs.shown.size(), 2U);
+    EXPECT_EQ(dialogs.shown[0].text,
+              "The error log " + path + " cannot be written: PATH NOT FOUND ERROR.");
+}
+
 } // namespace pelvan::testing

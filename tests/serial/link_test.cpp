@@ -130,7 +130,8 @@ TEST_F(LinkTest, UnwritableLogIsShownInPlaceOfTheEntry) {
     Link unlogged(table, countdowns, dialogs, nowhere);
     port().fail_next("Output", 8010);
     EXPECT_EQ(exchange({}, &unlogged), "");
-    EXPECT_EQ(dialogs.texts(), Texts{"PATH NOT FOUND ERROR"});
+    EXPECT_EQ(dialogs.texts(), Texts{"The error log " + dir.file("missing/errors") +
+                                     " cannot be written: PATH NOT FOUND ERROR."});
 }
 
 TEST_F(LinkTest, AClaimEndsWithItsLastHandle) {

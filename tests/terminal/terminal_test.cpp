@@ -1,3 +1,6 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "command_test.h"
@@ -116,6 +119,43 @@ TEST_F(TerminalTest, PortsTellsWhatNumbersStandForAndOpensNothing) {
     EXPECT_EQ(run("ports"), exit_code::kDone);
     EXPECT_TRUE(printed("DEVICE 1: PORT 2, 9600,N,8,1, replies end with their frame (COMPLETE)\n"));
     EXPECT_TRUE(printed("PORT 2 = " + dir.file("unplugged") + ": "));
+}
+
+TEST_F(TerminalTest, LineSettingsThatAreNotUsedAreNamed) {
+    const std::string ini = dir.file("pelvan7.ini");
+    ini_write_string(ini_key::kCommsSection, ini_key::port_setting(0), "19200;E;8;1", ini);
+    ini_write_string(ini_key::kCommsSection, ini_key::port_setting(1), "115200,N,8,1", ini);
+    const std::string used = "not 9 to 11 characters, so 9600,N,8,1 is used";
+    EXPECT_EQ(run("ports"), exit_code::kDone);
+    EXPECT_TRUE(printed("19200;E;8;1 (not understood, so the port will not open), "));
+    EXPECT_TRUE(printed("115200,N,8,1 (" + used + "), "));
+    EXPECT_EQ(run("send"), exit_code::kDone);
+    EXPECT_NE(err.str().find("DEVICE 1, \"115200,N,8,1\": " + used + "\n"), std::string::npos);
+}
+
+TEST_F(TerminalTest, APortThatIsNotPermittedNamesWhatHelpsOnce) {
+    const testing::PtyPair line;
+    const std::string path = line.path();
+    ASSERT_EQ(::chmod(dir.path().c_str(), 0755), 0);
+    if (::geteuid() != 0 || ::chown(path.c_str(), 0, 20) != 0 || ::chmod(path.c_str(), 0660) != 0)
+        GTEST_SKIP() << "only root may give a file to group dialout";
+    configure(path);
+    open_device = [](const std::string& device,
+                     const LineSettings&) -> std::unique_ptr<SerialLine> {
+        throw RunTimeError(error_number::kHardwareNotAvailable, device);
+    };
+    ASSERT_EQ(::seteuid(65534), 0);
+    const int code = run("scan --protocol modbus --addresses 1");
+    const std::string scan = err.str();
+    run("send");
+    ASSERT_EQ(::seteuid(0), 0);
+    EXPECT_EQ(code, exit_code::kFailed);
+    const std::string help =
+        path + ": no permission: join group dialout (sudo usermod -aG dialout ";
+    for (const std::string& said : {scan, err.str()}) {
+        EXPECT_NE(said.find(help), std::string::npos) << said;
+        EXPECT_EQ(said.find(help), said.rfind(help)) << said;
+    }
 }
 
 TEST_F(TerminalTest, PortsAreSetUpFromNothing) {
