@@ -68,6 +68,13 @@ std::span<const std::string> SetupFile::register_lines() const {
     return std::span(lines_).subspan(std::min(kHeader, lines_.size()));
 }
 
+std::vector<std::string> SetupFile::registers_in_header() const {
+    std::vector<std::string> found;
+    for (std::size_t i = 0; i < std::min<std::size_t>(kFirstSetupLine - 1, lines_.size()); ++i)
+        if (parse_setup_line(lines_[i])) found.push_back(lines_[i]);
+    return found;
+}
+
 std::optional<std::string> SetupFile::lacks() const {
     // Stars end the header. A line less, and the first register would stand in the header.
     if (lines_.size() < kFirstSetupLine - 1 || !lines_[kFirstSetupLine - 2].starts_with('*'))

@@ -84,9 +84,12 @@ class SetupFile {
 
     /// False for a file with bytes that no text has; nothing else is known of it then.
     [[nodiscard]] bool is_text() const { return is_text_; }
+    [[nodiscard]] bool is_empty() const { return lines_.empty(); }
     [[nodiscard]] float model() const;
     /// The lines behind the header.
     [[nodiscard]] std::span<const std::string> register_lines() const;
+    /// Lines that say a register where the header should be, which nobody restores or compares.
+    [[nodiscard]] std::vector<std::string> registers_in_header() const;
     /// What the file lacks, as the end of a sentence; nothing when it is complete.
     [[nodiscard]] std::optional<std::string> lacks() const;
 

@@ -95,6 +95,13 @@ void TransferErrors::end_with(const std::string& sentence) {
     on_file([&] { file_->writeline(sentence); });
 }
 
+void TransferErrors::list_in_header(const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) {
+        listener_.list_error("Stands in the header and is passed over: " + shown(line), {});
+        ++faults_;
+    }
+}
+
 void TransferErrors::list_line(const std::string& line) {
     listener_.list_error("Line without a register number: " + shown(line), {});
     ++faults_;

@@ -39,6 +39,8 @@ class TransferErrors {
     void end_with(const std::string& sentence);
     /// A line of the setup file that names no register.
     void list_line(const std::string& line);
+    /// The same for lines with one where the header should be.
+    void list_in_header(const std::vector<std::string>& lines);
 
     [[nodiscard]] int refusals() const { return refusals_; }
     /// Refusals included.

@@ -16,12 +16,17 @@ TransferResult Comparison::run(const std::string& file) {
         run_.listener.tell(SetupFile::kNoText);
         return {};
     }
+    if (setup.is_empty()) {
+        run_.listener.tell("The setup file " + *setup.lacks());
+        return {};
+    }
     if (!same_model(setup)) {
         if (!run_.canceled()) run_.listener.tell("The file is of another model.");
         return {false, run_.errors.faults(), 0};
     }
     run_.log("******Beginning  Compare******");
     run_.log("Profiles and registers that are not in the file are not compared.");
+    run_.errors.list_in_header(setup.registers_in_header());
     compare_lines(setup);
     if (run_.canceled()) {
         run_.log("*******Compare Canceled*******");

@@ -154,6 +154,7 @@ void Upload::upload_lines(const Plan& plan, ProfileUpload& profiles) {
     const int of = std::max(1, static_cast<int>(lines.size()));
     run_.listener.progress(0, of);
     run_.log("******Beginning  Upload******");
+    run_.errors.list_in_header(plan.file.registers_in_header());
     for (const std::string& line : lines) {
         if (run_.canceled()) return;
         upload_line(plan, profiles, line);

@@ -187,17 +187,21 @@ TEST_F(UploadTest, ADamagedReplyToTheModelErasesNothing) {
 TEST_F(UploadTest, WhatIsMissingInTheFileIsToldBeforeTheErase) {
     const std::string head = "*\n   Model #:  742\n\n\n\n\n*\n";
     const std::string again = " Do you want to restore it all the same?";
-    for (const auto& [text, what] :
-         {std::pair{head + "5 1\n", "does not end with the line 25 0."},
-          std::pair{head.substr(0, head.size() - 3) + "*\n5 1\n25 0\n",
-                    "does not have its whole header."},
-          std::pair{head.substr(0, 20), "does not have its whole header."}}) {
+    for (const auto& [text, what, faults] :
+         {std::tuple{head + "5 1\n", "does not end with the line 25 0.", 0},
+          std::tuple{head.substr(0, head.size() - 3) + "*\n5 1\n25 0\n",
+                     "does not have its whole header.", 1},
+          std::tuple{head.substr(0, 20), "does not have its whole header.", 0}}) {
         write_file(path("a.txt"), text);
         EXPECT_EQ(refused_with({false}),
                   (Lines{std::string("The setup file ") + what + again, "Upload Canceled!"}));
-        upload({true, true});
+        EXPECT_EQ(upload({true, true}).faults, faults) << "registers in the header";
         EXPECT_EQ(ui.messages[1], kEraseQuestion);
+        EXPECT_EQ(compare().faults, faults);
     }
+    write_file(path("a.txt"), "");
+    compare();
+    EXPECT_EQ(ui.messages, Lines{"The setup file does not have its whole header."});
     write_file(path("a.txt"), head + "0 742\n");
     EXPECT_FALSE(compare().completed);
     EXPECT_EQ(ui.messages, Lines{"The setup file does not end with the line 25 0. The controller "
