@@ -111,6 +111,16 @@ std::optional<float> SequenceFile::next_register() {
     return GetRegNumber(reader_->readline());
 }
 
+std::string SequenceFile::lost_behind() {
+    const int line = reader_->Line() - 1;
+    int lost = 0;
+    while (!reader_->AtEndOfStream())
+        if (GetRegNumber(trim(reader_->readline()))) ++lost;
+    if (lost == 0) return {};
+    return "Line " + std::to_string(line) + " ends the list of registers; " + std::to_string(lost) +
+           (lost == 1 ? " line" : " lines") + " with a register behind it: not saved.";
+}
+
 int register_lines(int cds_lines) {
     return std::max(0, cds_lines - (kFirstRegisterLine - 1));
 }

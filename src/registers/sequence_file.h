@@ -43,6 +43,9 @@ class SequenceFile {
     /// The register of the next register line (from line 5 on); nothing at the end of the file or
     /// at a line that begins with no digit, which ends the list.
     [[nodiscard]] std::optional<float> next_register();
+    /// When the list has ended: what is lost by a line that ended it too early, as a sentence
+    /// without the file's name; empty when no register stands behind its end.
+    [[nodiscard]] std::string lost_behind();
 
   private:
     std::unique_ptr<TextReader> reader_;

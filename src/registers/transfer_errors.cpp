@@ -96,14 +96,16 @@ void TransferErrors::end_with(const std::string& sentence) {
 }
 
 void TransferErrors::list_in_header(const std::vector<std::string>& lines) {
-    for (const std::string& line : lines) {
-        listener_.list_error("Stands in the header and is passed over: " + shown(line), {});
-        ++faults_;
-    }
+    for (const std::string& line : lines)
+        list_sentence("Stands in the header and is passed over: " + shown(line));
 }
 
 void TransferErrors::list_line(const std::string& line) {
-    listener_.list_error("Line without a register number: " + shown(line), {});
+    list_sentence("Line without a register number: " + shown(line));
+}
+
+void TransferErrors::list_sentence(const std::string& sentence) {
+    listener_.list_error(sentence, {});
     ++faults_;
 }
 

@@ -41,6 +41,8 @@ class TransferErrors {
     void list_line(const std::string& line);
     /// The same for lines with one where the header should be.
     void list_in_header(const std::vector<std::string>& lines);
+    /// A fault of no register.
+    void list_sentence(const std::string& sentence);
 
     [[nodiscard]] int refusals() const { return refusals_; }
     /// Refusals included.

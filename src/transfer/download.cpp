@@ -134,6 +134,9 @@ std::vector<float> Download::registers_of(Plan& plan) {
     std::vector<float> list;
     while (const auto register_number = plan.sequence.next_register())
         list.push_back(*register_number);
+    // The list ends there all the same: where it ends is a rule of the file.
+    if (const std::string lost = plan.sequence.lost_behind(); !lost.empty())
+        run_.errors.list_sentence(plan.model + ".cds: " + lost);
     return list;
 }
 

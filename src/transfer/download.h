@@ -42,7 +42,7 @@ class Download {
     [[nodiscard]] std::string read_for_header(float register_number);
     void download_registers(Plan& plan);
     [[nodiscard]] bool download_register(float register_number, Plan& plan);
-    [[nodiscard]] static std::vector<float> registers_of(Plan& plan);
+    [[nodiscard]] std::vector<float> registers_of(Plan& plan);
     [[nodiscard]] bool hold_back(const std::string& line);
     void download_profiles(Plan& plan);
     void keep_former(const std::string& path);

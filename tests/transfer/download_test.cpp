@@ -75,6 +75,17 @@ TEST_F(DownloadTest, StopsBeforeAnythingIsCreated) {
     EXPECT_EQ(body(), "25 0\r\n");
 }
 
+TEST_F(DownloadTest, RegistersBehindTheEndOfTheListAreMissed) {
+    write_sequence("742.cds", kHead + "5\r\n\r\n\r\n");
+    EXPECT_EQ(download().faults, 0);
+    write_sequence("742.cds", kHead + "5\r\n \r\n6\r\nnotes\r\n 7 x\r\n");
+    EXPECT_EQ(download({true}).faults, 1);
+    EXPECT_EQ(body(), "5 1\r\n25 0\r\n");
+    EXPECT_EQ(ui.errors,
+              Lines{"742.cds: Line 6 ends the list of registers; 2 lines with a register "
+                    "behind it: not saved."});
+}
+
 TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
     write_sequence("742.cds", kHead + "5\r\n6\r\n1060\r\n");
     silent = {{5, 2}, {6, 3}, {1060, 1000}};
