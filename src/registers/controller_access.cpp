@@ -86,15 +86,36 @@ void ControllerAccess::lose_step(const std::string& why) {
 
 /// Something between here and the controller may give every request the answer to the one before,
 /// at once and undamaged: the model is another one then. A reply that did not fit the request for
-/// the model is read again, and would be the model itself; behind another register it is not.
+/// the model is read again, and would be the model itself; behind another register it is not. Two
+/// models that are alike are their own answers: of another controller, as other serial numbers are.
 void ControllerAccess::check_own_answers() {
     if (!is_numeric(identity_[0])) return;
-    for (const float number : {kModelRegister, kModelRegister + 1, kModelRegister}) {
-        const Reading reading = read_until_whole(number);
-        if (number == kModelRegister && reading.reply.is(Verdict::Accepted) &&
-            reading.value != identity_[0])
-            return lose_step("A request got the answer to the one before");
+    Identity now = identity_;
+    std::array<std::string, 2> models{identity_[0], identity_[0]};
+    const auto read = [this](std::size_t number, std::string& value) {
+        const Reading reading = read_until_whole(kModelRegister + static_cast<float>(number));
+        if (reading.reply.is(Verdict::Accepted)) value = reading.value;
+    };
+    read(0, models[0]);
+    for (const std::size_t number : {1U, 2U})
+        read(number, now[number]);
+    read(0, models[1]);
+    if (models[0] != models[1]) return lose_step("A request got the answer to the one before");
+    now[0] = models[0];
+    if (const std::string other = another_controller(now); !other.empty()) {
+        in_step_ = false;
+        met_another_ = true;
+        errors_.list_sentence(other);
     }
+}
+
+/// What tells the controller from the one at the beginning; empty when nothing does.
+std::string ControllerAccess::another_controller(const Identity& now) const {
+    for (std::size_t i = 0; i < identity_.size(); ++i)
+        if (is_numeric(identity_[i]) && now[i] != identity_[i])
+            return "Another controller answers than at the beginning: register " +
+                   std::to_string(i) + " was " + identity_[i] + " and is " + now[i] + " now.";
+    return {};
 }
 
 std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) {
@@ -181,6 +202,7 @@ Identity ControllerAccess::read_identity() {
 /// passes, and is looked at again as soon as it answers.
 bool ControllerAccess::is_same_controller() {
     unverified_ = false;
+    Identity now = identity_;
     for (std::size_t i = 0; i < identity_.size(); ++i) {
         if (!is_numeric(identity_[i])) continue;
         const Reading reading = read_until_whole(kModelRegister + static_cast<float>(i));
@@ -188,10 +210,11 @@ bool ControllerAccess::is_same_controller() {
             unverified_ = true;
             return true;
         }
-        if (!reading.reply.is(Verdict::Accepted) || reading.value == identity_[i]) continue;
-        listener_.tell("Another controller answers than at the beginning: register " +
-                       std::to_string(i) + " was " + identity_[i] + " and is " + reading.value +
-                       " now.");
+        if (!reading.reply.is(Verdict::Accepted)) continue;
+        now[i] = reading.value;
+        const std::string other = another_controller(now);
+        if (other.empty()) continue;
+        listener_.tell(other);
         identity_ = {}; // told once
         return false;
     }

@@ -123,8 +123,14 @@ class ControllerAccess {
     /// Listens for 250 ms or more, and asks for the model again, to learn whether every answer so
     /// far was the one to its own request; false (and listed) when a reply came twice, or the
     /// model's is another than at the beginning, so that values read may be those of other
-    /// registers. A controller that is silent now proves nothing; it costs up to 4 s.
+    /// registers, or when another controller answers by now. A controller that is silent now proves
+    /// nothing; it costs up to 4 s.
     [[nodiscard]] bool in_step();
+    /// Whether `in_step` is false because another controller answered than at the beginning.
+    [[nodiscard]] bool met_another() const { return met_another_; }
+    /// Asks for the model and the serial number; false, and told, when they are another
+    /// controller's. One that is silent passes.
+    [[nodiscard]] bool is_same_controller();
 
     /// False when a line that should echo answered without an echo: the answer to a write, which is
     /// like its request, would count as the echo.
@@ -155,7 +161,7 @@ class ControllerAccess {
     void check_surplus(std::size_t discarded);
     void check_own_answers();
     void lose_step(const std::string& why);
-    [[nodiscard]] bool is_same_controller();
+    [[nodiscard]] std::string another_controller(const Identity& now) const;
     [[nodiscard]] std::string send(const std::string& frame);
     [[nodiscard]] std::string send_until_answered(const std::string& frame);
     [[nodiscard]] bool begins(const std::string& reply, const std::string& text) const;
@@ -180,6 +186,7 @@ class ControllerAccess {
     float first_unsure_ = 0; // register read first since the balance was settled
     bool settled_ = true;
     bool in_step_ = true;
+    bool met_another_ = false;
     Identity identity_;
     bool unverified_ = false; // it was silent when its identity was looked at
 };

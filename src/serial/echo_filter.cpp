@@ -73,9 +73,13 @@ bool EchoFilter::resembles_echo(std::string_view reply) const {
 }
 
 bool EchoFilter::judge(std::string_view reply, bool whole_frame, double now_ms) {
+    // A line that has echoed may have got another converter: two such replies in a row say so.
+    const bool bare = differs_ && whole_frame && !resembles_echo(reply);
+    if (bare || came_whole_) bare_replies_ = bare ? bare_replies_ + 1 : 0;
+    if (bare_replies_ > 1) echoes_ = false;
     const bool unechoed = whole_frame && !echoes_;
     if (differs_)
-        echo_ = unechoed && !resembles_echo(reply) ? Echo::Missing : Echo::Differs;
+        echo_ = bare && unechoed ? Echo::Missing : Echo::Differs;
     else if (came_whole_)
         echo_ = reply.empty() && unechoed_ && !echoes_ ? Echo::Missing : Echo::Whole;
     else if (awaited_.empty() || now_ms < due_ms_)
@@ -110,7 +114,8 @@ std::string EchoFilter::remark() const {
                                                   : "byte " + std::to_string(difference_.at);
     return "The echo differs (" + where + " came as " + difference_.came + ", not " +
            difference_.sent + "): two were sending at once, or the line is disturbed" +
-           (echoes_ ? "" : ", or does not echo") + ". What came does not count.";
+           (echoes_ && bare_replies_ == 0 ? "" : ", or does not echo") +
+           ". What came does not count.";
 }
 
 } // namespace pelvan

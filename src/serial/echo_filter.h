@@ -56,6 +56,7 @@ class EchoFilter {
     bool differs_ = false;
     bool echoes_ = false;   // an echo with something behind it was heard on this line
     bool unechoed_ = false; // a reply without an echo was
+    int bare_replies_ = 0;  // whole frames in a row where the echo should have been
     Echo echo_ = Echo::None;
     struct Difference {
         std::size_t at = 0; // counted from 1 in what was sent; 0: in what was sent before

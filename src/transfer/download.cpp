@@ -207,8 +207,11 @@ void Download::end(Plan& plan) {
         run_.listener.tell("Download was Canceled.", "Download Canceled");
     else if (!in_step)
         run_.listener.tell(
-            "Answers were not those to their own requests, so that values may stand at the wrong "
-            "registers. The file was not completed: save the setup again.");
+            run_.access.met_another()
+                ? "Another controller answered before the end: the file may hold values of both, "
+                  "and was not completed. Save the setup again."
+                : "Answers were not those to their own requests, so that values may stand at the "
+                  "wrong registers. The file was not completed: save the setup again.");
     else if (listed_ == 0)
         run_.listener.tell("The file " + plan.model + ".cds names no register: none was saved.");
     else

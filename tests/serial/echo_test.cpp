@@ -83,6 +83,10 @@ TEST_P(EchoTest, AWholeReplyWithoutItCountsOnALineThatHasNeverEchoed) {
     expect_good();
     EXPECT_EQ(send("ask", {{30, "ok."}}), "") << "it echoes now";
     EXPECT_TRUE(link.surely_echoes());
+    EXPECT_NE(link.take_remark().find("or does not echo"), std::string::npos);
+    // The second time in a row: another converter.
+    EXPECT_EQ(send("ask", {{30, "ok."}}), "ok.");
+    EXPECT_TRUE(link.take_remark().starts_with("The reply came without an echo"));
 }
 
 TEST_P(EchoTest, ComesAfterAnExchangeThatWaitsForNothing) {

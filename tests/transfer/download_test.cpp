@@ -75,6 +75,18 @@ TEST_F(DownloadTest, StopsBeforeAnythingIsCreated) {
     EXPECT_EQ(body(), "25 0\r\n");
 }
 
+TEST_F(DownloadTest, AnotherControllerBeforeTheEndMakesNoSetup) {
+    registers[2] = 1518;
+    registers[5] = -32000; // skipped
+    ui.on_turn = [&] { registers[2] = 1519; };
+    write_sequence("742.cds", kHead + "5\r\n6\r\n");
+    EXPECT_FALSE(download().completed);
+    EXPECT_EQ(body(), "6 -12\r\n");
+    EXPECT_TRUE(ui.messages.back().starts_with("Another controller answered before the end"));
+    EXPECT_EQ(ui.errors, Lines{"Another controller answers than at the beginning: register 2 was "
+                               "1518 and is 1519 now."});
+}
+
 TEST_F(DownloadTest, RegistersBehindTheEndOfTheListAreMissed) {
     write_sequence("742.cds", kHead + "5\r\n\r\n\r\n");
     EXPECT_EQ(download().faults, 0);
@@ -295,9 +307,9 @@ TEST_F(DownloadTest, NeighboursAreAskedForTogetherUpTo125) {
     hold(100, 260);
     together = true;
     EXPECT_TRUE(download().completed);
-    EXPECT_EQ(asked, "0x1 1x1 2x1 0x1 1x1 2x1 3x1 4x1 100x125 225x124 349x11 0x1 1x1 0x1 ");
+    EXPECT_EQ(asked, "0x1 1x1 2x1 0x1 1x1 2x1 3x1 4x1 100x125 225x124 349x11 0x1 1x1 2x1 0x1 ");
     EXPECT_EQ(compare().faults, 1) << "register 25 cannot be read";
-    EXPECT_EQ(asked, "0x1 0x1 1x1 2x1 100x125 225x124 349x11 25x1 0x1 1x1 0x1 ");
+    EXPECT_EQ(asked, "0x1 0x1 1x1 2x1 100x125 225x124 349x11 25x1 0x1 1x1 2x1 0x1 ");
     rig.build({"1;1200,N,8,1;0", "2;1200,N,8,1;0"});
     connect();
     compare();

@@ -232,6 +232,17 @@ TEST_F(UploadTest, NothingMoreGoesIntoAnotherController) {
     }
 }
 
+TEST_F(UploadTest, AnotherControllerAtTheEndIsTold) {
+    registers[2] = 1518;
+    write_setup("5 1\r\n\r\n6 2\r\n");
+    ui.on_turn = [&] { registers[2] = 1519; }; // at the empty line
+    EXPECT_FALSE(upload().completed);
+    EXPECT_EQ(ui.messages, (Lines{kEraseQuestion,
+                                  "Another controller answers than at the beginning: register 2 "
+                                  "was 1518 and is 1519 now.",
+                                  partly(4, 4)}));
+}
+
 TEST_F(UploadTest, AResetWithoutItsEchoIsListed) {
     write_setup("");
     refused = {1602};
