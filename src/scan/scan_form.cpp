@@ -272,7 +272,7 @@ void frm_BusScan::show_result(const ScanResult& result) {
     case ScanEnd::Completed:
         if (result.unasked > 0)
             text = count + " found. " + unfinished_text(result);
-        else if (finds_.empty())
+        else if (finds_.empty() && result.unsure.empty())
             text = result.garbled ? kNoValidAnswer : kNothingFound;
         break;
     case ScanEnd::FoundFirst:
@@ -287,6 +287,8 @@ void frm_BusScan::show_result(const ScanResult& result) {
         text = result.reason;
         break;
     }
+    if (const std::string unsure = unsure_text(result, "Patience (ms)"); !unsure.empty())
+        text += " " + unsure;
     lbl_Status.set_Caption(text);
     if (!finds_.empty()) lst_Found.set_ListIndex(0);
 }

@@ -7,9 +7,8 @@ namespace pelvan {
 namespace {
 
 constexpr double kSliceMs = 10;
-constexpr double kSilenceMs = 250;
-constexpr double kMaxSilenceWaitMs = 1000;
-constexpr int kToggle = 2; // line mode
+constexpr double kMaxSilences = 4; // so long a silence is waited for
+constexpr int kToggle = 2;         // line mode
 
 std::string_view without_echo(const std::string& request, std::string_view bytes) {
     return bytes.starts_with(request) ? bytes.substr(request.size()) : bytes;
@@ -67,6 +66,7 @@ std::string ScanLine::collect(FrameExchange& frames, double until_ms, const IsWh
     for (;;) {
         const double left_ms = std::max(until_ms - tick_.precise_ms(), 0.0);
         std::string bytes = frames.collect(std::min(left_ms, kSliceMs), 0, is_whole);
+        if (!bytes.empty()) arrived_ms_ = record_.last_byte_ms;
         if (!bytes.empty() || left_ms <= 0 || !go_on()) return bytes;
     }
 }
@@ -77,12 +77,17 @@ Heard ScanLine::ask(ScanProbe& probe, int address, double patience_ms) {
     record_.last_reply = 0;
     FrameExchange frames(*port_, tick_, record_, way_);
     rest(record_.last_byte_ms + way_.distance_ms - tick_.precise_ms());
-    if (!go_on()) return {};
-    if (port_->InBufferCount() > 0) return {collect(frames, tick_.precise_ms(), {}), 0};
+    if (!go_on()) return {{}, 0, false};
+    if (port_->InBufferCount() > 0) return {collect(frames, tick_.precise_ms(), {}), 0, false};
+    send(frames, probe.request(address));
+    sent_ms_ = record_.last_byte_ms;
+    return await(probe, address, patience_ms);
+}
+
+Heard ScanLine::await(ScanProbe& probe, int address, double patience_ms) {
+    FrameExchange frames(*port_, tick_, record_, way_);
     const std::string request = probe.request(address);
-    send(frames, request);
-    const double sent_ms = record_.last_byte_ms; // when its last bit is out
-    const double until_ms = sent_ms + patience_ms;
+    const double until_ms = sent_ms_ + patience_ms;
     const IsWhole is_whole = [&](std::string_view received) {
         const std::string_view bytes = without_echo(request, received);
         return !go_on() || (probe.checked() && probe.answer(address, bytes).has_value());
@@ -90,9 +95,9 @@ Heard ScanLine::ask(ScanProbe& probe, int address, double patience_ms) {
     std::string bytes = collect(frames, until_ms, is_whole);
     // Two-wire converters hear what they send; the answer follows in its own time.
     if (bytes == request) bytes += collect(frames, until_ms, is_whole);
-    Heard heard{std::string(without_echo(request, bytes)), 0};
+    Heard heard{std::string(without_echo(request, bytes))};
     echoes_ = echoes_ || heard.bytes.size() < bytes.size();
-    const double taken_ms = record_.last_byte_ms - sent_ms - wire_ms(heard.bytes);
+    const double taken_ms = record_.last_byte_ms - sent_ms_ - wire_ms(heard.bytes);
     heard.reply_ms = std::max(taken_ms, 0.0);
     if (const std::string closing = probe.closing();
         !closing.empty() && (stopped_ || !heard.bytes.empty())) {
@@ -108,15 +113,16 @@ std::string ScanLine::listen(double ms) {
     return collect(frames, tick_.precise_ms() + ms, [this](std::string_view) { return !go_on(); });
 }
 
-bool ScanLine::fall_silent(std::string& taken) {
-    const double end_ms = tick_.precise_ms() + kMaxSilenceWaitMs;
-    double until_ms = tick_.precise_ms() + kSilenceMs;
+bool ScanLine::fall_silent(std::string& taken, double silence_ms) {
+    const double end_ms = tick_.precise_ms() + kMaxSilences * silence_ms;
+    double until_ms = tick_.precise_ms() + silence_ms;
     while (go_on()) {
         const double now_ms = tick_.precise_ms();
         if (port_->InBufferCount() > 0) {
             if (now_ms >= end_ms) return false;
             taken += port_->Input();
-            until_ms = now_ms + kSilenceMs;
+            arrived_ms_ = now_ms;
+            until_ms = now_ms + silence_ms;
         } else if (now_ms >= until_ms) {
             break;
         } else {

@@ -35,7 +35,8 @@ class ModbusProbe : public ScanProbe {
             return ProbeAnswer{"exception " + std::to_string(code),
                                {},
                                exception_text(code),
-                               code == kNoPath || code == kNobodyBehind};
+                               code == kNoPath || code == kNobodyBehind,
+                               code == kAcknowledged || code == kBusy};
         }
         const unsigned word =
             byte_at(received, kFirstData) * 256 + byte_at(received, kFirstData + 1);
@@ -43,12 +44,13 @@ class ModbusProbe : public ScanProbe {
         return ProbeAnswer{"value", value, "register 0 holds " + value};
     }
 
-    std::vector<int> senders(std::string_view received) const override {
-        std::vector<int> found;
+    std::vector<Sender> senders(std::string_view received) const override {
+        std::vector<Sender> found;
         for (std::size_t i = 0; i + kException <= received.size(); ++i)
             for (const std::size_t length : {kException, kValue}) {
                 const auto address = static_cast<int>(byte_at(received, i));
-                if (answer(address, received.substr(i, length))) found.push_back(address);
+                if (auto said = answer(address, received.substr(i, length)))
+                    found.push_back({address, *said});
             }
         return found;
     }
@@ -58,6 +60,8 @@ class ModbusProbe : public ScanProbe {
     static constexpr std::size_t kException = 5; // bytes of such a reply
     static constexpr std::size_t kValue = 7;
     // Codes of exceptions.
+    static constexpr int kAcknowledged = 5;
+    static constexpr int kBusy = 6;
     static constexpr int kNoPath = 10;
     static constexpr int kNobodyBehind = 11;
 
@@ -79,10 +83,13 @@ class FullProbe : public ScanProbe {
         if (received != full_poll_answer(static_cast<std::int16_t>(address))) return {};
         return ProbeAnswer{"poll", {}, "answers its poll"};
     }
-    std::vector<int> senders(std::string_view received) const override {
-        std::vector<int> found;
-        for (std::int16_t address = 0; address <= kFullMaxAddress; ++address)
-            if (received.find(full_poll_answer(address)) != received.npos) found.push_back(address);
+    std::vector<Sender> senders(std::string_view received) const override {
+        std::vector<Sender> found;
+        for (std::int16_t address = 0; address <= kFullMaxAddress; ++address) {
+            const std::string said = full_poll_answer(address);
+            if (received.find(said) != received.npos)
+                found.push_back({address, *answer(address, said)});
+        }
         return found;
     }
     bool checked() const override { return false; }
@@ -104,10 +111,12 @@ class XonProbe : public ScanProbe {
             text.pop_back();
         if (is_numeric(text)) return ProbeAnswer{"number", {}, "C1 is " + trim(text)};
         if (!text.starts_with("ERROR") || ascii_in_brackets(text) != text) return {};
-        return ProbeAnswer{"error", {}, "refuses \"? C1\": " + text};
+        // Noise in the request is refused, too.
+        return ProbeAnswer{"error", {}, "refuses \"? C1\": " + text, false, true};
     }
-    std::vector<int> senders(std::string_view received) const override {
-        return answer(0, received) ? std::vector<int>{0} : std::vector<int>();
+    std::vector<Sender> senders(std::string_view received) const override {
+        const auto said = answer(0, received);
+        return said ? std::vector<Sender>{{0, *said}} : std::vector<Sender>();
     }
 
     bool checked() const override { return false; }
@@ -131,7 +140,26 @@ class TelluraProbe : public ScanProbe {
         const std::string_view packet = protocol_.FirstPacket(received);
         if (!protocol_.CheckReply(packet) || packet.end() != received.end()) return {};
         const TelluraReply reply = protocol_.ReadReply(packet);
-        if (reply.address != address) return {};
+        return reply.address == address ? std::optional(meaning(reply)) : std::nullopt;
+    }
+    std::vector<Sender> senders(std::string_view received) const override {
+        std::vector<Sender> found;
+        for (;;) {
+            const std::string_view packet = protocol_.FirstPacket(received);
+            if (packet.empty()) return found;
+            if (protocol_.CheckReply(packet)) {
+                const TelluraReply reply = protocol_.ReadReply(packet);
+                found.push_back({reply.address, meaning(reply)});
+            }
+            received.remove_prefix(
+                static_cast<std::size_t>(packet.data() + packet.size() - received.data()));
+        }
+    }
+
+  private:
+    static constexpr int kModelBytes = 2;
+
+    static ProbeAnswer meaning(const TelluraReply& reply) {
         if (reply.status != 0) {
             const std::string status = "status " + hex_text(reply.status, 2);
             return ProbeAnswer{status, {}, "refuses parameter 0000 with " + status};
@@ -141,18 +169,16 @@ class TelluraProbe : public ScanProbe {
         const std::string value = std::to_string(static_cast<std::int16_t>(word));
         return ProbeAnswer{"value", value, "parameter 0000 holds " + value};
     }
-    std::vector<int> senders(std::string_view received) const override {
-        const std::string_view packet = protocol_.FirstPacket(received);
-        if (!protocol_.CheckReply(packet)) return {};
-        return {protocol_.ReadReply(packet).address};
-    }
 
-  private:
-    static constexpr int kModelBytes = 2;
     TelluraProt protocol_;
 };
 
 } // namespace
+
+bool are_of_two(const ProbeAnswer& one, const ProbeAnswer& other) {
+    if (one.absent || other.absent || one.passing || other.passing) return false;
+    return one.kind != other.kind || one.model != other.model;
+}
 
 std::unique_ptr<ScanProbe> make_probe(const ScanStep& step, Link& link, Dialogs& dialogs) {
     switch (step.protocol) {

@@ -25,6 +25,16 @@ struct ProbeAnswer {
     std::string words;
     /// It is a gateway's word that nobody has the address.
     bool absent = false;
+    /// It says that another answer will follow, or may.
+    bool passing = false;
+};
+
+/// Whether one controller cannot have given both.
+[[nodiscard]] bool are_of_two(const ProbeAnswer& one, const ProbeAnswer& other);
+
+struct Sender {
+    int address;
+    ProbeAnswer answer;
 };
 
 class ScanProbe {
@@ -38,8 +48,8 @@ class ScanProbe {
     /// The bytes as this address' whole answer, check and address included; nothing for any others.
     [[nodiscard]] virtual std::optional<ProbeAnswer> answer(int address,
                                                             std::string_view received) const = 0;
-    /// Whose whole answers stand somewhere in the bytes.
-    [[nodiscard]] virtual std::vector<int> senders(std::string_view received) const = 0;
+    /// Whose whole answers stand somewhere in the bytes, in turn.
+    [[nodiscard]] virtual std::vector<Sender> senders(std::string_view received) const = 0;
     /// Whether an answer carries a check; one that does not counts only when nothing follows it.
     [[nodiscard]] virtual bool checked() const { return true; }
     /// What ends the conversation when anything came back; empty where nothing does.

@@ -36,11 +36,22 @@ enum class ScanEnd {
     Refused // nothing was sent: a tool has the lines, or the options ask for nothing
 };
 
+/// An address whose answer was heard and that is no find.
+struct UnsureAnswer {
+    ScanProtocol protocol = ScanProtocol::Modbus;
+    int address = 0;
+    LineSettings line;
+    /// It came too late for the patience of the scan; so much would do. 0 when it came in time, and
+    /// no second one did.
+    double patience_ms = 0;
+};
+
 struct ScanResult {
     ScanEnd how = ScanEnd::Completed;
     /// Why it failed or was refused, in a sentence.
     std::string reason = {};
     std::vector<ScanFind> finds = {};
+    std::vector<UnsureAnswer> unsure = {};
     std::size_t probes = 0; // requests that were sent
     double taken_ms = 0;
     bool garbled = false; // bytes that are no answer came again when they were asked for again
@@ -49,6 +60,12 @@ struct ScanResult {
     std::vector<std::string> busy = {};
     std::size_t unasked = 0;
 };
+
+/// What to do about answers that made no find, in a sentence that ends the scan; empty when there
+/// are none. `patience` is how whoever reads it calls the patience, which a number follows.
+[[nodiscard]] std::string unsure_text(const ScanResult& result, const std::string& patience);
+/// What the line showed of them: of one protocol at one setting, all late or all not.
+[[nodiscard]] std::string unsure_remark(const std::vector<UnsureAnswer>& answers);
 
 /// That a scan could not ask everybody, and why, in a sentence; empty when it did.
 [[nodiscard]] std::string unfinished_text(const ScanResult& result);

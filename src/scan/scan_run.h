@@ -6,12 +6,15 @@
 // those who were asked shortly before are asked again, because noise may have hit an answer.
 #pragma once
 
-#include <map>
+#include <deque>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "scan/scan_asking.h"
 #include "scan/scan_line.h"
 #include "scan/scan_result.h"
 
@@ -35,30 +38,44 @@ class ScanRun {
     void all();
 
   private:
-    struct Asked {
-        int address;
-        double at_ms;
+    /// An address' own answer to what it was asked.
+    struct Given {
+        ProbeAnswer answer;
+        double reply_ms;
+        bool unsure; // of the time: another request may have been the answered one
     };
 
-    [[nodiscard]] double now_ms() { return tools_.tick.precise_ms() - begun_ms_; }
+    /// Moments of the tick as those of the scan.
+    [[nodiscard]] double scan_ms(double tick_ms) const { return tick_ms - begun_ms_; }
+    [[nodiscard]] double now_ms() { return scan_ms(tools_.tick.precise_ms()); }
     [[nodiscard]] bool ended() { return !line_.go_on() || result_.how == ScanEnd::FoundFirst; }
     [[nodiscard]] bool open(const ScanStep& step);
     void give_up(std::size_t asked);
-    void step();
+    void step(const ScanStep& step);
     void tell(int address);
-    [[nodiscard]] std::ptrdiff_t settings_of(int address) const;
-    [[nodiscard]] bool is_settled(int address) const;
+    [[nodiscard]] std::ptrdiff_t settings_of(const ScanStep& step, int address) const;
+    [[nodiscard]] bool is_settled(const ScanAsking& asking, int address) const;
     void tell_settings(int address);
     void remark_once(const std::string& sentence) {
         if (said_.insert(sentence).second) listener_.remark(sentence);
     }
+    [[nodiscard]] double sure_patience_ms() const;
     Heard ask(int address, double patience_ms);
+    Heard ask_patiently(int address, double patience_ms);
+    [[nodiscard]] std::optional<Given> given(int address, const Heard& heard);
     void ask_first(int address);
-    void confirm(int address, ProbeAnswer first, double reply_ms);
+    void confirm(int address, Given first);
+    void settle(int address, double answer_ms);
+    void list(int address, const Given& first, const Given& second);
+    bool note(const std::string& bytes);
+    void take(ScanAsking& asking, const Sender& sender);
+    void note_silence();
+    void listen_behind();
     void look_again(int address, std::string bytes);
+    void ask_pending();
     void ask_again(int address, double patience_ms);
     void tell_garbled(int address);
-    [[nodiscard]] std::vector<int> asked_lately() const;
+    void leave_settings();
 
     Tools tools_;
     const ScanOptions& options_;
@@ -71,11 +88,11 @@ class ScanRun {
     bool opened_ = false;
     ScanLine line_;
 
-    const ScanStep* step_ = nullptr;
-    std::unique_ptr<ScanProbe> probe_;
-    std::vector<Asked> asked_;        // of this step, in turn
-    std::map<int, int> repeats_;      // because of noise, by address
-    std::map<int, int> sure_repeats_; // because of an answer that came late
+    std::deque<ScanAsking> askings_; // at the present settings, in turn
+    ScanAsking* asking_ = nullptr;   // the one of whoever is asked now
+    /// Who answered late, and is asked again when the one who is asked now is done with.
+    std::deque<std::pair<ScanAsking*, int>> pending_;
+    double slowest_ms_ = 0; // of all answers that came late
     int busy_ = 0;
     std::string busy_settings_; // where this was so last
     std::set<std::string> said_;

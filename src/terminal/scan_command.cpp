@@ -81,6 +81,19 @@ Json find_json(const ScanFind& find) {
         .set("after_ms", round_half_even(find.after_ms));
 }
 
+Json unsure_json(const std::vector<UnsureAnswer>& answers) {
+    Json all = Json::array();
+    for (const UnsureAnswer& answer : answers)
+        all.add(
+            Json::object()
+                .set("protocol", scan_protocol_name(answer.protocol))
+                .set("address",
+                     answer.protocol != ScanProtocol::Xon ? Json(answer.address) : Json())
+                .set("settings", settings_text(answer.line))
+                .set("patience_ms", answer.patience_ms > 0 ? Json(answer.patience_ms) : Json()));
+    return all;
+}
+
 void print_json(const ScanResult& result, int port, const TerminalScan& scan, std::ostream& out) {
     Json finds = Json::array();
     for (const ScanFind& find : result.finds)
@@ -90,6 +103,7 @@ void print_json(const ScanResult& result, int port, const TerminalScan& scan, st
         .set("end", end_word(result.how))
         .set("reason", result.reason)
         .set("finds", std::move(finds))
+        .set("unsure", unsure_json(result.unsure))
         .set("remarks", Json(scan.remarks()))
         .set("requests", static_cast<double>(result.probes))
         .set("unasked", static_cast<double>(result.unasked))
@@ -119,9 +133,11 @@ void say_outcome(const ScanResult& result, const ScanOptions& options, const std
     if (result.how == ScanEnd::Cancelled) scan.say("interrupted after " + time);
     if (const std::string unfinished = unfinished_text(result); !unfinished.empty())
         scan.say(unfinished);
-    else if (result.finds.empty() && result.how == ScanEnd::Completed)
+    else if (result.finds.empty() && result.unsure.empty() && result.how == ScanEnd::Completed)
         scan.say((result.garbled ? "no valid answer came in " : "no controller answered in ") +
                  time);
+    if (const std::string unsure = unsure_text(result, "--patience"); !unsure.empty())
+        scan.say(unsure + " This took " + time + ".");
     if (result.finds.size() != 1) return;
     const ScanFind& find = result.finds.front();
     const auto& names = protocol_names();
@@ -159,9 +175,10 @@ int scan_line(const ScanCommandOptions& given, TerminalEnvironment& environment)
     if (!result.reason.empty() && !terminal.has_told(result.reason)) listener.say(result.reason);
     say_outcome(result, options, environment.directory_found ? "" : environment.directory,
                 listener);
-    const bool ended = result.how == ScanEnd::Completed || result.how == ScanEnd::FoundFirst;
-    return ended && result.unasked == 0 && !result.finds.empty() ? exit_code::kDone
-                                                                 : exit_code::kFailed;
+    const bool first = result.how == ScanEnd::FoundFirst;
+    const bool done = first || (result.how == ScanEnd::Completed && result.unsure.empty());
+    return done && result.unasked == 0 && !result.finds.empty() ? exit_code::kDone
+                                                                : exit_code::kFailed;
 }
 
 std::string unknown_choice(const std::string& word, const std::string& words) {

@@ -70,6 +70,7 @@ class BusRig : public SerialRig {
     std::size_t lost_after = 0; // requests; 0 for never
     /// What answers a request beside the members.
     std::function<std::string(const std::string& request)> stranger;
+    double stranger_after = 5; // ms
 
     PortFactory scan_port = make_port;
     Link scan_link{table, countdowns, dialogs, log, "Bus Scan"};
@@ -96,7 +97,7 @@ class BusRig : public SerialRig {
             for (auto& [protocol, wire] : wires_)
                 if (protocol == protocol_of(request)) wire.host_writes(request, now);
             if (rig_.echoes) strays_.send(now, request);
-            if (rig_.stranger) strays_.send(out + 5, rig_.stranger(request));
+            if (rig_.stranger) strays_.send(out + rig_.stranger_after, rig_.stranger(request));
             if (rig_.below(1000) < rig_.noise * 1000) {
                 std::string burst;
                 for (int n = rig_.below(12) + 1; n > 0; --n)

@@ -111,14 +111,61 @@ TEST_F(BusScanTest, CreditsALateAnswerToWhoSentIt) {
         ScanOptions options = plain(ScanProtocol::Modbus);
         options.protocols.push_back(ScanProtocol::Full);
         static_cast<void>(run(options));
-        std::set<std::string> expected{
+        const std::set<std::string> expected{
             "Modbus, address 10, 9600,N,8,1", "Modbus, address 12, 9600,N,8,1",
             "Modbus, address 247, 9600,N,8,1", "Full, address 32, 9600,N,8,1"};
-        // Behind the last address nobody is waited for so long.
-        if (std::string(delay) == "400") expected.erase("Modbus, address 247, 9600,N,8,1");
         EXPECT_EQ(std::set(notes.finds.begin(), notes.finds.end()), expected);
         EXPECT_EQ(notes.finds.size(), expected.size());
     }
+}
+
+TEST_F(BusScanTest, ForgetsNoAnswerThatComesTooLate) {
+    // All are found that one sure request more can wait for, and with their own times.
+    for (const char* delay : {"600", "1200"}) {
+        SCOPED_TRACE(delay);
+        members.clear();
+        notes = {};
+        for (const char* address : {"3", "7", "12"})
+            add(ScanProtocol::Modbus, "9600,N,8,1",
+                std::string(",address=") + address + ",queue=1,delay=" + delay);
+        ScanOptions options = plain(ScanProtocol::Modbus);
+        options.last_address = 12;
+        const ScanResult result = run(options);
+        EXPECT_EQ(notes.finds.size(), 3U);
+        EXPECT_EQ(notes.remarks, Texts{});
+        for (const ScanFind& find : result.finds)
+            EXPECT_NEAR(find.reply_ms, std::stod(delay), 4) << find_text(find);
+    }
+    // One answers once, 700 ms late, when the next protocol is asked already.
+    members.clear();
+    notes = {};
+    int times = 0;
+    stranger_after = 700;
+    stranger = [&](const std::string& request) {
+        return request[0] == '\3' && ++times == 1 ? testing::frame("03 03 02 02 E6") : "";
+    };
+    ScanOptions options = plain(ScanProtocol::Modbus);
+    options.protocols.push_back(ScanProtocol::Full);
+    options.last_address = 3;
+    const ScanResult result = run(options);
+    EXPECT_TRUE(result.finds.empty());
+    EXPECT_EQ(notes.remarks, Texts{"At 9600,N,8,1 Modbus address 3 answered later than was waited "
+                                   "for, and is not listed: 900 ms of patience would do."});
+    EXPECT_EQ(unsure_text(result, "--patience"),
+              "Somebody answered, and is not listed: scan again with --patience 900.");
+    EXPECT_GT(times, 1) << "was asked again";
+}
+
+TEST_F(BusScanTest, TimesTheAnswerOfOneWhoWasAskedTwice) {
+    // What comes on the line while 2 is asked has it asked again before its first answer came.
+    add(ScanProtocol::Modbus, "9600,N,8,1", ",address=2,queue=1,delay=450");
+    stranger = [](const std::string& request) { return request[0] == '\3' ? "\x55" : ""; };
+    ScanOptions options = plain(ScanProtocol::Modbus);
+    options.last_address = 5;
+    const ScanResult result = run(options);
+    ASSERT_EQ(result.finds.size(), 1U);
+    EXPECT_GE(sent(testing::frame("02 03 00 00 00 01")), 3);
+    EXPECT_NEAR(result.finds[0].reply_ms, 450, 4);
 }
 
 TEST_F(BusScanTest, TakesNothingElseForAnAnswer) {
