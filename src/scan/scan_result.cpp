@@ -38,6 +38,13 @@ std::string unsure_remark(const std::vector<UnsureAnswer>& answers) {
            (late ? ": " + plain_number(most_patience(answers)) + " ms of patience would do." : ".");
 }
 
+std::string two_of_one_remark(const ScanStep& step, int address, const ProbeAnswer& one,
+                              const ProbeAnswer& other) {
+    return "At " + settings_text(step.line) + " two controllers have the " +
+           scan_protocol_name(step.protocol) + " address " + std::to_string(address) + ": \"" +
+           one.words + "\" and \"" + other.words + "\" came. Take one off the line.";
+}
+
 std::string unsure_text(const ScanResult& result, const std::string& patience) {
     if (result.unsure.empty()) return {};
     const double wanted_ms = most_patience(result.unsure);

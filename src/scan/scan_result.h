@@ -67,6 +67,10 @@ struct ScanResult {
 /// What the line showed of them: of one protocol at one setting, all late or all not.
 [[nodiscard]] std::string unsure_remark(const std::vector<UnsureAnswer>& answers);
 
+/// That one address gave both answers.
+[[nodiscard]] std::string two_of_one_remark(const ScanStep& step, int address,
+                                            const ProbeAnswer& one, const ProbeAnswer& other);
+
 /// That a scan could not ask everybody, and why, in a sentence; empty when it did.
 [[nodiscard]] std::string unfinished_text(const ScanResult& result);
 

@@ -172,6 +172,7 @@ std::optional<ScanRun::Given> ScanRun::given(int address, const Heard& heard) {
     if (!heard.sent) return {};
     const auto answer = asking_->probe().answer(address, heard.bytes);
     if (!answer) return {};
+    hear(*asking_, address, *answer);
     const AnswerTime time = asking_->answered(address, scan_ms(line_.arrived_ms()));
     return Given{*answer, time.unsure ? time.ms : heard.reply_ms, time.unsure};
 }
@@ -226,6 +227,12 @@ void ScanRun::list(int address, const Given& first, const Given& second) {
     if (options_.stops_at_first) result_.how = ScanEnd::FoundFirst;
 }
 
+/// A whole answer of the address, whenever it came.
+void ScanRun::hear(ScanAsking& asking, int address, const ProbeAnswer& answer) {
+    if (const ProbeAnswer* other = asking.contradicted(address, answer))
+        remark_once(two_of_one_remark(asking.step(), address, *other, answer));
+}
+
 /// Whether whole answers of those who were asked stand in the bytes. Who is not listed yet will be
 /// asked again.
 bool ScanRun::note(const std::string& bytes) {
@@ -246,6 +253,7 @@ bool ScanRun::note(const std::string& bytes) {
 
 void ScanRun::take(ScanAsking& asking, const Sender& sender) {
     const int address = sender.address;
+    hear(asking, address, sender.answer);
     const AnswerTime time = asking.answered(address, scan_ms(line_.arrived_ms()));
     if (sender.answer.absent) return;
     slowest_ms_ = std::max(slowest_ms_, time.ms);

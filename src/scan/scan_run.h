@@ -67,6 +67,7 @@ class ScanRun {
     void confirm(int address, Given first);
     void settle(int address, double answer_ms);
     void list(int address, const Given& first, const Given& second);
+    void hear(ScanAsking& asking, int address, const ProbeAnswer& answer);
     bool note(const std::string& bytes);
     void take(ScanAsking& asking, const Sender& sender);
     void note_silence();

@@ -168,6 +168,27 @@ TEST_F(BusScanTest, TimesTheAnswerOfOneWhoWasAskedTwice) {
     EXPECT_NEAR(result.finds[0].reply_ms, 450, 4);
 }
 
+TEST_F(BusScanTest, TellsOfTwoControllersOfOneAddress) {
+    const std::string kept = testing::frame("07 03 02 02 DA");
+    // The other one is heard behind both answers, behind the first, or together with it.
+    for (const double after : {150, 45, 28}) {
+        SCOPED_TRACE(after);
+        members.clear();
+        notes = {};
+        add(ScanProtocol::Modbus, "9600,N,8,1", ",address=7,delay=20");
+        stranger_after = after;
+        stranger = [&](const std::string& request) { return request[0] == '\7' ? kept : ""; };
+        ScanOptions options = plain(ScanProtocol::Modbus);
+        options.last_address = 9;
+        static_cast<void>(run(options));
+        EXPECT_EQ(notes.finds, Texts{"Modbus, address 7, 9600,N,8,1"});
+        ASSERT_FALSE(notes.remarks.empty());
+        EXPECT_EQ(notes.remarks[0],
+                  "At 9600,N,8,1 two controllers have the Modbus address 7: \"register 0 holds "
+                  "742\" and \"register 0 holds 730\" came. Take one off the line.");
+    }
+}
+
 TEST_F(BusScanTest, TakesNothingElseForAnAnswer) {
     const std::string foreign = testing::frame("09 03 02 02 E6");
     const std::map<std::string, std::function<std::string(const std::string&)>> strangers{
