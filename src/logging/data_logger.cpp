@@ -3,14 +3,12 @@
 #include "logging/log_set_file.h"
 #include "logging/row_value.h"
 #include "platform/run_time_error.h"
-#include "platform/text_file.h"
 #include "serial/errors.h"
 #include "text/numbers.h"
 
 namespace pelvan {
 namespace {
 
-constexpr char kDefaultLogFile[] = "DATASET.LOG";
 constexpr std::int16_t kDefaultTickMs = 1000;
 constexpr std::int16_t kNothingAdded = -1;
 constexpr char kStrayBytes[] = "Bytes came between two requests: an answer came late or twice. "
@@ -20,15 +18,6 @@ constexpr int kEveryPassFrom = 6; // seconds: at longer intervals every pass is 
 
 std::string date_and_time(const LocalTime& now) {
     return date_text(now) + ", " + time_text(now);
-}
-
-std::string write_question(const std::vector<int>& rows) {
-    std::string numbers;
-    for (const int row : rows)
-        numbers += (numbers.empty() ? "" : ", ") + plain_number(row);
-    const bool one = rows.size() == 1;
-    return (one ? "Row " : "Rows ") + numbers + " of this log set " + (one ? "writes" : "write") +
-           " to a controller with every pass, instead of reading. Poll this set all the same?";
 }
 
 } // namespace
@@ -104,22 +93,6 @@ void DataLogger::read_tick_length() {
     status_changed.raise();
 }
 
-void DataLogger::ReadLogSet(const std::string& file) {
-    read_set(file);
-    apply_start_mode(file);
-}
-
-void DataLogger::read_set(const std::string& file) {
-    const bool complete =
-        read_log_set(file, path_in(services_.application_directory, kDefaultLogFile), set_);
-    set_file_name(set_.file_name);
-    set_interval(set_.interval_seconds);
-    writes_allowed_ = false;
-    readings_.fill({"", RowState::NotPolled});
-    set_replaced.raise();
-    if (!complete) throw RunTimeError(error_number::kSubscript);
-}
-
 void DataLogger::apply_start_mode(const std::string& file) {
     if (starts_when_loaded(file) && RunLoggingPass()) {
         pass_ended();
@@ -141,17 +114,6 @@ void DataLogger::load_again(const std::string& file) {
     if (ran && !timer_.running()) start();
 }
 
-bool DataLogger::agrees_with(const std::string& file) const {
-    LogSet saved;
-    return read_log_set(file, "", saved) && saved.same_rows(set_) &&
-           saved.interval_seconds == set_.interval_seconds &&
-           saved.log_to_file == set_.log_to_file && saved.together == set_.together;
-}
-
-void DataLogger::WriteLogSet(const std::string& file) const {
-    write_log_set(set_, file);
-}
-
 bool DataLogger::start() {
     if (!may_poll()) return false;
     state_.gLogBufferCount = kNothingAdded;
@@ -162,16 +124,6 @@ bool DataLogger::start() {
     timer_.reset_count();
     pass_ended();
     return true;
-}
-
-bool DataLogger::may_poll() {
-    const std::vector<int> rows = set_.writing_rows();
-    if (writes_allowed_ || rows.empty()) return true;
-    const LoggingTimer::Pause pause(timer_); // no tick asks again while the box stands
-    writes_allowed_ = services_.dialogs.message_box(write_question(rows), "WARNING",
-                                                    MessageButtons::YesNoPreferNo,
-                                                    MessageIcon::Exclamation) == MessageAnswer::Yes;
-    return writes_allowed_;
 }
 
 bool DataLogger::stop() {
