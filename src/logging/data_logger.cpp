@@ -53,6 +53,7 @@ void DataLogger::reset() {
     timer_.stop();
     timer_.reset_count();
     set_ = LogSet{};
+    set_file_.clear();
     writes_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     last_pass_.reset();
@@ -112,6 +113,15 @@ void DataLogger::load_again(const std::string& file) {
         state_.gLogBufferCount = kNothingAdded;
     ReadLogSet(file);
     if (ran && !timer_.running()) start();
+}
+
+bool DataLogger::FlushLogBuffer() {
+    const std::string objection = file_objection();
+    if (objection.empty()) return buffer_.FlushLogBuffer();
+    if (buffer_.waiting() == 0) return true;
+    services_.dialogs.message_box(objection, "WARNING", MessageButtons::Ok,
+                                  MessageIcon::Exclamation);
+    return false;
 }
 
 bool DataLogger::start() {

@@ -54,14 +54,18 @@ class DataLogger {
     /// Whether rows, interval and the options that a file keeps are still those of the file.
     [[nodiscard]] bool agrees_with(const std::string& file) const;
     /// A failed write goes unnoticed.
-    void WriteLogSet(const std::string& file) const;
+    void WriteLogSet(const std::string& file);
+
+    /// Why the set is not polled, a sentence each; none when it may be.
+    [[nodiscard]] std::vector<std::string> objections() const;
 
     /// The set may write to controllers: nothing is asked before its first pass. Until it is
     /// replaced.
     void allow_writes() { writes_allowed_ = true; }
 
-    /// Runs a pass at once, then one at every interval. Blocks for the pass. False when the set
-    /// writes to controllers and somebody who was asked did not want that.
+    /// Runs a pass at once, then one at every interval. Blocks for the pass. False when there are
+    /// objections, which are shown, or when the set writes to controllers and somebody who was
+    /// asked did not want that.
     bool start();
     /// False when lines wait that could not be written.
     bool stop();
@@ -73,14 +77,15 @@ class DataLogger {
     /// Polls every row in use once, flushes by rule and starts the timer. Blocks for all exchanges.
     /// A run-time error ends logging, so that it does not come back with every pass, and is passed
     /// on. Nothing while a pass is under way already. Before the first pass of a set that writes to
-    /// controllers a question says so; false, and logging ends, when the answer is no. While
-    /// another tool has the line the pass is skipped and counted; its rows say so.
+    /// controllers a question says so; false, and logging ends, when the answer is no, or when
+    /// there are objections. While another tool has the line the pass is skipped and counted; its
+    /// rows say so.
     bool RunLoggingPass();
     void PollLogRows();
     /// Ends the pass under way before its next row.
     void end_pass() { pass_ends_ = true; }
-    /// False when the warning was shown.
-    bool FlushLogBuffer() { return buffer_.FlushLogBuffer(); }
+    /// False when a warning was shown.
+    bool FlushLogBuffer();
 
     [[nodiscard]] const LoggingTimer& timer() const { return timer_; }
     [[nodiscard]] bool in_pass() const { return in_pass_; }
@@ -111,6 +116,7 @@ class DataLogger {
   private:
     class PassUnderWay;
     [[nodiscard]] bool may_poll();
+    [[nodiscard]] std::string file_objection() const;
     [[nodiscard]] bool skips_pass();
     void apply_start_mode(const std::string& file);
     void poll();
@@ -128,6 +134,7 @@ class DataLogger {
     LoggingState& state_;
     Link& link_;
     LogSet set_;
+    std::string set_file_; // that the set was read from or saved in last
     LogPoller poller_;
     LogBuffer buffer_;
     Trend trend_{kLogRows};

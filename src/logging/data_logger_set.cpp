@@ -1,5 +1,6 @@
 // The set of a DataLogger: read, saved, and whether it may be polled.
 #include "logging/data_logger.h"
+#include "logging/log_objections.h"
 #include "logging/log_set_file.h"
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
@@ -19,6 +20,13 @@ std::string write_question(const std::vector<int>& rows) {
            " to a controller with every pass, instead of reading. Poll this set all the same?";
 }
 
+std::string refusal(const std::vector<std::string>& objections) {
+    std::string text = "This log set is not polled:";
+    for (const std::string& each : objections)
+        text += "\r\n" + each;
+    return text;
+}
+
 } // namespace
 
 void DataLogger::ReadLogSet(const std::string& file) {
@@ -29,12 +37,15 @@ void DataLogger::ReadLogSet(const std::string& file) {
 void DataLogger::read_set(const std::string& file) {
     const bool complete =
         read_log_set(file, path_in(services_.application_directory, kDefaultLogFile), set_);
+    set_file_ = file;
     set_file_name(set_.file_name);
     set_interval(set_.interval_seconds);
     writes_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     set_replaced.raise();
-    if (!complete) throw RunTimeError(error_number::kSubscript);
+    if (!complete)
+        throw RunTimeError(error_number::kSubscript,
+                           file + ": a set has " + plain_number(kLogRows) + " rows at most.");
 }
 
 bool DataLogger::agrees_with(const std::string& file) const {
@@ -44,14 +55,32 @@ bool DataLogger::agrees_with(const std::string& file) const {
            saved.log_to_file == set_.log_to_file && saved.together == set_.together;
 }
 
-void DataLogger::WriteLogSet(const std::string& file) const {
+void DataLogger::WriteLogSet(const std::string& file) {
     write_log_set(set_, file);
+    set_file_ = file;
+}
+
+std::vector<std::string> DataLogger::objections() const {
+    std::vector<std::string> sentences = row_objections(set_);
+    const std::string of_file = set_.log_to_file ? file_objection() : std::string();
+    if (!of_file.empty()) sentences.push_back(of_file);
+    return sentences;
+}
+
+std::string DataLogger::file_objection() const {
+    return log_file_objection(state_.gLogFileName, set_file_, config_.gIniFile);
 }
 
 bool DataLogger::may_poll() {
+    const std::vector<std::string> against = objections();
     const std::vector<int> rows = set_.writing_rows();
-    if (writes_allowed_ || rows.empty()) return true;
+    if (against.empty() && (writes_allowed_ || rows.empty())) return true;
     const LoggingTimer::Pause pause(timer_); // no tick asks again while the box stands
+    if (!against.empty()) {
+        services_.dialogs.message_box(refusal(against), "WARNING", MessageButtons::Ok,
+                                      MessageIcon::Exclamation);
+        return false;
+    }
     writes_allowed_ = services_.dialogs.message_box(write_question(rows), "WARNING",
                                                     MessageButtons::YesNoPreferNo,
                                                     MessageIcon::Exclamation) == MessageAnswer::Yes;

@@ -1,6 +1,8 @@
 #include "logging/log_set_file.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "config/ini.h"
 #include "platform/run_time_error.h"
@@ -69,9 +71,12 @@ void write_label(const std::string& file, int row, const char* key, const std::s
 std::int32_t read_interval(const std::string& file) {
     const std::string text =
         ini_read_string(kSection, kInterval, plain_number(kDefaultLogInterval), file);
-    const std::int16_t seconds = int16_from(leading_number(text));
-    if (seconds < 0) throw RunTimeError(error_number::kInvalidPropertyValue);
-    return seconds == 0 ? 1 : seconds; // an interval of zero is never allowed
+    const double number = round_half_even(leading_number(text));
+    const std::string what = file + ": " + kInterval + " \"" + text + "\" ";
+    if (std::abs(number) > std::numeric_limits<std::int16_t>::max())
+        throw RunTimeError(error_number::kOverflow, what + "is beyond 32767 seconds.");
+    if (number < 0) throw RunTimeError(error_number::kInvalidPropertyValue, what + "is below 0.");
+    return number == 0 ? 1 : static_cast<std::int32_t>(number); // zero is never allowed
 }
 
 bool read_rows(const std::string& file, LogSet& set) {

@@ -45,7 +45,7 @@ class frm_DataLogging : public Form {
     Label lbl_Status{"lbl_Status"};
     /// What the port had to say during the last pass; empty when nothing.
     Label lbl_Message{"lbl_Message"};
-    /// There when no row is polled, with what helps.
+    /// There when no row is polled, with what helps, or when something keeps the set from it.
     Label lbl_NotPolled{"lbl_NotPolled"};
     Button cmd_LoadAgain{"cmd_LoadAgain", "Load A&gain"};
 

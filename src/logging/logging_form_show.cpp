@@ -16,6 +16,14 @@ constexpr char kLoadAgain[] = "No row is polled: load the set again (Ctrl+O)";
 constexpr char kEditAgain[] = "No row is polled: edit a cell of each row, or load a set (Ctrl+O)";
 constexpr char kNoRow[] = "No row is polled: fill in a row, or load a set (Ctrl+O)";
 
+/// The first, and how many there are: all of them are told when somebody starts.
+std::string objections_text(const std::vector<std::string>& objections) {
+    if (objections.empty()) return {};
+    const std::size_t others = objections.size() - 1;
+    return objections.front() +
+           (others > 0 ? " (" + plain_number(static_cast<double>(others)) + " more)" : "");
+}
+
 } // namespace
 
 void frm_DataLogging::show_set() {
@@ -66,8 +74,9 @@ void frm_DataLogging::show_not_polled() {
     const LogSet& set = logger_.set();
     const bool none = set.rows_in_use() == 0;
     const char* text = knows_set() ? kLoadAgain : set.any_row_filled() ? kEditAgain : kNoRow;
-    lbl_NotPolled.set_Caption(none ? text : "");
-    lbl_NotPolled.set_Visible(none);
+    const std::string objections = objections_text(logger_.objections());
+    lbl_NotPolled.set_Caption(none ? text : objections);
+    lbl_NotPolled.set_Visible(none || !objections.empty());
     cmd_LoadAgain.set_Caption(knows_set() ? "Load A&gain" : "Load Set...");
     cmd_LoadAgain.set_Visible(none);
     Label4.hold(none ? "No row is polled." : "");

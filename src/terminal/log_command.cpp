@@ -192,6 +192,11 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
         environment.err << "pelvan7: no row to poll in \"" << options.set << "\"\n";
         return exit_code::kFailed;
     }
+    if (const auto objections = logger.objections(); !objections.empty()) {
+        for (const std::string& each : objections)
+            environment.err << "pelvan7: " << options.set << ": " << each << "\n";
+        return exit_code::kFailed;
+    }
     if (!options.allow_writes && !logger.set().writing_rows().empty()) {
         environment.err << "pelvan7: row " << logger.set().writing_rows().front() << " of \""
                         << options.set << "\" writes to a controller instead of reading; "

@@ -100,7 +100,7 @@ TEST_F(DataLoggerTest, EachKindOfReplyHasItsValueAndMark) {
 TEST_F(DataLoggerTest, ASetThatWritesIsAskedAboutBeforeItsFirstPass) {
     const std::string end = " to a controller with every pass, instead of reading. "
                             "Poll this set all the same?";
-    for (const std::string command : {"5", "5.5", "6", "15", "16"}) {
+    for (const std::string command : {"5", "6", "15", "16"}) {
         logger.ReadLogSet(
             set_with({"1,3,100,0", "1," + command + ",300,0"}, "START MODE=AUTO\r\n"));
         EXPECT_FALSE(logger.timer().running() || logger.start());
@@ -116,6 +116,50 @@ TEST_F(DataLoggerTest, ASetThatWritesIsAskedAboutBeforeItsFirstPass) {
     logger.ReadLogSet(set_with({"1,6,300,0", "1,6,301,0"}, "START MODE=AUTO\r\n")); // another set
     EXPECT_EQ(dialogs.texts(), Texts{"Rows 1, 2 of this log set write" + end});
     EXPECT_EQ(sent().size(), 6U);
+}
+
+TEST_F(DataLoggerTest, WhatWouldBeReadAsAnotherNumberIsNotPolled) {
+    using Row = std::pair<const char*, const char*>;
+    for (const auto& [row, objection] :
+         {Row{"1,3,x,0", "the register \"x\" is no number"},
+          Row{"1,3,,0", "the register is missing"},
+          Row{"1,3,10O,0", "the register \"10O\" is no number"},
+          Row{"1,3,1.5,0", "the register \"1.5\" is no whole number"},
+          Row{"1 x,3,100,0", "the address \"1 x\" is no number"},
+          Row{"40000,3,100,0", "the address \"40000\" is beyond 32767"},
+          Row{"1,3x,100,0", "the command \"3x\" is no number"},
+          Row{"1,3,100,one", "the decimal places \"one\" are no number"}}) {
+        logger.ReadLogSet(set_with({"1,3,100,0", row}, "START MODE=AUTO\r\n"));
+        EXPECT_EQ(dialogs.texts(),
+                  Texts{"This log set is not polled:\r\nRow 2: " + std::string(objection) + "."});
+        EXPECT_FALSE(logger.start());
+        EXPECT_EQ(seen(), "stands, 0 sent, 0 gathered, 2 shown") << row;
+    }
+    // Out of range is no other number, and a row that is not in use stops nobody.
+    load({"1,3, 100 ,", "300,3,70000,9", "1,3,-1,0", "1,3,x,0"});
+    logger.take_rows_out_of_use();
+    EXPECT_EQ(logger.objections(), Texts{});
+}
+
+TEST_F(DataLoggerTest, LinesNeverGoIntoTheSetOrTheConfiguration) {
+    testing::write_file(config.gIniFile, "[COMMS CONTROLS]\r\n");
+    std::filesystem::create_symlink(set_file, dir.file("link"));
+    for (const auto& [file, what] : {std::pair{dir.file("link"), "set file itself"},
+                                     std::pair{config.gIniFile, "configuration of the program"}}) {
+        load({"1,3,100,0"}, kToFile);
+        const std::string before =
+            testing::read_file(set_file) + testing::read_file(config.gIniFile);
+        start(1);
+        logger.set_file_name(file);
+        run(1);
+        EXPECT_EQ(dialogs.texts(), Texts{"This log set is not polled:\r\nThe log file " + file +
+                                         " is the " + what + ": choose another."});
+        EXPECT_FALSE(logger.timer().running() || logger.FlushLogBuffer());
+        EXPECT_EQ(testing::read_file(set_file) + testing::read_file(config.gIniFile), before);
+        seen();
+    }
+    logger.set_file_name(log_file);
+    EXPECT_TRUE(logger.FlushLogBuffer());
 }
 
 TEST_F(DataLoggerTest, ShortIntervalsGatherAHundredLines) {
@@ -253,7 +297,7 @@ class OvernightTest : public testing::LoggingTest {
     void start(const std::string& device, int seconds) {
         testing::configure_devices(dir, {"simulated:loopback", device});
         table.init_comms();
-        load({"1,3", "1,3,300"}, kToFile);
+        load({"1,3,0", "1,3,300"}, kToFile);
         LoggingTest::start(seconds);
     }
 

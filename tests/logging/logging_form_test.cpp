@@ -173,6 +173,18 @@ TEST_F(LoggingFormTest, SaysThatNothingIsPolledAndTakesTheSetUpAgain) {
     EXPECT_EQ(after(form.mnuLoadSet), "-, -");
 }
 
+TEST_F(LoggingFormTest, SaysWhichRowIsUnclearUntilItIsMended) {
+    dialogs.files = {set_with({"1,3,100,1", "1,3,x,0", "1,3,y,0"})};
+    form.mnuLoadSet.choose();
+    EXPECT_TRUE(form.lbl_NotPolled.Visible());
+    EXPECT_EQ(form.lbl_NotPolled.Caption(), "Row 2: the register \"x\" is no number. (1 more)");
+    EXPECT_EQ(after(form.mnuStartLogging), "-, -");
+    edit(2, 3, "101");
+    edit(3, 3, "101");
+    EXPECT_FALSE(form.lbl_NotPolled.Visible());
+    EXPECT_EQ(after(form.mnuStartLogging), "active, runs");
+}
+
 TEST_F(LoggingFormTest, PaintsBetweenTheRowsOfASilentController) {
     load({"1,3,100,0", "1,3,101,0", "1,3,200,0"});
     instead = "";

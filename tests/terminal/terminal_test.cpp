@@ -299,7 +299,17 @@ TEST_F(TerminalTest, LogSaysWhyItCannot) {
     const std::string section = "[LOGGING DATA DEVICE AND REGISTER SET]\n";
     expect_failures(1, "log " + set + "->no set file \"" + set + "\"");
     expect_of_set("", "", "no row to poll in \"" + set + "\"");
-    expect_of_set(section + "LOGGING INTERVAL=40000\n", "", "OVERFLOW ERROR");
+    for (const auto& [value, message] :
+         {std::pair{"40000", "OVERFLOW ERROR "},
+          {"-5", "ERROR NUMBER 380 CHECK VB MANUAL FOR DESCRIPTION "}})
+        expect_of_set(section + "LOGGING INTERVAL=" + value + "\n", "",
+                      message + set + ": LOGGING INTERVAL \"" + value + "\" is " +
+                          (value[0] == '-' ? "below 0." : "beyond 32767 seconds."));
+    expect_of_set(kLogSet +
+                      std::string("2DEVICEADDRESS=1\n2DEVICECOMMAND=3\n2DEVICEREGISTER=10O\n"),
+                  " --passes 1", set + ": Row 2: the register \"10O\" is no number.");
+    expect_of_set(kLogSet, " --passes 1 --file " + set,
+                  set + ": The log file " + set + " is the set file itself: choose another.");
     testing::write_file(set, kLogSet);
     EXPECT_EQ(run("log " + set + " --passes 60 --file " + dir.file("missing/log.txt")), 1);
     EXPECT_EQ(err.str(), "pelvan7: the log file \"" + dir.file("missing/log.txt") +

@@ -18,6 +18,7 @@
 #include "desktop/bindings/qt_text.h"
 #include "desktop/charts/trend_library.h"
 #include "desktop/system/module.h"
+#include "logging/log_objections.h"
 
 namespace pelvan::desktop {
 namespace {
@@ -66,8 +67,13 @@ const StateLook* look_of(const DataLogger& logger, int row) {
     static const StateLook idle{" \u2013 not polled",
                                 "This row is not polled: load the set again, or edit a cell of it.",
                                 {}};
+    static const StateLook unclear{
+        " ! unclear",
+        "A number of this row cannot be read as it stands: click its cell and type it again.",
+        QColor(255, 236, 179)};
     const LogSetRow& entered = logger.set().row(row);
     if (!entered.in_use) return entered.filled() ? &idle : nullptr;
+    if (!row_objection(entered).empty()) return &unclear;
     return look_of(logger.reading(row).state);
 }
 
