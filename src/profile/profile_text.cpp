@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "platform/whole_file.h"
+#include "registers/sequence_file.h"
 #include "registers/setup_file.h"
 #include "text/numbers.h"
 #include "text/strings.h"
@@ -82,10 +83,7 @@ class ProfileLineReader {
         if (current_->steps.empty()) return refuse(name() + " must be created first.");
         if (number == format_.step_number.number) return select(value);
         if (number == format_.step_type.number) return set_type(value);
-        if (find_own(number)) {
-            current_->own[number] = value;
-            return true;
-        }
+        if (find_own(number)) return set_once(current_->own, number, value, name());
         return set_field(number, value);
     }
 
@@ -127,6 +125,10 @@ class ProfileLineReader {
     bool set_type(int type) {
         if (!format_.kind(type))
             return refuse("the model has no steps of type " + std::to_string(type) + ".");
+        const int former = current_->steps[step_].type;
+        if (given_[step_])
+            return type == former || refuse(step_name() + " has type " + std::to_string(former) +
+                                            " already, not " + std::to_string(type) + ".");
         given_[step_] = true;
         current_->steps[step_] = {type, {}};
         return true;
@@ -139,8 +141,15 @@ class ProfileLineReader {
         if (!kind->find(number))
             return refuse("a step of the kind \"" + kind->name + "\" has no register " +
                           std::to_string(number) + ".");
-        current_->steps[step_].fields[number] = value;
-        return true;
+        return set_once(current_->steps[step_].fields, number, value, step_name());
+    }
+
+    /// Nobody can tell which of two values is meant; the same one twice harms nobody.
+    bool set_once(std::map<int, int>& values, int number, int value, const std::string& owner) {
+        const int there = values.try_emplace(number, value).first->second;
+        return there == value ||
+               refuse("register " + std::to_string(number) + " of " + owner + " has the value " +
+                      std::to_string(there) + " already, not " + std::to_string(value) + ".");
     }
 
     bool finish_profile() {
@@ -168,6 +177,10 @@ class ProfileLineReader {
     }
 
     [[nodiscard]] std::string name() const { return "profile " + std::to_string(current_->number); }
+
+    [[nodiscard]] std::string step_name() const {
+        return "step " + std::to_string(step_ + 1) + " of " + name();
+    }
 
     const ProfileFormat& format_;
     int line_ = 0;
@@ -232,6 +245,7 @@ ReadProfiles load_profiles(const ProfileFormat& format, const std::string& path)
     std::string bytes;
     if (const int error = read_whole_file(path, bytes))
         return failed(path, "cannot be read: " + std::generic_category().message(error) + ".");
+    bytes = without_mark(std::move(bytes));
     const bool ended = bytes.ends_with('\n');
     if (ended) bytes.pop_back();
     std::vector<std::string> lines = split(bytes, '\n');

@@ -20,13 +20,6 @@ std::size_t digits_at_start(std::string_view text) {
     return std::min(text.find_first_not_of("0123456789"), text.size());
 }
 
-/// A first line without the mark that some editors put before UTF-8.
-std::string without_mark(std::string line) {
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";
-    if (line.starts_with(kMark)) line.erase(0, kMark.size());
-    return line;
-}
-
 /// The selecting registers, one a line, in this order at the head of a .pds.
 constexpr std::array<ProfileRegister ProfileSequence::*, 6> kSelectors{
     &ProfileSequence::profile_number, &ProfileSequence::step_number,
@@ -93,9 +86,17 @@ class ProfileSequenceReader {
 
 } // namespace
 
+std::string without_mark(std::string text) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kMark)) text.erase(0, kMark.size());
+    return text;
+}
+
 SequenceFile::SequenceFile(const std::string& path) : reader_(opentextfile(path)) {
     // Only the first three characters count, trimmed: a space ahead of the word hides it.
-    has_profiles_ = upper_case(trim(without_mark(next_line(*reader_)).substr(0, 3))) == "YES";
+    const std::string line = upper_case(without_mark(next_line(*reader_)));
+    has_profiles_ = trim(line.substr(0, 3)) == "YES";
+    hides_profiles_ = !has_profiles_ && trim(line).starts_with("YES");
 }
 
 ProfileRegisters SequenceFile::read_profile_registers() {

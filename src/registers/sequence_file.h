@@ -14,6 +14,9 @@
 
 namespace pelvan {
 
+/// A text, such as a first line, without the mark that some editors put before UTF-8.
+[[nodiscard]] std::string without_mark(std::string text);
+
 /// Registers through which an upload handles profiles, as lines 2 to 4 of the .cds name them.
 struct ProfileRegisters {
     float number = 4000;     // selects a profile
@@ -36,6 +39,8 @@ class SequenceFile {
 
     /// Whether line 1 says that the model has ramp profiles.
     [[nodiscard]] bool has_profiles() const { return has_profiles_; }
+    /// Whether it would say so without the spaces before the word.
+    [[nodiscard]] bool hides_profiles() const { return hides_profiles_; }
 
     /// Reads lines 2 to 4.
     [[nodiscard]] ProfileRegisters read_profile_registers();
@@ -50,6 +55,7 @@ class SequenceFile {
   private:
     std::unique_ptr<TextReader> reader_;
     bool has_profiles_ = false;
+    bool hides_profiles_ = false;
 };
 
 /// Register lines that a .cds of so many lines can have.

@@ -77,6 +77,11 @@ TEST(ProfileText, WhatIsWrongIsSaidWithItsLine) {
         {"4000 2\n4002 1\n4003 0\n4004 0\n",
          "Line 4: a step of the kind \"end\" has no register 4004."},
         {"4000 2\n4002 1\n4003 0\nfoo\n", "Line 4: \"foo\" is no register and its value."},
+        {soak + "4001 1\n4004 5\n",
+         "Line 17: register 4004 of step 1 of profile 2 has the value 0 already, not 5."},
+        {soak + "4050 1\n4050 1\n4050 2\n",
+         "Line 18: register 4050 of profile 2 has the value 1 already, not 2."},
+        {soak + "4003 3\n", "Line 16: step 2 of profile 2 has type 0 already, not 3."},
         {soak + soak, "Line 16: profile 2 is there twice."},
         {soak.substr(0, soak.find("4001 2")),
          "Line 12: step 2 of profile 2 is missing: the file may be cut."},
@@ -86,6 +91,7 @@ TEST(ProfileText, WhatIsWrongIsSaidWithItsLine) {
         EXPECT_TRUE(read.problem.ends_with(" " + problem)) << read.problem;
         EXPECT_TRUE(read.profiles.empty());
     }
+    EXPECT_EQ(load_text("\xEF\xBB\xBF" + soak + "4001 1\n4003 3\n4004 0\n").profiles.size(), 1U);
     EXPECT_EQ(load_text(soak.substr(0, soak.size() - 1)).notes,
               Lines{"The last line has no end: the file may be cut."});
 }
