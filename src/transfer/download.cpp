@@ -137,6 +137,11 @@ std::vector<float> Download::registers_of(Plan& plan) {
     // The list ends there all the same: where it ends is a rule of the file.
     if (const std::string lost = plan.sequence.lost_behind(); !lost.empty())
         run_.errors.list_sentence(plan.model + ".cds: " + lost);
+    if (plan.sequence.hides_profiles() &&
+        fileexists(sequence_path(run_.directory, plan.model + ".pds")))
+        run_.errors.list_sentence(plan.model +
+                                  ".cds: A space before YES hides it: the profiles that " +
+                                  plan.model + ".pds describes are not saved.");
     return list;
 }
 

@@ -96,6 +96,11 @@ TEST_F(DownloadTest, RegistersBehindTheEndOfTheListAreMissed) {
     EXPECT_EQ(ui.errors,
               Lines{"742.cds: Line 6 ends the list of registers; 2 lines with a register "
                     "behind it: not saved."});
+    // So are the profiles of a first line that does not begin with its word.
+    write_sequence("742.cds", " YES\r\n-\r\n-\r\n-\r\n5\r\n");
+    EXPECT_EQ(download({true}).faults, 0);
+    write_sequence("742.pds", "");
+    EXPECT_EQ(download({true}).faults, 1);
 }
 
 TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
