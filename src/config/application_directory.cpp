@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "platform/run_time_error.h"
+#include "text/strings.h"
 
 // From the folder of the executable to those of the package; set by the build for its layout.
 #ifndef PELVAN_MODULE_PATH
@@ -55,7 +56,7 @@ std::optional<fs::path> personal_folder(const DirectoryFacts& facts) {
 }
 
 bool is_set(const fs::path& file) {
-    return file.extension() == ".PV5";
+    return upper_case(file.extension().string()) == ".PV5";
 }
 
 /// Links are followed: what is copied must not lead back to where nothing can be written.
@@ -99,13 +100,6 @@ void make_personal(const fs::path& folder, const Installation& installation, boo
     }
 }
 
-ApplicationDirectory named_by_variable(const std::string& variable) {
-    std::error_code error;
-    const fs::path path = fs::absolute(variable, error);
-    if (error || !is_folder(path)) throw RunTimeError(error_number::kPathNotFound, variable);
-    return {path.string(), "PELVAN_DIRECTORY names it", directory_faults(path.string())};
-}
-
 ApplicationDirectory read_only(const Installation& installation, const std::string& cause) {
     const bool own = installation.portable || !is_folder(installation.samples);
     return {
@@ -116,6 +110,22 @@ ApplicationDirectory read_only(const Installation& installation, const std::stri
 
 std::string unused_note(const fs::path& directory) {
     return "The configuration in " + directory.string() + " is not used.";
+}
+
+/// Who has forgotten the variable looks for a configuration that lies where it would be without.
+ApplicationDirectory named_by_variable(const DirectoryFacts& facts) {
+    std::error_code error;
+    const fs::path path = fs::absolute(facts.variable, error);
+    if (error || !is_folder(path)) throw RunTimeError(error_number::kPathNotFound, facts.variable);
+    ApplicationDirectory chosen{path.string(), "PELVAN_DIRECTORY names it",
+                                directory_faults(path.string())};
+    const auto note = [&](const fs::path& other) {
+        if (is_there(other / kConfiguration) && !fs::equivalent(other, path, error))
+            chosen.notes.push_back(unused_note(other));
+    };
+    if (facts.installation.portable) note(facts.installation.folder);
+    if (const auto folder = personal_folder(facts)) note(*folder);
+    return chosen;
 }
 
 ApplicationDirectory personal(const fs::path& folder, const Installation& installation) {
@@ -152,7 +162,7 @@ std::vector<std::string> directory_faults(const std::string& directory) {
     std::vector<std::string> faults;
     if (std::string fault = configuration_fault(directory); !fault.empty())
         faults.push_back(std::move(fault));
-    if (!may_write(directory)) faults.emplace_back("Nothing can be saved there.");
+    if (!may_write(directory)) faults.push_back("Nothing can be saved in " + directory + ".");
     return faults;
 }
 
@@ -175,7 +185,7 @@ Installation find_own_installation() {
 }
 
 ApplicationDirectory choose_application_directory(const DirectoryFacts& facts) {
-    if (!facts.variable.empty()) return named_by_variable(facts.variable);
+    if (!facts.variable.empty()) return named_by_variable(facts);
     const Installation& installation = facts.installation;
     const auto folder = personal_folder(facts);
     // The folder of all the system's programs is nobody's own, even where root may write it.

@@ -55,6 +55,14 @@ class ApplicationDirectoryTest : public ::testing::Test {
 
 TEST_F(ApplicationDirectoryTest, AVariableWinsAndItsMistakesAreToldAndNotWorkedAround) {
     EXPECT_EQ(choose("opt", "home"), "home: PELVAN_DIRECTORY names it");
+    write("opt/pelvan7.ini", "old");
+    fs::create_directories(root_.file("home/.local/share/pelvan7"));
+    write("home/.local/share/pelvan7/pelvan7.ini", "mine");
+    const std::string unused = "\nThe configuration in home/.local/share/pelvan7 is not used.";
+    EXPECT_EQ(choose("opt", "opt"), "opt: PELVAN_DIRECTORY names it" + unused);
+    EXPECT_EQ(choose("opt", "home"), "home: PELVAN_DIRECTORY names it\n"
+                                     "The configuration in opt is not used." +
+                                         unused);
     for (const char* wrong : {"nowhere", "usr/share/pelvan7/samples/pelvan7.ini"})
         EXPECT_THROW(choose("opt", wrong), RunTimeError) << wrong;
     EXPECT_FALSE(fs::exists(root_.file("nowhere")));
@@ -70,7 +78,7 @@ TEST_F(ApplicationDirectoryTest, WhatMayNotBeReadOrWrittenIsSaid) {
     ASSERT_EQ(::setresuid(0, 0, 0), 0);
     EXPECT_EQ(chosen, "home: PELVAN_DIRECTORY names it\n"
                       "home/pelvan7.ini may not be read: it counts as empty.\n"
-                      "Nothing can be saved there.");
+                      "Nothing can be saved in home.");
 }
 
 TEST_F(ApplicationDirectoryTest, APortableFolderIsItsOwnDirectoryWhileItMayBeWritten) {
@@ -100,7 +108,7 @@ TEST_F(ApplicationDirectoryTest, APackageFillsThePersonsFolderOnceAndNeverTouche
 
 TEST_F(ApplicationDirectoryTest, AnOldConfigurationBesideAReadOnlyProgramMovesAndIsNotLost) {
     write("opt/pelvan7.ini", "old");
-    write("opt/oven.PV5", "old set");
+    write("opt/oven.pv5", "old set");
     fs::create_directories(root_.file("opt/Reg Downloads"));
     write("opt/Reg Downloads/oven.txt", "setup");
     make_read_only("opt");
@@ -109,7 +117,7 @@ TEST_F(ApplicationDirectoryTest, AnOldConfigurationBesideAReadOnlyProgramMovesAn
     EXPECT_EQ(choose("opt"),
               chosen + "Made and filled with the files that lie beside the program.");
     const std::string folder = "home/.local/share/pelvan7/";
-    EXPECT_EQ(read(folder + "pelvan7.ini") + read(folder + "oven.PV5") +
+    EXPECT_EQ(read(folder + "pelvan7.ini") + read(folder + "oven.pv5") +
                   read(folder + "Reg Downloads/oven.txt"),
               "oldold setsetup");
     EXPECT_EQ(choose("opt"), chosen + "The configuration in opt is not used.");
