@@ -16,6 +16,8 @@ constexpr char kNothingFound[] =
     "line are crossed; or try more rates and formats, or more patience.";
 constexpr char kNoValidAnswer[] =
     "No controller was found, but something answers: see below, or try more rates and formats.";
+constexpr char kOnlyStrays[] =
+    "No controller answered, but somebody else sends, or the line is disturbed: see below.";
 constexpr const char* kParityCaptions[] = {"No parit&y", "E&ven parity", "O&dd parity"};
 constexpr char kParityLetters[] = {'N', 'E', 'O'};
 constexpr std::ptrdiff_t kMostRemarks = 3; // lines
@@ -273,7 +275,7 @@ void frm_BusScan::show_result(const ScanResult& result) {
         if (result.unasked > 0)
             text = count + " found. " + unfinished_text(result);
         else if (finds_.empty() && result.unsure.empty())
-            text = result.garbled ? kNoValidAnswer : kNothingFound;
+            text = result.garbled ? kNoValidAnswer : result.strays ? kOnlyStrays : kNothingFound;
         break;
     case ScanEnd::FoundFirst:
         break;

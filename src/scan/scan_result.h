@@ -55,6 +55,7 @@ struct ScanResult {
     std::size_t probes = 0; // requests that were sent
     double taken_ms = 0;
     bool garbled = false; // bytes that are no answer came again when they were asked for again
+    bool strays = false;  // bytes came that nobody was asked for
     /// Settings at which somebody else went on sending, and how many addresses were not asked
     /// there.
     std::vector<std::string> busy = {};

@@ -3,7 +3,8 @@
 // An answer may come when the next address is asked already. It names its sender, who is then asked
 // again with more patience, and so is whoever was asked when it came; only then the line waits for
 // 250 ms of silence, so that silent addresses stay quick. Bytes that are nobody's answer are noise:
-// those who were asked shortly before are asked again, because noise may have hit an answer.
+// those who were asked shortly before are asked again, because noise may have hit an answer. What
+// comes back then as well is a device's, unless such bytes come while nobody is asked.
 #pragma once
 
 #include <deque>
@@ -38,6 +39,10 @@ class ScanRun {
     void all();
 
   private:
+    static constexpr int kTries = 3; // of whoever has answered once, for a second answer
+    /// Controllers that are slow are slower at times.
+    static constexpr double kMargin = 1.2;
+
     /// An address' own answer to what it was asked.
     struct Given {
         ProbeAnswer answer;
@@ -74,8 +79,9 @@ class ScanRun {
     void listen_behind();
     void look_again(int address, std::string bytes);
     void ask_pending();
-    void ask_again(int address, double patience_ms);
+    bool ask_again(int address, double patience_ms);
     void tell_garbled(int address);
+    void tell_strays();
     void leave_settings();
 
     Tools tools_;
@@ -94,6 +100,8 @@ class ScanRun {
     /// Who answered late, and is asked again when the one who is asked now is done with.
     std::deque<std::pair<ScanAsking*, int>> pending_;
     double slowest_ms_ = 0; // of all answers that came late
+    int strays_ = 0;        // bursts
+    int alone_ = 0;         // times that the line was listened to for them
     int busy_ = 0;
     std::string busy_settings_; // where this was so last
     std::set<std::string> said_;

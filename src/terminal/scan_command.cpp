@@ -135,7 +135,7 @@ void say_outcome(const ScanResult& result, const ScanOptions& options, const std
         scan.say(unfinished);
     else if (result.finds.empty() && result.unsure.empty() && result.how == ScanEnd::Completed)
         scan.say((result.garbled ? "no valid answer came in " : "no controller answered in ") +
-                 time);
+                 time + (result.strays ? ", but bytes that nobody was asked for" : ""));
     if (const std::string unsure = unsure_text(result, "--patience"); !unsure.empty())
         scan.say(unsure + " This took " + time + ".");
     if (result.finds.size() != 1) return;

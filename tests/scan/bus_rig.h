@@ -64,8 +64,9 @@ class BusRig : public SerialRig {
     std::vector<Written> written;
     std::string opened_with; // empty while closed
     std::string not_supported;
-    double noise = 0;     // part of the requests that noise follows
-    bool babbles = false; // a byte every 2 ms
+    double noise = 0;        // part of the requests that noise follows
+    double strays_every = 0; // ms from one burst that nobody was asked for to the next
+    bool babbles = false;    // a byte every 2 ms
     bool echoes = false;
     std::size_t lost_after = 0; // requests; 0 for never
     /// What answers a request beside the members.
@@ -99,9 +100,7 @@ class BusRig : public SerialRig {
             if (rig_.echoes) strays_.send(now, request);
             if (rig_.stranger) strays_.send(out + rig_.stranger_after, rig_.stranger(request));
             if (rig_.below(1000) < rig_.noise * 1000) {
-                std::string burst;
-                for (int n = rig_.below(12) + 1; n > 0; --n)
-                    burst += static_cast<char>(rig_.below(256));
+                const std::string burst = rig_.burst(12);
                 strays_.send(out + rig_.below(80), burst);
             }
         }
@@ -109,6 +108,8 @@ class BusRig : public SerialRig {
             const double now = clock_->now_ms();
             for (auto& [protocol, wire] : wires_)
                 buffer += wire.arrived(now);
+            for (; rig_.strays_every > 0 && now >= next_stray_; next_stray_ += rig_.strays_every)
+                strays_.send(now, rig_.burst(5));
             buffer += strays_.take(now);
             if (rig_.babbles) buffer += '\x55';
             return rig_.lost_after == 0 || rig_.written.size() < rig_.lost_after;
@@ -121,6 +122,7 @@ class BusRig : public SerialRig {
             for (auto& [protocol, wire] : wires_)
                 consider(wire.next_ms());
             if (!strays_.empty()) consider(strays_.next_ms());
+            if (rig_.strays_every > 0) consider(next_stray_);
             clock_->sleep_until(next, rig_.babbles ? 2 : timeout_ms);
         }
         void discard_input() override {
@@ -141,9 +143,16 @@ class BusRig : public SerialRig {
         std::shared_ptr<simulator::LineClock> clock_;
         double char_ms_;
         simulator::PacedQueue strays_;
+        double next_stray_ = rig_.strays_every;
         std::vector<std::pair<ScanProtocol, simulator::Wire>> wires_;
     };
 
+    std::string burst(unsigned most) {
+        std::string bytes;
+        for (int n = below(most) + 1; n > 0; --n)
+            bytes += static_cast<char>(below(256));
+        return bytes;
+    }
     [[nodiscard]] int below(unsigned limit) { return static_cast<int>(random_() % limit); }
     std::mt19937 random_{7};
 };

@@ -281,6 +281,26 @@ TEST_F(BusScanTest, SaysWhatItMeetsOnTheLine) {
               "Somebody else sends on this line at 9600,N,8,1: it does not fall silent.");
 }
 
+TEST_F(BusScanTest, LaysStrayBytesAtNobodysDoor) {
+    for (const double every : {500, 2300}) {
+        SCOPED_TRACE(every);
+        members.clear();
+        notes = {};
+        add(ScanProtocol::Modbus, "9600,N,8,1", ",address=3");
+        add(ScanProtocol::Full, "9600,N,8,1", ",address=12,delay=60");
+        strays_every = every;
+        ScanOptions options = plain(ScanProtocol::Modbus);
+        options.protocols.push_back(ScanProtocol::Full);
+        options.last_address = 33;
+        const ScanResult result = run(options);
+        EXPECT_EQ(notes.finds.size(), 2U);
+        EXPECT_FALSE(result.garbled);
+        EXPECT_EQ(notes.remarks,
+                  Texts{"Bytes come at 9600,N,8,1 that nobody was asked for: somebody else sends, "
+                        "or the line is disturbed. The scan takes longer for it."});
+    }
+}
+
 TEST_F(BusScanTest, GivesThePortBackAtOnceWhenItIsCancelled) {
     std::int16_t channel = 1;
     table.open_port(channel);
