@@ -11,6 +11,7 @@ void prepare_scan(ScanOptions& options, const SerialState& channels, const Confi
                   std::int16_t port, int preferred_channel) {
     options.port = port;
     const auto address = parse_network_address(device_for_port(port, config.gIniFile).value_or(""));
+    options.over_network = address.has_value();
     options.fixed_settings = address && !address->rfc2217;
     for (std::size_t i = channels.gCommDevice.size(); i-- > 0;) {
         const SerialPort& device = *channels.gCommDevice[i];

@@ -19,7 +19,7 @@ std::string_view without_echo(const std::string& request, std::string_view bytes
 ScanLine::ScanLine(std::unique_ptr<SerialPort> port, TickSource& tick, const ScanOptions& options,
                    std::function<bool()> go_on)
     : port_(std::move(port)), tick_(tick), toggles_(options.line_mode == kToggle),
-      go_on_(std::move(go_on)) {
+      over_network_(options.over_network), go_on_(std::move(go_on)) {
     port_->set_CommPort(options.port);
     port_->set_DTREnable(options.line_mode != 0);
     port_->set_RTSEnable(options.line_mode == 1);
@@ -33,6 +33,7 @@ void ScanLine::open(const LineSettings& settings) {
     if (port_->PortOpen()) port_->set_PortOpen(false);
     port_->set_Settings(text);
     way_ = exchange_way("COMPLETE", text);
+    if (over_network_) way_.silence_ms = kNetworkSilenceMs;
     record_ = {};
     port_->set_PortOpen(true);
 }
@@ -114,6 +115,7 @@ std::string ScanLine::listen(double ms) {
 }
 
 bool ScanLine::fall_silent(std::string& taken, double silence_ms) {
+    silence_ms = std::max(silence_ms, way_.silence_ms);
     const double end_ms = tick_.precise_ms() + kMaxSilences * silence_ms;
     double until_ms = tick_.precise_ms() + silence_ms;
     while (go_on()) {

@@ -65,6 +65,7 @@ class ScanLine {
     std::unique_ptr<SerialPort> port_;
     TickSource& tick_;
     bool toggles_;
+    bool over_network_;
     std::function<bool()> go_on_;
     bool stopped_ = false;
     bool echoes_ = false;

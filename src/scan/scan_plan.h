@@ -42,6 +42,8 @@ struct ScanOptions {
     bool only_chosen = false; // not then
     /// Rate and format are those of a server on the way, whatever is asked for: once is enough.
     bool fixed_settings = false;
+    /// Bytes come over a network, with pauses that are none on the line.
+    bool over_network = false;
     /// In the order in which they are tried at one setting.
     std::vector<ScanProtocol> protocols = {ScanProtocol::Modbus, ScanProtocol::Full,
                                            ScanProtocol::Xon, ScanProtocol::Tellura};

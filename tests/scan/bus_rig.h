@@ -71,7 +71,8 @@ class BusRig : public SerialRig {
     std::size_t lost_after = 0; // requests; 0 for never
     /// What answers a request beside the members.
     std::function<std::string(const std::string& request)> stranger;
-    double stranger_after = 5; // ms
+    double stranger_after = 5;  // ms
+    double stranger_pauses = 0; // ms behind its first byte
 
     PortFactory scan_port = make_port;
     Link scan_link{table, countdowns, dialogs, log, "Bus Scan"};
@@ -98,7 +99,13 @@ class BusRig : public SerialRig {
             for (auto& [protocol, wire] : wires_)
                 if (protocol == protocol_of(request)) wire.host_writes(request, now);
             if (rig_.echoes) strays_.send(now, request);
-            if (rig_.stranger) strays_.send(out + rig_.stranger_after, rig_.stranger(request));
+            if (rig_.stranger) {
+                const std::string answer = rig_.stranger(request);
+                const std::size_t first = rig_.stranger_pauses > 0 ? 1 : 0;
+                strays_.send(out + rig_.stranger_after, answer.substr(0, first));
+                strays_.send(out + rig_.stranger_after + rig_.stranger_pauses,
+                             answer.substr(std::min(first, answer.size())));
+            }
             if (rig_.below(1000) < rig_.noise * 1000) {
                 const std::string burst = rig_.burst(12);
                 strays_.send(out + rig_.below(80), burst);

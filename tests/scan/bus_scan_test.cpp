@@ -157,15 +157,18 @@ TEST_F(BusScanTest, ForgetsNoAnswerThatComesTooLate) {
 }
 
 TEST_F(BusScanTest, TimesTheAnswerOfOneWhoWasAskedTwice) {
-    // What comes on the line while 2 is asked has it asked again before its first answer came.
-    add(ScanProtocol::Modbus, "9600,N,8,1", ",address=2,queue=1,delay=450");
-    stranger = [](const std::string& request) { return request[0] == '\3' ? "\x55" : ""; };
+    // Noise while 3 is asked has 2 asked again before its first answer has come.
+    add(ScanProtocol::Modbus, "9600,N,8,1", ",address=2,queue=1,delay=650");
+    int times = 0;
+    stranger = [&](const std::string& request) {
+        return request[0] == '\3' && ++times == 1 ? "\x55" : "";
+    };
     ScanOptions options = plain(ScanProtocol::Modbus);
     options.last_address = 5;
     const ScanResult result = run(options);
     ASSERT_EQ(result.finds.size(), 1U);
     EXPECT_GE(sent(testing::frame("02 03 00 00 00 01")), 3);
-    EXPECT_NEAR(result.finds[0].reply_ms, 450, 4);
+    EXPECT_NEAR(result.finds[0].reply_ms, 650, 4);
 }
 
 TEST_F(BusScanTest, TellsOfTwoControllersOfOneAddress) {
@@ -187,6 +190,18 @@ TEST_F(BusScanTest, TellsOfTwoControllersOfOneAddress) {
                   "At 9600,N,8,1 two controllers have the Modbus address 7: \"register 0 holds "
                   "742\" and \"register 0 holds 730\" came. Take one off the line.");
     }
+}
+
+TEST_F(BusScanTest, WaitsLongerForTheRestOfAnAnswerOverANetwork) {
+    stranger_pauses = 200;
+    stranger = [](const std::string& request) {
+        return request[0] == '\3' ? testing::frame("03 03 02 02 E6") : "";
+    };
+    ScanOptions options = plain(ScanProtocol::Modbus);
+    options.over_network = true;
+    options.last_address = 5;
+    EXPECT_EQ(run(options).finds.size(), 1U);
+    EXPECT_EQ(notes.remarks, Texts{});
 }
 
 TEST_F(BusScanTest, TakesNothingElseForAnAnswer) {
