@@ -13,6 +13,8 @@ constexpr char kRefusedText[] = "-99999";
 /// A port over the network takes its time to say no. One of this machine says it at once, and may
 /// be there for the next row.
 constexpr double kSlowRefusalMs = 100;
+constexpr std::size_t kCrcAt = 6; // in a read
+constexpr int kSilentToSibling = 2;
 
 Fit fit_of(const std::string& request, const std::string& reply) {
     if (!can_answer(request, reply)) return Fit::Missing;
@@ -23,6 +25,15 @@ Fit fit_of(const std::string& request, const std::string& reply) {
 std::string answer_in(const std::string& request, const CarefulReply& heard) {
     const bool counts = !heard.unclear && fit_of(request, heard.reply) == Fit::Answers;
     return counts ? heard.reply : std::string();
+}
+
+/// The same read by the sibling of its function: of inputs instead of outputs, or the other way
+/// round. Neither its data nor its refusal can be taken for an answer to the read itself.
+std::string by_sibling(const std::string& request) {
+    std::string other = request.substr(0, kCrcAt);
+    other[1] = static_cast<char>(other[1] % 2 == 0 ? other[1] - 1 : other[1] + 1);
+    const unsigned crc = modbus_crc(other);
+    return other + static_cast<char>(crc & 0xFFU) + static_cast<char>(crc >> 8U);
 }
 
 RowState state_of(const std::string& text) {
@@ -70,17 +81,40 @@ LogReading LogPoller::poll(const LogRow& row, int neighbours) {
     return reading;
 }
 
+std::string LogPoller::transmit(const std::string& frame, float more_ms) {
+    return link_.transmit(
+        kModbusChannel, frame, kModbusTimeoutMs + more_ms, kModbusQuietChars,
+        [&](std::string_view received) { return is_whole_reply(frame, received); });
+}
+
+/// A controller that is silent to the sibling twice, and answers nothing else meanwhile that was
+/// not asked for, does not know it; whether it is slow shows by then.
+bool LogPoller::in_step(const std::string& frame) {
+    int& silences = silences_[frame[0]];
+    if (silences == kSilentToSibling) return true;
+    const std::string other = by_sibling(frame);
+    const std::string reply = transmit(other, 0);
+    const bool silent = reply.empty() && link_.let_fall_silent().discarded == 0;
+    silences = silent ? silences + 1 : 0;
+    return silent ? silences == kSilentToSibling : fit_of(other, reply) == Fit::Answers;
+}
+
 CarefulReply LogPoller::exchange(const std::string& frame, float more_ms) {
     CarefulRequest request;
     request.whom = {kModbusChannel, static_cast<unsigned char>(frame[0])};
     request.repeatable = is_read(frame);
     request.watches_stray_bytes = true;
     request.exchange = [&] {
-        return link_.transmit(
-            kModbusChannel, frame, kModbusTimeoutMs + more_ms, kModbusQuietChars,
-            [&](std::string_view received) { return is_whole_reply(frame, received); });
+        std::string reply = transmit(frame, more_ms);
+        if (link_.stray_bytes() > 0) silences_.erase(frame[0]);
+        return reply;
     };
-    request.fit = [&](const std::string& reply) { return fit_of(frame, reply); };
+    if (request.repeatable) request.in_step = [&] { return in_step(frame); };
+    request.fit = [&](const std::string& reply) {
+        const Fit fit = fit_of(frame, reply);
+        if (fit == Fit::Missing && !reply.empty()) silences_.erase(frame[0]);
+        return fit;
+    };
     return try_port(request);
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <map>
 
 #include "logging/log_set.h"
 #include "protocols/modbus/modbus.h"
@@ -40,6 +41,8 @@ class LogPoller {
 
   private:
     [[nodiscard]] LogReading read(const std::string& frame, int neighbours);
+    [[nodiscard]] std::string transmit(const std::string& frame, float more_ms);
+    [[nodiscard]] bool in_step(const std::string& frame);
     [[nodiscard]] CarefulReply exchange(const std::string& frame, float more_ms = 0);
     [[nodiscard]] CarefulReply try_port(const CarefulRequest& request);
     [[nodiscard]] CarefulReply exchange_with_neighbours(const std::string& frame, int neighbours);
@@ -47,6 +50,7 @@ class LogPoller {
     Link& link_;
     Modbus& modbus_;
     ReadAhead ahead_;
+    std::map<char, int> silences_; // of an address, to reads by the sibling function
     bool gave_up_ = false;
     std::array<float, 3> values_{0, kValueListEnd, kValueListEnd};
 };

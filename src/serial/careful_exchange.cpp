@@ -30,9 +30,13 @@ CarefulReply exchange_carefully(Link& link, const CarefulRequest& request) {
         }
         if (!late.doubtful(request.whom, link.countdowns().read_tick())) return result;
         const Silence silence = link.let_fall_silent();
-        if (silence.discarded == 0) return result;
+        const bool silent = silence.discarded == 0;
+        if (silent && (!request.in_step || request.in_step())) {
+            if (request.in_step) late.settle(request.whom);
+            return result;
+        }
         doubt();
-        result.unclear = again || !request.repeatable;
+        result.unclear = silent || again || !request.repeatable;
         if (result.unclear) return result;
     }
 }

@@ -28,6 +28,8 @@ class LateAnswers {
     /// Bytes stood on the line before a request to it: they were for it, or for whoever was asked
     /// before.
     void met_stray_bytes(const Asked& whom, double tick);
+    /// It is proved that it answers no earlier request any more.
+    void settle(const Asked& whom) { doubted_at_.erase(whom); }
     /// A request to it has ended.
     void asked(const Asked& whom) { last_ = whom; }
 
