@@ -56,16 +56,17 @@ class DataLogger {
     /// A failed write goes unnoticed.
     void WriteLogSet(const std::string& file);
 
-    /// Why the set is not polled, a sentence each; none when it may be.
+    /// What speaks against polling the set, a sentence each: rows that are read as other numbers,
+    /// and a log file that may not be written.
     [[nodiscard]] std::vector<std::string> objections() const;
 
     /// The set may write to controllers: nothing is asked before its first pass. Until it is
     /// replaced.
     void allow_writes() { writes_allowed_ = true; }
 
-    /// Runs a pass at once, then one at every interval. Blocks for the pass. False when there are
-    /// objections, which are shown, or when the set writes to controllers and somebody who was
-    /// asked did not want that.
+    /// Runs a pass at once, then one at every interval. Blocks for the pass. False when the
+    /// log file is one of the program's own, which is shown, or when the set has objections or
+    /// writes to controllers and somebody who was asked did not want that.
     bool start();
     /// False when lines wait that could not be written.
     bool stop();
@@ -77,8 +78,8 @@ class DataLogger {
     /// Polls every row in use once, flushes by rule and starts the timer. Blocks for all exchanges.
     /// A run-time error ends logging, so that it does not come back with every pass, and is passed
     /// on. Nothing while a pass is under way already. Before the first pass of a set that writes to
-    /// controllers a question says so; false, and logging ends, when the answer is no, or when
-    /// there are objections. While another tool has the line the pass is skipped and counted; its
+    /// controllers or has objections a question says so; false, and logging ends, when the answer
+    /// is no. While another tool has the line the pass is skipped and counted; its
     /// rows say so.
     bool RunLoggingPass();
     void PollLogRows();
@@ -144,6 +145,7 @@ class DataLogger {
     bool in_pass_ = false;
     bool pass_ends_ = false;
     bool writes_allowed_ = false;               // by this set
+    bool unclear_allowed_ = false;              // rows of it that are read as other numbers
     std::array<LogReading, kLogRows> readings_; // row 1 first
     std::optional<LoggingStatus::Pass> last_pass_;
     int skipped_passes_ = 0;

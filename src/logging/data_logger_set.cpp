@@ -20,11 +20,11 @@ std::string write_question(const std::vector<int>& rows) {
            " to a controller with every pass, instead of reading. Poll this set all the same?";
 }
 
-std::string refusal(const std::vector<std::string>& objections) {
-    std::string text = "This log set is not polled:";
+std::string row_question(const std::vector<std::string>& objections) {
+    std::string text = "Rows of this log set are not what they say:";
     for (const std::string& each : objections)
         text += "\r\n" + each;
-    return text;
+    return text + "\r\nPoll this set all the same?";
 }
 
 } // namespace
@@ -40,7 +40,7 @@ void DataLogger::read_set(const std::string& file) {
     set_file_ = file;
     set_file_name(set_.file_name);
     set_interval(set_.interval_seconds);
-    writes_allowed_ = false;
+    writes_allowed_ = unclear_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     set_replaced.raise();
     if (!complete)
@@ -72,19 +72,28 @@ std::string DataLogger::file_objection() const {
 }
 
 bool DataLogger::may_poll() {
-    const std::vector<std::string> against = objections();
-    const std::vector<int> rows = set_.writing_rows();
-    if (against.empty() && (writes_allowed_ || rows.empty())) return true;
+    const std::string of_file = set_.log_to_file ? file_objection() : std::string();
+    const std::vector<std::string> unclear = row_objections(set_);
+    const std::vector<int> writing = set_.writing_rows();
+    const bool asks_nothing =
+        (unclear_allowed_ || unclear.empty()) && (writes_allowed_ || writing.empty());
+    if (of_file.empty() && asks_nothing) return true;
     const LoggingTimer::Pause pause(timer_); // no tick asks again while the box stands
-    if (!against.empty()) {
-        services_.dialogs.message_box(refusal(against), "WARNING", MessageButtons::Ok,
-                                      MessageIcon::Exclamation);
+    const auto show = [this](const std::string& text, MessageButtons buttons) {
+        return services_.dialogs.message_box(text, "WARNING", buttons, MessageIcon::Exclamation);
+    };
+    if (!of_file.empty()) {
+        show(of_file, MessageButtons::Ok);
         return false;
     }
-    writes_allowed_ = services_.dialogs.message_box(write_question(rows), "WARNING",
-                                                    MessageButtons::YesNoPreferNo,
-                                                    MessageIcon::Exclamation) == MessageAnswer::Yes;
-    return writes_allowed_;
+    // Whoever wants them polled gets the numbers that the texts are read as.
+    const auto allow = [&](bool& allowed, const std::string& question) {
+        allowed = show(question, MessageButtons::YesNoPreferNo) == MessageAnswer::Yes;
+        return allowed;
+    };
+    return (unclear_allowed_ || unclear.empty() ||
+            allow(unclear_allowed_, row_question(unclear))) &&
+           (writes_allowed_ || writing.empty() || allow(writes_allowed_, write_question(writing)));
 }
 
 } // namespace pelvan

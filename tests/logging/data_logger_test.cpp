@@ -118,7 +118,7 @@ TEST_F(DataLoggerTest, ASetThatWritesIsAskedAboutBeforeItsFirstPass) {
     EXPECT_EQ(sent().size(), 6U);
 }
 
-TEST_F(DataLoggerTest, WhatWouldBeReadAsAnotherNumberIsNotPolled) {
+TEST_F(DataLoggerTest, WhatWouldBeReadAsAnotherNumberIsAskedAbout) {
     using Row = std::pair<const char*, const char*>;
     for (const auto& [row, objection] :
          {Row{"1,3,x,0", "the register \"x\" is no number"},
@@ -131,10 +131,16 @@ TEST_F(DataLoggerTest, WhatWouldBeReadAsAnotherNumberIsNotPolled) {
           Row{"1,3,100,one", "the decimal places \"one\" are no number"}}) {
         logger.ReadLogSet(set_with({"1,3,100,0", row}, "START MODE=AUTO\r\n"));
         EXPECT_EQ(dialogs.texts(),
-                  Texts{"This log set is not polled:\r\nRow 2: " + std::string(objection) + "."});
+                  Texts{"Rows of this log set are not what they say:\r\nRow 2: " +
+                        std::string(objection) + ".\r\nPoll this set all the same?"});
         EXPECT_FALSE(logger.start());
         EXPECT_EQ(seen(), "stands, 0 sent, 0 gathered, 2 shown") << row;
     }
+    load({"1,3,1.5,0"});
+    dialogs.answers = {MessageAnswer::Yes};
+    EXPECT_TRUE(logger.start());
+    run(10);
+    EXPECT_EQ(seen(), "runs, 2 sent, -1 gathered, 1 shown") << "register 2, as it always was";
     // Out of range is no other number, and a row that is not in use stops nobody.
     load({"1,3, 100 ,", "300,3,70000,9", "1,3,-1,0", "1,3,x,0"});
     logger.take_rows_out_of_use();
@@ -152,8 +158,8 @@ TEST_F(DataLoggerTest, LinesNeverGoIntoTheSetOrTheConfiguration) {
         start(1);
         logger.set_file_name(file);
         run(1);
-        EXPECT_EQ(dialogs.texts(), Texts{"This log set is not polled:\r\nThe log file " + file +
-                                         " is the " + what + ": choose another."});
+        EXPECT_EQ(dialogs.texts(),
+                  Texts{"The log file " + file + " is the " + what + ": choose another."});
         EXPECT_FALSE(logger.timer().running() || logger.FlushLogBuffer());
         EXPECT_EQ(testing::read_file(set_file) + testing::read_file(config.gIniFile), before);
         seen();
