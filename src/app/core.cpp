@@ -53,14 +53,22 @@ std::unique_ptr<SerialLine> Core::open_device(const std::string& device,
     try {
         auto line = opener_(path, settings);
         adapters.opened(device);
-        not_permitted_.erase(path);
+        refused_.erase(device);
         return line;
     } catch (const RunTimeError&) {
-        const DeviceState state = probe_device(path);
-        if (state == DeviceState::NoPermission && not_permitted_.insert(path).second)
-            not_permitted.raise(path + ": " + device_state_text(state, path));
+        const std::string refusal = refusal_of(device);
+        if (!refusal.empty() && refused_.insert(device).second) device_refused.raise(refusal);
         throw;
     }
+}
+
+std::string Core::refusal_of(const std::string& device) const {
+    if (const std::string other = adapters.another_at(device); !other.empty())
+        return device + " is another adapter now (" + other + "), which is not used instead of " +
+               adapters.path_of(device) + ": plug that in, or start again";
+    const std::string path = adapters.path_of(device);
+    const DeviceState state = probe_device(path);
+    return state == DeviceState::NoPermission ? path + ": " + device_state_text(state, path) : "";
 }
 
 DeviceLookup Core::device_lookup() const {

@@ -58,16 +58,17 @@ class Core {
 
     /// The machine's devices, and what became of ports over the network.
     [[nodiscard]] DeviceLookup device_lookup() const;
-    /// A device of this machine may not be opened for want of a permission: which one, and what
-    /// helps. Raised once until it opens.
-    Event<const std::string&> not_permitted;
+    /// A device of this machine is not opened for want of a permission, or because another adapter
+    /// has taken its name: which one, and what helps. Raised once until it opens.
+    Event<const std::string&> device_refused;
 
   private:
     [[nodiscard]] std::unique_ptr<SerialPort> make_port();
     [[nodiscard]] std::unique_ptr<SerialLine> open_device(const std::string& device,
                                                           const LineSettings& settings);
     LineOpener opener_;
-    std::set<std::string> not_permitted_; // told
+    [[nodiscard]] std::string refusal_of(const std::string& device) const;
+    std::set<std::string> refused_; // told
 };
 
 } // namespace pelvan

@@ -42,6 +42,8 @@ LinePanel::LinePanel(Application& application, MenuEntry& port_settings)
     : application_(application),
       observer_(application.channels, application.session.config,
                 [&application](const std::string& device) {
+                    if (!application.adapters.another_at(device).empty())
+                        return std::string("not there: another adapter has its name");
                     return device_trouble(application.network,
                                           application.adapters.path_of(device));
                 }) {

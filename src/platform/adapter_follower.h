@@ -15,11 +15,19 @@ class AdapterFollower {
 
     /// By which path to open a device now: where the adapter is that it was when it was opened
     /// last, or the device's own path when that adapter has no name of this kind or is away.
+    ///
+    /// Where another adapter has taken that path, the name of the one that is away: nothing is
+    /// sent to a stranger.
     [[nodiscard]] std::string path_of(const std::string& device) const;
+    /// The name of the adapter that stands at the device's path instead of the one that was opened
+    /// there; empty when none does.
+    [[nodiscard]] std::string another_at(const std::string& device) const;
     /// The device has been opened by `path_of`: remembers which adapter that is.
     void opened(const std::string& device);
 
   private:
+    [[nodiscard]] std::string link_to(const std::string& path) const;
+
     std::string by_id_;
     std::map<std::string, std::string> links_; // by device
 };

@@ -64,12 +64,6 @@ std::string general_text(int number) {
     return "ERROR NUMBER " + std::to_string(number) + " CHECK VB MANUAL FOR DESCRIPTION";
 }
 
-/// The subject of such an error, where it has one, is a sentence on a value, not a file's name.
-bool is_of_a_value(int number) {
-    return number == error_number::kOverflow || number == error_number::kSubscript ||
-           number == error_number::kInvalidPropertyValue;
-}
-
 } // namespace
 
 void show_error_message(Dialogs& dialogs, int number, const std::string& subject) {
@@ -80,9 +74,7 @@ void show_error_message(Dialogs& dialogs, int number, const std::string& subject
         dialogs.message_box(" MAKE SURE DRIVE DOOR IS CLOSED & DISK IS INSTALLED CORRECTLY ",
                             "DISK ERROR READING DRIVE");
     else
-        dialogs.message_box(general_text(number) + (is_of_a_value(number) && !subject.empty()
-                                                        ? "\r\n\r\n" + subject
-                                                        : std::string()));
+        dialogs.message_box(general_text(number));
 }
 
 void ErrorLog::log_comm_error(const std::string& routine, int error_number) {

@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "logging/log_set_file.h"
+#include "platform/run_time_error.h"
 #include "platform/text_file.h"
 #include "terminal/commands.h"
 #include "terminal/json.h"
@@ -178,9 +180,25 @@ bool run_passes(TerminalApplication& terminal, const LogOptions& options,
     return answered;
 }
 
+/// Why the set cannot be read, in words: the general messages name neither file nor key.
+std::string set_fault(const std::string& file) {
+    try {
+        LogSet set;
+        return read_log_set(file, "", set)
+                   ? ""
+                   : file + ": a set has " + std::to_string(kLogRows) + " rows at most.";
+    } catch (const RunTimeError& error) {
+        return error.subject();
+    }
+}
+
 int log(const LogOptions& options, TerminalEnvironment& environment) {
     if (!fileexists(options.set)) {
         environment.err << "pelvan7: no set file \"" << options.set << "\"\n";
+        return exit_code::kFailed;
+    }
+    if (const std::string fault = set_fault(options.set); !fault.empty()) {
+        environment.err << "pelvan7: " << fault << "\n";
         return exit_code::kFailed;
     }
     TerminalApplication terminal(environment);

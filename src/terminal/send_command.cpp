@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "console/protocol_number.h"
 #include "terminal/commands.h"
@@ -96,11 +97,17 @@ bool send_repeatedly(const SendOptions& options, Core& app, TerminalEnvironment&
     };
     repeat.start([&] { return send_with(options, app.senders); },
                  options.interval_s * kMsPerSecond);
+    std::string told; // why a port was not open, once
     while (repeat.running() && !environment.stop && !enough()) {
-        if (const auto outcome = repeat.tick())
-            print_judged(*outcome, environment);
-        else
+        if (const auto outcome = repeat.tick()) {
+            const std::string& reason = repeat.counts().last_failure;
+            if (!print_judged(*outcome, environment) &&
+                outcome->kind == SendOutcome::Kind::NotSent && reason != outcome->status &&
+                std::exchange(told, reason) != reason)
+                environment.err << "pelvan7: " << reason << "\n";
+        } else {
             environment.wait_ms(std::clamp(static_cast<int>(repeat.wait_ms()), 1, kWaitMs));
+        }
     }
     const bool ended = options.repeat == 0 || enough();
     repeat.stop();

@@ -31,7 +31,7 @@ struct TerminalApplication::Parts {
             told = sentence;
             err << "pelvan7: " << sentence << "\n";
         };
-        troubles = {app.network.failed().subscribe(tell), app.not_permitted.subscribe(tell)};
+        troubles = {app.network.failed().subscribe(tell), app.device_refused.subscribe(tell)};
     }
     TerminalDialogs dialogs;
     TerminalDesktop desktop;

@@ -188,7 +188,9 @@ TEST_F(ApplicationTest, ClosingTheFrameWritesTheLogAndAsksDuringATransfer) {
     testing::write_file(dir.file("set.PV5"),
                         "[LOGGING DATA DEVICE AND REGISTER SET]\r\nLOG TO FILE=TRUE\r\n"
                         "LOGGING INTERVAL=2\r\nLOGGING FILENAME=" +
-                            dir.file("log") + "\r\n1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n");
+                            dir.file("log") +
+                            "\r\n1DEVICEADDRESS=1\r\n1DEVICECOMMAND=3\r\n"
+                            "1DEVICEREGISTER=0\r\n");
     app.data_logger.ReadLogSet(dir.file("set.PV5"));
     app.logging.mnuStartLogging.choose();
     EXPECT_EQ(testing::read_file(dir.file("log")), "");

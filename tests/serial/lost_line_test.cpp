@@ -132,9 +132,11 @@ TEST(AdapterFollowerTest, FindsAnAdapterByItsNameUnderAnotherNode) {
     EXPECT_EQ(follower.path_of(usb0), one_id);
     follower.opened(usb0);
     EXPECT_EQ(follower.path_of(usb0), one_id);
+    EXPECT_EQ(follower.another_at(usb0), "");
     pull(usb1, one_id);
-    follower.opened(usb0); // by its own path: the other adapter is there now
-    EXPECT_EQ(follower.path_of(usb0), other_id);
+    EXPECT_EQ(follower.path_of(usb0), one_id) << "never the other adapter in its place";
+    EXPECT_EQ(follower.another_at(usb0), other_id);
+    EXPECT_EQ(AdapterFollower(by_id).path_of(usb0), usb0) << "chosen anew";
     for (const std::string& unnamed : {other_id, std::string("simulated:742")}) {
         follower.opened(unnamed);
         EXPECT_EQ(follower.path_of(unnamed), unnamed);
