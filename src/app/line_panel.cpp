@@ -70,7 +70,8 @@ void LinePanel::look() {
         !status.echo.empty();
     cmd_Line.set_Caption(line_text(protocols.option(protocols.Value()).caption, status));
     const std::string place = application_.adapters.path_of(status.device);
-    const std::string moved = place == status.device ? "" : ", now " + place;
+    const bool is_open = status.state == LineStatus::State::Open;
+    const std::string moved = place == status.device || !is_open ? "" : ", now " + place;
     const std::string device = status.device.empty() ? "" : status.device + moved + ". ";
     const std::string errors =
         status.errors ? "Since it was opened: " + line_errors_text(*status.errors) + ". " : "";

@@ -8,10 +8,7 @@ namespace fs = std::filesystem;
 
 std::string AdapterFollower::path_of(const std::string& device) const {
     const auto link = links_.find(device);
-    std::error_code error;
-    if (link == links_.end()) return device;
-    const bool away = !fs::exists(link->second, error);
-    return away && another_at(device).empty() ? device : link->second;
+    return link == links_.end() ? device : link->second;
 }
 
 std::string AdapterFollower::another_at(const std::string& device) const {

@@ -13,11 +13,10 @@ class AdapterFollower {
     /// `by_id` is the directory of the links that bear makers' names and serial numbers.
     explicit AdapterFollower(std::string by_id = "/dev/serial/by-id") : by_id_(std::move(by_id)) {}
 
-    /// By which path to open a device now: where the adapter is that it was when it was opened
-    /// last, or the device's own path when that adapter has no name of this kind or is away.
-    ///
-    /// Where another adapter has taken that path, the name of the one that is away: nothing is
-    /// sent to a stranger.
+    /// By which path to open a device now: the name of the adapter that it was when it was opened
+    /// last, also while that is away, or the device's own path when it has had no such name. The
+    /// node may be another adapter's by then, and gets its name a moment after it is there: nothing
+    /// is sent to a stranger.
     [[nodiscard]] std::string path_of(const std::string& device) const;
     /// The name of the adapter that stands at the device's path instead of the one that was opened
     /// there; empty when none does.
