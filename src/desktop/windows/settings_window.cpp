@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -174,6 +175,25 @@ class Content : public QScrollArea {
     QSize room_;
 };
 
+/// A question in the middle of the closing, too, is a window that goes: some window managers give
+/// the keyboard back to that one. The frame takes it.
+class KeyboardBack : public QObject {
+  public:
+    KeyboardBack(QWidget* window, MdiFrame& frame) : QObject(window), frame_(frame) {
+        window->installEventFilter(this);
+    }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Hide)
+            QTimer::singleShot(0, &frame_, [this] { frame_.activateWindow(); });
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    MdiFrame& frame_;
+};
+
 /// Binds the form last, when the window has its size, and lays it over the middle of its parent.
 void finish(const BindContext& context, Form& form, MdiFrame& frame, QWidget* window,
             QWidget* content) {
@@ -182,6 +202,7 @@ void finish(const BindContext& context, Form& form, MdiFrame& frame, QWidget* wi
     window->move(middle - window->rect().center());
     on_key(context, window, Qt::Key_F1, [&frame, &form] { frame.show_help(form.help_page()); });
     bind(context, form, window);
+    new KeyboardBack(window, frame);
 }
 
 } // namespace
