@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/text_file.h"
 #include "registers/transfer_listener.h"
