@@ -158,7 +158,7 @@ LogReading LogPoller::read(const std::string& frame, int neighbours) {
     static_cast<void>(modbus_.ModbusDecodeSmartDecimal(1, frame));
     LogReading reading;
     reading.value = modbus_.ModbusDecodeSmartDecimal(0, heard.reply);
-    reading.after_strays = heard.after_strays;
+    reading.after_strays = heard.after_strays || heard.unclear;
     const bool is_whole = begins_with_number(reading.value) || is_exception_text(reading.value);
     const bool is_own = can_answer(frame, heard.reply) && !heard.unclear;
     if (is_own) reading.state = state_of(reading.value);

@@ -19,7 +19,9 @@ enum class RowState { NotPolled, Answered, Exception, Nothing, LineInUse };
 struct LogReading {
     std::string value; // for the Value column and the log
     RowState state = RowState::Nothing;
-    bool after_strays = false; // bytes that nobody had asked for stood on the line before
+    /// Bytes that nobody had asked for stood on the line before, or what came may answer another
+    /// row.
+    bool after_strays = false;
     bool operator==(const LogReading&) const = default;
 };
 
