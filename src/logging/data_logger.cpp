@@ -54,7 +54,7 @@ void DataLogger::reset() {
     timer_.reset_count();
     set_ = LogSet{};
     set_file_.clear();
-    writes_allowed_ = unclear_allowed_ = false;
+    writes_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     last_pass_.reset();
     skipped_passes_ = 0;

@@ -65,8 +65,9 @@ class DataLogger {
     void allow_writes() { writes_allowed_ = true; }
 
     /// Runs a pass at once, then one at every interval. Blocks for the pass. False when the
-    /// log file is one of the program's own, which is shown, or when the set has objections or
-    /// writes to controllers and somebody who was asked did not want that.
+    /// log file is one of the program's own, which is shown, or when the set writes
+    /// to controllers and somebody who was asked did not want that. Rows that are read as other
+    /// numbers are polled as they are read: what a file holds is not checked, only told.
     bool start();
     /// False when lines wait that could not be written.
     bool stop();
@@ -78,9 +79,8 @@ class DataLogger {
     /// Polls every row in use once, flushes by rule and starts the timer. Blocks for all exchanges.
     /// A run-time error ends logging, so that it does not come back with every pass, and is passed
     /// on. Nothing while a pass is under way already. Before the first pass of a set that writes to
-    /// controllers or has objections a question says so; false, and logging ends, when the answer
-    /// is no. While another tool has the line the pass is skipped and counted; its
-    /// rows say so.
+    /// controllers a question says so; false, and logging ends, when the answer is no. While
+    /// another tool has the line the pass is skipped and counted; its rows say so.
     bool RunLoggingPass();
     void PollLogRows();
     /// Ends the pass under way before its next row.
@@ -145,7 +145,6 @@ class DataLogger {
     bool in_pass_ = false;
     bool pass_ends_ = false;
     bool writes_allowed_ = false;               // by this set
-    bool unclear_allowed_ = false;              // rows of it that are read as other numbers
     std::array<LogReading, kLogRows> readings_; // row 1 first
     std::optional<LoggingStatus::Pass> last_pass_;
     int skipped_passes_ = 0;

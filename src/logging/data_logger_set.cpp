@@ -20,13 +20,6 @@ std::string write_question(const std::vector<int>& rows) {
            " to a controller with every pass, instead of reading. Poll this set all the same?";
 }
 
-std::string row_question(const std::vector<std::string>& objections) {
-    std::string text = "Rows of this log set are not what they say:";
-    for (const std::string& each : objections)
-        text += "\r\n" + each;
-    return text + "\r\nPoll this set all the same?";
-}
-
 } // namespace
 
 void DataLogger::ReadLogSet(const std::string& file) {
@@ -40,7 +33,7 @@ void DataLogger::read_set(const std::string& file) {
     set_file_ = file;
     set_file_name(set_.file_name);
     set_interval(set_.interval_seconds);
-    writes_allowed_ = unclear_allowed_ = false;
+    writes_allowed_ = false;
     readings_.fill({"", RowState::NotPolled});
     set_replaced.raise();
     if (!complete)
@@ -73,11 +66,8 @@ std::string DataLogger::file_objection() const {
 
 bool DataLogger::may_poll() {
     const std::string of_file = set_.log_to_file ? file_objection() : std::string();
-    const std::vector<std::string> unclear = row_objections(set_);
     const std::vector<int> writing = set_.writing_rows();
-    const bool asks_nothing =
-        (unclear_allowed_ || unclear.empty()) && (writes_allowed_ || writing.empty());
-    if (of_file.empty() && asks_nothing) return true;
+    if (of_file.empty() && (writes_allowed_ || writing.empty())) return true;
     const LoggingTimer::Pause pause(timer_); // no tick asks again while the box stands
     const auto show = [this](const std::string& text, MessageButtons buttons) {
         return services_.dialogs.message_box(text, "WARNING", buttons, MessageIcon::Exclamation);
@@ -86,14 +76,9 @@ bool DataLogger::may_poll() {
         show(of_file, MessageButtons::Ok);
         return false;
     }
-    // Whoever wants them polled gets the numbers that the texts are read as.
-    const auto allow = [&](bool& allowed, const std::string& question) {
-        allowed = show(question, MessageButtons::YesNoPreferNo) == MessageAnswer::Yes;
-        return allowed;
-    };
-    return (unclear_allowed_ || unclear.empty() ||
-            allow(unclear_allowed_, row_question(unclear))) &&
-           (writes_allowed_ || writing.empty() || allow(writes_allowed_, write_question(writing)));
+    writes_allowed_ =
+        show(write_question(writing), MessageButtons::YesNoPreferNo) == MessageAnswer::Yes;
+    return writes_allowed_;
 }
 
 } // namespace pelvan
