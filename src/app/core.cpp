@@ -65,14 +65,17 @@ std::unique_ptr<SerialLine> Core::open_device(const std::string& device,
 std::string Core::refusal_of(const std::string& device) const {
     if (const std::string other = adapters.another_at(device); !other.empty())
         return device + " is another adapter now (" + other + "), which is not used instead of " +
-               adapters.path_of(device) + ": plug that in, or start again";
+               adapters.path_of(device) +
+               ": plug that in; to use this one, save the port settings or start again";
     const std::string path = adapters.path_of(device);
     const DeviceState state = probe_device(path);
     return state == DeviceState::NoPermission ? path + ": " + device_state_text(state, path) : "";
 }
 
-DeviceLookup Core::device_lookup() const {
+DeviceLookup Core::device_lookup() {
     DeviceLookup lookup;
+    lookup.stranger = [this](const std::string& device) { return adapters.another_at(device); };
+    lookup.adopt = [this](const std::string& device) { adapters.forget(device); };
     lookup.network_trouble = [this](const std::string& device) { return network.trouble(device); };
     return lookup;
 }

@@ -57,7 +57,7 @@ class Core {
     BusScan bus_scan;
 
     /// The machine's devices, and what became of ports over the network.
-    [[nodiscard]] DeviceLookup device_lookup() const;
+    [[nodiscard]] DeviceLookup device_lookup();
     /// A device of this machine is not opened for want of a permission, or because another adapter
     /// has taken its name: which one, and what helps. Raised once until it opens.
     Event<const std::string&> device_refused;

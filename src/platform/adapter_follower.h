@@ -21,6 +21,8 @@ class AdapterFollower {
     /// The name of the adapter that stands at the device's path instead of the one that was opened
     /// there; empty when none does.
     [[nodiscard]] std::string another_at(const std::string& device) const;
+    /// Whatever stands at the device's path is the adapter from now on.
+    void forget(const std::string& device) { links_.erase(device); }
     /// The device has been opened by `path_of`: remembers which adapter that is.
     void opened(const std::string& device);
 

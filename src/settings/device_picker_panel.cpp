@@ -16,7 +16,10 @@ DevicePickerPanel::DevicePickerPanel(Services& services, const ConfigState& conf
     cmb_Device.Change = [this] { choose(false); };
     cmb_Device.GotFocus = [this] { cmb_Device.select_all(); };
     cmd_AssignDevice.set_Visible(purpose == Purpose::ForNumbers);
-    cmd_AssignDevice.Click = [this] { assign_pending(); };
+    cmd_AssignDevice.Click = [this] {
+        ask_about_stranger();
+        assign_pending();
+    };
     cmd_RefreshDevices.Click = [this] { refresh(); };
 }
 
@@ -123,7 +126,19 @@ bool DevicePickerPanel::may_assign(const std::string& device) {
                                          MessageIcon::Exclamation) == MessageAnswer::Yes;
 }
 
+void DevicePickerPanel::ask_about_stranger() {
+    const std::string question = devices_.stranger_question(device());
+    if (question.empty() ||
+        services_.dialogs.message_box(question, {}, MessageButtons::YesNoPreferNo,
+                                      MessageIcon::Exclamation) != MessageAnswer::Yes)
+        return;
+    devices_.adopt(device());
+    show_state();
+    changed.raise();
+}
+
 bool DevicePickerPanel::accept() {
+    ask_about_stranger();
     return !devices_.is_change(number_, device()) || may_assign(device());
 }
 

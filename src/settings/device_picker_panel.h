@@ -44,7 +44,8 @@ class DevicePickerPanel {
     /// Whether to assign what was chosen, which it names.
     [[nodiscard]] std::string pending_question() const;
 
-    /// Whether the device in the box may be assigned; says what speaks against it, or asks.
+    /// Whether the device in the box may be assigned; says what speaks against it, or asks. Asks
+    /// whether to use another adapter that has taken its name; without that the device is away.
     [[nodiscard]] bool accept();
     /// Writes the device in the box for the number that is shown, when that is a change; it takes
     /// effect with the next rebuild. False when it does not stand in the file then.
@@ -66,6 +67,7 @@ class DevicePickerPanel {
     void fill(const std::string& wanted_device);
     void show_state();
     [[nodiscard]] bool may_assign(const std::string& device);
+    void ask_about_stranger();
     bool assign(int number, const std::string& device);
 
     Services& services_;

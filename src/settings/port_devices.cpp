@@ -73,7 +73,11 @@ std::string PortDevices::network_state(const std::string& device) const {
 
 std::string PortDevices::state(const std::string& device) const {
     if (is_network(device)) return network_state(device);
-    if (!simulator::is_simulated(device)) return device_state_text(lookup_.probe(device), device);
+    if (!simulator::is_simulated(device)) {
+        const bool strange = !lookup_.stranger(device).empty();
+        return strange ? "another adapter has its name"
+                       : device_state_text(lookup_.probe(device), device);
+    }
     return simulator::parse_simulated_device(device) ? "simulated, may be opened"
                                                      : "not understood";
 }
@@ -153,6 +157,14 @@ DeviceObjection PortDevices::objection(const std::string& device) const {
         return {shown + " is no port over the network: these begin with tcp:// or rfc2217://."};
     if (device.front() != '/') return {shown + " is no path: type all of it, as in /dev/ttyUSB0."};
     return path_objection(lookup_.probe(device), device);
+}
+
+std::string PortDevices::stranger_question(const std::string& device) const {
+    const std::string stranger = lookup_.stranger(device);
+    return stranger.empty()
+               ? ""
+               : device + " is another adapter now than when it was opened: " + stranger +
+                     ". Use this one from now on?";
 }
 
 bool PortDevices::write(int number, const std::string& device) const {

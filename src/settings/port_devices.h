@@ -31,6 +31,12 @@ struct DeviceLookup {
     std::function<std::string(const std::string& device)> network_trouble = [](const std::string&) {
         return std::string();
     };
+    /// The adapter that has taken the name of the one that a device was so far, empty when none
+    /// has; and that it is the device from now on.
+    std::function<std::string(const std::string& device)> stranger = [](const std::string&) {
+        return std::string();
+    };
+    std::function<void(const std::string& device)> adopt = [](const std::string&) {};
 };
 
 /// Why a port number should not, or cannot, stand for a device.
@@ -76,6 +82,10 @@ class PortDevices {
     [[nodiscard]] DeviceObjection objection(const std::string& device) const;
     /// Why nothing may be assigned now, in a sentence: a tool has claimed the lines. Else empty.
     [[nodiscard]] std::string refusal() const { return channels_.line_use().refusal(nullptr); }
+    /// Whether to use the adapter that has taken a device's name meanwhile; empty when none has.
+    [[nodiscard]] std::string stranger_question(const std::string& device) const;
+    /// Uses it with the next opening.
+    void adopt(const std::string& device) const { lookup_.adopt(device); }
     /// Lets a port number stand for a device with the next rebuild. False when the assignment does
     /// not stand in the file then.
     [[nodiscard]] bool write(int number, const std::string& device) const;

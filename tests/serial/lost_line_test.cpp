@@ -136,7 +136,9 @@ TEST(AdapterFollowerTest, FindsAnAdapterByItsNameUnderAnotherNode) {
     pull(usb1, one_id);
     EXPECT_EQ(follower.path_of(usb0), one_id) << "never the other adapter in its place";
     EXPECT_EQ(follower.another_at(usb0), other_id);
-    EXPECT_EQ(AdapterFollower(by_id).path_of(usb0), usb0) << "chosen anew";
+    follower.forget(usb0);
+    EXPECT_EQ(follower.path_of(usb0), usb0) << "unless somebody wants it";
+    EXPECT_EQ(follower.another_at(usb0), "");
     for (const std::string& unnamed : {other_id, std::string("simulated:742")}) {
         follower.opened(unnamed);
         EXPECT_EQ(follower.path_of(unnamed), unnamed);

@@ -256,6 +256,26 @@ TEST_F(CommsSettingsTest, AChosenDeviceIsAssignedOrAskedAbout) {
     EXPECT_EQ(key("SERIAL DEVICES", "PORT 14"), "simulated:742");
 }
 
+TEST_F(CommsSettingsTest, AnotherAdapterInTheOnesPlaceIsUsedWhenSomebodySaysSo) {
+    build({"3;9600,N,8,1;0"});
+    strange = "/dev/ttyUSB0";
+    ini_write_string("SERIAL DEVICES", "PORT 3", strange, config.gIniFile);
+    for (const MessageAnswer answer : {MessageAnswer::No, MessageAnswer::Yes}) {
+        open(0);
+        EXPECT_EQ(form.picker.lbl_DeviceState.Caption(),
+                  "Port 3: /dev/ttyUSB0: another adapter has its name, used by Full");
+        dialogs.answers = {answer};
+        form.cmd_SaveChanges[0].press();
+        EXPECT_EQ(dialogs.texts(), Texts{"/dev/ttyUSB0 is another adapter now than when it was "
+                                         "opened: usb-Other-if00. Use this one from now on?"});
+        dialogs.shown.clear();
+        EXPECT_EQ(strange.empty(), answer == MessageAnswer::Yes);
+    }
+    open(0);
+    form.cmd_SaveChanges[0].press();
+    EXPECT_EQ(dialogs.texts(), Texts{});
+}
+
 /// Of a device that is typed: what is said, with a question mark where it may be kept.
 TEST_F(CommsSettingsTest, SaysWhatSpeaksAgainstADevice) {
     states["/dev/null"] = DeviceState::NotSerial;

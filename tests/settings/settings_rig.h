@@ -13,6 +13,12 @@
 namespace pelvan::testing {
 
 struct SettingsTest : ::testing::Test, SerialRig {
+    SettingsTest() {
+        lookup.stranger = [this](const std::string& device) {
+            return !strange.empty() && device == strange ? "usb-Other-if00" : "";
+        };
+        lookup.adopt = [this](const std::string&) { strange.clear(); };
+    }
     [[nodiscard]] std::string key(const std::string& section, const std::string& name) const {
         return ini_read_string(section, name, "(none)", config.gIniFile);
     }
@@ -24,6 +30,7 @@ struct SettingsTest : ::testing::Test, SerialRig {
     std::vector<SerialDevice> plugged{adapter("Maker")};
     std::map<std::string, DeviceState> states{{plugged[0].path, DeviceState::Openable}};
     std::string built_in; // behind number 1
+    std::string strange;  // a device whose name another adapter has taken
     DeviceLookup lookup{[this] { return plugged; },
                         [this](const std::string& path) {
                             const auto found = states.find(path);
