@@ -28,7 +28,9 @@ CarefulReply exchange_carefully(Link& link, const CarefulRequest& request) {
             result.discarded = link.let_fall_silent().discarded;
             return result;
         }
-        if (!late.doubtful(request.whom, link.countdowns().read_tick())) return result;
+        const bool doubtful = late.doubtful(request.whom, link.countdowns().read_tick()) ||
+                              (request.in_step && late.unproved(request.whom));
+        if (!doubtful) return result;
         const Silence silence = link.let_fall_silent();
         const bool silent = silence.discarded == 0;
         if (silent && (!request.in_step || request.in_step())) {

@@ -29,7 +29,8 @@ struct CarefulRequest {
     std::function<Fit(const std::string& reply)> fit;
     /// Asks, of somebody doubtful, for something that no answer to an earlier request can be taken
     /// for, and says whether its own answer came. Answers may be one behind for good, or later than
-    /// any silence that is listened to. Without it the silence is proof enough.
+    /// any silence that is listened to: who was doubtful stays so until it has said yes. Without it
+    /// the silence is proof enough.
     std::function<bool()> in_step = nullptr;
 };
 

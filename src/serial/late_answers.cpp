@@ -6,6 +6,7 @@ namespace pelvan {
 
 void LateAnswers::doubt(const Asked& whom, double tick) {
     doubted_at_[whom] = tick;
+    unproved_.insert(whom);
 }
 
 void LateAnswers::met_stray_bytes(const Asked& whom, double tick) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 
 namespace pelvan {
 
@@ -29,17 +30,24 @@ class LateAnswers {
     /// before.
     void met_stray_bytes(const Asked& whom, double tick);
     /// It is proved that it answers no earlier request any more.
-    void settle(const Asked& whom) { doubted_at_.erase(whom); }
+    void settle(const Asked& whom) {
+        doubted_at_.erase(whom);
+        unproved_.erase(whom);
+    }
     /// A request to it has ended.
     void asked(const Asked& whom) { last_ = whom; }
 
     [[nodiscard]] bool doubtful(const Asked& whom, double tick);
+    /// Whether it was doubtful and `settle` has not been said since, however long ago: something on
+    /// the way may keep an answer back for good, and give it to the next request.
+    [[nodiscard]] bool unproved(const Asked& whom) const { return unproved_.contains(whom); }
     [[nodiscard]] bool any_doubtful(double tick);
 
   private:
     void forget_old(double tick);
 
     std::map<Asked, double> doubted_at_;
+    std::set<Asked> unproved_;
     Asked last_;
 };
 

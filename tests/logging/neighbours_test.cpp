@@ -187,7 +187,7 @@ TEST_P(NeighboursTest, AControllerThatIsOffCostsOneRequestMore) {
     slave.faults.clear();
     slave.asked.clear();
     logger.RunLoggingPass();
-    EXPECT_EQ(slave.asked, "100x1 101x3 ") << "it is back";
+    EXPECT_EQ(slave.asked, "100x1 100x1 101x3 ") << "it is back, and gives its own answers";
     EXPECT_EQ(missing(), "");
 }
 
@@ -221,6 +221,25 @@ TEST_P(LateRowsTest, OneLateAnswerShiftsNoRow) {
         EXPECT_EQ(pass(), "") << late_ms;
         tick.advance(LateAnswers::kDoubtMs);
     }
+}
+
+/// A server on the way that keeps one answer back, from the third request on and for good.
+TEST_P(LateRowsTest, AnswersThatStayOneBehindAreNoReadingsHoweverLongThePassesAreApart) {
+    rows.resize(5);
+    load(rows);
+    const auto own = ports[1]->responder;
+    std::vector<Arrival> left_over;
+    ports[1]->responder = [&](const std::string& request) {
+        std::vector<Arrival> answer = own(request);
+        if (slave.requests >= 3) std::swap(answer, left_over);
+        return answer;
+    };
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(pass().starts_with(i == 0 ? "302 " : "300 301 302 ")) << i;
+        tick.advance(60'000);
+    }
+    ports[1]->responder = own;
+    EXPECT_EQ(pass(), "");
 }
 
 TEST_P(LateRowsTest, ADoubledReplyShiftsNoRowOfTheNextPass) {
