@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "platform/run_time_error.h"
 #include "platform/scope_guard.h"
 #include "text/numbers.h"
 #include "transfer/profile_download.h"
@@ -24,6 +25,15 @@ constexpr auto kReplacing = std::filesystem::copy_options::overwrite_existing;
 
 TransferResult Download::run() {
     const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
+    try {
+        return save();
+    } catch (const RunTimeError&) {
+        settle_former();
+        throw;
+    }
+}
+
+TransferResult Download::save() {
     auto plan = prepare();
     if (!plan) return {false, run_.errors.faults(), 0};
     run_.listener.begun();
@@ -95,12 +105,20 @@ std::unique_ptr<TextWriter> Download::CreateTextFile() {
     return setup;
 }
 
-/// A setup that is there already stays until the new one is complete.
+/// A setup that is there already stays until the new one is complete. What an attempt that failed
+/// has left is none, and takes the place of none; a setup that cannot be kept is not overwritten.
 void Download::keep_former(const std::string& path) {
     std::error_code failed;
-    former_ = path + ".OLD";
-    if (fileexists(path)) std::filesystem::copy_file(path, former_, kReplacing, failed);
-    if (!fileexists(path) || failed) former_.clear();
+    if (!std::filesystem::is_regular_file(path, failed)) return;
+    const std::string kept = path + ".OLD";
+    const bool is_kept = fileexists(kept) && SetupFile(path).lacks();
+    if (!is_kept) std::filesystem::copy_file(path, kept, kReplacing, failed);
+    if (failed) {
+        std::error_code ignored;
+        if (fileexists(kept)) std::filesystem::remove(kept, ignored); // a part
+        throw_file_error(failed.value(), kept);
+    }
+    former_ = kept;
 }
 
 void Download::settle_former() {
