@@ -18,9 +18,6 @@ constexpr int kReadAttempts = 3;
 constexpr int kWriteAttempts = 5;
 constexpr int kRestartReads = 13;
 
-/// No request is built for it: "1O" must not reach controller 1.
-constexpr std::int16_t kNoAddress = -1;
-
 /// The erase: two keys, then the reset itself.
 constexpr float kEraseKey1 = 1789;
 constexpr float kEraseValue1 = 1512;
@@ -40,10 +37,6 @@ std::string whole_number(float value) {
 }
 
 } // namespace
-
-DeviceAddress::DeviceAddress(const std::string& text)
-    : number_(is_numeric(trim(text)) ? int16_from(leading_number(text)) : kNoAddress),
-      width_(text.size()) {}
 
 bool Reading::failed() const {
     return value == kReadFailed;

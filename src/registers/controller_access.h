@@ -9,25 +9,12 @@
 
 #include "protocols/modbus/modbus.h"
 #include "registers/answers.h"
+#include "registers/device_address.h"
 #include "registers/read_ahead.h"
 #include "registers/transfer_errors.h"
 #include "serial/link.h"
 
 namespace pelvan {
-
-/// A device address as it was entered.
-class DeviceAddress {
-  public:
-    /// 6 (overflow) for a number beyond 16 bits; what is no number is an address that is refused.
-    explicit DeviceAddress(const std::string& text);
-    [[nodiscard]] std::int16_t number() const { return number_; }
-    /// Characters of the text: where the value stands in a reply is counted from them.
-    [[nodiscard]] std::size_t width() const { return width_; }
-
-  private:
-    std::int16_t number_;
-    std::size_t width_;
-};
 
 enum class Verdict {
     NoReply,

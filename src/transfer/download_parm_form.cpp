@@ -97,6 +97,11 @@ void frm_DownloadParm::transfer(const std::function<void()>& work) {
         services_.dialogs.message_box(refusal);
         return;
     }
+    if (address_refused(cmbAddress.Text(), modbus_, services_.dialogs)) {
+        cmbAddress.SetFocus();
+        cmbAddress.select_all();
+        return;
+    }
     {
         const Transferring transferring(*this);
         try {

@@ -108,10 +108,18 @@ TEST_F(TransferForm, ClosingTheWindowAsksAndWaitsForTheEnd) {
     EXPECT_TRUE(ended);
 }
 
-TEST_F(TransferForm, AnErrorEndsATransferWithItsMessage) {
-    form.cmbAddress.set_Text("99999");
-    press(form.cmdDownload);
-    EXPECT_EQ(rig.dialogs.texts(), Lines{"OVERFLOW ERROR"});
+TEST_F(TransferForm, AnAddressThatIsNoneIsMendedBeforeATransferBegins) {
+    bool focused = false;
+    const auto subscription = form.cmbAddress.watch_select_all([&] { focused = true; });
+    for (const auto& [text, message] : std::map<std::string, std::string>{
+             {"99999", "OVERFLOW ERROR"}, {"1O", "Bad ADDRESS entered."}}) {
+        form.cmbAddress.set_Text(text);
+        for (Button* button : {&form.cmdDownload, &form.cmdUpload, &form.cmdCompare}) {
+            press(*button);
+            EXPECT_EQ(rig.dialogs.texts(), Lines{message});
+            EXPECT_TRUE(std::exchange(focused, false));
+        }
+    }
 }
 
 } // namespace pelvan::testing

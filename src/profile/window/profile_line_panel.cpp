@@ -64,6 +64,13 @@ TransferContext ProfileLinePanel::context() {
             cancel_};
 }
 
+bool ProfileLinePanel::address_refused() {
+    if (!pelvan::address_refused(cmbAddress.Text(), modbus_, services_.dialogs)) return false;
+    cmbAddress.SetFocus();
+    cmbAddress.select_all();
+    return true;
+}
+
 ProfileReadResult ProfileLinePanel::read() {
     const Busy busy(*this);
     return ProfileReader(context()).read();

@@ -28,6 +28,8 @@ class ProfileLinePanel : private TransferListener {
     ProgressBar ProgressBar1{"pgb_Profile"};
     Button cmdCancel{"cmdProfileCancel", "Cance&l", "Stop reading or writing (Escape)."};
 
+    /// Whether no request can be built for the address, which is told then and can be mended.
+    [[nodiscard]] bool address_refused();
     /// All blocks for as long as the exchanges take.
     [[nodiscard]] ProfileReadResult read();
     /// Says what will change, asks, writes, reads back and compares; offers to write back what was

@@ -118,6 +118,7 @@ void frm_ProfileLogic::with_controller(const std::function<void()>& action) {
         services_.dialogs.message_box(refusal);
         return;
     }
+    if (line.address_refused()) return;
     findings_.set_results({});
     close_when_done_ = false;
     try {

@@ -144,6 +144,13 @@ TEST_F(ProfileOnTheLine, APollWaitsForTheLineAndSaysSo) {
     EXPECT_GT(rig->requests.size(), requests);
 }
 
+TEST_F(ProfileOnTheLine, AnAddressThatIsNoneIsMendedBeforeAnythingIsAsked) {
+    open();
+    form->line.cmbAddress.set_Text("1O");
+    form->menu.mnuRead.choose();
+    EXPECT_EQ(rig->dialogs.texts(), std::vector<std::string>{"Bad ADDRESS entered."});
+}
+
 TEST_F(ProfileOnTheLine, AModelWithoutProfilesOrWithoutRun) {
     open("simulated:730");
     form->menu.mnuRead.choose();
