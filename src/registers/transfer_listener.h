@@ -49,6 +49,8 @@ class TransferListener {
     void tell(const std::string& text) { tell(text, {}); }
     /// Where to save a setup; nothing ends the download.
     virtual std::optional<std::string> choose_file_to_save(const std::string& proposed_name) = 0;
+    /// The file to save in is there from here on, and what it held before is gone.
+    virtual void saving_in(const std::string& /*path*/) {}
 };
 
 } // namespace pelvan

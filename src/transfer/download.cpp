@@ -99,6 +99,7 @@ std::unique_ptr<TextWriter> Download::CreateTextFile() {
     keep_former(*path);
     auto setup = pelvan::CreateTextFile(*path, true);
     written_ = *path;
+    run_.listener.saving_in(written_);
     write_header(*setup, identity);
     run_.access.remember_controller(
         {identity.model, identity.serial_first, identity.serial_second});

@@ -1,6 +1,7 @@
 #include "transfer/download_parm_form.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "platform/run_time_error.h"
@@ -14,12 +15,17 @@ namespace pelvan {
 namespace {
 
 constexpr int kMaxAddress = 247;
+constexpr char kSaving[] = "Saving in";
 
 std::vector<std::string> addresses() {
     std::vector<std::string> texts;
     for (int address = 1; address <= kMaxAddress; ++address)
         texts.push_back(std::to_string(address));
     return texts;
+}
+
+std::string with_file(const std::string& transfer, const std::string& path) {
+    return transfer + " " + std::filesystem::path(path).filename().string();
 }
 
 } // namespace
@@ -102,6 +108,7 @@ void frm_DownloadParm::transfer(const std::function<void()>& work) {
         cmbAddress.select_all();
         return;
     }
+    name_.clear();
     {
         const Transferring transferring(*this);
         try {
@@ -109,10 +116,19 @@ void frm_DownloadParm::transfer(const std::function<void()>& work) {
         } catch (const RunTimeError& error) {
             show_error_message(services_.dialogs, error.number(), error.subject());
         }
+        if (lbl_File.Caption() == kSaving) lbl_File.set_Caption("Saved in part in");
         show_new_errors();
     }
     if (close_when_done_) Unload();
     ended.raise();
+}
+
+/// What an earlier transfer left in the list of errors stays there, above a line that says so.
+void frm_DownloadParm::begin_errors() {
+    const std::string name = std::exchange(name_, {});
+    if (name.empty() || List2.ListCount() == 0) return;
+    List2.AddItem("------ " + name + " ------");
+    List2.set_ListIndex(List2.ListCount() - 1);
 }
 
 TransferContext frm_DownloadParm::context() {
@@ -174,11 +190,16 @@ void frm_DownloadParm::cmdOpenFolder_Click() {
 
 void frm_DownloadParm::cmdDownload_Click() {
     transfer([this] {
+        name_ = "Download";
         List1.Clear();
-        const TransferResult result = Download(context()).run();
-        if (!result.file.empty())
-            show_file(result.completed ? "Saved in" : "Saved in part in", result.file);
+        if (Download(context()).run().completed) lbl_File.set_Caption("Saved in");
     });
+}
+
+void frm_DownloadParm::saving_in(const std::string& path) {
+    show_file(kSaving, path);
+    if (!name_.empty()) name_ = with_file("Download", path);
+    begin_errors();
 }
 
 void frm_DownloadParm::cmdUpload_Click() {
@@ -189,20 +210,24 @@ void frm_DownloadParm::cmdUpload_Click() {
 
 void frm_DownloadParm::upload(const std::string& file) {
     show_file("Upload of", file);
+    name_ = with_file("Upload", file);
     const TransferResult result = Upload(context()).run(file);
     // The box may have been set meanwhile.
-    if (result.completed && chkCompare.checked())
-        static_cast<void>(Comparison(context()).run(file));
+    if (result.completed && chkCompare.checked()) compare(file);
 }
 
 void frm_DownloadParm::cmdCompare_Click() {
     transfer([this] {
-        if (const auto file = choose_setup_file()) compare(*file);
+        const auto file = choose_setup_file();
+        if (!file) return;
+        show_file("Compared with", *file);
+        compare(*file);
     });
 }
 
 void frm_DownloadParm::compare(const std::string& file) {
-    show_file("Compared with", file);
+    name_ = with_file("Compare", file);
+    begin_errors();
     static_cast<void>(Comparison(context()).run(file));
 }
 
@@ -213,7 +238,11 @@ void frm_DownloadParm::file_dropped(const std::string& path) {
         "Compare this file with the controller at address " + cmbAddress.Text() + "?\n" + path +
             "\n\nNothing is written to the controller. Upload writes the file into it.",
         {}, MessageButtons::YesNo);
-    if (answer == MessageAnswer::Yes) transfer([this, path] { compare(path); });
+    if (answer == MessageAnswer::Yes)
+        transfer([this, path] {
+            show_file("Compared with", path);
+            compare(path);
+        });
 }
 
 void frm_DownloadParm::cmdCancel_Click() {
@@ -241,6 +270,7 @@ void frm_DownloadParm::log(const std::string& text) {
 }
 
 void frm_DownloadParm::list_error(const std::string& text, std::optional<int> position) {
+    begin_errors();
     const int at = std::min(position.value_or(List2.ListCount()), List2.ListCount());
     if (at == List2.ListCount())
         List2.AddItem(text);
@@ -251,6 +281,7 @@ void frm_DownloadParm::list_error(const std::string& text, std::optional<int> po
 
 void frm_DownloadParm::clear_errors() {
     List2.Clear();
+    name_.clear();
     first_error_.reset();
 }
 

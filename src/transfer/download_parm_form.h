@@ -80,6 +80,7 @@ class frm_DownloadParm : public Form, private TransferListener {
     void DisableButtons() { enable_buttons(false); }
     void enable_buttons(bool on);
     void transfer(const std::function<void()>& work);
+    void begin_errors();
     void upload(const std::string& file);
     void show_new_errors();
     [[nodiscard]] TransferContext context();
@@ -100,6 +101,7 @@ class frm_DownloadParm : public Form, private TransferListener {
     bool confirm(TransferQuestion question, const std::string& text) override;
     void tell(const std::string& text, const std::string& title) override;
     std::optional<std::string> choose_file_to_save(const std::string& proposed_name) override;
+    void saving_in(const std::string& path) override;
 
     Services& services_;
     Link& link_;
@@ -108,6 +110,7 @@ class frm_DownloadParm : public Form, private TransferListener {
     CancelFlag cancel_;
     bool close_when_done_ = false; // the window was closed meanwhile
     std::string dropped_;          // is proposed when a file is chosen
+    std::string name_; // of the transfer, as long as the list of errors does not have it
     /// Where the first line of this transfer stands in the list of errors; nothing as long as it
     /// has none there.
     std::optional<int> first_error_;

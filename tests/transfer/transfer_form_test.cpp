@@ -59,7 +59,11 @@ TEST_F(TransferForm, SaysWhereTheFileWentAndTakesADroppedOne) {
               "The folder cannot be shown here. The file is\n" + path("a.txt"));
 
     write_file(path("dropped.txt"), read_file(path("a.txt")));
+    desktop.on_turn = [&] { EXPECT_EQ(form.lbl_File.Caption(), "Saving in"); };
+    press(form.cmdDownload, {MessageAnswer::Yes});
+    desktop.on_turn = {};
     press(form.cmdDownload, {MessageAnswer::No}); // of overwriting
+    EXPECT_EQ(form.lbl_File.Caption(), "Saved in");
     EXPECT_EQ(form.txt_File.Text(), path("a.txt"));
     form.FileDropped(path("dropped.txt")); // No to the comparison
     press(form.cmdCompare);
@@ -74,8 +78,9 @@ TEST_F(TransferForm, TheFirstNewErrorIsShownAtTheEnd) {
     form.List2.AddItem("old");
     instead[6] = frame("02 03 02 00 58");
     press(form.cmdDownload);
-    EXPECT_EQ(form.List2.ListCount(), 2);
-    EXPECT_EQ(form.List2.ListIndex(), 1);
+    ASSERT_EQ(form.List2.ListCount(), 3);
+    EXPECT_EQ(form.List2.List(1), "------ Download a.txt ------");
+    EXPECT_EQ(form.List2.ListIndex(), 2);
     write_setup("x\r\n5 1\r\n6 1\r\n");
     refused = {5, 6};
     press(form.cmdUpload, {MessageAnswer::Yes});
@@ -86,6 +91,8 @@ TEST_F(TransferForm, TheFirstNewErrorIsShownAtTheEnd) {
     EXPECT_FALSE(columns[0].empty());
     EXPECT_EQ(columns_of_error("a line"), ErrorColumns{"a line"});
     EXPECT_EQ(form.List2.ListIndex(), 0);
+    press(form.cmdCompare);
+    EXPECT_EQ(form.List2.List(3), "------ Compare a.txt ------");
 }
 
 TEST_F(TransferForm, ComparesAfterAnUploadWhenTheBoxIsSetMeanwhile) {
