@@ -120,6 +120,7 @@ std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) 
     if (const std::string remark = link_.take_remark(); !remark.empty()) errors_.note(remark);
     if (link_.answered_twice()) check_surplus(link_.stray_bytes());
     const bool sound = is_sound(reply, frame);
+    if (!sound && link_.device_lost()) reply.clear(); // the rest went with the adapter
     balance_.exchanged(longest_reply(frame), reply.size(), sound);
     if (!sound) doubtful_ = frame;
     return reply;

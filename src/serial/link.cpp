@@ -77,7 +77,7 @@ ExchangeWay Link::way_of(std::int16_t channel) const {
 std::string Link::exchange(const std::string& command, Reading reading) {
     const std::int16_t port_index = channels_.open_port(reading.channel, true);
     stray_bytes_ = channels_.stray_bytes();
-    answered_twice_ = cut_off_ = false;
+    answered_twice_ = cut_off_ = device_lost_ = false;
     echo_ = Echo::None;
     if (port_index < 0) return {};
     last_port_ = port_index;
@@ -123,7 +123,8 @@ std::string Link::exchange(const std::string& command, Reading reading) {
     if (sent) guarded([&] { reply = collect(port, frames, way, reading); });
     // RTS stays raised between exchanges; it is down only while a reply is awaited.
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });
-    if (port.lost()) note_outage(port);
+    device_lost_ = port.lost();
+    if (device_lost_) note_outage(port);
     return way.echo && sent && port.PortOpen() ? judged(std::move(reply), record.echo, reading)
                                                : reply;
 }

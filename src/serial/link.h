@@ -109,6 +109,9 @@ class Link {
     /// with a pause or its frame: bytes were still coming.
     [[nodiscard]] bool cut_off() const { return cut_off_; }
 
+    /// Whether the device went in the last `transmit`: what came may be a part of the reply.
+    [[nodiscard]] bool device_lost() const { return device_lost_; }
+
     /// How many bytes stood unread when the last `transmit` began: an answer that came too late or
     /// twice.
     [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
@@ -150,6 +153,7 @@ class Link {
     bool answered_twice_ = false;
     bool keeps_echo_ = false;
     bool cut_off_ = false;
+    bool device_lost_ = false;
     Echo echo_ = Echo::None;
     bool surely_echoes_ = false;
     std::string remark_;

@@ -121,6 +121,21 @@ TEST_F(DownloadTest, SilentRegisterIsAskedForUntilTheUserGivesUp) {
     EXPECT_NEAR(sent.back() - sent[sent.size() - 2], 250 + 250, 3) << "the line fell silent";
 }
 
+TEST_F(DownloadTest, WhatWentWithTheAdapterInTheMiddleOfAReplyIsAskedForAgain) {
+    exchange_by("COMPLETE");
+    write_sequence("742.cds", kHead + "5\r\n6\r\n");
+    const auto answers = port().responder;
+    bool cut = false;
+    port().responder = [&](const std::string& request) {
+        auto arrivals = answers(request);
+        if (request[3] != 6 || std::exchange(cut, true)) return arrivals;
+        port().line_lost = true;
+        return std::vector<Arrival>{{0, arrivals[0].bytes.substr(0, 3)}};
+    };
+    EXPECT_TRUE(download().completed);
+    EXPECT_EQ(body(), "5 1\r\n6 -12\r\n25 0\r\n");
+}
+
 class LateDownloadTest : public DownloadTest,
                          public ::testing::WithParamInterface<std::tuple<const char*, bool>> {
   protected:
