@@ -77,7 +77,7 @@ void list_channels(std::ostream& out, const ConfigState& config) {
             << channel.settings << (channel.fault.empty() ? "" : " (" + channel.fault + ")") << ", "
             << choices_text(read_choices(config, channel.number)) << "\n";
     }
-    if (channels.empty()) out << "  none is configured\n";
+    if (channels.empty()) out << "  " << kNoChannel << "\n";
 }
 
 void list_details(std::ostream& out, const SerialDevice& device) {

@@ -62,7 +62,9 @@ bool TerminalApplication::start() {
     app.events.run([&] {
         start_session(app.session.config, app.channels, app.services.application_directory);
     });
-    for (const ChannelText& channel : channel_texts(app.session.config))
+    const auto channels = channel_texts(app.session.config);
+    if (channels.empty()) say(kNoChannel);
+    for (const ChannelText& channel : channels)
         if (!channel.fault.empty())
             say("DEVICE " + std::to_string(channel.number) + ", \"" + channel.settings +
                 "\": " + channel.fault);

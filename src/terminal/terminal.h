@@ -21,6 +21,10 @@ inline constexpr int kFailed = 1;
 inline constexpr int kBadOption = 2;
 } // namespace exit_code
 
+/// What a file without channels comes to, and what to type.
+inline constexpr char kNoChannel[] =
+    "no port is set up: pelvan7 ports set modbus --device DEVICE (pelvan7 ports lists them)";
+
 /// Sleeps.
 void sleep_ms(int ms);
 

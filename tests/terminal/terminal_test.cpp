@@ -89,6 +89,13 @@ TEST_F(TerminalTest, AMessageWithoutEndEndsTheCommand) {
     EXPECT_EQ(lost(), MessageAnswer::Cancel);
 }
 
+TEST_F(TerminalTest, WithoutAnyChannelItSaysWhatToType) {
+    testing::write_file(dir.file("pelvan7.ini"), "");
+    EXPECT_EQ(run("send --register 0"), exit_code::kFailed);
+    EXPECT_TRUE(told("pelvan7: no port is set up: pelvan7 ports set modbus --device DEVICE"))
+        << err.str();
+}
+
 TEST_F(TerminalTest, AFifthChannelIsToldAndTheOthersWork) {
     testing::configure_devices(dir, std::vector<std::string>(5, "simulated:742"));
     expect("send --format smart", 0, "0 1\n742\n", "pelvan7: SUBSCRIPT OUT OF RANGE ERROR\n");
