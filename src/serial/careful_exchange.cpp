@@ -34,8 +34,12 @@ CarefulReply exchange_carefully(Link& link, const CarefulRequest& request) {
         const Silence silence = link.let_fall_silent();
         const bool silent = silence.discarded == 0;
         if (silent && (!request.in_step || request.in_step())) {
-            if (request.in_step) late.settle(request.whom);
-            return result;
+            if (!request.in_step) return result;
+            late.settle(request.whom);
+            // Who was busy with the earlier request has not heard this one: what came, in time and
+            // alone, may be the late answer all the same. From here on there is none any more.
+            if (!request.repeatable || again) return result;
+            continue;
         }
         doubt();
         result.unclear = silent || again || !request.repeatable;

@@ -30,7 +30,7 @@ struct CarefulRequest {
     /// Asks, of somebody doubtful, for something that no answer to an earlier request can be taken
     /// for, and says whether its own answer came. Answers may be one behind for good, or later than
     /// any silence that is listened to: who was doubtful stays so until it has said yes. Without it
-    /// the silence is proof enough.
+    /// the silence is proof enough. What is repeatable is asked once more behind the proof.
     std::function<bool()> in_step = nullptr;
 };
 
