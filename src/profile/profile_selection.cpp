@@ -70,14 +70,14 @@ std::string ProfileSelection::write_sentence(const Reply& reply, const ProfileFi
 
 bool ProfileSelection::ask_retry() {
     if (run_.access.ask_retry()) return true;
-    run_.cancel.canceled = true;
+    run_.cancel.give_up();
     return false;
 }
 
 NumberRead ProfileSelection::read(const ProfileField& field) {
     const Reading reading = run_.access.read_whole(number_of(field));
     run_.listener.let_events_run();
-    if (reading.reply.is(Verdict::NoReply)) run_.cancel.canceled = true;
+    if (reading.reply.is(Verdict::NoReply)) run_.cancel.give_up();
     if (!reading.reply.is(Verdict::Accepted))
         return {{}, sentence(reading.reply, "the read of " + short_name(field), field)};
     return {static_cast<int>(leading_number(reading.value)), {}};

@@ -56,7 +56,8 @@ ProfilePlan ProfileWriter::begin_plan() {
 }
 
 ProfilePlan ProfileWriter::end_plan(ProfilePlan plan) {
-    if (run_.canceled() && plan.refusal.empty()) plan.refusal = "Cancelled.";
+    if (run_.canceled() && plan.refusal.empty())
+        plan.refusal = run_.cancel.gave_up ? "The controller did not answer." : "Cancelled.";
     if (run_.claim && !run_.access.in_step() && plan.refusal.empty()) plan.refusal = kOutOfStep;
     return plan;
 }
@@ -167,7 +168,7 @@ ProfileWriteResult ProfileWriter::write(const ProfilePlan& plan) {
 
 ProfileWriteResult ProfileWriter::restore_previous(const ProfilePlan& plan,
                                                    const ProfileWriteResult& failed) {
-    run_.cancel.canceled = false;
+    run_.cancel = {};
     ProfilePlan back;
     back.model = plan.model;
     std::vector<std::string> lost;

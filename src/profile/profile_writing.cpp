@@ -40,10 +40,19 @@ ProfileWriteResult ProfileWriting::carry_out(const ProfileSet& wanted,
     for (const int number : std::set<int, std::greater<>>(erased.begin(), erased.end()))
         going_on = going_on && !run_.canceled() && erase(number);
     erase_fillers();
-    if (run_.canceled()) static_cast<void>(take("Cancelled."));
+    if (run_.canceled()) static_cast<void>(take(how_far()));
     result_.completed = going_on && result_.problems.empty() && result_.differences.empty();
     if (result_.completed) run_.listener.progress(of_, of_);
     return std::move(result_);
+}
+
+/// Where a cancel, or a controller that stayed silent, has ended the writing.
+std::string ProfileWriting::how_far() const {
+    const std::string ended = run_.cancel.gave_up ? "Given up" : "Cancelled";
+    const int steps = of_ / 2; // each is read back, too
+    if (steps == 0) return ended + ".";
+    return ended + " when " + std::to_string(written_) + " of " + std::to_string(steps) +
+           " steps were written.";
 }
 
 bool ProfileWriting::may_change(int number) {
@@ -105,6 +114,7 @@ bool ProfileWriting::put(const Profile& wanted) {
     if (!put_fields(selection_.format().own, wanted.own)) return false;
     for (std::size_t i = 0; i < wanted.steps.size(); ++i) {
         if (run_.canceled() || !put_step(static_cast<int>(i) + 1, wanted.steps[i])) return false;
+        ++written_;
         step_done();
     }
     return true;

@@ -33,6 +33,7 @@ class ProfileWriting {
     [[nodiscard]] bool erase(int number);
     void erase_fillers();
     void step_done();
+    [[nodiscard]] std::string how_far() const;
 
     TransferRun& run_;
     ProfileSelection selection_;
@@ -42,6 +43,7 @@ class ProfileWriting {
     int highest_ = 0;
     int done_ = 0; // steps, of the progress
     int of_ = 1;
+    int written_ = 0; // steps
 };
 
 } // namespace pelvan

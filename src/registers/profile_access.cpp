@@ -13,7 +13,7 @@ float value_of(ProfileAction action) {
 
 std::optional<int> ProfileAccess::step_count() {
     const auto steps = run_.access.read_number(registers_.step_count);
-    if (!steps) run_.cancel.canceled = true;
+    if (!steps) run_.cancel.give_up();
     return steps;
 }
 
@@ -30,7 +30,7 @@ Reply ProfileAccess::select_register(float register_number, float value) {
     Reply reply = try_select(register_number, value);
     while (reply.is(Verdict::NoReply) && run_.access.ask_retry())
         reply = try_select(register_number, value);
-    if (reply.is(Verdict::NoReply)) run_.cancel.canceled = true;
+    if (reply.is(Verdict::NoReply)) run_.cancel.give_up();
     return reply;
 }
 

@@ -11,6 +11,13 @@ namespace pelvan {
 /// its questions; it then ends at the next register.
 struct CancelFlag {
     bool canceled = false;
+    /// The controller stayed silent, and nobody wanted to ask it again.
+    bool gave_up = false;
+
+    void give_up() {
+        gave_up = gave_up || !canceled;
+        canceled = true;
+    }
 };
 
 /// Questions that are answered with yes or no.

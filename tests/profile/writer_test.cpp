@@ -186,7 +186,8 @@ TEST_F(WriterTest, AWritingThatIsGivenUpOrCancelledIsTakenBack) {
         };
         const ProfileWriteResult failed = write(examples({2, 3}, 9));
         EXPECT_FALSE(failed.completed);
-        EXPECT_EQ(failed.problems.back(), "Cancelled.");
+        EXPECT_EQ(failed.problems.back(), silent ? "Given up when 0 of 18 steps were written."
+                                                 : "Cancelled when 0 of 18 steps were written.");
         EXPECT_EQ(failed.touched, silent ? (std::set{1, 2}) : (std::set{2}));
         EXPECT_NE(held(), before);
         expect_done(restore(failed));

@@ -116,7 +116,9 @@ LineReport ProfileLinePanel::carry_out(ProfileWriter& writer, const ProfilePlan&
     const ProfileWriteResult result = writer.write(plan);
     LineReport report{result.completed, result.differences, done};
     if (result.completed) return report;
-    report.summary = cancel_.canceled ? "Cancelled." : "Not all could be written as it should be.";
+    report.summary = cancel_.gave_up    ? "The controller did not answer: given up."
+                     : cancel_.canceled ? "Cancelled."
+                                        : "Not all could be written as it should be.";
     for (const std::string& problem : result.problems)
         report.findings.push_back({0, 0, 0, problem});
     if (!result.touched.empty()) offer_restore(writer, plan, result, report);
