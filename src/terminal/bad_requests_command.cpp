@@ -79,7 +79,7 @@ int bad_requests(const Options& options, TerminalEnvironment& environment) {
     const auto series = make_series(all, app.bad_request_link, app.messages, refusal);
     if (!series) {
         environment.err << "pelvan7: " << refusal << "\n";
-        return exit_code::kFailed;
+        return exit_code::kBadOption;
     }
     if (!options.yes) {
         terminal.answer_questions_yes(false);

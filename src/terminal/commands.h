@@ -66,6 +66,8 @@ CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& targe
 /// A check of an option that takes a number with a fraction: the parser reads "nan" as one, and no
 /// range of its own refuses that.
 [[nodiscard]] CLI::Validator is_number();
+/// A check of an option that counts something: refuses what is no whole number from `least` on.
+[[nodiscard]] CLI::Validator whole_number_from(int least);
 
 /// The protocols under the names that options have for them.
 [[nodiscard]] const Choices<int>& protocol_names();

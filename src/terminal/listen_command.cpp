@@ -142,7 +142,12 @@ int listen(const ListenCommand& command, TerminalEnvironment& environment) {
     ListenMonitor& monitor = app.listen_monitor;
     monitor.options = command.options;
     monitor.choose_timeout(command.timeout);
-    FrameOutput frames(command, monitor.traffic(), environment.out);
+    std::optional<FrameOutput> output;
+    if (!app.events.run([&] { output.emplace(command, monitor.traffic(), environment.out); })) {
+        environment.err << "pelvan7: the capture \"" << command.capture << "\" cannot be written\n";
+        return exit_code::kFailed;
+    }
+    FrameOutput& frames = *output;
     const Subscription printed =
         monitor.line_added.subscribe([&](const std::string& line, const Burst& burst) {
             if (command.frames) return;
@@ -188,7 +193,9 @@ void add_listen_command(CLI::App& cli, ChosenCommand& chosen) {
                "Longest reception of one burst: .5, 1 or 10, as in the window");
     command->add_option("--seconds", options->seconds, "End after so many seconds")
         ->check(is_number())
-        ->check(CLI::NonNegativeNumber);
+        ->check([](const std::string& text) {
+            return leading_number(text) < 0 ? "give a number from 0" : "";
+        });
     command->add_option("--pcap", options->capture, "Write the frames to a file for Wireshark");
     command->add_flag("--times", options->times, "Show time, gap and kind before each line");
     command->add_flag("--frames", options->frames,

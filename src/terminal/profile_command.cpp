@@ -39,7 +39,7 @@ class Commands {
         profile_
             .add_option("--retries", options_->retries,
                         "How often to try again, a second later, when the controller stays silent")
-            ->check(CLI::NonNegativeNumber)
+            ->check(whole_number_from(0))
             ->capture_default_str();
         profile_.add_flag("--json", options_->json, "Print the result as JSON");
     }
@@ -125,7 +125,7 @@ class Commands {
             ->check(CLI::Range(0.1, 3600.0))
             ->capture_default_str();
         command.add_option("--count", options_->count, "End after so many readings")
-            ->check(CLI::PositiveNumber);
+            ->check(whole_number_from(1));
         command.add_option("--csv", options_->csv, "Write the readings into this file, too");
         command.add_flag("--curve", options_->curve,
                          "Read the profile that runs, and tell the deviation from its curve");

@@ -80,17 +80,18 @@ SendOutcome send_with(const SendOptions& options, Senders& senders) {
     }
 }
 
-/// Prints command, reply and what is against it; whether the controller did what it was asked.
-bool print_judged(const SendOutcome& outcome, TerminalEnvironment& environment) {
+/// Prints command, reply and what is against it; 0 when the controller did what it was asked.
+int print_judged(const SendOutcome& outcome, TerminalEnvironment& environment) {
     const bool answered = print_outcome(outcome, environment);
     if (answered && !outcome.accepted) environment.err << "pelvan7: " << outcome.objection << "\n";
     environment.out.flush();
-    return answered && outcome.accepted;
+    if (outcome.kind == SendOutcome::Kind::Refused) return exit_code::kBadOption;
+    return answered && outcome.accepted ? exit_code::kDone : exit_code::kFailed;
 }
 
-/// Sends at the interval until it was often enough or an interrupt comes; whether every sending,
-/// one at least, was answered.
-bool send_repeatedly(const SendOptions& options, Core& app, TerminalEnvironment& environment) {
+/// Sends at the interval until it was often enough or an interrupt comes; 0 when every sending, one
+/// at least, was answered.
+int send_repeatedly(const SendOptions& options, Core& app, TerminalEnvironment& environment) {
     Repeat& repeat = app.repeat;
     const auto enough = [&] {
         return options.repeat > 0 && repeat.counts().sent() >= options.repeat;
@@ -101,9 +102,10 @@ bool send_repeatedly(const SendOptions& options, Core& app, TerminalEnvironment&
     while (repeat.running() && !environment.stop && !enough()) {
         if (const auto outcome = repeat.tick()) {
             const std::string& reason = repeat.counts().last_failure;
-            if (!print_judged(*outcome, environment) &&
-                outcome->kind == SendOutcome::Kind::NotSent && reason != outcome->status &&
-                std::exchange(told, reason) != reason)
+            const int code = print_judged(*outcome, environment);
+            if (code == exit_code::kBadOption) return code;
+            if (code != exit_code::kDone && outcome->kind == SendOutcome::Kind::NotSent &&
+                reason != outcome->status && std::exchange(told, reason) != reason)
                 environment.err << "pelvan7: " << reason << "\n";
         } else {
             environment.wait_ms(std::clamp(static_cast<int>(repeat.wait_ms()), 1, kWaitMs));
@@ -113,24 +115,25 @@ bool send_repeatedly(const SendOptions& options, Core& app, TerminalEnvironment&
     repeat.stop();
     const RepeatCounts& counts = repeat.counts();
     if (counts.sent() > 0) environment.out << counts.text() << "\n";
-    return ended && counts.failures == 0 && counts.replies.count > 0;
+    const bool done = ended && counts.failures == 0 && counts.replies.count > 0;
+    return done ? exit_code::kDone : exit_code::kFailed;
 }
 
 int send(const SendOptions& options, TerminalEnvironment& environment) {
     if (const auto reason = complaint(options)) {
         environment.err << "pelvan7: " << *reason << "\n";
-        return exit_code::kFailed;
+        return exit_code::kBadOption;
     }
     TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
     Core& app = terminal.app();
-    const bool accepted = options.repeat_option->count() > 0
-                              ? send_repeatedly(options, app, environment)
-                              : print_judged(send_with(options, app.senders), environment);
+    const int code = options.repeat_option->count() > 0
+                         ? send_repeatedly(options, app, environment)
+                         : print_judged(send_with(options, app.senders), environment);
     environment.out.flush();
     // The next command is a process of its own and knows nothing of this one's failures.
     await_late_answer(app.link);
-    return accepted ? exit_code::kDone : exit_code::kFailed;
+    return code;
 }
 
 void add_modbus_options(CLI::App& command, SendOptions& options) {
@@ -225,7 +228,7 @@ void add_send_command(CLI::App& cli, ChosenCommand& chosen) {
             ->add_option("--repeat", options->repeat,
                          "Send so many times, at the interval; 0: until Ctrl+C. Ends with replies, "
                          "failures and times, and with 0 when there was no failure")
-            ->check(CLI::NonNegativeNumber);
+            ->check(whole_number_from(0));
     command
         ->add_option("--interval", options->interval_s,
                      "Seconds from one sending to the next, 0.1 to 3600")

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "console/start_up.h"
 #include "terminal/commands.h"
@@ -101,6 +102,15 @@ void TerminalApplication::on_events(std::function<void()> handler) {
 CLI::Validator is_number() {
     const auto problem = [](const std::string& text) {
         return is_numeric(text) ? std::string() : "\"" + text + "\" is no number";
+    };
+    return CLI::Validator(problem, "");
+}
+
+CLI::Validator whole_number_from(int least) {
+    const auto problem = [least](const std::string& text) {
+        return whole_number(text, least, std::numeric_limits<int>::max())
+                   ? std::string()
+                   : "give a whole number from " + std::to_string(least);
     };
     return CLI::Validator(problem, "");
 }

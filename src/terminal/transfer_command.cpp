@@ -120,7 +120,7 @@ std::shared_ptr<TransferOptions> add_command(CLI::App& cli, ChosenCommand& chose
     command
         ->add_option("--retries", options->retries,
                      "How often to try again, a second later, when the controller stays silent")
-        ->check(CLI::NonNegativeNumber)
+        ->check(whole_number_from(0))
         ->capture_default_str();
     command->add_flag("--together", options->together,
                       "Read registers that follow one another with one request");

@@ -91,8 +91,11 @@ TEST_F(ListenCommandTest, FailuresEndItWithOneLine) {
     EXPECT_TRUE(printed("Hits: 1\n"));
     EXPECT_TRUE(printed("Line errors are not told by the driver.\n"));
     at_end = {};
-    expect_failures(exit_code::kFailed, "listen --seconds 9->|" // the line is gone
-                                        "listen --pcap no/such/folder->");
+    expect_failures(exit_code::kFailed, "listen --seconds 9->"); // the line is gone
+    EXPECT_EQ(run("listen --pcap no/such/folder"), exit_code::kFailed);
+    EXPECT_TRUE(told("PATH NOT FOUND ERROR\npelvan7: the capture \"no/such/folder\" cannot be "
+                     "written\n"))
+        << err.str();
     expect_failures(exit_code::kBadOption, "listen --channel 4->|listen --format smart->|"
                                            "listen --direction both->|listen --seconds -1->");
 }
