@@ -163,7 +163,8 @@ LogReading LogPoller::read(const std::string& frame, int neighbours) {
     const bool is_own = can_answer(frame, heard.reply) && !heard.unclear;
     if (is_own) reading.state = state_of(reading.value);
     // What a late reply says is no value of this row. A damaged one is told in the decoder's words.
-    if (is_whole && !is_own) reading.value.clear();
+    reading.of_another = is_whole && !is_own;
+    if (reading.of_another) reading.value.clear();
     return reading;
 }
 

@@ -22,6 +22,8 @@ struct LogReading {
     /// Bytes that nobody had asked for stood on the line before, or what came may answer another
     /// row.
     bool after_strays = false;
+    /// What came answers another request, and was left out.
+    bool of_another = false;
     bool operator==(const LogReading&) const = default;
 };
 

@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <functional>
+#include <limits>
 
+#include "config/ini.h"
 #include "logging/log_set_file.h"
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
@@ -149,10 +152,31 @@ bool prepare(Core& app, const LogOptions& options) {
     });
 }
 
-bool any_answered(const DataLogger& logger) {
+bool any_reading(const DataLogger& logger, const std::function<bool(const LogReading&)>& wanted) {
     for (int row = 1; row <= kLogRows; ++row)
-        if (logger.reading(row).state == RowState::Answered) return true;
+        if (wanted(logger.reading(row))) return true;
     return false;
+}
+
+bool is_answered(const LogReading& reading) {
+    return reading.state == RowState::Answered;
+}
+
+bool is_doubted(const LogReading& reading) {
+    return reading.after_strays || reading.of_another;
+}
+
+/// Says why the length of a tick is not what the configuration file says, where it is not: the
+/// general message names no key.
+void tell_tick_length(const ConfigState& config, std::ostream& err) {
+    constexpr long kLongest = std::numeric_limits<std::int16_t>::max();
+    const auto& section = ini_key::kCommsSection;
+    const std::string text =
+        ini_read_string(section, ini_key::kTimerOffset, "1000", config.gIniFile);
+    if (whole_number(text, 0, kLongest)) return;
+    err << "pelvan7: pelvan7.ini: TIMER OFFSET=" << text << " is not from 1 to " << kLongest
+        << " milliseconds: it is read as "
+        << ini_read_int(section, ini_key::kTimerOffset, 0, config.gIniFile) << "\n";
 }
 
 /// Passes until there are enough or an interrupt comes; false when a run-time error or an interrupt
@@ -163,8 +187,10 @@ bool run_passes(TerminalApplication& terminal, const LogOptions& options,
     DataLogger& logger = app.data_logger;
     int passes = 0;
     bool answered = false;
+    int doubted = 0; // passes
     const Subscription each_pass = logger.pass_done.subscribe([&] {
-        answered = answered || any_answered(logger);
+        answered = answered || any_reading(logger, is_answered);
+        doubted += any_reading(logger, is_doubted) ? 1 : 0;
         print_pass(logger, ++passes, options.json, environment);
         terminal.work_went_on(); // a file that cannot be written warns with every pass
     });
@@ -175,6 +201,10 @@ bool run_passes(TerminalApplication& terminal, const LogOptions& options,
     const auto enough = [&] { return options.passes > 0 && passes >= options.passes; };
     while (!enough() && wait_for_tick(logger.timer(), environment))
         if (!app.events.run([&] { logger.tick(); })) return false;
+    if (doubted > 0)
+        environment.err << "pelvan7: in " << doubted << " of " << passes
+                        << " passes an answer may have been another row's: that row was left "
+                           "empty, and readings before it may be wrong\n";
     if (environment.stop) return false;
     if (!answered) environment.err << "pelvan7: no row gave a reading in any pass\n";
     return answered;
@@ -204,7 +234,9 @@ int log(const LogOptions& options, TerminalEnvironment& environment) {
     TerminalApplication terminal(environment);
     if (!terminal.start()) return exit_code::kFailed;
     Core& app = terminal.app();
-    if (!prepare(app, options)) return exit_code::kFailed;
+    const bool prepared = prepare(app, options);
+    if (!prepared || options.passes != 1) tell_tick_length(app.session.config, environment.err);
+    if (!prepared) return exit_code::kFailed;
     DataLogger& logger = app.data_logger;
     if (logger.set().rows_in_use() == 0) {
         environment.err << "pelvan7: no row to poll in \"" << options.set << "\"\n";
@@ -249,7 +281,7 @@ void add_log_command(CLI::App& cli, ChosenCommand& chosen) {
                "0 only after all passes, when a row gave a reading");
     command->add_option("set", options->set, "Set file, such as plant.PV5")->required();
     command->add_option("--passes", options->passes, "End after so many passes")
-        ->check(CLI::PositiveNumber);
+        ->check(whole_number_from(1));
     command->add_option("--file", options->file,
                         "Log into this file, whatever the set says about files");
     command->add_flag("--single-line", options->single_line, "Log one line a pass");

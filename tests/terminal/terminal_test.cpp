@@ -31,12 +31,14 @@ TEST_F(TerminalTest, SendPrintsRequestAndReply) {
 
 TEST_F(TerminalTest, FailuresAreOneLineAndAnExitCode) {
     expect_failures(exit_code::kFailed,
-                    "send --address 9->No response from the controller at address 9.|"
-                    "send --address 248->Bad ADDRESS entered.|"
-                    "send --function 7->Bad COMMAND TYPE selected.|"
-                    "send --values 40000 --function 6->Bad DATA VALUE entered.");
+                    "send --address 9->No response from the controller at address 9.");
     expect_failures(
         exit_code::kBadOption,
+        "send --address 248->Bad ADDRESS entered.|send --function 7->Bad COMMAND TYPE selected.|"
+        "send --values 40000 --function 6->Bad DATA VALUE entered.|"
+        "log a.PV5 --passes 0->--passes: give a whole number from 1|"
+        "send --repeat -1->--repeat: give a whole number from 0|"
+        "listen --seconds -1->--seconds: give a number from 0|"
         "send --format octal->--format: \"octal\" is no choice, choose decimal, hex or "
         "smart|simulate --speed 3601->no simulated device is called "
         "\"simulated:742,address=1,speed=3601\"|simulate --model 999->no simulated device "
@@ -296,6 +298,20 @@ TEST_F(TerminalTest, LogShowsNoValueOfARowThatItDidNotAskAndFailsWithoutAnyReadi
                            " --passes 1->no row gave a reading in any pass");
 }
 
+TEST_F(TerminalTest, LogFailsWhereAnAnswerMayHaveBeenAnotherRows) {
+    testing::write_file(dir.file("set.PV5"),
+                        kLogSet + std::string("2DEVICEADDRESS=1\n2DEVICECOMMAND=3\n"
+                                              "2DEVICEREGISTER=300\n3DEVICEADDRESS=1\n"
+                                              "3DEVICECOMMAND=3\n3DEVICEREGISTER=0\n"));
+    // Busy with its late answer, it does not hear what is asked meanwhile.
+    configure("simulated:742,late=1,late_ms=2300,only=1");
+    EXPECT_EQ(run("log " + dir.file("set.PV5") + " --passes 1"), 0) << err.str();
+    EXPECT_TRUE(printed("register 300: 750\n")) << out.str();
+    configure("simulated:742,late=1,late_ms=2300");
+    EXPECT_EQ(run("log " + dir.file("set.PV5") + " --passes 2"), 1);
+    EXPECT_TRUE(told("in 2 of 2 passes an answer may have been another row's")) << err.str();
+}
+
 TEST_F(TerminalTest, LogSaysWhyItCannot) {
     const std::string set = dir.file("set.PV5");
     const auto expect_of_set = [&](const std::string& text, const std::string& options,
@@ -328,6 +344,12 @@ TEST_F(TerminalTest, LogSaysWhyItCannot) {
                       "\" writes to a controller instead of reading; --allow-writes lets it");
     EXPECT_EQ(run("log " + set + " --passes 1 --allow-writes"), 0);
     EXPECT_TRUE(printed("  2: address 1, register 300: 300\n")); // its echo
+    ini_write_string(ini_key::kCommsSection, ini_key::kTimerOffset, "32768",
+                     dir.file("pelvan7.ini"));
+    EXPECT_EQ(run("log " + set), 1);
+    EXPECT_TRUE(told("pelvan7.ini: TIMER OFFSET=32768 is not from 1 to 32767 milliseconds: it is "
+                     "read as -32768\n"))
+        << err.str();
 }
 
 } // namespace
