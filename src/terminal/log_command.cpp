@@ -207,7 +207,7 @@ bool run_passes(TerminalApplication& terminal, const LogOptions& options,
                            "empty, and readings before it may be wrong\n";
     if (environment.stop) return false;
     if (!answered) environment.err << "pelvan7: no row gave a reading in any pass\n";
-    return answered;
+    return answered && doubted == 0;
 }
 
 /// Why the set cannot be read, in words: the general messages name neither file nor key.

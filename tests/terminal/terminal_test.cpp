@@ -307,6 +307,10 @@ TEST_F(TerminalTest, LogFailsWhereAnAnswerMayHaveBeenAnotherRows) {
     configure("simulated:742,late=1,late_ms=2300,only=1");
     EXPECT_EQ(run("log " + dir.file("set.PV5") + " --passes 1"), 0) << err.str();
     EXPECT_TRUE(printed("register 300: 750\n")) << out.str();
+    configure("simulated:742,queue=1,late=0.5,late_ms=2300,seed=3");
+    EXPECT_EQ(run("log " + dir.file("set.PV5") + " --passes 2"), 1)
+        << "though the first pass was right";
+    EXPECT_TRUE(told("in 1 of 2 passes an answer may have been another row's")) << err.str();
     configure("simulated:742,late=1,late_ms=2300");
     EXPECT_EQ(run("log " + dir.file("set.PV5") + " --passes 2"), 1);
     EXPECT_TRUE(told("in 2 of 2 passes an answer may have been another row's")) << err.str();
