@@ -1,5 +1,8 @@
 #include "registers/answers.h"
 
+#include <algorithm>
+#include <initializer_list>
+
 #include "protocols/modbus/crc.h"
 #include "protocols/modbus/modbus.h"
 
@@ -11,9 +14,22 @@ constexpr unsigned kReadHolding = 3;
 /// Longest replies to a read, beside two bytes a register, and to a write of one register.
 constexpr std::size_t kReadReply = 5;
 constexpr std::size_t kWriteReply = 8;
+/// An exception: what is shorter is noise.
+constexpr std::size_t kShortestReply = 5;
 
 unsigned byte_at(const std::string& frame, std::size_t at) {
     return static_cast<unsigned char>(frame[at]);
+}
+
+/// Bytes of what came, beside the undamaged answer that it begins or ends with; 0 without one.
+std::size_t bytes_beside_answer(const std::string& reply, const std::string& request) {
+    for (const std::size_t size : {longest_reply(request), kShortestReply}) {
+        if (reply.size() <= size) continue;
+        const std::size_t beside = reply.size() - size;
+        if (is_sound(reply.substr(beside), request) || is_sound(reply.substr(0, size), request))
+            return beside;
+    }
+    return 0;
 }
 
 std::size_t registers_in(const std::string& request) {
@@ -43,6 +59,28 @@ bool is_sound(const std::string& reply, const std::string& request) {
     const bool of_several = byte_at(request, 1) == kReadHolding && registers_in(request) > 1;
     const bool fits = of_several ? can_answer(request, reply) : answers(reply, request);
     return fits && has_valid_crc(reply);
+}
+
+/// Whether there is a whole answer among the bytes that nobody is owed.
+bool AnswerBalance::take(std::size_t bytes) {
+    const long left = owed_ - static_cast<long>(bytes);
+    owed_ = std::max(left, 0L);
+    return owed_ - left >= static_cast<long>(kShortestReply);
+}
+
+bool AnswerBalance::exchanged(const std::string& request, const std::string& reply,
+                              std::size_t stray) {
+    const std::size_t beside = bytes_beside_answer(reply, request);
+    const bool twice = take(stray + beside);
+    if (beside == 0 && !is_sound(reply, request)) {
+        owed_ += static_cast<long>(longest_reply(request));
+        static_cast<void>(take(reply.size()));
+    }
+    return twice;
+}
+
+bool AnswerBalance::surplus(std::size_t discarded) {
+    return take(discarded);
 }
 
 } // namespace pelvan

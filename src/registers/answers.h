@@ -2,7 +2,6 @@
 // more came than was asked for.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -23,24 +22,22 @@ namespace pelvan {
 
 /// Whether more bytes of answers came than the requests so far account for: a reply that comes
 /// twice is taken for the answer to the next request, and from there on every value is that of the
-/// register before.
+/// register before, until an answer comes behind that to the next one or between two requests.
 class AnswerBalance {
   public:
-    /// A request of which `reply` came back; a sound reply of `longest` bytes or less is its whole
-    /// answer.
-    void exchanged(std::size_t longest, std::size_t reply, bool sound) {
-        const auto owed = static_cast<long>(longest);
-        owed_ += sound ? 0 : owed - static_cast<long>(reply);
-    }
-    /// Bytes that came while the line fell silent; true when nobody asked for them.
-    [[nodiscard]] bool surplus(std::size_t discarded) {
-        owed_ = std::max(owed_, 0L) - static_cast<long>(discarded);
-        return owed_ < 0;
-    }
+    /// A request before which `stray` bytes stood on the line, and what came of it. True when,
+    /// beside its own answer, a whole one came that nobody asked for.
+    [[nodiscard]] bool exchanged(const std::string& request, const std::string& reply,
+                                 std::size_t stray);
+    /// Bytes that came while the line fell silent; true when nobody asked for a whole answer of
+    /// them.
+    [[nodiscard]] bool surplus(std::size_t discarded);
     /// Nothing can be under way any more.
     void settle() { owed_ = 0; }
 
   private:
+    [[nodiscard]] bool take(std::size_t bytes);
+
     long owed_ = 0; // bytes that may still come
 };
 

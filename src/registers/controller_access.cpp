@@ -30,6 +30,7 @@ constexpr float kEraseValue = 800;
 /// that may still be answered.
 constexpr int kSilences = 3;
 
+constexpr char kCameTwice[] = "A reply came twice";
 constexpr char kCrcMark[] = "<--CRC ERROR!";
 
 std::string whole_number(float value) {
@@ -68,7 +69,7 @@ bool ControllerAccess::fall_silent() {
 }
 
 void ControllerAccess::check_surplus(std::size_t discarded) {
-    if (balance_.surplus(discarded)) lose_step("A reply came twice");
+    if (balance_.surplus(discarded)) lose_step(kCameTwice);
 }
 
 void ControllerAccess::lose_step(const std::string& why) {
@@ -118,10 +119,12 @@ std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) 
         link_.transmit(kModbusChannel, frame, wait_ms, kModbusQuietChars,
                        [&](std::string_view received) { return is_whole_reply(frame, received); });
     if (const std::string remark = link_.take_remark(); !remark.empty()) errors_.note(remark);
-    if (link_.answered_twice()) check_surplus(link_.stray_bytes());
     const bool sound = is_sound(reply, frame);
     if (!sound && link_.device_lost()) reply.clear(); // the rest went with the adapter
-    balance_.exchanged(longest_reply(frame), reply.size(), sound);
+    // What comes behind a write is no answer to a read, and behind a reset may be anything.
+    const std::size_t stray = read_before_ ? link_.stray_bytes() : 0;
+    if (balance_.exchanged(frame, reply, stray)) lose_step(kCameTwice);
+    read_before_ = is_read(frame);
     if (!sound) doubtful_ = frame;
     return reply;
 }

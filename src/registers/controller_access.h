@@ -172,6 +172,7 @@ class ControllerAccess {
     AnswerBalance balance_;
     float first_unsure_ = 0; // register read first since the balance was settled
     bool settled_ = true;
+    bool read_before_ = false; // the last request was a read
     bool in_step_ = true;
     bool met_another_ = false;
     Identity identity_;

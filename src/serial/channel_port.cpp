@@ -6,6 +6,14 @@
 
 namespace pelvan {
 
+std::size_t waiting_bytes(SerialPort& port) {
+    try {
+        return static_cast<std::size_t>(port.InBufferCount());
+    } catch (const RunTimeError&) {
+        return 0;
+    }
+}
+
 long FilteredPort::InBufferCount() {
     try {
         if (port().InBufferCount() > 0) waiting_ += filtered(port().Input());

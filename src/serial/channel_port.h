@@ -65,6 +65,10 @@ class HandshakePort : public FilteredPort {
     Handshake& handshake_;
 };
 
+/// How many bytes stand in the port. An error counts as none, and is left to the call that comes
+/// next, whose table says what to do.
+[[nodiscard]] std::size_t waiting_bytes(SerialPort& port);
+
 /// What stands between a port and the channel that uses it. All are borrowed.
 class ChannelPort {
   public:

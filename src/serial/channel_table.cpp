@@ -112,15 +112,6 @@ void open_or_reopen(SerialPort& port, bool& is_lost) {
     }
 }
 
-/// An error is left to the call that comes next, whose table says what to do.
-std::size_t waiting_bytes(SerialPort& port) {
-    try {
-        return static_cast<std::size_t>(port.InBufferCount());
-    } catch (const RunTimeError&) {
-        return 0;
-    }
-}
-
 } // namespace
 
 std::vector<ChannelText> channel_texts(const ConfigState& config) {

@@ -77,7 +77,7 @@ ExchangeWay Link::way_of(std::int16_t channel) const {
 std::string Link::exchange(const std::string& command, Reading reading) {
     const std::int16_t port_index = channels_.open_port(reading.channel, true);
     stray_bytes_ = channels_.stray_bytes();
-    answered_twice_ = cut_off_ = device_lost_ = false;
+    cut_off_ = device_lost_ = false;
     echo_ = Echo::None;
     if (port_index < 0) return {};
     last_port_ = port_index;
@@ -106,8 +106,8 @@ std::string Link::exchange(const std::string& command, Reading reading) {
     if (way.echo) guarded([&] { begin_echo(port, record.echo); });
     if (way.complete) {
         guarded([&] { stray_bytes_ = frames.keep_distance(); });
-        answered_twice_ = stray_bytes_ > 0 && stray_bytes_ >= record.last_reply;
     } else {
+        stray_bytes_ += waiting_bytes(port); // that came meanwhile
         guarded([&] { port.set_InBufferCount(0); });
     }
     if (toggles) guarded([&] { port.EscapeCommFunction(EscapeCode::SETRTS); });

@@ -115,9 +115,6 @@ class Link {
     /// How many bytes stood unread when the last `transmit` began: an answer that came too late or
     /// twice.
     [[nodiscard]] std::size_t stray_bytes() const { return stray_bytes_; }
-    /// Whether these may be the answer to the request before, come a second time: on a channel
-    /// that is set to complete frames nothing else tells that. False on any other.
-    [[nodiscard]] bool answered_twice() const { return answered_twice_; }
 
     [[nodiscard]] CountdownPool& countdowns() { return countdowns_; }
     [[nodiscard]] ChannelTable& channels() { return channels_; }
@@ -150,7 +147,6 @@ class Link {
     LineUser user_;
     std::size_t stray_bytes_ = 0;
     unsigned long writes_ = 0;
-    bool answered_twice_ = false;
     bool keeps_echo_ = false;
     bool cut_off_ = false;
     bool device_lost_ = false;

@@ -235,6 +235,7 @@ TEST_F(RunnerTest, AWatchedRunAgreesWithTheCurveComputedBeforehand) {
         const double spent = (rig->tick.now() - std::exchange(before, rig->tick.now())) * 60 / 1000;
         ++seen[sample.reading->state];
         if (!sample.reading->active()) break;
+        if (sample.reading->step == 0) continue; // it ended between the requests of a reading
         ASSERT_TRUE(sample.seconds);
         const double way = *sample.seconds - *last.seconds;
         const bool ran = sample.reading->state == RunState::Running;

@@ -192,6 +192,28 @@ TEST_P(LateDownloadTest, AReplyThatComesTwiceMakesNoWrongSetup) {
         }
 }
 
+/// The answer of the register that got its value comes while the window has the turn, or behind
+/// that to the next request.
+TEST_P(LateDownloadTest, AReplyThatComesTwiceSpoilsNotOneRegisterUnnoticed) {
+    hold(100, 20);
+    ui.on_turn = [&] { rig.tick.advance(20); };
+    for (double turnaround = 55; turnaround < 240; turnaround += 35)
+        for (const double later : {50.0, 85.0, 99.0, 120.0, 155.0, 225.0}) {
+            delay_ms = [&](int number) { return number == 106 ? turnaround : 5; };
+            doubled = {{105, later}};
+            const bool completed = download({true}).completed;
+            EXPECT_TRUE(!completed || body() == lines + "25 0\r\n") << turnaround << ", " << later;
+        }
+    if (together) return; // many turns of the window between two requests
+    doubled.clear();
+    delay_ms = [](int) { return 5; };
+    ui.on_turn = [&] {
+        port().arrive({0, "~"}); // as drivers of the line do when they let it go
+        rig.tick.advance(20);
+    };
+    EXPECT_TRUE(download({true}).completed) << "noise is no reply";
+}
+
 /// The second one is taken for the answer to the next request, and so on to the end.
 TEST_F(DownloadTest, AReplyThatComesTwiceMakesNoSetup) {
     hold(100, 20);
