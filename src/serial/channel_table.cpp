@@ -95,19 +95,23 @@ Resume after_open_error(const RunTimeError& error, std::int16_t port_number, Dia
 
 /// Opens a port that is closed, or whose line is gone: it may have come back. Until a lost one has,
 /// opening it raises 8020, which says better what has happened than what an opening says.
-void open_or_reopen(SerialPort& port, bool& is_lost) {
+void open_or_reopen(SerialPort& port, LineRecord& record) {
     if (port.lost()) {
-        is_lost = true;
+        record.lost = true;
         port.set_PortOpen(false);
     }
     if (port.PortOpen()) return;
     try {
         port.set_PortOpen(true);
-        is_lost = false;
+        record.lost = false;
+        record.handshake = {}; // whoever had stopped the sending may be another by now
+        record.unread_by_handshake.clear();
+        record.unread_by_echo.clear();
     } catch (const RunTimeError& error) {
         const bool away = error.number() == error_number::kInvalidPortNumber ||
                           error.number() == error_number::kDeviceUnavailable;
-        if (is_lost && away) throw RunTimeError(error_number::kCannotReadDevice, error.subject());
+        if (record.lost && away)
+            throw RunTimeError(error_number::kCannotReadDevice, error.subject());
         throw;
     }
 }
@@ -314,11 +318,11 @@ std::int16_t ChannelTable::open_target(std::int16_t channel, bool for_exchange) 
     };
     if (!trap.run(choose, table)) return target;
     if (!port) return -1;
-    bool& is_lost = line_record(target).lost;
-    if (!trap.run([&] { open_or_reopen(*port, is_lost); }, table)) return target;
+    LineRecord& record = line_record(target);
+    if (!trap.run([&] { open_or_reopen(*port, record); }, table)) return target;
     const ExchangeWay& way = exchange_way(channel);
     if (for_exchange && way.complete) return target;
-    ChannelPort heard(*port, line_record(target), way);
+    ChannelPort heard(*port, record, way);
     stray_bytes_ = waiting_bytes(heard.port());
     trap.run([&] { heard.port().set_InBufferCount(0); }, table);
     return target;

@@ -54,6 +54,16 @@ TEST_P(HandshakeTest, StopsWithinOneCharacterAndGoesOn) {
     EXPECT_EQ(link.take_remark(), "");
 }
 
+TEST_P(HandshakeTest, AStopEndsWithTheLineThatItCameOver) {
+    script = {{6, {{5, "OK\r" + kXoff}}}};
+    send("= SP1\r");
+    script.clear();
+    ports[0]->line_lost = true;
+    send("= SP1\r");
+    EXPECT_EQ(ports[0]->sent(), "= SP1\r");
+    EXPECT_NEAR(out_ms.at(0), 0, 25);
+}
+
 TEST_P(HandshakeTest, AStopThatIsNeverLiftedEndsAtTheTimeOutAndIsForgotten) {
     script = {{2, {{0.5, kXoff}}}};
     EXPECT_EQ(send("? C1\r"), "");
