@@ -97,7 +97,8 @@ template <class Work> ProfileReadResult ProfileReader::read_from_controller(Work
     LoadedModel loaded = read_profile_model(run_);
     result.model = std::move(loaded.model);
     if (result.model) {
-        run_.access.remember_controller(run_.access.read_identity());
+        result.identity = run_.access.read_identity();
+        run_.access.remember_controller(result.identity);
         ProfileSelection selection(run_, result.model->format);
         const NumberRead highest = selection.highest();
         result.highest = highest.value.value_or(0);
@@ -109,7 +110,8 @@ template <class Work> ProfileReadResult ProfileReader::read_from_controller(Work
     } else {
         result.problems.push_back(loaded.problem);
     }
-    if (!run_.canceled() && !run_.access.in_step()) result.problems.emplace_back(kOutOfStep);
+    if (!run_.canceled() && !run_.access.in_step())
+        result.problems.push_back(out_of_step(run_.access));
     result.complete = result.problems.empty() && !run_.canceled();
     run_.access.leave_line();
     return result;

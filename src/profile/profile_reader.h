@@ -24,6 +24,7 @@ using StepDone = std::function<void(int step, int of)>;
 
 struct ProfileReadResult {
     std::optional<ProfileModel> model;
+    Identity identity;
     ProfileSet profiles;
     int highest = 0;       // number in use
     bool complete = false; // every value was read

@@ -39,6 +39,12 @@ std::string words(ProfileAction action) {
 
 } // namespace
 
+std::string out_of_step(const ControllerAccess& access) {
+    if (!access.met_another().empty()) return access.met_another();
+    return "Answers were not those to their own requests, so that values may be those of other "
+           "registers: do it again.";
+}
+
 ProfileSelection::ProfileSelection(TransferRun& run, const ProfileFormat& format)
     : run_(run), format_(format),
       access_(run, {number_of(format.profile_number), number_of(format.action),

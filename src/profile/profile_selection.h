@@ -9,10 +9,8 @@
 
 namespace pelvan {
 
-/// Why nothing that was read counts.
-inline constexpr char kOutOfStep[] =
-    "Answers were not those to their own requests, so that values may be those of other registers: "
-    "do it again.";
+/// Why nothing that was read counts, where the end of the work is not in step.
+[[nodiscard]] std::string out_of_step(const ControllerAccess& access);
 
 /// A number of the controller, or the sentence that says why there is none.
 struct NumberRead {

@@ -58,7 +58,8 @@ ProfilePlan ProfileWriter::begin_plan() {
 ProfilePlan ProfileWriter::end_plan(ProfilePlan plan) {
     if (run_.canceled() && plan.refusal.empty())
         plan.refusal = run_.cancel.gave_up ? "The controller did not answer." : "Cancelled.";
-    if (run_.claim && !run_.access.in_step() && plan.refusal.empty()) plan.refusal = kOutOfStep;
+    if (run_.claim && !run_.access.in_step() && plan.refusal.empty())
+        plan.refusal = out_of_step(run_.access);
     return plan;
 }
 
@@ -160,7 +161,9 @@ ProfileWriteResult ProfileWriter::write(const ProfilePlan& plan) {
     run_.listener.working();
     result = ProfileWriting(run_, plan.model->format).carry_out(plan.wanted, plan.erased);
     if (!run_.access.in_step()) {
-        result.problems.emplace_back(kOutOfStep);
+        result.problems.push_back(out_of_step(run_.access));
+        if (!run_.access.met_another().empty())
+            result.problems.emplace_back("The one before may be left with profiles half written.");
         result.completed = false;
     }
     return result;

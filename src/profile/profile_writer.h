@@ -38,6 +38,9 @@ class ProfileWriter {
     [[nodiscard]] ProfileWriteResult restore_previous(const ProfilePlan& plan,
                                                       const ProfileWriteResult& failed);
 
+    /// Of the controller that the plan was made for.
+    [[nodiscard]] const Identity& identity() const { return run_.access.identity(); }
+
   private:
     [[nodiscard]] ProfilePlan begin_plan();
     [[nodiscard]] std::set<int> read_before(ProfilePlan& plan, ProfileSelection& selection,

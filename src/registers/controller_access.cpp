@@ -98,7 +98,7 @@ void ControllerAccess::check_own_answers() {
     now[0] = models[0];
     if (const std::string other = another_controller(now); !other.empty()) {
         in_step_ = false;
-        met_another_ = true;
+        met_another_ = other;
         errors_.list_sentence(other);
     }
 }

@@ -113,8 +113,9 @@ class ControllerAccess {
     /// registers, or when another controller answers by now. A controller that is silent now proves
     /// nothing; it costs up to 4 s.
     [[nodiscard]] bool in_step();
-    /// Whether `in_step` is false because another controller answered than at the beginning.
-    [[nodiscard]] bool met_another() const { return met_another_; }
+    /// When `in_step` is false because another controller answered than at the beginning, what
+    /// tells it from that one; else empty.
+    [[nodiscard]] const std::string& met_another() const { return met_another_; }
     /// Asks for the model and the serial number; false, and told, when they are another
     /// controller's. One that is silent passes.
     [[nodiscard]] bool is_same_controller();
@@ -131,6 +132,7 @@ class ControllerAccess {
     /// The controller that the work is for: when the line was silent and answers again, the work
     /// ends if it is another one.
     void remember_controller(const Identity& identity) { identity_ = identity; }
+    [[nodiscard]] const Identity& identity() const { return identity_; }
 
     /// "Comm Error!" with Retry and Cancel; false also when the transfer was cancelled meanwhile.
     [[nodiscard]] bool ask_retry(const std::string& text = kCommError);
@@ -174,7 +176,7 @@ class ControllerAccess {
     bool settled_ = true;
     bool read_before_ = false; // the last request was a read
     bool in_step_ = true;
-    bool met_another_ = false;
+    std::string met_another_;
     Identity identity_;
     bool unverified_ = false; // it was silent when its identity was looked at
 };

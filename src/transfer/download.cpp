@@ -231,7 +231,7 @@ void Download::end(Plan& plan) {
         run_.listener.tell("Download was Canceled.", "Download Canceled");
     else if (!in_step)
         run_.listener.tell(
-            run_.access.met_another()
+            !run_.access.met_another().empty()
                 ? "Another controller answered before the end: the file may hold values of both, "
                   "and was not completed. Save the setup again."
                 : "Answers were not those to their own requests, so that values may stand at the "

@@ -195,6 +195,19 @@ TEST_F(WriterTest, AWritingThatIsGivenUpOrCancelledIsTakenBack) {
     }
 }
 
+TEST_F(WriterTest, AnotherControllerInTheMiddleIsNamed) {
+    auto& table = const_cast<simulator::RegisterTable&>(rig->station->controller.table());
+    rig->fate = [&](const Request& request) {
+        if (request == Request{6, kAction, kInsert}) table.set_value(2, 1519);
+        return Fate::Answered;
+    };
+    const ProfileWriteResult failed = write(examples({1}, 3));
+    EXPECT_FALSE(failed.completed);
+    EXPECT_EQ(failed.problems, (Lines{"Another controller answers than at the beginning: register "
+                                      "2 was 1518 and is 1519 now.",
+                                      "The one before may be left with profiles half written."}));
+}
+
 TEST_F(WriterTest, ASavedSetupHoldsWhatWasWrittenAndRestoresIt) {
     const ProfileSet wanted = examples({1, 3}, 9);
     expect_done(write(wanted));

@@ -1,5 +1,9 @@
 #include "profile/window/profile_line_panel.h"
 
+#include <algorithm>
+
+#include "profile/profile_difference.h"
+
 namespace pelvan {
 namespace {
 
@@ -73,7 +77,29 @@ bool ProfileLinePanel::address_refused() {
 
 ProfileReadResult ProfileLinePanel::read() {
     const Busy busy(*this);
-    return ProfileReader(context()).read();
+    ProfileReadResult result = ProfileReader(context()).read();
+    if (result.model) identity_ = result.identity;
+    return result;
+}
+
+std::string ProfileLinePanel::changed_since_read(int number, const ProfileSet& held) {
+    const Busy busy(*this);
+    const ProfileReadResult now = ProfileReader(context()).read_with_jumps(number);
+    if (cancel_.canceled && !cancel_.gave_up) return "Cancelled.";
+    if (!now.complete || !now.model)
+        return now.problems.empty() ? "The profile could not be read." : now.problems.front();
+    for (std::size_t i = 0; i < identity_.size(); ++i)
+        if (!identity_[i].empty() && !now.identity[i].empty() && identity_[i] != now.identity[i])
+            return "Another controller answers than the one whose profiles were read: read it "
+                   "(F5).";
+    const auto is_as_read = [&](const auto& entry) {
+        const auto before = held.find(entry.first);
+        return before != held.end() &&
+               profile_differences(now.model->format, before->second, entry.second).empty();
+    };
+    if (now.profiles.contains(number) && std::ranges::all_of(now.profiles, is_as_read)) return {};
+    return "The controller holds another profile " + std::to_string(number) +
+           ", or others that it jumps to, than was read: read again (F5).";
 }
 
 LineReport ProfileLinePanel::write(int model, const ProfileSet& wanted) {
@@ -115,6 +141,7 @@ LineReport ProfileLinePanel::carry_out(ProfileWriter& writer, const ProfilePlan&
                                        const char* done) {
     const ProfileWriteResult result = writer.write(plan);
     LineReport report{result.completed, result.differences, done};
+    if (result.completed) identity_ = writer.identity();
     if (result.completed) return report;
     report.summary = cancel_.gave_up    ? "The controller did not answer: given up."
                      : cancel_.canceled ? "Cancelled."

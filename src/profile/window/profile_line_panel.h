@@ -36,6 +36,9 @@ class ProfileLinePanel : private TransferListener {
     /// there before when that did not complete. `model` is the one that the profiles were made for.
     [[nodiscard]] LineReport write(int model, const ProfileSet& wanted);
     [[nodiscard]] LineReport erase(int number);
+    /// Reads what a run of the profile can reach; why it is not what was read or written last,
+    /// `held`, in the same controller. Empty when it is.
+    [[nodiscard]] std::string changed_since_read(int number, const ProfileSet& held);
 
     [[nodiscard]] bool busy() const { return busy_; }
     /// Asks whether to stop the work, which then ends at its next register.
@@ -76,6 +79,7 @@ class ProfileLinePanel : private TransferListener {
     Modbus& modbus_;
     bool busy_ = false;
     CancelFlag cancel_;
+    Identity identity_; // of the controller that was read or written last
 };
 
 } // namespace pelvan

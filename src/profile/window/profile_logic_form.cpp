@@ -80,6 +80,11 @@ void frm_ProfileLogic::wire_controller() {
     menu.mnuCopyTo.Click = [this] { mnuCopyTo_Click(); };
     menu.mnuErase.Click = [this] { mnuErase_Click(); };
     menu.mnuStart.Click = [this] { run.start(); };
+    // What was read some time ago may be edited at the controller since, or another's.
+    run.start_objection = [this](int profile) {
+        const auto held = work_.editor().in_controller();
+        return held ? line.changed_since_read(profile, *held) : std::string();
+    };
     menu.mnuHold.Click = [this] { hold(); };
     menu.mnuResume.Click = [this] { run.resume(); };
     menu.mnuNext.Click = [this] { run.next(); };

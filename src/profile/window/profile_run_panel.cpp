@@ -235,6 +235,11 @@ void ProfileRunPanel::start() {
         return;
     }
     if (!agreed_to_start(profile, static_cast<int>(*step))) return;
+    if (const std::string objection = start_objection(profile.number); !objection.empty()) {
+        services_.dialogs.message_box("Nothing was started. " + objection, {}, MessageButtons::Ok,
+                                      MessageIcon::Exclamation);
+        return;
+    }
     started_step_ = static_cast<int>(*step);
     const CommandOutcome outcome = runner().start(profile.number, started_step_);
     take(outcome);

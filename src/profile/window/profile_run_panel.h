@@ -3,6 +3,7 @@
 // sent, and that nothing is sent twice on a guess, is ProfileRunner's.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,6 +29,9 @@ class ProfileRunPanel : private RunDesk {
     Label lbl_Interval{"lbl_ProfileInterval", "Poll &interval"};
     ComboBox cmbInterval;
     Timer tmr_Poll{"tmr_ProfilePoll"};
+
+    /// Why a profile that was agreed to is not to be started; looks at the controller for it.
+    std::function<std::string(int profile)> start_objection;
 
     /// Asks from which step, says what the profile does and how long, asks, and starts it.
     void start();

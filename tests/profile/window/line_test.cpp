@@ -84,6 +84,28 @@ TEST_F(ProfileOnTheLine, AStartIsAskedAboutAndTheRunningProfileIsLocked) {
     EXPECT_EQ(rig->writes_of(kCommand, 2), 1) << "every command once";
 }
 
+TEST_F(ProfileOnTheLine, NothingIsStartedThatIsNotWhatWasReadLast) {
+    open();
+    make_profile();
+    write_profile();
+    rig->set({{4000, 1}, {4001, 1}, {4007, 2000}}); // at the controller's own keys
+    start_profile();
+    EXPECT_EQ(rig->dialogs.texts().back(),
+              "Nothing was started. The controller holds another profile 1, or others that it "
+              "jumps to, than was read: read again (F5).");
+    EXPECT_EQ(rig->writes_of(kCommand, 1), 0);
+    rig->set({{4000, 1}, {4001, 1}, {4007, 1000}});
+    auto& table = const_cast<simulator::RegisterTable&>(rig->station->controller.table());
+    table.set_value(2, 1519); // the plug goes to the next cabinet
+    start_profile();
+    EXPECT_EQ(rig->dialogs.texts().back(), "Nothing was started. Another controller answers than "
+                                           "the one whose profiles were read: read it (F5).");
+    answer({MessageAnswer::Yes});
+    form->menu.mnuRead.choose();
+    start_profile();
+    EXPECT_EQ(state(), "Profile 1, step 1 is running, 0:30:00 left.");
+}
+
 TEST_F(ProfileOnTheLine, ALostReplyIsNotKnownUntilTheStateIsRead) {
     run_profile();
     bool dead = false;
