@@ -1,5 +1,7 @@
 #include "serial/link.h"
 
+#include <algorithm>
+
 #include "platform/run_time_error.h"
 #include "serial/trap.h"
 #include "text/duration.h"
@@ -116,7 +118,7 @@ std::string Link::exchange(const std::string& command, Reading reading) {
     guarded([&] { sent = send_out(port, record, way, command, reading.timeout_ms); });
     if (way.complete) frames.sent(way.own_handshake ? 0 : command.size());
     if (toggles) {
-        hold_rts(static_cast<float>(command.size()) * settle, begun_ms, way);
+        hold_rts(command.size(), settle, begun_ms, way);
         guarded([&] { port.EscapeCommFunction(EscapeCode::CLRRTS); });
     }
     std::string reply;
@@ -163,7 +165,12 @@ std::string Link::judged(std::string reply, EchoFilter& echo, const Reading& rea
     return counts ? std::move(reply) : std::string();
 }
 
-void Link::hold_rts(float duration_ms, double begun_ms, const ExchangeWay& way) {
+void Link::hold_rts(std::size_t bytes, float settle, double begun_ms, const ExchangeWay& way) {
+    float duration_ms = static_cast<float>(bytes) * settle;
+    // Settle times are rounded, to none from 38400 baud on: RTS would fall while bytes go out.
+    if (way.complete)
+        duration_ms =
+            std::max(duration_ms, static_cast<float>(bytes) * static_cast<float>(way.character_ms));
     // Sent byte by byte, most of them are out already.
     if (way.own_handshake)
         duration_ms -= static_cast<float>(countdowns_.tick().precise_ms() - begun_ms);

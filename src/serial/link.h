@@ -135,7 +135,7 @@ class Link {
     [[nodiscard]] std::string judged(std::string reply, EchoFilter& echo, const Reading& reading);
     [[nodiscard]] std::string collect(SerialPort& port, FrameExchange& frames,
                                       const ExchangeWay& way, const Reading& reading);
-    void hold_rts(float duration_ms, double begun_ms, const ExchangeWay& way);
+    void hold_rts(std::size_t bytes, float settle, double begun_ms, const ExchangeWay& way);
     [[nodiscard]] bool send_out(SerialPort& port, LineRecord& record, const ExchangeWay& way,
                                 const std::string& command, float timeout_ms);
     void discard_until_silent(SerialPort& port, Silence& result);

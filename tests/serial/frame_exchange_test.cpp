@@ -48,6 +48,18 @@ TEST_F(FrameExchangeTest, EndsWithTheFrameAndTheNextRequestKeepsItsDistance) {
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
+TEST_F(FrameExchangeTest, RtsIsHeldUntilTheBytesAreOutAtAnyRate) {
+    const std::pair<const char*, double> holds[] = {{"9600,N,8,1", 3 * 2}, {"38400,N,8,1", 0.78}};
+    for (const auto& [settings, hold_ms] : holds) {
+        start(settings, "2");
+        exchange({{30, "a."}});
+        double down_at = 0;
+        for (const auto& event : port().events)
+            if (event.what == "escape 4") down_at = event.at_ms;
+        EXPECT_NEAR(down_at - asked_at, hold_ms, 0.1) << settings;
+    }
+}
+
 TEST_F(FrameExchangeTest, ANetworkMayKeepThePartsOfAFrameApart) {
     const std::vector<Arrival> parts{{10, "a"}, {190, "b."}};
     EXPECT_EQ(exchange(parts), "a");
