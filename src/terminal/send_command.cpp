@@ -2,7 +2,9 @@
 #include <utility>
 
 #include "console/protocol_number.h"
+#include "protocols/full/full_protocol.h"
 #include "terminal/commands.h"
+#include "text/numbers.h"
 
 namespace pelvan {
 namespace {
@@ -49,6 +51,10 @@ std::optional<std::string> complaint(const SendOptions& options) {
                         : "a command text goes with the protocols full and xon only";
     if (options.protocol == protocol::kModbus && !type_of(options.function, options.long_values))
         return "Bad COMMAND TYPE selected.";
+    // The protocol would ask controller 1 instead, after a box that nobody reads here.
+    if (options.protocol == protocol::kFull && !whole_number(options.address, 0, kFullMaxAddress))
+        return "\"" + options.address + "\" is no address from 0 to " +
+               std::to_string(kFullMaxAddress);
     return std::nullopt;
 }
 
