@@ -12,6 +12,7 @@ namespace {
 /// How long one wait lasts at most, so that an interrupt is noticed soon.
 constexpr int kWaitMs = 50;
 constexpr double kMsPerSecond = 1000;
+constexpr int kMaxFullAddress = 32;
 
 /// What the command line says, for whichever protocol.
 struct SendOptions {
@@ -49,6 +50,9 @@ std::optional<std::string> complaint(const SendOptions& options) {
     if (has_text != (options.text_option->count() > 0))
         return has_text ? "the command text is missing"
                         : "a command text goes with the protocols full and xon only";
+    // The protocol would say so and go on with controller 1: nobody stands here to read that first.
+    if (options.protocol == protocol::kFull && !whole_number(options.address, 0, kMaxFullAddress))
+        return "--address: give a whole number from 0 to " + std::to_string(kMaxFullAddress);
     if (options.protocol == protocol::kModbus && !type_of(options.function, options.long_values))
         return "Bad COMMAND TYPE selected.";
     // The protocol would ask controller 1 instead, after a box that nobody reads here.

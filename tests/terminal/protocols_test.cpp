@@ -22,6 +22,8 @@ TEST_F(TerminalProtocols, SendInEachOfThem) {
            "pelvan7: No response from the controller at address 1.\n");
     expect_failures(exit_code::kBadOption,
                     "send --protocol full->the command text is missing|"
+                    "send --protocol full --address 5O '= SP1 66'->--address: give a whole number "
+                    "from 0 to 32|"
                     "send '? C1'->a command text goes with the protocols full and xon only|"
                     "send --protocol tellura --read none->Invalid number of bytes!|"
                     "send --protocol tellura --read 2 --write 00->|"
