@@ -159,11 +159,19 @@ ProfileWriteResult ProfileWriter::write(const ProfilePlan& plan) {
         return result;
     }
     run_.listener.working();
+    // A question may have stood open for long.
+    result.met_another = !run_.access.is_same_controller();
+    if (result.met_another) {
+        result.problems.emplace_back("Another controller answers: nothing was written into it.");
+        return result;
+    }
     result = ProfileWriting(run_, plan.model->format).carry_out(plan.wanted, plan.erased);
     if (!run_.access.in_step()) {
         result.problems.push_back(out_of_step(run_.access));
-        if (!run_.access.met_another().empty())
-            result.problems.emplace_back("The one before may be left with profiles half written.");
+        result.met_another = !run_.access.met_another().empty();
+        if (result.met_another)
+            result.problems.emplace_back("The one before may be left with profiles half written. "
+                                         "Nothing is put back into the one that answers now.");
         result.completed = false;
     }
     return result;
@@ -172,6 +180,11 @@ ProfileWriteResult ProfileWriter::write(const ProfilePlan& plan) {
 ProfileWriteResult ProfileWriter::restore_previous(const ProfilePlan& plan,
                                                    const ProfileWriteResult& failed) {
     run_.cancel = {};
+    if (failed.met_another) {
+        ProfileWriteResult nothing;
+        nothing.met_another = true;
+        return nothing;
+    }
     ProfilePlan back;
     back.model = plan.model;
     std::vector<std::string> lost;

@@ -14,6 +14,8 @@ struct ProfileWriteResult {
     std::vector<std::string> problems;
     /// Numbers that hold something else than before, or may do so.
     std::set<int> touched;
+    /// Another controller answers than the plan was made for: nothing may be put back into it.
+    bool met_another = false;
 };
 
 /// A writer has the line for itself as long as it lives, so that nothing changes between the plan
@@ -29,8 +31,9 @@ class ProfileWriter {
     [[nodiscard]] ProfilePlan plan_copy(int from, int to);
     [[nodiscard]] ProfilePlan plan_erase(const std::set<int>& numbers);
 
-    /// Carries the plan out. The first register that is refused ends it, with the place and the
-    /// register's name among the problems; a cancel ends it too.
+    /// Carries the plan out, unless another controller answers by now. The first register that is
+    /// refused ends it, with the place and the register's name among the problems; a cancel ends it
+    /// too.
     [[nodiscard]] ProfileWriteResult write(const ProfilePlan& plan);
 
     /// Takes a writing that did not complete back: what was there before is written, what it

@@ -84,6 +84,7 @@ void take_back(ProfileTerminal& terminal, ProfileWriter& writer, const ProfilePl
                const ProfileWriteResult& failed) {
     if (failed.touched.empty()) return;
     const std::string left = "Not as before or only in part: ";
+    if (failed.met_another) return terminal.report.problem(left + numbers_text(failed.touched));
     if (!terminal.options.put_back)
         return terminal.report.problem(left + numbers_text(failed.touched) +
                                        ". --put-back would have written back what was there.");

@@ -205,7 +205,12 @@ TEST_F(WriterTest, AnotherControllerInTheMiddleIsNamed) {
     EXPECT_FALSE(failed.completed);
     EXPECT_EQ(failed.problems, (Lines{"Another controller answers than at the beginning: register "
                                       "2 was 1518 and is 1519 now.",
-                                      "The one before may be left with profiles half written."}));
+                                      "The one before may be left with profiles half written. "
+                                      "Nothing is put back into the one that answers now."}));
+    EXPECT_TRUE(failed.met_another);
+    rig->requests.clear();
+    EXPECT_TRUE(restore(failed).met_another);
+    EXPECT_EQ(std::ranges::count(rig->requests, 6, &Request::function), 0);
 }
 
 TEST_F(WriterTest, ASavedSetupHoldsWhatWasWrittenAndRestoresIt) {

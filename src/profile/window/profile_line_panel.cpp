@@ -148,7 +148,14 @@ LineReport ProfileLinePanel::carry_out(ProfileWriter& writer, const ProfilePlan&
                                         : "Not all could be written as it should be.";
     for (const std::string& problem : result.problems)
         report.findings.push_back({0, 0, 0, problem});
-    if (!result.touched.empty()) offer_restore(writer, plan, result, report);
+    if (result.met_another) {
+        report.summary = joined(result.problems);
+        if (!result.touched.empty())
+            services_.dialogs.message_box(report.summary, {}, MessageButtons::Ok,
+                                          MessageIcon::Exclamation);
+    } else if (!result.touched.empty()) {
+        offer_restore(writer, plan, result, report);
+    }
     return report;
 }
 
