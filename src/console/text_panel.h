@@ -37,8 +37,7 @@ class TextPanel {
             if (fields_.shown_ == this) fields_.show_for(nullptr);
         }
         void focus() override { fields_.txt_CommsCommand.SetFocus(); }
-        /// Whatever was entered is sent.
-        TextBox* refused_box(const std::string&) override { return nullptr; }
+        TextBox* refused_box(const std::string&) override { return &fields_.txt_CommsCommand; }
         SendLine script_sender() override;
 
       protected:

@@ -16,6 +16,8 @@ constexpr std::size_t kShownOfCut = 200; // bytes
 constexpr char kXonRefusal[] = "ERROR";
 constexpr char kDamagedResponse[] =
     "The response is damaged: characters of it may be missing, or not belong to it.";
+constexpr char kSeveralLines[] = "The command has several lines: nothing was sent. Send one at a "
+                                 "time, or all with File, Send Setup File.";
 constexpr char kNoData[] = "(an empty reply)";
 constexpr char kNoReadOrWrite[] = "Acknowledged; neither a read nor a write";
 
@@ -55,6 +57,13 @@ bool is_command(const std::string& text) {
     return text.starts_with('?') || text.starts_with('=');
 }
 
+/// A line end would end the command for the controller, which carries out the rest as others. A box
+/// of one line shows it as a blank.
+bool has_several_lines(const std::string& command) {
+    const std::size_t last = command.find_last_not_of("\r\n");
+    return last != command.npos && command.find_first_of("\r\n") < last;
+}
+
 std::string full_objection(const std::string& command, const std::string& result) {
     if (lacks_acknowledgement(result))
         return "The command was not acknowledged in time. It may have been carried out.";
@@ -75,6 +84,8 @@ std::string printable(std::string_view text) {
 }
 
 SendOutcome TextSender::send(TextProtocol protocol, const TextEntry& entry) {
+    if (has_several_lines(entry.command))
+        return {SendOutcome::Kind::Refused, kSeveralLines, false, kSeveralLines, {}};
     return send_and_remark(link_, [&] {
         return protocol == TextProtocol::Full ? send_full(entry) : send_xon(entry.command);
     });

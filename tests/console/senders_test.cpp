@@ -101,6 +101,17 @@ TEST_P(SimulatedLineTest, ACommandThatIsStoppedArrivesWholeOnlyWithTheProgramsHa
     }
 }
 
+TEST_P(SimulatedLineTest, SeveralPastedLinesAreNoCommand) {
+    start("");
+    for (const auto protocol : {TextProtocol::Full, TextProtocol::Xon}) {
+        const SendOutcome lines = senders.text.send(protocol, {"1", "? C1\r\n= SP1 50"});
+        EXPECT_EQ(lines.kind, SendOutcome::Kind::Refused);
+        EXPECT_FALSE(lines.refusal.empty() || lines.row);
+        EXPECT_TRUE(senders.text.send(protocol, {"1", "? SP1"}).accepted) << "nothing was sent";
+    }
+    EXPECT_EQ(senders.text.send(TextProtocol::Xon, {"1", "? SP1"}).row->response, "75.0");
+}
+
 /// There the settle time is 0: the pause cuts replies, their frames do not.
 TEST_P(SimulatedLineTest, At38400RepliesComeWholeInFramesOnlyAndFaultyOnesNever) {
     const auto start_quick = [this](const std::string& options) {
