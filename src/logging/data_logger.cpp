@@ -12,7 +12,7 @@ namespace {
 constexpr std::int16_t kDefaultTickMs = 1000;
 constexpr std::int16_t kNothingAdded = -1;
 constexpr char kStrayBytes[] = "Bytes came between two requests: an answer came late or twice. "
-                               "Readings before this pass may belong to other rows.";
+                               "Readings before that may belong to other rows.";
 constexpr int kMaxGathered = 99;  // more lines than that are written at once
 constexpr int kEveryPassFrom = 6; // seconds: at longer intervals every pass is written
 

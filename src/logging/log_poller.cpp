@@ -104,8 +104,13 @@ CarefulReply LogPoller::exchange(const std::string& frame, float more_ms) {
     request.whom = {kModbusChannel, static_cast<unsigned char>(frame[0])};
     request.repeatable = is_read(frame);
     request.watches_stray_bytes = true;
+    // Late answers of whoever is doubtful are dealt with.
+    LateAnswers& late = link_.channels().late_answers();
+    const bool expects = late.doubtful(request.whom, link_.countdowns().read_tick());
+    bool beside = false;
     request.exchange = [&] {
         std::string reply = transmit(frame, more_ms);
+        beside = beside || (!expects && bytes_beside_answer(frame, reply) >= kShortestReply);
         if (link_.stray_bytes() > 0) silences_.erase(frame[0]);
         return reply;
     };
@@ -115,7 +120,9 @@ CarefulReply LogPoller::exchange(const std::string& frame, float more_ms) {
         if (fit == Fit::Missing && !reply.empty()) silences_.erase(frame[0]);
         return fit;
     };
-    return try_port(request);
+    CarefulReply heard = try_port(request);
+    heard.after_strays = heard.after_strays || beside;
+    return heard;
 }
 
 CarefulReply LogPoller::try_port(const CarefulRequest& request) {

@@ -19,8 +19,8 @@ enum class RowState { NotPolled, Answered, Exception, Nothing, LineInUse };
 struct LogReading {
     std::string value; // for the Value column and the log
     RowState state = RowState::Nothing;
-    /// Bytes that nobody had asked for stood on the line before, or what came may answer another
-    /// row.
+    /// Bytes that nobody had asked for stood on the line before, or came beside the answer, or what
+    /// came may answer another row.
     bool after_strays = false;
     /// What came answers another request, and was left out.
     bool of_another = false;

@@ -1,10 +1,10 @@
 #include "registers/answers.h"
 
 #include <algorithm>
-#include <initializer_list>
 
 #include "protocols/modbus/crc.h"
 #include "protocols/modbus/modbus.h"
+#include "protocols/modbus/whole_reply.h"
 
 namespace pelvan {
 namespace {
@@ -14,22 +14,9 @@ constexpr unsigned kReadHolding = 3;
 /// Longest replies to a read, beside two bytes a register, and to a write of one register.
 constexpr std::size_t kReadReply = 5;
 constexpr std::size_t kWriteReply = 8;
-/// An exception: what is shorter is noise.
-constexpr std::size_t kShortestReply = 5;
 
 unsigned byte_at(const std::string& frame, std::size_t at) {
     return static_cast<unsigned char>(frame[at]);
-}
-
-/// Bytes of what came, beside the undamaged answer that it begins or ends with; 0 without one.
-std::size_t bytes_beside_answer(const std::string& reply, const std::string& request) {
-    for (const std::size_t size : {longest_reply(request), kShortestReply}) {
-        if (reply.size() <= size) continue;
-        const std::size_t beside = reply.size() - size;
-        if (is_sound(reply.substr(beside), request) || is_sound(reply.substr(0, size), request))
-            return beside;
-    }
-    return 0;
 }
 
 std::size_t registers_in(const std::string& request) {
@@ -70,7 +57,7 @@ bool AnswerBalance::take(std::size_t bytes) {
 
 bool AnswerBalance::exchanged(const std::string& request, const std::string& reply,
                               std::size_t stray) {
-    const std::size_t beside = bytes_beside_answer(reply, request);
+    const std::size_t beside = bytes_beside_answer(request, reply);
     const bool twice = take(stray + beside);
     if (beside == 0 && !is_sound(reply, request)) {
         owed_ += static_cast<long>(longest_reply(request));

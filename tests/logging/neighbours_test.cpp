@@ -256,6 +256,28 @@ TEST_P(LateRowsTest, ADoubledReplyShiftsNoRowOfTheNextPass) {
     EXPECT_TRUE(logger.port_message().starts_with("Bytes came between two requests"));
 }
 
+/// The answer of the row that got the value may come between two requests or with the next answer.
+TEST_P(LateRowsTest, ADoubledReplyGivesNoRowAnothersValueUnnoticed) {
+    for (const double slow_ms : {20.0, 100.0, 140.0, 180.0, 240.0})
+        for (double again_ms = 10; again_ms < 300; again_ms += 10) {
+            rebuild();
+            slave = FaultySlave(tick);
+            slave.turnaround_ms = 10;
+            slave.fault_once[3].again_ms = again_ms;
+            slave.fault_once[4].late_ms = slow_ms;
+            slave.answer_on(*ports[1]);
+            logger.RunLoggingPass();
+            const LogReading fourth = reading(4); // of register 303
+            std::string told = logger.port_message();
+            tick.advance(1000);
+            logger.RunLoggingPass();
+            told += logger.port_message();
+            if (fourth.state == RowState::Answered && fourth.value != " 30.3") {
+                EXPECT_TRUE(told.starts_with("Bytes came between")) << slow_ms << ", " << again_ms;
+            }
+        }
+}
+
 TEST_P(LateRowsTest, ARowThatIsOffSlowsItsOwnAddressAlone) {
     load({"2,3,300,0"});
     logger.RunLoggingPass();

@@ -3,6 +3,7 @@
 #include "protocols/modbus/crc.h"
 #include "protocols/modbus/frame_length.h"
 #include "protocols/modbus/function_codes.h"
+#include "protocols/modbus/modbus.h"
 
 namespace pelvan {
 namespace {
@@ -31,6 +32,17 @@ bool is_whole_reply(std::string_view request, std::string_view received) {
     if (function_of(received) != function && function_of(received) != (function | kExceptionBit))
         return false;
     return received.size() == length_of(request, received) && has_valid_crc(received);
+}
+
+std::size_t bytes_beside_answer(std::string_view request, std::string_view reply) {
+    const auto answers = [&](std::string_view piece) {
+        return can_answer(request, piece) && has_valid_crc(piece);
+    };
+    for (std::size_t size = kShortestReply; size < reply.size(); ++size) {
+        const std::size_t beside = reply.size() - size;
+        if (answers(reply.substr(beside)) || answers(reply.substr(0, size))) return beside;
+    }
+    return 0;
 }
 
 } // namespace pelvan
