@@ -12,7 +12,6 @@ namespace {
 /// How long one wait lasts at most, so that an interrupt is noticed soon.
 constexpr int kWaitMs = 50;
 constexpr double kMsPerSecond = 1000;
-constexpr int kMaxFullAddress = 32;
 
 /// What the command line says, for whichever protocol.
 struct SendOptions {
@@ -51,14 +50,10 @@ std::optional<std::string> complaint(const SendOptions& options) {
         return has_text ? "the command text is missing"
                         : "a command text goes with the protocols full and xon only";
     // The protocol would say so and go on with controller 1: nobody stands here to read that first.
-    if (options.protocol == protocol::kFull && !whole_number(options.address, 0, kMaxFullAddress))
-        return "--address: give a whole number from 0 to " + std::to_string(kMaxFullAddress);
+    if (options.protocol == protocol::kFull && !whole_number(options.address, 0, kFullMaxAddress))
+        return "--address: give a whole number from 0 to " + std::to_string(kFullMaxAddress);
     if (options.protocol == protocol::kModbus && !type_of(options.function, options.long_values))
         return "Bad COMMAND TYPE selected.";
-    // The protocol would ask controller 1 instead, after a box that nobody reads here.
-    if (options.protocol == protocol::kFull && !whole_number(options.address, 0, kFullMaxAddress))
-        return "\"" + options.address + "\" is no address from 0 to " +
-               std::to_string(kFullMaxAddress);
     return std::nullopt;
 }
 

@@ -36,7 +36,6 @@ TEST_F(TerminalTest, FailuresAreOneLineAndAnExitCode) {
         exit_code::kBadOption,
         "send --address 248->Bad ADDRESS entered.|send --function 7->Bad COMMAND TYPE selected.|"
         "send --values 40000 --function 6->Bad DATA VALUE entered.|"
-        "send --protocol full --address 5O c1->\"5O\" is no address from 0 to 32|"
         "log a.PV5 --passes 0->--passes: give a whole number from 1|"
         "send --repeat -1->--repeat: give a whole number from 0|"
         "listen --seconds -1->--seconds: give a number from 0|"
