@@ -39,7 +39,11 @@ void ScanRun::all() {
 /// False for settings that the port does not have: the others may do.
 bool ScanRun::open(const ScanStep& step) {
     const std::string settings = settings_text(step.line);
-    if (asking_ != nullptr && settings != settings_text(asking_->step().line)) leave_settings();
+    if (asking_ != nullptr && settings != settings_text(asking_->step().line)) {
+        settings_before_ = settings_text(asking_->step().line);
+        opened_ms_ = tools_.tick.precise_ms();
+        leave_settings();
+    }
     if (std::find(refused_.begin(), refused_.end(), settings) != refused_.end()) return false;
     // The other protocols would fare no better; later on it may be silent.
     if (settings == busy_settings_) {

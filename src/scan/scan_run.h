@@ -82,6 +82,7 @@ class ScanRun {
     bool ask_again(int address, double patience_ms);
     void tell_garbled(int address);
     void tell_strays();
+    [[nodiscard]] bool is_of_settings_before(double arrived_ms);
     void leave_settings();
 
     Tools tools_;
@@ -99,9 +100,11 @@ class ScanRun {
     ScanAsking* asking_ = nullptr;   // the one of whoever is asked now
     /// Who answered late, and is asked again when the one who is asked now is done with.
     std::deque<std::pair<ScanAsking*, int>> pending_;
-    double slowest_ms_ = 0; // of all answers that came late
-    int strays_ = 0;        // bursts
-    int alone_ = 0;         // times that the line was listened to for them
+    double slowest_ms_ = 0;       // of all answers that came late
+    std::string settings_before_; // the present ones; of this scan
+    double opened_ms_ = 0;        // when the present ones began, by the tick
+    int strays_ = 0;              // bursts
+    int alone_ = 0;               // times that the line was listened to for them
     int busy_ = 0;
     std::string busy_settings_; // where this was so last
     std::set<std::string> said_;

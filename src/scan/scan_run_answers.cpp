@@ -155,6 +155,7 @@ void ScanRun::look_again(int address, std::string bytes) {
         return;
     }
     busy_ = 0;
+    const double arrived_ms = line_.arrived_ms();
     const bool answers = note(bytes);
     bool repeated = false;
     std::vector<int> others = answers ? std::vector<int>() : asking_->asked_lately(kLateMs);
@@ -165,7 +166,8 @@ void ScanRun::look_again(int address, std::string bytes) {
             repeated |= !ask_again(other, answers ? options_.patience_ms
                                                   : std::max(options_.patience_ms, kLateMs));
     ask_pending();
-    if (!answers && !repeated && !ended() && ++strays_ == kStrays) tell_strays();
+    if (answers || repeated || ended() || is_of_settings_before(arrived_ms)) return;
+    if (++strays_ == kStrays) tell_strays();
 }
 
 void ScanRun::ask_pending() {
@@ -192,6 +194,16 @@ bool ScanRun::ask_again(int address, double patience_ms) {
     if (ended() || is_settled(*asking_, address)) return true;
     tell_garbled(address);
     return false;
+}
+
+/// Whether bytes that did not come again came so soon behind a change of settings that they may be
+/// the answer to a request at those before, which is told then; once for each change.
+bool ScanRun::is_of_settings_before(double arrived_ms) {
+    if (settings_before_.empty() || arrived_ms - opened_ms_ > kSureMs) return false;
+    remark_once("Bytes came just behind the change from " + std::exchange(settings_before_, {}) +
+                ": something may have answered late there. 1000 ms of patience would "
+                "tell.");
+    return true;
 }
 
 /// What comes back every time is no noise, unless it comes without a request, too.

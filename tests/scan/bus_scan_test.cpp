@@ -98,6 +98,21 @@ TEST_F(BusScanTest, AsksAllAddressesOfASettingInHalfAMinute) {
     EXPECT_NEAR(result.taken_ms, estimated_ms(plan_scan(plain(ScanProtocol::Modbus)), 90), 1500);
 }
 
+TEST_F(BusScanTest, BytesJustBehindAChangeOfSettingsMayBeALateAnswer) {
+    stranger = [this](const std::string&) {
+        const bool first = written.back().settings != "9600,N,8,1" &&
+                           written[written.size() - 2].settings == "9600,N,8,1";
+        return first ? testing::bytes("5A A5") : std::string();
+    };
+    ScanOptions options = plain(ScanProtocol::Modbus);
+    options.baud_rates = {9600, 19200};
+    options.first_address = options.last_address = 1;
+    static_cast<void>(run(options));
+    EXPECT_EQ(notes.remarks, Texts{"Bytes came just behind the change from 9600,N,8,1: something "
+                                   "may have answered late there. 1000 ms of "
+                                   "patience would tell."});
+}
+
 TEST_F(BusScanTest, CreditsALateAnswerToWhoSentIt) {
     // 110 ms and more: it comes while the next address is asked, or the one behind that.
     for (const char* delay : {"85", "110", "150", "230", "400"}) {
