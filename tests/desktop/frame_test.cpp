@@ -1,5 +1,9 @@
 // Windows: forms bound to them, the frame, and the activation rule.
 #include "desktop/windows/mdi_frame.h"
+
+#include <QScreen>
+
+#include "desktop/system/place_keeper.h"
 #include "desktop_fixture.h"
 #include "support/fake_dialogs.h"
 
@@ -193,6 +197,14 @@ TEST_F(FrameTest, AWindowComesBackWhereItWasAndStaysInsideTheFrame) {
     console_.Show();
     frame_.reset(); // the program ends
     EXPECT_EQ(places_.of("console"), (WindowPlace{50, 60, 300, 200}));
+}
+
+TEST_F(FrameTest, AWindowOfALargerScreenFitsWithItsTitleBar) {
+    const QRect screen = frame_->screen()->availableGeometry();
+    places_.keep("trend", {0, 0, screen.width(), screen.height(), false});
+    QWidget window;
+    keep_place_on_screen(&window, "trend", places_);
+    EXPECT_LT(window.height(), screen.height() - 20);
 }
 
 TEST_F(FrameTest, AFileIsTakenByTheWindowsThatKnowWhatToDoWithIt) {

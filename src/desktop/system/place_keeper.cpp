@@ -7,6 +7,9 @@
 namespace pelvan::desktop {
 namespace {
 
+/// What the window manager puts round a window, generously.
+constexpr int kTitleBar = 40;
+
 WindowPlace place_of(const QRect& rect) {
     return {rect.left(), rect.top(), rect.width(), rect.height(), false};
 }
@@ -52,7 +55,8 @@ bool PlaceKeeper::eventFilter(QObject* watched, QEvent* event) {
 void keep_place_on_screen(QWidget* window, const std::string& name, WindowPlaces& places) {
     auto* keeper = new PlaceKeeper(window, name, places, [window] {
         const QScreen* screen = window->screen();
-        return screen == nullptr ? QRect() : screen->availableGeometry();
+        return screen == nullptr ? QRect()
+                                 : screen->availableGeometry().adjusted(0, 0, 0, -kTitleBar);
     });
     if (places.of(name)) keeper->put({});
 }
