@@ -24,7 +24,11 @@ LoadedModel load_profile_model(const std::string& directory, int number) {
 
 LoadedModel read_profile_model(TransferRun& run) {
     const Reading reading = run.access.read_model();
-    if (reading.failed()) return {{}, "The controller's model could not be read."};
+    const char* const late = run.access.answered_late()
+                                 ? " Answers come, but later than the 250 ms that are waited for."
+                                 : "";
+    if (reading.failed())
+        return {{}, std::string("The controller's model could not be read.") + late};
     return load_profile_model(run.directory, static_cast<int>(leading_number(reading.value)));
 }
 

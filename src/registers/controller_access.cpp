@@ -65,6 +65,7 @@ void ControllerAccess::await_silence(const std::string& next) {
 bool ControllerAccess::fall_silent() {
     const Silence silence = link_.let_fall_silent();
     check_surplus(silence.discarded);
+    answered_late_ = answered_late_ || silence.discarded > 0;
     return silence.silent;
 }
 

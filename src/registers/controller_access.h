@@ -116,6 +116,8 @@ class ControllerAccess {
     /// When `in_step` is false because another controller answered than at the beginning, what
     /// tells it from that one; else empty.
     [[nodiscard]] const std::string& met_another() const { return met_another_; }
+    /// Whether bytes came when nothing was waited for any more: answers that are later than 250 ms.
+    [[nodiscard]] bool answered_late() const { return answered_late_; }
     /// Asks for the model and the serial number; false, and told, when they are another
     /// controller's. One that is silent passes.
     [[nodiscard]] bool is_same_controller();
@@ -177,6 +179,7 @@ class ControllerAccess {
     bool read_before_ = false; // the last request was a read
     bool in_step_ = true;
     std::string met_another_;
+    bool answered_late_ = false;
     Identity identity_;
     bool unverified_ = false; // it was silent when its identity was looked at
 };

@@ -119,6 +119,7 @@ void frm_ProfileLogic::with_controller(const std::function<void()>& action) {
         return;
     }
     if (line.address_refused()) return;
+    say(""); // what was said of the work before
     findings_.set_results({});
     close_when_done_ = false;
     try {

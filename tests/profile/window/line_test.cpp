@@ -173,6 +173,16 @@ TEST_F(ProfileOnTheLine, AnAddressThatIsNoneIsMendedBeforeAnythingIsAsked) {
     EXPECT_EQ(rig->dialogs.texts(), std::vector<std::string>{"Bad ADDRESS entered."});
 }
 
+TEST_F(ProfileOnTheLine, AnswersThatAreTooLateAreToldApartFromNone) {
+    open("simulated:742,delay=400");
+    form->menu.mnuRead.choose();
+    EXPECT_EQ(rig->dialogs.texts().back(), "The controller's model could not be read. Answers "
+                                           "come, but later than the 250 ms that are waited for.");
+    open("simulated:742,lost=1");
+    form->menu.mnuRead.choose();
+    EXPECT_EQ(rig->dialogs.texts().back(), "The controller's model could not be read.");
+}
+
 TEST_F(ProfileOnTheLine, AModelWithoutProfilesOrWithoutRun) {
     open("simulated:730");
     form->menu.mnuRead.choose();
