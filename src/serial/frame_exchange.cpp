@@ -15,8 +15,10 @@ constexpr double kDistanceCharacters = 3.5;
 constexpr int kFixedDistanceBaud = 19200;
 constexpr double kFixedDistanceMs = 1.75;
 constexpr double kMaxDistanceMs = 1000;
-/// The system wakes a sleeper later than it was asked to; so much is waited awake.
-constexpr double kAwakeMs = 0.07;
+/// The system wakes a sleeper later than it was asked to, the later the longer it slept; so much of
+/// a distance is waited awake.
+constexpr double kAwakeShare = 0.04;
+constexpr double kMostAwakeMs = 0.2;
 /// Before the end of it the line is looked at once more, and then the clock alone.
 constexpr double kLastLookMs = 0.02;
 
@@ -59,6 +61,7 @@ void FrameExchange::take(std::string& bytes, std::size_t counted) {
 
 std::size_t FrameExchange::keep_distance() {
     const double end_ms = tick_.precise_ms() + kMaxDistanceMs;
+    const double awake_ms = std::min(kAwakeShare * way_.distance_ms, kMostAwakeMs);
     std::string bytes;
     while (port_.PortOpen() && !port_.lost()) { // else the write meets and reports it
         if (const std::size_t count = counted(); count > 0) take(bytes, count);
@@ -66,8 +69,8 @@ std::size_t FrameExchange::keep_distance() {
             bytes.empty() ? way_.distance_ms : std::max(way_.distance_ms, kAdapterSilenceMs);
         const double until_ms = std::min(record_.last_byte_ms + distance, end_ms);
         const double left_ms = until_ms - tick_.precise_ms();
-        if (left_ms > kAwakeMs) {
-            port_.wait_for_input(left_ms - kAwakeMs);
+        if (left_ms > awake_ms) {
+            port_.wait_for_input(left_ms - awake_ms);
             continue;
         }
         const bool last_look = left_ms <= kLastLookMs;
