@@ -1,5 +1,9 @@
 // The window of ramp profiles with its library: what a person types, drags and presses.
 #include "desktop/windows/profile_window.h"
+
+#include <QGraphicsTextItem>
+#include <QGraphicsView>
+
 #include "desktop_fixture.h"
 #include "support/simulated_program.h"
 
@@ -89,6 +93,24 @@ TEST_F(ProfileWindowTest, ABadValueStaysInItsCellWithTheFocus) {
     EXPECT_EQ(cell(0, "min").data().toString(), "45") << "both kinds have it";
     choose("mnuProfileUndo");
     EXPECT_EQ(cell(0, "Kind").data().toString(), "soak");
+}
+
+TEST_F(ProfileWindowTest, ALowCurveHasNumbersAtItsScale) {
+    constexpr double kLeftOfPlot = 28;
+    make_profile();
+    form().step_sheet().enter(0, column("Kind"), "ramp in a time");
+    form().step_sheet().enter(0, column("set point 1"), "50");
+    auto* curve = part<QGraphicsView>("profile_curve");
+    curve->setFixedHeight(175);
+    run_events();
+    QStringList numbers;
+    for (const QGraphicsItem* item : curve->scene()->items()) {
+        const auto* text = dynamic_cast<const QGraphicsTextItem*>(item);
+        if (text && text->isVisible() && text->scenePos().x() < kLeftOfPlot)
+            numbers << text->toPlainText();
+    }
+    EXPECT_TRUE(numbers.contains("50") && !numbers.contains("..."))
+        << numbers.join(' ').toStdString();
 }
 
 TEST_F(ProfileWindowTest, KeysMoveTheEndOfAStepInTheCurve) {

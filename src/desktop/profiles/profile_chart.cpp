@@ -36,9 +36,13 @@ QString unit_name(double unit_s) {
     return unit_s == kMinute ? QStringLiteral("minutes") : QStringLiteral("hours");
 }
 
-/// 1, 2 or 5 times a power of ten, so that there are some six of them in the range.
-double nice_interval(double range) {
-    const double wanted = range / 6;
+constexpr int kParts = 6;       // of an axis, about
+constexpr int kLinesAround = 6; // of text, above and below the plot
+constexpr int kLabelRoom = 10;  // beside the height of a number
+
+/// 1, 2 or 5 times a power of ten, so that there are some so many of them in the range.
+double nice_interval(double range, int parts = kParts) {
+    const double wanted = range / parts;
     const double power = std::pow(10, std::floor(std::log10(wanted)));
     for (const double factor : {1.0, 2.0, 5.0})
         if (wanted <= factor * power) return factor * power;
@@ -159,9 +163,30 @@ void ProfileChart::fit(double to_s, double low, double high) {
     times_->setTitleText(unit_name(unit_s_));
     times_->setTickInterval(nice_interval(to_s / unit_s_));
     times_->setRange(0, to_s / unit_s_);
-    const double step = nice_interval(high - low);
-    values_->setTickInterval(step);
-    values_->setRange(std::floor(low / step) * step, std::ceil(high / step) * step);
+    low_ = low;
+    high_ = high;
+    scale_values();
+}
+
+/// A number that lacks the room for its height is three dots: on a small screen there are fewer.
+void ProfileChart::scale_values() {
+    const int line = fontMetrics().height();
+    const int room = height() - kLinesAround * line - events_ * kLane;
+    const int most_labels = std::max(room / (line + kLabelRoom), 2);
+    for (int parts = kParts; parts > 0; --parts) {
+        const double step = nice_interval(high_ - low_, parts);
+        const double first = std::floor(low_ / step);
+        const double last = std::ceil(high_ / step);
+        if (last - first + 1 > most_labels && parts > 1) continue;
+        values_->setTickInterval(step);
+        values_->setRange(first * step, last * step);
+        return;
+    }
+}
+
+void ProfileChart::resizeEvent(QResizeEvent* event) {
+    QChartView::resizeEvent(event);
+    scale_values();
 }
 
 QRectF ProfileChart::plot() const {

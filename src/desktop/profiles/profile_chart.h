@@ -22,6 +22,7 @@ class ProfileChart : public QChartView {
     /// A line in such a colour, with less than 255 as `alpha` faded.
     [[nodiscard]] QLineSeries* add_line(int set_point, bool process, int width, int alpha = 255);
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     /// Both set points of the pieces; a line without a value is hidden, also from the legend.
     void show_set_points(const CurvePicture& picture, const std::vector<QLineSeries*>& lines);
     static void show_line(QLineSeries& line, const QList<QPointF>& points, const QString& name);
@@ -54,12 +55,15 @@ class ProfileChart : public QChartView {
     };
     void dress();
     void dress(const Line& line) const;
+    void scale_values();
 
     std::vector<Line> dressed_;
     QValueAxis* times_;
     QValueAxis* values_;
     double unit_s_ = 60; // seconds of what the line of time counts
-    int events_ = 0;     // outputs that are on anywhere
+    double low_ = 0;     // of the values that are shown
+    double high_ = 1;
+    int events_ = 0; // outputs that are on anywhere
 };
 
 } // namespace pelvan::desktop
