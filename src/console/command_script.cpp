@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/text_file.h"
+#include "text/numbers.h"
 #include "text/strings.h"
 
 namespace pelvan {
@@ -15,10 +16,6 @@ bool is_text(const std::string& line) {
     return std::none_of(line.begin(), line.end(), [](char c) {
         return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\f' && c != '\x1A';
     });
-}
-
-std::string counted(std::size_t count, const char* word) {
-    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
 } // namespace
@@ -36,7 +33,7 @@ std::optional<std::vector<ScriptLine>> read_command_script(const std::string& pa
 }
 
 std::string ScriptSummary::text() const {
-    std::string text = counted(accepted, "line") + " sent";
+    std::string text = count_text(accepted, "line") + " sent";
     if (skipped > 0) text += ", " + std::to_string(skipped) + " skipped after a failure";
     if (left > 0) text += ", cancelled with " + std::to_string(left) + " left";
     return text;

@@ -17,8 +17,8 @@ std::string tenths(double ms) {
 
 std::string RepeatCounts::text() const {
     std::string text = std::to_string(replies.count) +
-                       (replies.count == 1 ? " reply, " : " replies, ") + std::to_string(failures) +
-                       (failures == 1 ? " failure" : " failures");
+                       (replies.count == 1 ? " reply, " : " replies, ") +
+                       count_text(static_cast<std::size_t>(failures), "failure");
     if (replies.count > 0)
         text += "; " + tenths(replies.minimum) + " to " + tenths(replies.maximum) + " ms, mean " +
                 tenths(replies.mean()) + " ms";

@@ -3,16 +3,13 @@
 #include <numeric>
 
 #include "listen/frame_text.h"
+#include "text/numbers.h"
 
 namespace pelvan {
 namespace {
 
 /// So many pieces of noise to a frame are no accident any more.
 constexpr long kMuchNoise = 5;
-
-std::string counted(std::size_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 } // namespace
 
@@ -57,10 +54,10 @@ std::string FramesPanel::note() const {
     if (counts.damaged() >= kMuchNoise * (1 + counts.all().requests + counts.all().replies))
         return "Bytes come, but hardly a Modbus RTU frame is among them: check baud rate, parity "
                "and wiring.";
-    std::string text = counted(kept, "frame");
+    std::string text = count_text(kept, "frame");
     if (selection.filtered()) text += ", " + std::to_string(selection.size()) + " of them shown";
     if (selection.paused())
-        return "Paused: " + counted(selection.behind(), "frame") + " came since. " + text + ".";
+        return "Paused: " + count_text(selection.behind(), "frame") + " came since. " + text + ".";
     return text + ". Times are those of the lumps in which the adapter delivers the bytes.";
 }
 
@@ -87,7 +84,7 @@ void FramesPanel::copy(bool as_csv) {
         if (frame) text += (as_csv ? frame_csv_line(*frame) : frame_tab_line(*frame)) + "\r\n";
     }
     services_.desktop.set_clipboard_text(text);
-    lbl_Frames.set_Caption(counted(rows.size(), "frame") + " copied.");
+    lbl_Frames.set_Caption(count_text(rows.size(), "frame") + " copied.");
 }
 
 } // namespace pelvan

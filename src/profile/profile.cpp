@@ -35,6 +35,11 @@ std::string profile_name(const ProfileFormat& format, const Profile& profile) {
     return trim(name);
 }
 
+std::string quoted_name(const ProfileFormat& format, const Profile& profile) {
+    const std::string name = profile_name(format, profile);
+    return name.empty() ? std::string() : " \"" + name + "\"";
+}
+
 std::size_t name_length(const ProfileFormat& format) {
     return static_cast<std::size_t>(
         std::count_if(format.own.begin(), format.own.end(),

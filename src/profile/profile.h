@@ -35,6 +35,8 @@ using ProfileSet = std::map<int, Profile>;
 
 /// The name, without the spaces that fill it; empty where profiles have none.
 [[nodiscard]] std::string profile_name(const ProfileFormat& format, const Profile& profile);
+/// The name in quotes behind a space, for a sentence; empty where there is none.
+[[nodiscard]] std::string quoted_name(const ProfileFormat& format, const Profile& profile);
 /// Characters that a name can have.
 [[nodiscard]] std::size_t name_length(const ProfileFormat& format);
 /// Sets the name, filled with spaces. What is wrong with it, as a sentence, and nothing is changed

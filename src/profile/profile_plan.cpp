@@ -1,18 +1,13 @@
 #include "profile/profile_plan.h"
 
 #include "profile/profile_difference.h"
+#include "text/numbers.h"
 
 namespace pelvan {
 namespace {
 
 std::string steps_text(const Profile& profile) {
-    const std::size_t steps = profile.steps.size();
-    return std::to_string(steps) + (steps == 1 ? " step" : " steps");
-}
-
-std::string quoted_name(const ProfileFormat& format, const Profile& profile) {
-    const std::string name = profile_name(format, profile);
-    return name.empty() ? std::string() : " \"" + name + "\"";
+    return count_text(profile.steps.size(), "step");
 }
 
 std::string described(const ProfileFormat& format, const Profile& profile) {

@@ -33,10 +33,6 @@ template <std::size_t Count> std::array<CheckBox, Count> boxes(const char* name)
     return boxes<Count>(name, std::make_index_sequence<Count>());
 }
 
-std::string count_text(std::size_t count, const std::string& thing) {
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
-
 std::string row_of(const ScanFind& find) {
     std::string row;
     for (const std::string& column : columns_of(find))

@@ -10,6 +10,7 @@
 #include "profile/step_editing.h"
 #include "registers/setup_file.h"
 #include "terminal/profile_terminal.h"
+#include "text/numbers.h"
 #include "text/strings.h"
 
 namespace pelvan {
@@ -192,8 +193,7 @@ void profile_list(ProfileTerminal& terminal) {
         const ProfileCurve curve = unroll(format, read.profiles, start);
         const std::size_t steps = profile.steps.size();
         terminal.report.say(std::to_string(number) + quoted_name(format, profile) + ", " +
-                            std::to_string(steps) + (steps == 1 ? " step" : " steps") + ", " +
-                            total_time(curve));
+                            count_text(steps, "step") + ", " + total_time(curve));
         list.add(Json::object()
                      .set("number", number)
                      .set("name", profile_name(format, profile))
@@ -240,9 +240,8 @@ void profile_check(const ProfileOptions& options, const std::string& directory,
     const auto profiles = load(format, options.file, report);
     if (!profiles) return;
     for (const auto& [place, profile] : *profiles) {
-        const std::size_t steps = profile.steps.size();
         report.say(profile_place(place) + quoted_name(format, profile) + ", " +
-                   std::to_string(steps) + (steps == 1 ? " step" : " steps"));
+                   count_text(profile.steps.size(), "step"));
     }
     const auto findings = check_profiles(format, *profiles, {options.steepest, {}});
     report_findings(findings, true, report);

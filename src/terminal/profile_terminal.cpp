@@ -43,11 +43,6 @@ std::optional<ProfileModel> ProfileTerminal::read_model() {
     return std::move(loaded.model);
 }
 
-std::string quoted_name(const ProfileFormat& format, const Profile& profile) {
-    const std::string name = profile_name(format, profile);
-    return name.empty() ? std::string() : " \"" + name + "\"";
-}
-
 Json profile_json(const ProfileFormat& format, const Profile& profile) {
     Json steps = Json::array();
     int number = 0;

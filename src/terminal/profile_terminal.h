@@ -85,8 +85,6 @@ class ProfileTerminal : public TerminalListener {
 /// A line of head and a line for each step.
 [[nodiscard]] std::vector<std::string> profile_table(const ProfileFormat& format,
                                                      const Profile& profile);
-/// Name in quotes, empty without one.
-[[nodiscard]] std::string quoted_name(const ProfileFormat& format, const Profile& profile);
 
 // The commands; each fills the report.
 void profile_list(ProfileTerminal& terminal);

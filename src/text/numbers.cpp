@@ -142,6 +142,10 @@ std::string signed_number(double value) {
     return text.front() == '-' ? text : " " + text;
 }
 
+std::string count_text(std::size_t count, const std::string& thing) {
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
 double round_half_even(double value) {
     return value - std::remainder(value, 1.0);
 }

@@ -2,6 +2,7 @@
 // the program. Nothing here knows what a number stands for; range checks belong to the callers.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,6 +30,9 @@ namespace pelvan {
 
 /// As `plain_number`, with a space instead of a missing minus sign (" 100", "-3").
 [[nodiscard]] std::string signed_number(double value);
+
+/// "1 step", "3 steps", for things whose plural is regular.
+[[nodiscard]] std::string count_text(std::size_t count, const std::string& thing);
 
 /// Nearest integer, halves to the even neighbour (2.5 is 2, 3.5 is 4).
 [[nodiscard]] double round_half_even(double value);

@@ -45,8 +45,8 @@ std::string Comparison::outcome() const {
         return run_.errors.faults() == 0
                    ? "The controller holds what the file says."
                    : "No difference was found, but not everything could be compared.";
-    return "The controller differs from the file in " + std::to_string(differences_) +
-           (differences_ == 1 ? " register." : " registers.");
+    return "The controller differs from the file in " +
+           count_text(static_cast<std::size_t>(differences_), "register") + ".";
 }
 
 bool Comparison::same_model(const SetupFile& setup) {

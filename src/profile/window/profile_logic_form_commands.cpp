@@ -159,7 +159,7 @@ void frm_ProfileLogic::take_read(ProfileReadResult result) {
         return std::string();
     });
     findings_.set_results(std::move(problems));
-    say(std::to_string(count) + (count == 1 ? " profile read." : " profiles read.") +
+    say(count_text(count, "profile") + " read." +
         (result.complete ? "" : " Not every value could be read: see the findings."));
 }
 
