@@ -1,5 +1,6 @@
 #include "network/network_lines.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -93,13 +94,17 @@ std::unique_ptr<SerialLine> NetworkLines::open(const std::string& device,
     std::string error;
     const OpenNetworkLine module = find_module_(error);
     if (!module) fail(device, kUnsupportedDevice, std::string(kNoLibrary) + ": " + error);
+    const double begin_ms = tick_.timeGetTime();
     opening.raise(device);
-    const int timeout_ms = patience_for(device);
-    // One at a time: a server for one client would take the next one for a second.
+    int timeout_ms = patience_for(device);
+    // One at a time: a server for one client would take the next one for a second. What is waited
+    // for the earlier one is no more there for this one.
     if (const auto earlier = given_up_.find(device); earlier != given_up_.end()) {
-        if (!earlier->second->wait(timeout_ms)) fail_late(device, *earlier->second);
+        if (!earlier->second->wait(timeout_ms * 3 / 4)) fail_late(device, *earlier->second);
         keep_addresses(device, *earlier->second);
         given_up_.erase(earlier);
+        const double waited_ms = tick_span(begin_ms, tick_.timeGetTime());
+        timeout_ms -= static_cast<int>(std::min(waited_ms, timeout_ms * 3 / 4.0));
     }
     const auto opening_now = begin(device, settings, timeout_ms, module);
     auto result = opening_now->wait(timeout_ms);
