@@ -54,7 +54,8 @@ class Clock {
     virtual LocalTime now() = 0;
 };
 
-/// The machine's monotonic tick, 0 when the program started, and its local time.
+/// The machine's tick, 0 when the program started, which counts the machine's sleep too, and its
+/// local time.
 [[nodiscard]] std::unique_ptr<TickSource> make_system_tick();
 [[nodiscard]] std::unique_ptr<Clock> make_system_clock();
 

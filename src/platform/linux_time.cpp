@@ -8,21 +8,28 @@
 namespace pelvan {
 namespace {
 
+constexpr double kMsPerSecond = 1000;
+constexpr double kNsPerMs = 1e6;
+
+/// Goes on while the machine sleeps, which the monotonic clock does not: a laptop's lid may be
+/// closed while a line is logged or a device is gone, and times behind it would be too early.
+double now_ms() {
+    std::timespec now{};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<double>(now.tv_sec) * kMsPerSecond +
+           static_cast<double>(now.tv_nsec) / kNsPerMs;
+}
+
 /// The tick begins at 0 with the program, so that what keeps ticks in single precision keeps them
 /// to the millisecond for the first 4.6 hours.
-const auto kProgramStart = std::chrono::steady_clock::now();
+const double kProgramStartMs = now_ms();
 
 class SystemTick : public TickSource {
   public:
     std::uint32_t timeGetTime() override {
-        const auto since_start = std::chrono::steady_clock::now() - kProgramStart;
-        return static_cast<std::uint32_t>(
-            std::chrono::duration_cast<std::chrono::milliseconds>(since_start).count());
+        return static_cast<std::uint32_t>(static_cast<std::uint64_t>(now_ms() - kProgramStartMs));
     }
-    double precise_ms() override {
-        const auto since_start = std::chrono::steady_clock::now() - kProgramStart;
-        return std::chrono::duration<double, std::milli>(since_start).count();
-    }
+    double precise_ms() override { return now_ms() - kProgramStartMs; }
     void sleep_for_ms(double ms) override {
         std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(ms));
     }
