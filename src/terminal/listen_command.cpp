@@ -63,9 +63,11 @@ void print_statistics(std::ostream& out, const ListenMonitor& monitor) {
 /// Prints and captures the frames as they become known.
 class FrameOutput {
   public:
-    FrameOutput(const ListenCommand& command, const Traffic& traffic, std::ostream& out)
-        : traffic_(traffic), out_(out), prints_(command.frames) {
-        if (!command.capture.empty()) capture_.emplace(command.capture);
+    FrameOutput(const ListenCommand& command, const Traffic& traffic,
+                TerminalEnvironment& environment)
+        : traffic_(traffic), out_(environment.out), err_(environment.err),
+          capture_path_(command.capture), prints_(command.frames) {
+        if (!capture_path_.empty()) naming_capture([this] { capture_.emplace(capture_path_); });
         if (prints_) out_ << "Times are those of the lumps in which the bytes arrive.\n";
     }
 
@@ -75,7 +77,7 @@ class FrameOutput {
         for (; next_ < traffic_.next_number(); ++next_) {
             tell_unanswered();
             const ListenedFrame& frame = traffic_.frame(next_);
-            if (capture_) capture_->add(frame);
+            if (capture_) naming_capture([&] { capture_->add(frame); });
             if (frame.answer == Answer::Awaited) request_ = next_;
             if (prints_) out_ << frame_line(frame) << std::endl;
         }
@@ -83,6 +85,15 @@ class FrameOutput {
     }
 
   private:
+    /// The message of a full disk names no file.
+    template <class Work> void naming_capture(Work write) {
+        try {
+            write();
+        } catch (const RunTimeError&) {
+            err_ << "pelvan7: the capture \"" << capture_path_ << "\" cannot be written\n";
+            throw;
+        }
+    }
     /// Once a request that was printed turns out to have no reply.
     void tell_unanswered() {
         if (!request_ || *request_ < traffic_.first_number()) return;
@@ -97,6 +108,8 @@ class FrameOutput {
 
     const Traffic& traffic_;
     std::ostream& out_;
+    std::ostream& err_;
+    std::string capture_path_;
     bool prints_;
     std::optional<CaptureWriter> capture_;
     std::size_t next_ = 0;
@@ -143,10 +156,8 @@ int listen(const ListenCommand& command, TerminalEnvironment& environment) {
     monitor.options = command.options;
     monitor.choose_timeout(command.timeout);
     std::optional<FrameOutput> output;
-    if (!app.events.run([&] { output.emplace(command, monitor.traffic(), environment.out); })) {
-        environment.err << "pelvan7: the capture \"" << command.capture << "\" cannot be written\n";
+    if (!app.events.run([&] { output.emplace(command, monitor.traffic(), environment); }))
         return exit_code::kFailed;
-    }
     FrameOutput& frames = *output;
     const Subscription printed =
         monitor.line_added.subscribe([&](const std::string& line, const Burst& burst) {

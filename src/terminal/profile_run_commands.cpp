@@ -142,9 +142,11 @@ class Watch {
   public:
     Watch(ProfileTerminal& terminal, const ProfileFormat& format)
         : terminal_(terminal), format_(format), runner_(runner_of(terminal, format)) {
-        const ProfileOptions& options = terminal.options;
-        if (!options.csv.empty()) csv_ = CreateTextFile(options.csv, true);
-        if (csv_) csv_->writeline(csv_head());
+        if (!csv_path().empty())
+            naming_csv([this] {
+                csv_ = CreateTextFile(csv_path(), true);
+                csv_->writeline(csv_head());
+            });
         TerminalEnvironment& environment = terminal.environment;
         time_.start(environment.tick.timeGetTime(), calendar_milliseconds(environment.clock.now()));
     }
@@ -182,7 +184,18 @@ class Watch {
     }
 
     void write(const RunSample& sample) {
-        if (csv_) csv_->writeline(csv_line(sample));
+        if (csv_) naming_csv([&] { csv_->writeline(csv_line(sample)); });
+    }
+
+    [[nodiscard]] const std::string& csv_path() const { return terminal_.options.csv; }
+    /// The message of a full disk names no file.
+    template <class Work> void naming_csv(Work write) {
+        try {
+            write();
+        } catch (const RunTimeError&) {
+            terminal_.report.problem("The file \"" + csv_path() + "\" cannot be written.");
+            throw;
+        }
     }
 
     /// Reads the profile when another one runs, and computes its curve. Where it began is taken

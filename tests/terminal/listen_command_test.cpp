@@ -1,6 +1,7 @@
 // `pelvan7 listen` on a pseudo-terminal. The test acts whenever the command reads the tick: it
 // sends the next burst when the one before was printed, and interrupts after the last.
 #include "command_test.h"
+#include "support/file_size_limit.h"
 #include "support/frames.h"
 #include "support/pty_pair.h"
 
@@ -50,6 +51,16 @@ TEST_F(ListenCommandTest, PrintsBurstsAndOnInterruptTheStatistics) {
     EXPECT_EQ(testing::read_file(capture).substr(0, 4), "\x0A\x0D\x0D\x0A");
 }
 
+TEST_F(ListenCommandTest, NamesTheCaptureThatTheDiskHasNoRoomFor) {
+    bursts = {kRequest, kRequest};
+    at_end = [this] { stop = true; };
+    const std::string capture = dir.file("out.pcapng");
+    constexpr rlim_t kHeaderAlone = 60;
+    const testing::FileSizeLimit full(kHeaderAlone);
+    EXPECT_EQ(run("listen --seconds 1000000 --pcap " + capture), exit_code::kFailed);
+    EXPECT_TRUE(told("the capture \"" + capture + "\" cannot be written\n")) << err.str();
+}
+
 TEST_F(ListenCommandTest, PrintsFramesHoweverTheyArriveAndWhatStaysUnanswered) {
     const std::string reply = testing::frame("01 03 04 02 D5 FF FF");
     bursts = {kRequest, kRequest + reply.substr(0, 4), reply.substr(4)};
@@ -93,8 +104,8 @@ TEST_F(ListenCommandTest, FailuresEndItWithOneLine) {
     at_end = {};
     expect_failures(exit_code::kFailed, "listen --seconds 9->"); // the line is gone
     EXPECT_EQ(run("listen --pcap no/such/folder"), exit_code::kFailed);
-    EXPECT_TRUE(told("PATH NOT FOUND ERROR\npelvan7: the capture \"no/such/folder\" cannot be "
-                     "written\n"))
+    EXPECT_TRUE(told("pelvan7: the capture \"no/such/folder\" cannot be written\n"
+                     "pelvan7: PATH NOT FOUND ERROR\n"))
         << err.str();
     expect_failures(exit_code::kBadOption, "listen --channel 4->|listen --format smart->|"
                                            "listen --direction both->|listen --seconds -1->");
