@@ -16,6 +16,8 @@
 namespace pelvan {
 namespace {
 
+constexpr char kInPart[] = "Not everything could be read: what stands here is not complete.";
+
 /// The model in a setup file's header; nothing in a file of profiles alone.
 std::optional<int> model_of_file(const std::string& path) {
     const auto reader = opentextfile(path);
@@ -201,7 +203,10 @@ void profile_list(ProfileTerminal& terminal) {
                      .set("seconds", curve.seconds)
                      .set("ends", curve.how == CurveEnd::Ended));
     }
-    if (read.profiles.empty()) terminal.report.say("The controller has no profile.");
+    if (!read.complete)
+        terminal.report.say(kInPart);
+    else if (read.profiles.empty())
+        terminal.report.say("The controller has no profile.");
     terminal.report.set("model", read.model->number);
     terminal.report.set("profiles", std::move(list));
 }
@@ -221,6 +226,7 @@ void profile_show(ProfileTerminal& terminal) {
         if (options.file.empty()) show_profile(format, profile, report);
     }
     report.set("profiles", std::move(list));
+    if (!read.complete) report.say(kInPart);
     if (options.file.empty() || !read.complete) return;
     if (fileexists(options.file) &&
         !terminal.ask_yes("File already exists. Do you want to overwrite this file?", options.yes))

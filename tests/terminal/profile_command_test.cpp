@@ -4,6 +4,7 @@
 #include "simulator/line/device_text.h"
 #include "simulator/line/simulated_line.h"
 #include "simulator/line/simulator_registry.h"
+#include "support/file_size_limit.h"
 #include "terminal/json.h"
 
 namespace pelvan {
@@ -100,6 +101,10 @@ TEST_F(ProfileCommand, WritesListsShowsAndErases) {
     expect_done("write " + copy);
     EXPECT_TRUE(printed("Nothing is to be changed."));
     expect_done("copy 1 4 --yes");
+    station->faults = simulator::FaultSource({.lost = 0.6, .seed = 1});
+    EXPECT_EQ(run("profile list --retries 0"), exit_code::kFailed);
+    EXPECT_TRUE(printed("Not everything could be read")) << out.str() << err.str();
+    station->faults = simulator::FaultSource({});
     expect_refused("copy 2 4 --yes", "There is no profile 2.");
     expect_done("erase 1 3 4 --yes");
     expect_done("list");
@@ -155,6 +160,11 @@ TEST_F(ProfileCommand, StartsHoldsAndWatches) {
     EXPECT_TRUE(printed(", deviation ")) << out.str();
     EXPECT_EQ(std::ranges::count(testing::read_file(csv), '\n'), 4);
     expect_refused("watch --count 1 --csv " + csv, "Nothing was watched.");
+    {
+        const testing::FileSizeLimit full(100);
+        expect_refused("watch --yes --count 3 --csv " + csv,
+                       "The file \"" + csv + "\" cannot be written.");
+    }
     expect_done("watch --json --count 2");
     EXPECT_EQ(std::ranges::count(out.str(), '\n'), 2);
     EXPECT_TRUE(out.str().starts_with("{\"state\":\"running\",\"profile\":1,\"step\":2,"));

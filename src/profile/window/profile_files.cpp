@@ -97,7 +97,7 @@ std::optional<std::string> ProfileFiles::open(const std::string& path) {
         warn(read.problem);
         return std::nullopt;
     }
-    std::string told = std::to_string(read.profiles.size()) + " profiles opened.";
+    std::string told = count_text(read.profiles.size(), "profile") + " opened.";
     for (const std::string& note : read.notes)
         told += " " + note;
     work_.edit([&read](ProfileEditor& editor) {
