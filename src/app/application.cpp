@@ -75,7 +75,12 @@ void Application::show_jumper_menu() {
 }
 
 std::string Application::use_settings(const ScanFind& find, std::int16_t port, int line_mode) {
-    return use_scanned_settings(find, port, line_mode, session.config, channels, messages);
+    UsedSettings used =
+        use_scanned_settings(find, port, line_mode, session.config, channels, messages);
+    if (!used.saved || find.protocol == ScanProtocol::Xon) return std::move(used.told);
+    console.ask_controller(static_cast<int>(find.protocol), find.address, find.crc);
+    return used.told + (used.told.ends_with(" ") ? "" : " ") + "The Command Center asks address " +
+           std::to_string(find.address) + ".";
 }
 
 void Application::restore_windows() {

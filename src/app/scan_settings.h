@@ -9,10 +9,15 @@
 
 namespace pelvan {
 
-/// Saves and rebuilds the channels; what was done, or why not, in a sentence. Asks whether channels
-/// before this one that have no port get one. `line_mode` is what DTR and RTS did in the scan.
-[[nodiscard]] std::string use_scanned_settings(const ScanFind& find, std::int16_t port,
-                                               int line_mode, const ConfigState& config,
-                                               ChannelTable& channels, Dialogs& dialogs);
+struct UsedSettings {
+    bool saved = false;
+    std::string told; // what was done, or why not
+};
+
+/// Saves and rebuilds the channels. Asks whether channels before this one that have no port get
+/// one. `line_mode` is what DTR and RTS did in the scan.
+[[nodiscard]] UsedSettings use_scanned_settings(const ScanFind& find, std::int16_t port,
+                                                int line_mode, const ConfigState& config,
+                                                ChannelTable& channels, Dialogs& dialogs);
 
 } // namespace pelvan

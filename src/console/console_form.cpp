@@ -224,6 +224,15 @@ void frm_Pelvan5VB::mnuverifyport_Click() {
         offer_echo(config_, channels_, channel, services_.dialogs);
 }
 
+void frm_Pelvan5VB::ask_controller(int protocol, int address, bool crc) {
+    const std::string typed = std::to_string(address);
+    if (protocol == protocol::kFull) text.txt_DeviceAddress.set_Text(typed);
+    if (protocol == protocol::kModbus) modbus.txt_Address.set_Text(typed);
+    if (protocol != protocol::kTellura) return;
+    tellura.TxtTelluraAddress.set_Text(typed);
+    tellura.OptErrorChecking.set_Value(crc ? 1 : 0);
+}
+
 void frm_Pelvan5VB::mnuGenbadCS_Click() {
     // A switch that is neither on nor off is left alone.
     if (chk_GenerateBadChecksum.Value() == 1)

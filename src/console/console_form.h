@@ -70,6 +70,10 @@ class frm_Pelvan5VB : public Form {
     /// Puts the focus into the box that a command of the chosen protocol begins with.
     void focus_entry();
 
+    /// Puts the address of a controller, and for Tellura/AB the check of its packets, into the
+    /// protocol's fields; the rest of them stays.
+    void ask_controller(int protocol, int address, bool crc);
+
     /// The console has been closed.
     Event<> closed;
     /// The jumper of the simulated loop-back plug goes in (true) or out.

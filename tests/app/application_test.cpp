@@ -240,6 +240,26 @@ TEST_F(ApplicationTest, PutsFoundSettingsIntoTheirChannel) {
         EXPECT_NE(text.find(std::string("DEVICE 2 ") + key), std::string::npos) << text;
 }
 
+TEST_F(ApplicationTest, AsksTheFoundControllerFromTheConsole) {
+    testing::configure_devices(dir, {"", "", "", "simulated:742,address=3"});
+    app.frame.Load();
+    TelluraPanel& tellura = app.console.tellura;
+    tellura.TxtParameterAddress.set_Text("0001");
+    tellura.OptErrorChecking.set_Value(1);
+    app.console.opt_Protocol.set_Value(3);
+    app.frame.mnuBusScan.choose();
+    for (const std::size_t other : {0U, 1U, 2U})
+        app.scan.chk_Protocol[other].set_Value(0);
+    app.scan.chk_StopAtFirst.set_Value(1);
+    app.scan.cmd_Start.press();
+    app.scan.cmd_Use.press();
+    EXPECT_TRUE(app.scan.lbl_Status.Caption().ends_with(" The Command Center asks address 3."))
+        << app.scan.lbl_Status.Caption();
+    EXPECT_EQ(tellura.TxtTelluraAddress.Text(), "3");
+    EXPECT_EQ(tellura.TxtParameterAddress.Text(), "0001");
+    EXPECT_EQ(tellura.OptErrorChecking.Value(), 0);
+}
+
 TEST_F(ApplicationTest, ClosingTheFrameEndsAScanFirst) {
     testing::configure_devices(dir, {"", "simulated:742"});
     app.frame.Load();
