@@ -5,6 +5,7 @@
 
 #include <QTest>
 #include <QtWidgets>
+#include <functional>
 
 #include "desktop/bindings/bind.h"
 #include "desktop/bindings/qt_text.h"
@@ -21,6 +22,19 @@ inline void run_events() {
             throttle->setInterval(0);
     QCoreApplication::processEvents();
     QCoreApplication::processEvents();
+}
+
+/// Acts on the next modal dialog of the kind, as soon as a blocking call has opened it.
+template <class Dialog> void when_asked(std::function<void(Dialog&)> answer) {
+    auto* look = new QTimer(qApp);
+    QObject::connect(look, &QTimer::timeout, look, [look, answer = std::move(answer)] {
+        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr) return;
+        look->stop();
+        look->deleteLater();
+        answer(*dialog);
+    });
+    look->start(0);
 }
 
 /// Ends a window's widgets before the models that stand above it in the test.

@@ -84,6 +84,13 @@ TEST_F(LoggingWindowTest, TheTrendFollowsAndLeavesTheRowsInUse) {
     EXPECT_EQ(drawn(), with_all);
     for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Left, Qt::Key_Home, Qt::Key_End})
         QTest::keyClick(chart, key);
+    testing::when_asked<QFileDialog>([this](QFileDialog& dialog) {
+        dialog.findChild<QLineEdit*>("fileNameEdit")->setText(to_qt(dir_.file("picture")));
+        static_cast<QDialog&>(dialog).accept();
+    });
+    for (QPushButton* button : trend.window->findChildren<QPushButton*>())
+        if (button->text() == "Save &PNG...") button->click();
+    EXPECT_FALSE(QImage(to_qt(dir_.file("picture.png"))).isNull());
     EXPECT_TRUE(form().logger().set().row(1).in_use);
     find<QAction>("mnuDataLogging")->trigger();
     EXPECT_TRUE(form().logger().set().row(1).in_use) << "the window was the active one already";

@@ -14,18 +14,7 @@
 namespace pelvan::desktop {
 namespace {
 
-/// Acts on the next modal dialog of the kind, as soon as a blocking call has opened it.
-template <class Dialog> void when_asked(std::function<void(Dialog&)> answer) {
-    auto* look = new QTimer(qApp);
-    QObject::connect(look, &QTimer::timeout, look, [look, answer = std::move(answer)] {
-        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr) return;
-        look->stop();
-        look->deleteLater();
-        answer(*dialog);
-    });
-    look->start(0);
-}
+using testing::when_asked;
 
 TEST(QtDialogsTest, MessageBoxShowsItsTextAsItIsAndAnswersByButton) {
     const std::tuple<MessageButtons, const char*, MessageAnswer> cases[] = {

@@ -179,11 +179,14 @@ void TrendView::show_cursor() {
 }
 
 void TrendView::ask_and_save(bool png) {
-    const QString path = QFileDialog::getSaveFileName(
-        this, png ? tr("Save PNG") : tr("Save CSV"),
-        png ? QStringLiteral("trend.png") : QStringLiteral("trend.csv"),
-        (png ? tr("Pictures (*.png)") : tr("Tables (*.csv)")) + tr(";;All Files (*)"));
-    if (path.isEmpty()) return;
+    QFileDialog dialog(this, png ? tr("Save PNG") : tr("Save CSV"), QString(),
+                       (png ? tr("Pictures (*.png)") : tr("Tables (*.csv)")) +
+                           tr(";;All Files (*)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(png ? QStringLiteral("png") : QStringLiteral("csv"));
+    dialog.selectFile(png ? QStringLiteral("trend.png") : QStringLiteral("trend.csv"));
+    if (dialog.exec() != QDialog::Accepted) return;
+    const QString path = dialog.selectedFiles().value(0);
     chart_->clearFocus(); // its frame is no part of the picture
     const bool saved =
         png ? save_trend_picture(chart_->grab(), *legend_, cursor_time_->text(), path)
