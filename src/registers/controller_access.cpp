@@ -33,6 +33,12 @@ constexpr int kSilences = 3;
 constexpr char kCameTwice[] = "A reply came twice";
 constexpr char kCrcMark[] = "<--CRC ERROR!";
 
+std::string untold_sentence(std::size_t number) {
+    return "It may be another controller than at the beginning: it answers, and does not tell its "
+           "serial number (register " +
+           std::to_string(number) + ").";
+}
+
 std::string whole_number(float value) {
     return std::to_string(static_cast<long>(round_half_even(static_cast<double>(value))));
 }
@@ -83,25 +89,29 @@ void ControllerAccess::lose_step(const std::string& why) {
 /// at once and undamaged: the model is another one then. A reply that did not fit the request for
 /// the model is read again, and would be the model itself; behind another register it is not. Two
 /// models that are alike are their own answers: of another controller, as other serial numbers are.
+/// One that tells its model and not its serial number any more may be another one.
 void ControllerAccess::check_own_answers() {
     if (!is_numeric(identity_[0])) return;
     Identity now = identity_;
     std::array<std::string, 2> models{identity_[0], identity_[0]};
     const auto read = [this](std::size_t number, std::string& value) {
         const Reading reading = read_until_whole(kModelRegister + static_cast<float>(number));
-        if (reading.reply.is(Verdict::Accepted)) value = reading.value;
+        const bool told = reading.reply.is(Verdict::Accepted);
+        if (told) value = reading.value;
+        return told;
     };
-    read(0, models[0]);
+    bool answers = read(0, models[0]);
+    std::optional<std::size_t> untold;
     for (const std::size_t number : {1U, 2U})
-        read(number, now[number]);
-    read(0, models[1]);
+        if (!read(number, now[number]) && is_numeric(identity_[number])) untold = number;
+    answers = read(0, models[1]) || answers;
     if (models[0] != models[1]) return lose_step("A request got the answer to the one before");
     now[0] = models[0];
-    if (const std::string other = another_controller(now); !other.empty()) {
-        in_step_ = false;
-        met_another_ = other;
-        errors_.list_sentence(other);
-    }
+    met_another_ = another_controller(now);
+    if (met_another_.empty() && untold && answers) met_another_ = untold_sentence(*untold);
+    if (met_another_.empty()) return;
+    in_step_ = false;
+    errors_.list_sentence(met_another_);
 }
 
 /// What tells the controller from the one at the beginning; empty when nothing does.
@@ -200,15 +210,20 @@ Identity ControllerAccess::read_identity() {
 /// passes, and is looked at again as soon as it answers.
 bool ControllerAccess::is_same_controller() {
     unverified_ = false;
+    untold_.reset();
+    bool answers = false;
     Identity now = identity_;
     for (std::size_t i = 0; i < identity_.size(); ++i) {
         if (!is_numeric(identity_[i])) continue;
         const Reading reading = read_until_whole(kModelRegister + static_cast<float>(i));
+        const bool told = reading.reply.is(Verdict::Accepted);
+        if (!told && answers) untold_ = i;
         if (reading.reply.is(Verdict::NoReply)) {
             unverified_ = true;
             return true;
         }
-        if (!reading.reply.is(Verdict::Accepted)) continue;
+        answers = true;
+        if (!told) continue;
         now[i] = reading.value;
         const std::string other = another_controller(now);
         if (other.empty()) continue;
@@ -217,6 +232,12 @@ bool ControllerAccess::is_same_controller() {
         return false;
     }
     return true;
+}
+
+bool ControllerAccess::ends_with_same_controller() {
+    const bool same = is_same_controller();
+    if (same && untold_) errors_.list_sentence(untold_sentence(*untold_));
+    return same;
 }
 
 /// Whether the reply comes from the address, goes on with the text, and is undamaged.

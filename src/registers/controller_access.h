@@ -113,14 +113,17 @@ class ControllerAccess {
     /// registers, or when another controller answers by now. A controller that is silent now proves
     /// nothing; it costs up to 4 s.
     [[nodiscard]] bool in_step();
-    /// When `in_step` is false because another controller answered than at the beginning, what
-    /// tells it from that one; else empty.
+    /// When `in_step` is false because another controller answered than at the beginning, or may
+    /// have, what tells it from that one; else empty.
     [[nodiscard]] const std::string& met_another() const { return met_another_; }
     /// Whether bytes came when nothing was waited for any more: answers that are later than 250 ms.
     [[nodiscard]] bool answered_late() const { return answered_late_; }
     /// Asks for the model and the serial number; false, and told, when they are another
     /// controller's. One that is silent passes.
     [[nodiscard]] bool is_same_controller();
+    /// The same at the end of the work, where nothing comes that it could be asked behind: listed
+    /// when it answers and does not tell its serial number any more.
+    [[nodiscard]] bool ends_with_same_controller();
 
     /// False when a line that should echo answered without an echo: the answer to a write, which is
     /// like its request, would count as the echo.
@@ -181,7 +184,8 @@ class ControllerAccess {
     std::string met_another_;
     bool answered_late_ = false;
     Identity identity_;
-    bool unverified_ = false; // it was silent when its identity was looked at
+    bool unverified_ = false;           // it was silent when its identity was looked at
+    std::optional<std::size_t> untold_; // of the identity, by somebody who answered
 };
 
 } // namespace pelvan

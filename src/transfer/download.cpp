@@ -232,8 +232,8 @@ void Download::end(Plan& plan) {
     else if (!in_step)
         run_.listener.tell(
             !run_.access.met_another().empty()
-                ? "Another controller answered before the end: the file may hold values of both, "
-                  "and was not completed. Save the setup again."
+                ? "Another controller answered before the end, or may have: the file may hold "
+                  "values of both, and was not completed. Save the setup again."
                 : "Answers were not those to their own requests, so that values may stand at the "
                   "wrong registers. The file was not completed: save the setup again.");
     else if (listed_ == 0)

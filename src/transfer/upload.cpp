@@ -116,7 +116,7 @@ bool Upload::restore_all(const Plan& plan, ProfileUpload& profiles) {
     upload_lines(plan, profiles);
     profiles.erase_created();
     if (run_.canceled()) run_.log(kCanceledEntry);
-    return !run_.canceled() && run_.access.is_same_controller();
+    return !run_.canceled() && run_.access.ends_with_same_controller();
 }
 
 /// In the error file too: where the session ends, no message can be shown.

@@ -78,13 +78,22 @@ TEST_F(DownloadTest, StopsBeforeAnythingIsCreated) {
 TEST_F(DownloadTest, AnotherControllerBeforeTheEndMakesNoSetup) {
     registers[2] = 1518;
     registers[5] = -32000; // skipped
-    ui.on_turn = [&] { registers[2] = 1519; };
-    write_sequence("742.cds", kHead + "5\r\n6\r\n");
-    EXPECT_FALSE(download().completed);
-    EXPECT_EQ(body(), "6 -12\r\n");
-    EXPECT_TRUE(ui.messages.back().starts_with("Another controller answered before the end"));
-    EXPECT_EQ(ui.errors, Lines{"Another controller answers than at the beginning: register 2 was "
-                               "1518 and is 1519 now."});
+    for (const bool tells : {true, false}) {
+        registers[2] = 1518;
+        ui.on_turn = [&] {
+            registers[2] = 1519;
+            if (!tells) silent[2] = 3;
+        };
+        write_sequence("742.cds", kHead + "5\r\n6\r\n");
+        EXPECT_FALSE(download({true}).completed);
+        EXPECT_EQ(body(), "6 -12\r\n");
+        EXPECT_TRUE(ui.messages.back().starts_with("Another controller answered before the end"));
+        EXPECT_EQ(ui.errors,
+                  Lines{tells ? "Another controller answers than at the beginning: register 2 was "
+                                "1518 and is 1519 now."
+                              : "It may be another controller than at the beginning: it answers, "
+                                "and does not tell its serial number (register 2)."});
+    }
 }
 
 TEST_F(DownloadTest, RegistersBehindTheEndOfTheListAreMissed) {

@@ -241,6 +241,10 @@ TEST_F(UploadTest, AnotherControllerAtTheEndIsTold) {
                                   "Another controller answers than at the beginning: register 2 "
                                   "was 1518 and is 1519 now.",
                                   partly(4, 4)}));
+    registers[2] = 1518;
+    ui.on_turn = [&] { silent[2] = 3; }; // of the one in whose place it stands, perhaps
+    EXPECT_EQ(upload().faults, 1);
+    EXPECT_TRUE(ui.errors.back().ends_with("does not tell its serial number (register 2)."));
 }
 
 TEST_F(UploadTest, AResetWithoutItsEchoIsListed) {
