@@ -110,8 +110,9 @@ template <class Work> ProfileReadResult ProfileReader::read_from_controller(Work
     } else {
         result.problems.push_back(loaded.problem);
     }
-    if (!run_.canceled() && !run_.access.in_step())
-        result.problems.push_back(out_of_step(run_.access));
+    if (!run_.canceled())
+        if (std::string doubt = doubt_at_end(run_.access); !doubt.empty())
+            result.problems.push_back(std::move(doubt));
     result.complete = result.problems.empty() && !run_.canceled();
     run_.access.leave_line();
     return result;

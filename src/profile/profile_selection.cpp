@@ -39,7 +39,8 @@ std::string words(ProfileAction action) {
 
 } // namespace
 
-std::string out_of_step(const ControllerAccess& access) {
+std::string doubt_at_end(ControllerAccess& access) {
+    if (access.in_step()) return access.proved() ? "" : ControllerAccess::kUnproved;
     if (!access.met_another().empty()) return access.met_another();
     return "Answers were not those to their own requests, so that values may be those of other "
            "registers: do it again.";

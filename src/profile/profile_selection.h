@@ -9,8 +9,9 @@
 
 namespace pelvan {
 
-/// Why nothing that was read counts, where the end of the work is not in step.
-[[nodiscard]] std::string out_of_step(const ControllerAccess& access);
+/// At the end of the work: why what was read may not count; empty when nothing speaks against it.
+/// Blocks as `ControllerAccess::in_step`.
+[[nodiscard]] std::string doubt_at_end(ControllerAccess& access);
 
 /// A number of the controller, or the sentence that says why there is none.
 struct NumberRead {

@@ -58,8 +58,9 @@ ProfilePlan ProfileWriter::begin_plan() {
 ProfilePlan ProfileWriter::end_plan(ProfilePlan plan) {
     if (run_.canceled() && plan.refusal.empty())
         plan.refusal = run_.cancel.gave_up ? "The controller did not answer." : "Cancelled.";
-    if (run_.claim && !run_.access.in_step() && plan.refusal.empty())
-        plan.refusal = out_of_step(run_.access);
+    if (!run_.claim) return plan;
+    const std::string doubt = doubt_at_end(run_.access);
+    if (plan.refusal.empty()) plan.refusal = doubt;
     return plan;
 }
 
@@ -166,8 +167,10 @@ ProfileWriteResult ProfileWriter::write(const ProfilePlan& plan) {
         return result;
     }
     result = ProfileWriting(run_, plan.model->format).carry_out(plan.wanted, plan.erased);
-    if (!run_.access.in_step()) {
-        result.problems.push_back(out_of_step(run_.access));
+    std::string doubt = doubt_at_end(run_.access);
+    if (!run_.access.proved() && !result.completed) doubt.clear(); // its silence was told
+    if (!doubt.empty()) {
+        result.problems.push_back(std::move(doubt));
         result.met_another = !run_.access.met_another().empty();
         if (result.met_another)
             result.problems.emplace_back("The one before may be left with profiles half written. "

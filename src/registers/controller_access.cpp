@@ -105,10 +105,12 @@ void ControllerAccess::check_own_answers() {
     for (const std::size_t number : {1U, 2U})
         if (!read(number, now[number]) && is_numeric(identity_[number])) untold = number;
     answers = read(0, models[1]) || answers;
+    proved_ = answers;
+    if (!answers) return errors_.list_sentence(kUnproved);
     if (models[0] != models[1]) return lose_step("A request got the answer to the one before");
     now[0] = models[0];
     met_another_ = another_controller(now);
-    if (met_another_.empty() && untold && answers) met_another_ = untold_sentence(*untold);
+    if (met_another_.empty() && untold) met_another_ = untold_sentence(*untold);
     if (met_another_.empty()) return;
     in_step_ = false;
     errors_.list_sentence(met_another_);
@@ -236,7 +238,12 @@ bool ControllerAccess::is_same_controller() {
 
 bool ControllerAccess::ends_with_same_controller() {
     const bool same = is_same_controller();
-    if (same && untold_) errors_.list_sentence(untold_sentence(*untold_));
+    if (same && untold_)
+        errors_.list_sentence(untold_sentence(*untold_));
+    else if (unverified_)
+        errors_.list_sentence("The controller is silent at the end, so that it could not be "
+                              "checked whether all values went into one: it may have got another "
+                              "address or other line settings, or is gone.");
     return same;
 }
 

@@ -111,8 +111,13 @@ class ControllerAccess {
     /// far was the one to its own request; false (and listed) when a reply came twice, or the
     /// model's is another than at the beginning, so that values read may be those of other
     /// registers, or when another controller answers by now. A controller that is silent now proves
-    /// nothing; it costs up to 4 s.
+    /// nothing, which is listed; it costs up to 4 s.
     [[nodiscard]] bool in_step();
+    /// False when `in_step` got no answer.
+    [[nodiscard]] bool proved() const { return proved_; }
+    static constexpr char kUnproved[] =
+        "The controller did not tell its model at the end: that all values are those of their own "
+        "registers, and of one controller, could not be checked.";
     /// When `in_step` is false because another controller answered than at the beginning, or may
     /// have, what tells it from that one; else empty.
     [[nodiscard]] const std::string& met_another() const { return met_another_; }
@@ -122,7 +127,7 @@ class ControllerAccess {
     /// controller's. One that is silent passes.
     [[nodiscard]] bool is_same_controller();
     /// The same at the end of the work, where nothing comes that it could be asked behind: listed
-    /// when it answers and does not tell its serial number any more.
+    /// when it is silent, or does not tell its serial number any more.
     [[nodiscard]] bool ends_with_same_controller();
 
     /// False when a line that should echo answered without an echo: the answer to a write, which is
@@ -184,6 +189,7 @@ class ControllerAccess {
     std::string met_another_;
     bool answered_late_ = false;
     Identity identity_;
+    bool proved_ = true;
     bool unverified_ = false;           // it was silent when its identity was looked at
     std::optional<std::size_t> untold_; // of the identity, by somebody who answered
 };

@@ -96,6 +96,15 @@ TEST_F(DownloadTest, AnotherControllerBeforeTheEndMakesNoSetup) {
     }
 }
 
+TEST_F(DownloadTest, SilenceAtTheEndProvesNothing) {
+    registers[5] = -32000; // skipped
+    ui.on_turn = [&] { silent[0] = 6; };
+    write_sequence("742.cds", kHead + "5\r\n6\r\n");
+    EXPECT_TRUE(download().completed);
+    EXPECT_EQ(body(), "6 -12\r\n25 0\r\n");
+    EXPECT_EQ(ui.errors, Lines{ControllerAccess::kUnproved});
+}
+
 TEST_F(DownloadTest, RegistersBehindTheEndOfTheListAreMissed) {
     write_sequence("742.cds", kHead + "5\r\n\r\n\r\n");
     EXPECT_EQ(download().faults, 0);

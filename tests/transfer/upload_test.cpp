@@ -245,6 +245,11 @@ TEST_F(UploadTest, AnotherControllerAtTheEndIsTold) {
     ui.on_turn = [&] { silent[2] = 3; }; // of the one in whose place it stands, perhaps
     EXPECT_EQ(upload().faults, 1);
     EXPECT_TRUE(ui.errors.back().ends_with("does not tell its serial number (register 2)."));
+    silent.clear();
+    ui.on_turn = nullptr;
+    on_write = [&](int number, int) { silent[0] = number == 25 ? 3 : 0; };
+    EXPECT_EQ(upload().faults, 1);
+    EXPECT_TRUE(ui.errors.back().starts_with("The controller is silent at the end, so that "));
 }
 
 TEST_F(UploadTest, AResetWithoutItsEchoIsListed) {
