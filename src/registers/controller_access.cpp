@@ -73,7 +73,19 @@ void ControllerAccess::check_surplus(std::size_t discarded) {
     if (balance_.surplus(discarded)) lose_step(kCameTwice);
 }
 
+/// Who was silent may have started anew, and show another profile and step than those selected.
+bool ControllerAccess::look_after_selection(const std::string& frame) {
+    using enum SelectionKeeper::Kept;
+    if (!selection_unsure_ || keeper_ == nullptr) return true;
+    SelectionKeeper* const keeper = std::exchange(keeper_, nullptr); // its own requests need none
+    const SelectionKeeper::Kept kept = keeper->look_after(register_in(frame));
+    keeper_ = keeper;
+    selection_unsure_ = kept != Yes;
+    return kept != Unsure;
+}
+
 std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) {
+    if (!look_after_selection(frame)) return {};
     await_silence(frame);
     if (std::exchange(settled_, false)) first_unsure_ = register_in(frame);
     std::string reply =
@@ -87,6 +99,7 @@ std::string ControllerAccess::exchange(const std::string& frame, float wait_ms) 
     if (balance_.exchanged(frame, reply, stray)) lose_step(kCameTwice);
     read_before_ = is_read(frame);
     if (!sound) doubtful_ = frame;
+    selection_unsure_ = selection_unsure_ || !sound;
     return reply;
 }
 
@@ -135,6 +148,17 @@ std::string ControllerAccess::send_until_answered(const std::string& frame) {
 
 void ControllerAccess::leave_line() {
     await_silence({});
+}
+
+SelectionKeeper* ControllerAccess::set_keeper(SelectionKeeper* keeper) {
+    return std::exchange(keeper_, keeper);
+}
+
+std::optional<bool> ControllerAccess::holds(float register_number, float value) {
+    const std::string reply =
+        modbus_.ModbusDecodeDecimal(0, send(request(kReadHolding, register_number, 1)));
+    if (reply.empty()) return std::nullopt;
+    return begins(reply, "3 2") && value_in(reply) == plain_single(value);
 }
 
 /// Whether the reply comes from the address, goes on with the text, and is undamaged.

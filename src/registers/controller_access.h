@@ -44,6 +44,16 @@ struct Reading {
 /// Model and serial number of a controller as texts of their registers; empty where unknown.
 using Identity = std::array<std::string, 3>;
 
+/// Looks after what is selected in a controller, which it may forget when it starts anew.
+class SelectionKeeper {
+  public:
+    enum class Kept { NotNeeded, Yes, Unsure };
+    virtual ~SelectionKeeper() = default;
+    /// Before a request to the register, behind one that was not answered by its own whole answer.
+    /// Unsure: the request would not reach what it is meant for, and is not sent.
+    virtual Kept look_after(float register_number) = 0;
+};
+
 class ControllerAccess {
   public:
     /// `together`: neighbours are read with one request where `read_ahead` tells of them.
@@ -144,6 +154,11 @@ class ControllerAccess {
     void remember_controller(const Identity& identity) { identity_ = identity; }
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
+    /// Null for nobody; borrowed. Returns who it was before.
+    SelectionKeeper* set_keeper(SelectionKeeper* keeper);
+    /// Whether a register holds the value, by one request; nothing when it is not answered.
+    [[nodiscard]] std::optional<bool> holds(float register_number, float value);
+
     /// "Comm Error!" with Retry and Cancel; false also when the transfer was cancelled meanwhile.
     [[nodiscard]] bool ask_retry(const std::string& text = kCommError);
 
@@ -156,6 +171,7 @@ class ControllerAccess {
     [[nodiscard]] std::string request(std::int16_t function, float register_number, float value);
     void await_silence(const std::string& next);
     [[nodiscard]] std::string exchange(const std::string& frame, float wait_ms);
+    [[nodiscard]] bool look_after_selection(const std::string& frame);
     [[nodiscard]] bool fall_silent();
     void check_surplus(std::size_t discarded);
     void check_own_answers();
@@ -190,6 +206,8 @@ class ControllerAccess {
     bool answered_late_ = false;
     Identity identity_;
     bool proved_ = true;
+    SelectionKeeper* keeper_ = nullptr;
+    bool selection_unsure_ = false;     // a request was not answered since it was looked after
     bool unverified_ = false;           // it was silent when its identity was looked at
     std::optional<std::size_t> untold_; // of the identity, by somebody who answered
 };

@@ -17,12 +17,43 @@ std::optional<int> ProfileAccess::step_count() {
     return steps;
 }
 
+/// What is being selected is no more what it was.
+void ProfileAccess::forget(float register_number) {
+    if (register_number == registers_.number) profile_ = 0;
+    if (register_number == registers_.number || register_number == registers_.step()) step_ = 0;
+}
+
+SelectionKeeper::Kept ProfileAccess::look_after(float register_number) {
+    if (profile_ == 0 || !registers_.contains(register_number)) return Kept::NotNeeded;
+    const auto shows = [this](float selecting, float value) {
+        return value == 0 ? std::optional(true) : run_.access.holds(selecting, value);
+    };
+    const auto profile = shows(registers_.number, profile_);
+    const auto step = profile ? shows(registers_.step(), step_) : std::nullopt;
+    if (!step) return Kept::Unsure; // silent still
+    return (*profile && *step) || select_again() ? Kept::Yes : Kept::Unsure;
+}
+
+bool ProfileAccess::select_again() {
+    const auto select = [this](float selecting, float value) {
+        Reply reply;
+        for (int i = 0; i < kAttempts && !reply.is(Verdict::Accepted); ++i)
+            reply = run_.access.write_once(selecting, value);
+        return reply.is(Verdict::Accepted);
+    };
+    return select(registers_.number, profile_) && (step_ == 0 || select(registers_.step(), step_));
+}
+
 Reply ProfileAccess::try_select(float register_number, float value) {
+    forget(register_number);
     Reply reply;
     for (int i = 0; i < kAttempts; ++i) {
         reply = run_.access.write_once(register_number, value);
         if (reply.is(Verdict::Accepted) || reply.is(Verdict::Refused)) break;
     }
+    if (!reply.is(Verdict::Accepted)) return reply;
+    if (register_number == registers_.number) profile_ = value;
+    if (register_number == registers_.step()) step_ = value;
     return reply;
 }
 

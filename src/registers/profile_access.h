@@ -18,10 +18,15 @@ enum class ProfilePresence {
 };
 
 /// Where a call ends without a reply, the user gave up, and the transfer is cancelled.
-class ProfileAccess {
+/// While it lives, a controller that was silent is asked which profile and step it shows before the
+/// next request to a profile's register, and they are selected again where they are others.
+class ProfileAccess : private SelectionKeeper {
   public:
     ProfileAccess(TransferRun& run, const ProfileRegisters& registers)
-        : run_(run), registers_(registers) {}
+        : run_(run), registers_(registers), keeper_before_(run.access.set_keeper(this)) {}
+    ProfileAccess(const ProfileAccess&) = delete;
+    ProfileAccess& operator=(const ProfileAccess&) = delete;
+    ~ProfileAccess() override { run_.access.set_keeper(keeper_before_); }
 
     [[nodiscard]] const ProfileRegisters& registers() const { return registers_; }
 
@@ -46,10 +51,18 @@ class ProfileAccess {
     void record_refusal(ProfileAction action, const Reply& reply);
 
   private:
+    Kept look_after(float register_number) override;
+    [[nodiscard]] bool select_again();
+    void forget(float register_number);
     [[nodiscard]] Reply act_once(ProfileAction action, int steps_before);
 
     TransferRun& run_;
     const ProfileRegisters registers_;
+    SelectionKeeper* const keeper_before_;
+    // As accepted by the controller; 0 for none. To select a profile selects a step that nobody
+    // asked for, which is not looked after.
+    float profile_ = 0;
+    float step_ = 0;
 };
 
 } // namespace pelvan

@@ -98,6 +98,47 @@ TEST_P(RoundTrip, RestoresEveryRegisterAndProfileAndFindsWhatDiffers) {
                      entry("Controller holds: no such profile", "4000", "3", "Different")}));
 }
 
+class RestartTest : public RoundTrip {
+  protected:
+    /// Of the requests to profile registers one meets a controller that starts anew, which shows
+    /// its first profile and step afterwards.
+    void restart_at(int wanted) {
+        fate = [this, wanted, count = 0](const Request& request) mutable {
+            if (request.number < 4000 || request.number >= 4100) return Fate::Answered;
+            if (++count != wanted) return Fate::Answered;
+            set({{4000, 1}});
+            return Fate::NotReceived;
+        };
+    }
+    [[nodiscard]] std::string body() const {
+        const std::string text = read_file(file);
+        return text.substr(text.find("300 "));
+    }
+};
+
+TEST_P(RestartTest, AControllerThatForgetsWhatIsSelectedGetsAndGivesEachProfileItsOwn) {
+    write_file(dir.file("Download Sequences/742.cds"), "YES\n4000\n4002\n4040\n300\n");
+    for (const int number : {1, 2})
+        fill_profile(number);
+    const Values profiles_before = profiles();
+    run<Download>();
+    const std::string whole = body();
+    constexpr int kApart = 5;
+    for (int at = 2; at < 90; at += kApart) {
+        restart_at(at);
+        run<Download>();
+        EXPECT_EQ(body(), whole) << at;
+        restart_at(at);
+        EXPECT_EQ(run<Comparison>(file), "The controller holds what the file says.") << at;
+        restart_at(at);
+        run<Upload>(file);
+        EXPECT_EQ(profiles(), profiles_before) << at;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, RestartTest,
+                         ::testing::Combine(::testing::Values("simulated:742"), ::testing::Bool()));
+
 INSTANTIATE_TEST_SUITE_P(
     Lines, RoundTrip,
     ::testing::Combine(::testing::Values("simulated:742", "simulated:742,lost=0.02,seed=5",
