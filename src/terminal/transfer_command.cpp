@@ -3,6 +3,7 @@
 #include "terminal/commands.h"
 #include "terminal/terminal_listener.h"
 #include "text/bytes.h"
+#include "text/numbers.h"
 #include "transfer/comparison.h"
 #include "transfer/download.h"
 #include "transfer/upload.h"
@@ -71,7 +72,8 @@ int TerminalTransfer::report(const TransferResult& result) const {
         return exit_code::kFailed;
     }
     if (result.faults == 0) return exit_code::kDone;
-    err() << "pelvan7: " << result.faults << " registers refused, unreadable or different\n";
+    err() << "pelvan7: " << count_text(static_cast<std::size_t>(result.faults), "register")
+          << " refused, unreadable or different\n";
     return exit_code::kFailed;
 }
 

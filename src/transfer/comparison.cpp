@@ -8,21 +8,29 @@
 namespace pelvan {
 
 TransferResult Comparison::run(const std::string& file) {
-    const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
+    bool completed = false;
+    {
+        const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
+        completed = compare(file);
+    }
+    return {completed, run_.errors.faults(), differences_};
+}
+
+bool Comparison::compare(const std::string& file) {
     run_.listener.begun();
     run_.listener.working();
     const SetupFile setup(file);
     if (!setup.is_text()) {
         run_.listener.tell(SetupFile::kNoText);
-        return {};
+        return false;
     }
     if (setup.is_empty()) {
         run_.listener.tell("The setup file " + *setup.lacks());
-        return {};
+        return false;
     }
     if (!same_model(setup)) {
         if (!run_.canceled()) run_.listener.tell("The file is of another model.");
-        return {false, run_.errors.faults(), 0};
+        return false;
     }
     run_.log("******Beginning  Compare******");
     run_.log("Profiles and registers that are not in the file are not compared.");
@@ -30,13 +38,13 @@ TransferResult Comparison::run(const std::string& file) {
     compare_lines(setup);
     if (run_.canceled()) {
         run_.log("*******Compare Canceled*******");
-        return {false, run_.errors.faults(), differences_};
+        return false;
     }
     static_cast<void>(run_.access.in_step());
     run_.log("*******Compare Complete*******");
     const auto lacks = setup.lacks();
     run_.listener.tell((lacks ? "The setup file " + *lacks + " " : std::string()) + outcome());
-    return {compared_ > 0 && !lacks, run_.errors.faults(), differences_};
+    return compared_ > 0 && !lacks;
 }
 
 std::string Comparison::outcome() const {

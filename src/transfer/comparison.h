@@ -19,6 +19,8 @@ class Comparison {
     [[nodiscard]] TransferResult run(const std::string& file);
 
   private:
+    /// Whether it came to its end, with a file that is whole.
+    [[nodiscard]] bool compare(const std::string& file);
     [[nodiscard]] bool same_model(const SetupFile& setup);
     void find_profiles(float model);
     void compare_lines(const SetupFile& setup);

@@ -24,18 +24,21 @@ constexpr auto kReplacing = std::filesystem::copy_options::overwrite_existing;
 } // namespace
 
 TransferResult Download::run() {
-    const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
-    try {
-        return save();
-    } catch (const RunTimeError&) {
-        settle_former();
-        throw;
+    {
+        const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
+        try {
+            save();
+        } catch (const RunTimeError&) {
+            settle_former();
+            throw;
+        }
     }
+    return {completed_, run_.errors.faults(), 0, written_};
 }
 
-TransferResult Download::save() {
+void Download::save() {
     auto plan = prepare();
-    if (!plan) return {false, run_.errors.faults(), 0};
+    if (!plan) return;
     run_.listener.begun();
     run_.listener.working();
     run_.listener.progress(0, plan->registers);
@@ -46,7 +49,6 @@ TransferResult Download::save() {
         if (plan->sequence.has_profiles()) download_profiles(*plan);
     }
     end(*plan);
-    return {completed_, run_.errors.faults(), 0, written_};
 }
 
 std::optional<Download::Plan> Download::prepare() {

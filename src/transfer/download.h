@@ -34,7 +34,7 @@ class Download {
         std::size_t count = 0;
     };
 
-    [[nodiscard]] TransferResult save();
+    void save();
     [[nodiscard]] std::optional<Plan> prepare();
     [[nodiscard]] std::unique_ptr<TextWriter> CreateTextFile();
     [[nodiscard]] bool read_serial_number(ControllerIdentity& identity);

@@ -16,8 +16,10 @@ constexpr char kCanceledEntry[] = "Download Canceled ";
 } // namespace
 
 TransferResult Upload::run(const std::string& file) {
-    const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
-    if (const auto plan = prepare(file)) restore(*plan);
+    {
+        const ScopeGuard leave([this] { run_.access.leave_line(); }); // however it ends
+        if (const auto plan = prepare(file)) restore(*plan);
+    }
     return {completed_, run_.errors.faults(), 0};
 }
 

@@ -250,6 +250,14 @@ TEST_F(UploadTest, AnotherControllerAtTheEndIsTold) {
     on_write = [&](int number, int) { silent[0] = number == 25 ? 3 : 0; };
     EXPECT_EQ(upload().faults, 1);
     EXPECT_TRUE(ui.errors.back().starts_with("The controller is silent at the end, so that "));
+    // What is noticed while the line is left counts, too.
+    bool ends = false;
+    on_write = [&](int number, int) {
+        ends = number == 25;
+        if (ends) doubled[2] = 10;
+    };
+    delay_ms = [&](int number) { return ends && number == 2 ? 1400 : 5; };
+    EXPECT_EQ(upload().faults, 2) << ::testing::PrintToString(ui.errors);
 }
 
 TEST_F(UploadTest, AResetWithoutItsEchoIsListed) {
