@@ -157,8 +157,8 @@ SelectionKeeper* ControllerAccess::set_keeper(SelectionKeeper* keeper) {
 std::optional<bool> ControllerAccess::holds(float register_number, float value) {
     const std::string reply =
         modbus_.ModbusDecodeDecimal(0, send(request(kReadHolding, register_number, 1)));
-    if (reply.empty()) return std::nullopt;
-    return begins(reply, "3 2") && value_in(reply) == plain_single(value);
+    if (begins(reply, "3 2")) return value_in(reply) == plain_single(value);
+    return begins(reply, "131") ? std::optional(false) : std::nullopt;
 }
 
 /// Whether the reply comes from the address, goes on with the text, and is undamaged.

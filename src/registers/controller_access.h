@@ -156,7 +156,8 @@ class ControllerAccess {
 
     /// Null for nobody; borrowed. Returns who it was before.
     SelectionKeeper* set_keeper(SelectionKeeper* keeper);
-    /// Whether a register holds the value, by one request; nothing when it is not answered.
+    /// Whether a register holds the value, by one request; nothing without a whole answer. One that
+    /// the controller refuses does not.
     [[nodiscard]] std::optional<bool> holds(float register_number, float value);
 
     /// "Comm Error!" with Retry and Cancel; false also when the transfer was cancelled meanwhile.

@@ -35,11 +35,9 @@ SelectionKeeper::Kept ProfileAccess::look_after(float register_number) {
 }
 
 bool ProfileAccess::select_again() {
+    // Once: it is asked again before the next request if that was not enough.
     const auto select = [this](float selecting, float value) {
-        Reply reply;
-        for (int i = 0; i < kAttempts && !reply.is(Verdict::Accepted); ++i)
-            reply = run_.access.write_once(selecting, value);
-        return reply.is(Verdict::Accepted);
+        return run_.access.write_once(selecting, value).is(Verdict::Accepted);
     };
     return select(registers_.number, profile_) && (step_ == 0 || select(registers_.step(), step_));
 }
