@@ -51,7 +51,7 @@ UsedSettings use_scanned_settings(const ScanFind& find, std::int16_t port, int l
         !missing.empty() &&
         dialogs.message_box(PortSettings::gap_question(channel, missing), {}, MessageButtons::YesNo,
                             MessageIcon::Exclamation) == MessageAnswer::Yes;
-    if (add && !settings.add(missing)) return {true, std::move(not_written)};
+    if (add && !settings.add(missing)) return {false, std::move(not_written)};
     settings.rebuild();
     if (!missing.empty() && !add)
         return {true, "Saved, but " + protocol_name(channel) +

@@ -127,14 +127,6 @@ std::string ProfileSelection::select_step(int step) {
     return select_register(format_.step_number, step);
 }
 
-std::string ProfileSelection::select_again() {
-    const int step = std::exchange(step_, 0);
-    std::string problem = select_register(format_.profile_number, profile_);
-    if (problem.empty() && step > 0) problem = select_register(format_.step_number, step);
-    step_ = step;
-    return problem;
-}
-
 NumberRead ProfileSelection::step_count() {
     return read(format_.step_count);
 }
@@ -151,9 +143,6 @@ std::string ProfileSelection::write(const ProfileField& field, int raw) {
     do {
         Reply reply;
         for (int i = 0; i < kAttempts; ++i) {
-            // A controller that started anew meanwhile shows another profile.
-            if (i > 0)
-                if (std::string problem = select_again(); !problem.empty()) return problem;
             reply = run_.access.write_once(number_of(field), static_cast<float>(raw));
             if (reply.is(Verdict::Accepted) || reply.is(Verdict::Refused)) break;
         }
@@ -202,7 +191,6 @@ std::string ProfileSelection::insert_step(int steps_before) {
             reply = run_.access.write_once(number_of(format_.action), value);
             run_.listener.let_events_run();
             if (reply.is(Verdict::Accepted)) return {};
-            if (std::string problem = select_again(); !problem.empty()) return problem;
             const NumberRead steps = step_count();
             if (!steps.value) return steps.problem;
             if (*steps.value == steps_before + 1) return {};

@@ -1,7 +1,8 @@
 // The profile registers of a controller on the line, as reading and writing profiles need them: a
 // profile and a step are selected, the selected ones answer. Every number comes from a whole reply,
 // and what goes wrong is a sentence with the place and the register. Where the selection is in
-// doubt it is made again. What is read or written, and in which order, is the caller's.
+// doubt `ProfileAccess` makes it again. What is read or written, and in which order, is the
+// caller's.
 #pragma once
 
 #include "profile/profile_difference.h"
@@ -45,8 +46,7 @@ class ProfileSelection {
 
     /// A register of the selected profile and step.
     [[nodiscard]] NumberRead read(const ProfileField& field);
-    /// Writes one; a write whose reply is missing or damaged is repeated with everything selected
-    /// anew.
+    /// Writes one; a write whose reply is missing or damaged is repeated.
     [[nodiscard]] std::string write(const ProfileField& field, int raw);
 
     /// Creates or erases the profile, once: a lost reply is told by the number of steps, and only
@@ -57,7 +57,6 @@ class ProfileSelection {
     [[nodiscard]] std::string insert_steps(int steps);
 
   private:
-    [[nodiscard]] std::string select_again();
     [[nodiscard]] std::string select_register(const ProfileField& field, int number);
     [[nodiscard]] std::string act(ProfileAction action, int profile, int steps_after);
     [[nodiscard]] std::string insert_step(int steps_before);
