@@ -126,8 +126,8 @@ class ControllerAccess {
     /// False when `in_step` got no answer.
     [[nodiscard]] bool proved() const { return proved_; }
     static constexpr char kUnproved[] =
-        "The controller did not tell its model at the end: that all values are those of their own "
-        "registers, and of one controller, could not be checked.";
+        "Not checked at the end, for want of an answer: whether all values are those of their own "
+        "registers, and of one controller.";
     /// When `in_step` is false because another controller answered than at the beginning, or may
     /// have, what tells it from that one; else empty.
     [[nodiscard]] const std::string& met_another() const { return met_another_; }

@@ -114,9 +114,9 @@ bool ControllerAccess::ends_with_same_controller() {
     if (same && untold_)
         errors_.list_sentence(untold_sentence(*untold_));
     else if (unverified_)
-        errors_.list_sentence("The controller is silent at the end, so that it could not be "
-                              "checked whether all values went into one: it may have got another "
-                              "address or other line settings, or is gone.");
+        errors_.list_sentence("Not checked at the end, for want of an answer: whether all values "
+                              "went into one controller. It may have got another address or other "
+                              "line settings, or is gone.");
     return same;
 }
 

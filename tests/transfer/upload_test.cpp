@@ -249,7 +249,7 @@ TEST_F(UploadTest, AnotherControllerAtTheEndIsTold) {
     ui.on_turn = nullptr;
     on_write = [&](int number, int) { silent[0] = number == 25 ? 3 : 0; };
     EXPECT_EQ(upload().faults, 1);
-    EXPECT_TRUE(ui.errors.back().starts_with("The controller is silent at the end, so that "));
+    EXPECT_TRUE(ui.errors.back().starts_with("Not checked at the end, for want of an answer: "));
     // What is noticed while the line is left counts, too.
     bool ends = false;
     on_write = [&](int number, int) {
